@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace pathstat {
+
+/// Has the user interrupted the work? Asks the Core at most once in 400000 microseconds; in between the answer is 0
+/// with no call, so that a long loop may ask in every round.
+/// @return 1 if the user asks to stop
+std::int32_t kvU_INT_RequestInterrupt();
+
+inline std::int32_t kvu_int_requestinterrupt_() { return kvU_INT_RequestInterrupt(); }
+
+}  // namespace pathstat
