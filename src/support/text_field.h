@@ -26,6 +26,8 @@ class TextField {
   constexpr std::size_t width() const { return field_.size(); }
   constexpr std::string_view view() const { return {field_.data(), field_.size()}; }
   constexpr operator std::string_view() const { return view(); }
+  /// The field of the first `width` characters, at most its own width.
+  constexpr TextField first(std::size_t width) const { return field_.first(std::min(width, field_.size())); }
 
   constexpr void set(std::string_view text) const {
     const auto used = std::min(text.size(), field_.size());
@@ -49,6 +51,7 @@ class Text {
     field().set(text);
     return *this;
   }
+  constexpr Text& operator=(const char* text) { return *this = std::string_view(text); }
   constexpr TextField field() { return TextField(std::span<char>(chars_)); }
   constexpr operator TextField() { return field(); }
   /// All N characters, padding included.
