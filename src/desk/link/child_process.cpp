@@ -1,0 +1,112 @@
+#include "desk/link/child_process.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+namespace pathstat::desk {
+namespace {
+
+/// Runs in the child: what goes wrong is told to the parent through `report` as an error number.
+[[noreturn]] void become(const ChildProcess::Start& how, char* const* environment, int output, int report) {
+  const int input = ::open("/dev/null", O_RDONLY);
+  const char* program = how.program.c_str();
+  char* const arguments[] = {const_cast<char*>(program), nullptr};
+  std::signal(SIGINT, SIG_IGN);
+  if (input >= 0 && ::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2 &&
+      ::chdir(how.directory.c_str()) == 0) {
+    ::execve(program, arguments, environment);
+  }
+  const int failure = errno;
+  [[maybe_unused]] const auto told = ::write(report, &failure, sizeof failure);
+  ::_exit(127);
+}
+
+std::vector<std::string> environment_of(const ChildProcess::Start& how) {
+  std::vector<std::string> all;
+  for (char** entry = environ; *entry; ++entry) {
+    const std::string_view text = *entry;
+    const auto name = text.substr(0, text.find('='));
+    const bool replaced = std::any_of(how.environment.begin(), how.environment.end(),
+                                      [&](const auto& setting) { return setting.first == name; });
+    if (!replaced) all.emplace_back(text);
+  }
+  for (const auto& [name, value] : how.environment) all.push_back(name + "=" + value);
+  return all;
+}
+
+}  // namespace
+
+std::string ChildProcess::start(const Start& how) {
+  const auto settings = environment_of(how);
+  std::vector<char*> environment;
+  for (const auto& setting : settings) environment.push_back(const_cast<char*>(setting.c_str()));
+  environment.push_back(nullptr);
+
+  const int output = ::open(how.output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
+  if (output < 0) return fmt::format("cannot write {}: {}", how.output.string(), std::strerror(errno));
+  int report[2];
+  if (::pipe2(report, O_CLOEXEC) != 0) {
+    ::close(output);
+    return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(errno));
+  }
+  id_ = ::fork();
+  if (id_ == 0) become(how, environment.data(), output, report[1]);
+  int failure = id_ < 0 ? errno : 0;
+  ::close(output);
+  ::close(report[1]);
+  if (id_ > 0) {
+    ended_ = false;
+    while (::read(report[0], &failure, sizeof failure) < 0 && errno == EINTR) continue;
+  }
+  ::close(report[0]);
+  if (failure == 0) return {};
+  wait(1000);
+  return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(failure));
+}
+
+bool ChildProcess::runs() {
+  if (ended_) return false;
+  const auto got = ::waitpid(id_, &wait_status_, WNOHANG);
+  ended_ = got == id_ || (got < 0 && errno != EINTR);
+  return !ended_;
+}
+
+bool ChildProcess::wait(int milliseconds) {
+  using namespace std::chrono;
+  const auto limit = steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  while (runs()) {
+    if (steady_clock::now() >= limit) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
+
+void ChildProcess::end(int milliseconds) {
+  if (wait(milliseconds)) return;
+  ::kill(id_, SIGTERM);
+  if (wait(500)) return;
+  ::kill(id_, SIGKILL);
+  wait(5000);
+}
+
+bool ChildProcess::ended_well() const { return ended_ && WIFEXITED(wait_status_) && WEXITSTATUS(wait_status_) == 0; }
+
+std::string ChildProcess::ending() const {
+  if (!ended_) return "it still runs";
+  if (WIFSIGNALED(wait_status_)) {
+    return fmt::format("signal {} ({})", WTERMSIG(wait_status_), ::strsignal(WTERMSIG(wait_status_)));
+  }
+  return fmt::format("exit status {}", WEXITSTATUS(wait_status_));
+}
+
+}  // namespace pathstat::desk

@@ -1,0 +1,261 @@
+#include "desk/link/core_session.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "desk/ops/frame_codec.h"
+
+namespace pathstat::desk {
+namespace {
+
+constexpr std::string_view application = "MD_ANALYSIS";
+constexpr std::string_view greeting = "remote process success IEEE";
+constexpr char between_keys = '\x10';
+constexpr char between_values = '\x11';
+
+constexpr std::int32_t command_code = -1;
+constexpr std::int32_t request_code = -2;
+constexpr std::int32_t acknowledged = 1;
+constexpr std::int32_t done = -64;
+constexpr std::int32_t detached = -65;
+constexpr std::int32_t fatal_error = -66;
+
+constexpr std::int32_t value_texts = 2;
+constexpr std::int32_t range_texts = 0;
+constexpr std::int32_t most_groups = 65535;
+
+constexpr std::int32_t first_capacity = 4096;
+constexpr std::int32_t most_capacity = 64 << 20;
+constexpr auto start_limit = std::chrono::seconds(30);
+
+bool is_family(std::int32_t code) { return code >= 0 && code <= 80000 && code % 10000 == 0; }
+
+std::vector<std::string> cut_at(std::string_view text, char mark) {
+  std::vector<std::string> pieces;
+  std::size_t from = 0;
+  for (auto at = text.find(mark); at != std::string_view::npos; at = text.find(mark, from)) {
+    pieces.emplace_back(text.substr(from, at - from));
+    from = at + 1;
+  }
+  pieces.emplace_back(text.substr(from));
+  return pieces;
+}
+
+}  // namespace
+
+class CoreSession::Stream : public ByteStream {
+ public:
+  explicit Stream(Connection& connection) : connection_(connection) {}
+
+  bool read(std::span<std::byte> bytes) override {
+    return PNC_receive(connection_, bytes, PNC_Timeout) == static_cast<std::int64_t>(bytes.size());
+  }
+  bool write(std::span<const std::byte> bytes) override { return PNC_send(connection_, bytes) == 1; }
+  bool flush() override { return PNC_flush(connection_) == 1; }
+  bool has_input() const { return connection_.next_unread_char < connection_.read_buffer_end; }
+
+ private:
+  Connection& connection_;
+};
+
+CoreSession::CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now)
+    : server_(server), stop_now_(std::move(stop_now)), output_(std::move(output)) {}
+
+CoreSession::~CoreSession() {
+  PNC_close(connection_);
+  process_.end(0);
+}
+
+std::string CoreSession::start(const SessionOptions& options) {
+  std::string error;
+  Listener listener(options.protocol, options.private_directory, error);
+  if (!error.empty()) return error;
+  const auto output = options.work_directory / "pathstat.out";
+  error = process_.start({.program = options.program,
+                          .directory = options.work_directory,
+                          .output = output,
+                          .environment = {{"RJMACHINE", listener.machine()},
+                                          {"RJPROTOCOL", protocol_name(options.protocol)},
+                                          {"RJSERVER", listener.name()}}});
+  if (!error.empty()) return error;
+  follower_ = std::make_unique<OutputFollower>(output, output_);
+  stream_ = std::make_unique<Stream>(connection_);
+  lost_ = false;
+
+  const auto limit = std::chrono::steady_clock::now() + start_limit;
+  const auto go_on = [&] { return process_.runs() && !stop_now_() && std::chrono::steady_clock::now() < limit; };
+  std::string words;
+  if (!listener.accept_from(process_.id(), connection_, go_on)) {
+    fail("pathstat did not connect");
+  } else {
+    PNC_init_write_buffer(connection_, 65536);
+    if (!wait_for_input() || !read_text(*stream_, words))
+      fail("pathstat did not greet");
+    else if (words != greeting)
+      fail(fmt::format("pathstat greeted with \"{}\"", words));
+  }
+  return lost_ ? loss_ : std::string{};
+}
+
+bool CoreSession::fail(std::string what) {
+  if (lost_) return false;
+  lost_ = true;
+  PNC_close(connection_);
+  if (stop_now_()) {
+    process_.end(0);
+    loss_ = "stopped by the user";
+  } else {
+    const bool ended = process_.wait(2000);
+    loss_ = fmt::format("{}; {}", what, ended ? "pathstat ended with " + process_.ending() : "pathstat was ended");
+    process_.end(0);
+  }
+  follower_->finish();
+  if (ended_well()) return false;
+  for (const auto& line : follower_->last_lines()) loss_ += "\n  pathstat: " + line;
+  return false;
+}
+
+bool CoreSession::wait_for_input() {
+  if (!stream_->flush()) return fail("pathstat has closed the connection");
+  while (!stream_->has_input()) {
+    pollfd waiting{connection_.socket, POLLIN, 0};
+    const int ready = ::poll(&waiting, 1, 100);
+    follower_->follow();
+    if (stop_now_()) return fail("stopped");
+    if (ready > 0) return true;
+  }
+  return true;
+}
+
+bool CoreSession::next_code(std::int32_t& code) {
+  if (!wait_for_input()) return false;
+  if (!read_value(*stream_, code)) return fail("pathstat has closed the connection");
+  follower_->follow();
+  return true;
+}
+
+bool CoreSession::open_exchange(std::int32_t code) { return !lost_ && write_value(*stream_, code); }
+
+bool CoreSession::accepted(bool with_threads) {
+  std::int32_t answer = 0, threads = 0;
+  if (!next_code(answer)) return false;
+  if (answer != acknowledged) return fail(fmt::format("pathstat answered an input code with {}", answer));
+  return !with_threads || next_code(threads);
+}
+
+bool CoreSession::serve_until_done() {
+  for (;;) {
+    std::int32_t code = 0;
+    if (!next_code(code)) return false;
+    if (code == done) return true;
+    bool served = false;
+    if (code == detached) {
+      fail("pathstat has detached itself");
+    } else if (code == fatal_error) {
+      fail("pathstat is dying on a signal");
+    } else if (is_family(code)) {
+      served = bind(code);
+    } else {
+      served = serve_call(code);
+    }
+    if (!served) return false;
+  }
+}
+
+bool CoreSession::bind(std::int32_t family) {
+  std::string name;
+  if (!read_text(*stream_, name)) return fail("the stream broke off inside a binding");
+  const auto binding = server_.bind(family, name);
+  if (binding == 0) return fail(fmt::format("pathstat asked for the unknown operation {} of family {}", name, family));
+  if (!write_value(*stream_, acknowledged) || !write_value(*stream_, binding)) {
+    return fail("pathstat has closed the connection");
+  }
+  return true;
+}
+
+bool CoreSession::serve_call(std::int32_t binding) {
+  const auto* row = server_.bound(binding);
+  if (!row) return fail(fmt::format("pathstat sent {}, which is no operation and no code", binding));
+  OperationCall call{*row, {}};
+  auto error = read_call(*stream_, *row, call.inputs);
+  if (!error.empty()) return fail(std::move(error));
+  const auto reply = server_.serve(call);
+  if (lost_) return false;
+  error = write_reply(*stream_, call, reply);
+  return error.empty() || fail(std::move(error));
+}
+
+std::optional<std::int32_t> CoreSession::command(std::string_view word, std::string_view arguments) {
+  if (word.size() > longest_text || arguments.size() > longest_text) return 1;
+  std::int32_t status = 0;
+  const bool ran = open_exchange(command_code) && write_value(*stream_, std::int32_t{1}) &&
+                   write_text(*stream_, application) && write_text(*stream_, word) && write_text(*stream_, arguments) &&
+                   accepted(true) && serve_until_done() && next_code(status);
+  if (ran) return status;
+  fail("pathstat has closed the connection");
+  return std::nullopt;
+}
+
+std::optional<std::string> CoreSession::ask(const std::string& keys, std::size_t count, std::int32_t selector) {
+  for (std::int32_t capacity = first_capacity;;) {
+    std::string reply;
+    std::int32_t answers = 0, status = 0;
+    const bool asked = open_exchange(request_code) && write_value(*stream_, std::int32_t{1}) &&
+                       write_text(*stream_, application) && write_text(*stream_, keys) &&
+                       write_value(*stream_, static_cast<std::int32_t>(count)) && write_value(*stream_, selector) &&
+                       write_value(*stream_, capacity) && accepted(true) && serve_until_done() && wait_for_input() &&
+                       read_long_text(*stream_, static_cast<std::size_t>(capacity) + 2, reply) && next_code(answers);
+    if (!asked) break;
+    if (answers >= static_cast<std::int32_t>(count)) return reply;
+    if (!next_code(status)) break;
+    if (status >= 0 || status <= -most_capacity || -status + 64 <= capacity) {
+      fail(
+          fmt::format("pathstat answered a request of {} words with {} answers and status {}", count, answers, status));
+      return std::nullopt;
+    }
+    capacity = -status + 64;
+  }
+  fail("pathstat has closed the connection");
+  return std::nullopt;
+}
+
+std::optional<std::vector<WordAnswer>> CoreSession::request(std::span<const std::string> words) {
+  std::string keys;
+  for (const auto& word : words) keys += (keys.empty() ? "" : std::string(1, between_keys)) + word;
+  std::vector<WordAnswer> answers(words.size());
+  if (words.empty() || keys.size() > longest_text) return answers;
+
+  // One group for both: the process evaluates the words once and answers the second time from what it kept.
+  last_group_ = last_group_ % most_groups + 1;
+  for (const auto part : {&WordAnswer::values, &WordAnswer::ranges}) {
+    const auto pool = part == &WordAnswer::values ? value_texts : range_texts;
+    const auto reply = ask(keys, words.size(), pool | last_group_ << 8);
+    if (!reply) return std::nullopt;
+    const auto texts = cut_at(*reply, between_keys);
+    for (std::size_t k = 0; k < std::min(texts.size(), answers.size()); ++k) {
+      if (!texts[k].empty()) answers[k].*part = cut_at(texts[k], between_values);
+    }
+  }
+  return answers;
+}
+
+bool CoreSession::notify(Notice notice) {
+  const bool sent = open_exchange(static_cast<std::int32_t>(notice)) && accepted(false) && serve_until_done();
+  return sent || fail("pathstat has closed the connection");
+}
+
+void CoreSession::finish() {
+  if (lost_) return;
+  notify(Notice::terminate);
+  if (lost_) return;
+  PNC_close(connection_);
+  process_.end(5000);
+  follower_->finish();
+  lost_ = true;
+  loss_ = "pathstat has ended";
+}
+
+}  // namespace pathstat::desk

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "desk/link/child_process.h"
+#include "desk/link/listener.h"
+#include "desk/link/output_follower.h"
+#include "desk/ops/operation_server.h"
+#include "desk/ops/typed_stream.h"
+
+namespace pathstat::desk {
+
+/// Where and how the process runs.
+struct SessionOptions {
+  std::filesystem::path program;
+  std::filesystem::path work_directory;     ///< must exist
+  std::filesystem::path private_directory;  ///< for the socket; nobody else may enter it
+  Protocol protocol = Protocol::unix_socket;
+};
+
+/// What the process tells about one word: its values and the ranges that they may have. A list value is one text with
+/// commas between its items and `\,` for a comma in an item.
+struct WordAnswer {
+  std::vector<std::string> values;
+  std::vector<std::string> ranges;
+};
+
+/// Input codes that have no data of their own.
+enum class Notice : std::int32_t { initialize = -3, terminate = -4, load = -5, save = -6 };
+
+/// One run of the analysis process: starts it, takes its connection, sends commands and requests, and serves its calls
+/// while it waits for their ends. A served operation may send commands and requests itself, which run nested.
+///
+/// Once the process is lost every exchange fails, and loss() says how it was lost.
+class CoreSession {
+ public:
+  /// @param output   gets each line that the process prints
+  /// @param stop_now  asked while waiting: true gives the process up
+  CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now);
+  ~CoreSession();
+  CoreSession(const CoreSession&) = delete;
+  CoreSession& operator=(const CoreSession&) = delete;
+
+  /// Starts the process and takes its greeting. @return empty, or what went wrong
+  std::string start(const SessionOptions& options);
+
+  /// Runs one command to its end.
+  /// @return its status, 1 for a text that is too long for the wire; none if the process is lost
+  std::optional<std::int32_t> command(std::string_view word, std::string_view arguments);
+
+  /// Asks for the values and ranges of words.
+  /// @return one answer for each word, empty where a word defines nothing; no list if the process is lost
+  std::optional<std::vector<WordAnswer>> request(std::span<const std::string> words);
+
+  /// Sends an input code. @return false if the process is lost
+  bool notify(Notice notice);
+
+  /// Has the applications stopped, closes the connection and waits for the end of the process.
+  void finish();
+
+  bool lost() const { return lost_; }
+  /// How the process was lost, with its last lines of output.
+  const std::string& loss() const { return loss_; }
+  /// True if the process ended by itself with status 0.
+  bool ended_well() const { return process_.ended_well(); }
+
+ private:
+  class Stream;
+
+  bool fail(std::string what);
+  bool wait_for_input();
+  bool next_code(std::int32_t& code);
+  bool open_exchange(std::int32_t code);
+  bool accepted(bool with_threads);
+  bool serve_until_done();
+  bool bind(std::int32_t family);
+  bool serve_call(std::int32_t binding);
+  std::optional<std::string> ask(const std::string& keys, std::size_t count, std::int32_t selector);
+
+  const OperationServer& server_;
+  std::function<bool()> stop_now_;
+  LineSink output_;
+  std::unique_ptr<OutputFollower> follower_;
+  ChildProcess process_;
+  Connection connection_;
+  std::unique_ptr<Stream> stream_;
+  std::int32_t last_group_ = 0;
+  bool lost_ = true;
+  std::string loss_ = "pathstat has not been started";
+};
+
+}  // namespace pathstat::desk
