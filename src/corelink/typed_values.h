@@ -48,8 +48,8 @@ inline std::int32_t PD_receive_int(Connection& record, std::int32_t& value, std:
   return PD_receive_int(record, std::span<std::int32_t>(&value, 1), timeout);
 }
 
-/// A text up to its first NUL: its length with the terminator (16 bits, or 32 for a long string), the characters, a NUL.
-/// A text of more than longest_string characters is refused as a string, with the result 1 and nothing sent.
+/// A text up to its first NUL: its length with the terminator (16 bits, or 32 for a long string), the characters, a
+/// NUL. A text of more than longest_string characters is refused as a string, with the result 1 and nothing sent.
 std::int32_t PD_send0_string(Connection& record, std::string_view text);
 std::int32_t PD_send0_longstring(Connection& record, std::string_view text);
 /// As PD_send0_string with a flush; one write even on a record without an output buffer.
