@@ -148,7 +148,8 @@ bool kvs_fil_exists_(std::string_view name) { return kvS_FIL_Exists(trimmed(name
 
 void kvS_FIL_Delete(std::string_view name, std::int32_t& error) {
   error = 0;
-  if (std::remove(expanded_name(name).c_str()) != 0) error = errno == EACCES ? removal_refused : removal_failed;
+  if (std::remove(expanded_name(name).c_str()) != 0)
+    error = errno == EACCES ? removal_error::refused : removal_error::failed;
   file_host().report(error);
 }
 void kvs_fil_delete_(std::string_view name, std::int32_t& error) { kvS_FIL_Delete(trimmed(name), error); }

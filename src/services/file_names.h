@@ -10,8 +10,10 @@
 
 namespace pathstat {
 
-constexpr std::int32_t removal_failed = -21001;
-constexpr std::int32_t removal_refused = -21002;
+namespace removal_error {
+constexpr std::int32_t failed = -21001;
+constexpr std::int32_t refused = -21002;
+}  // namespace removal_error
 
 /// The name with its prefix replaced, for as long as nothing has been written:
 ///   "." alone or before "/"    the current directory
@@ -35,7 +37,7 @@ bool kvS_FIL_Exists(std::string_view name);
 bool kvs_fil_exists_(std::string_view name);
 
 /// Removes the file of the expanded name and hands the error to the error service.
-/// @param error  0, removal_refused if permission lacks, removal_failed otherwise
+/// @param error  0, removal_error::refused if permission lacks, failed otherwise
 void kvS_FIL_Delete(std::string_view name, std::int32_t& error);
 void kvs_fil_delete_(std::string_view name, std::int32_t& error);
 

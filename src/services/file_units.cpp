@@ -79,7 +79,7 @@ bool is_known(UnitStatus status) { return status >= UnitStatus::scratch && statu
 
 void assign(std::int32_t unit, std::string_view path, std::int32_t record_length, const UnitOptions& options,
             std::int32_t& error) {
-  error = open_failed;
+  error = unit_error::open_failed;
   if (unit < 1 || unit > unit_count) return;
   std::string name = unit_path(path);
   if (options.mode != UnitMode::read_only) close_holders(name);
@@ -87,7 +87,7 @@ void assign(std::int32_t unit, std::string_view path, std::int32_t record_length
   if (error != 0) return;
   kvs_fil_closeunit_(unit);
 
-  error = open_failed;
+  error = unit_error::open_failed;
   if (!is_known(options.form) || !is_known(options.status) || record_length < 0) return;
   const bool scratch = options.status == UnitStatus::scratch;
   if (!scratch && name.size() > longest_unit_path) return;
@@ -132,7 +132,7 @@ void kvs_fil_getunit_(std::int32_t& unit, std::int32_t& error) {
     unit = k;
     return;
   }
-  error = no_unit_free;
+  error = unit_error::none_free;
 }
 
 void kvs_fil_assign_(std::int32_t unit, std::string_view path, std::int32_t record_length, std::int32_t form,
@@ -140,7 +140,7 @@ void kvs_fil_assign_(std::int32_t unit, std::string_view path, std::int32_t reco
   const UnitOptions options{record_length, UnitForm{form}, UnitStatus{status}, UnitMode{mode}};
   assign(unit, path, record_length, options, error);
 } catch (const std::bad_alloc&) {
-  error = open_failed;
+  error = unit_error::open_failed;
 }
 
 void kvs_fil_closeunit_(std::int32_t unit) { unit_close(unit); }

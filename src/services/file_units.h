@@ -16,23 +16,25 @@ namespace pathstat {
 /// A text or a stream ends behind what was written last: the first write after a read cuts off what stood there.
 constexpr std::int32_t unit_count = 99;
 
+namespace unit_error {
 constexpr std::int32_t access_refused = 1;
 constexpr std::int32_t open_failed = 21005;
-constexpr std::int32_t no_unit_free = 21008;
+constexpr std::int32_t none_free = 21008;
+}  // namespace unit_error
 
 enum class UnitForm : std::int32_t { unformatted = 0, formatted = 1, binary = 2 };
 enum class UnitStatus : std::int32_t { scratch = -1, unknown = 0, existing = 1, fresh = 2 };
 enum class UnitMode : std::int32_t { read_write = 0, read_only = 1, append = 2 };
 
 /// The highest unit that is not open. It is not reserved. With none free, `unit` keeps its value.
-/// @param error  0 or no_unit_free
+/// @param error  0 or unit_error::none_free
 void kvs_fil_getunit_(std::int32_t& unit, std::int32_t& error);
 
 /// Opens a file on a unit, which is closed first, as is any other unit that holds the same file unless the mode is
 /// read_only. Codes as in the enumerations above.
 /// @param path           expanded by unit_path; not used for a scratch file
 /// @param record_length  0 for sequential access, else the direct record's length in 4-byte words
-/// @param error          0, access_refused or open_failed; the unit is then closed or as it was
+/// @param error          0, unit_error::access_refused or open_failed; the unit is then closed or as it was
 void kvs_fil_assign_(std::int32_t unit, std::string_view path, std::int32_t record_length, std::int32_t form,
                      std::int32_t status, std::int32_t mode, std::int32_t& error);
 

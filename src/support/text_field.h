@@ -54,6 +54,7 @@ class Text {
   constexpr Text& operator=(const char* text) { return *this = std::string_view(text); }
   constexpr TextField field() { return TextField(std::span<char>(chars_)); }
   constexpr operator TextField() { return field(); }
+  constexpr char* begin() { return chars_.data(); }
   /// All N characters, padding included.
   constexpr std::string_view full() const { return {chars_.data(), N}; }
   /// The characters without the padding.
