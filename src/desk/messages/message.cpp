@@ -1,0 +1,79 @@
+#include "desk/messages/message.h"
+
+#include <fmt/args.h>
+#include <fmt/format.h>
+
+#include <unordered_map>
+
+namespace pathstat::desk {
+namespace {
+
+/// The number of places in a text: one more than the highest number in braces.
+std::size_t places(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t k = 0; k + 1 < text.size(); ++k) {
+    if (text[k] != '{' || text[k + 1] < '0' || text[k + 1] > '9') continue;
+    count = std::max(count, static_cast<std::size_t>(text[k + 1] - '0') + 1);
+  }
+  return count;
+}
+
+std::string bracketed(const std::vector<MessageArgument>& arguments, std::size_t from) {
+  std::string list;
+  for (std::size_t k = from; k < arguments.size(); ++k) list += (list.empty() ? " [" : ", ") + shown(arguments[k]);
+  return list.empty() ? list : list + "]";
+}
+
+}  // namespace
+
+std::string shown(const MessageArgument& argument) {
+  if (const auto* text = std::get_if<std::string>(&argument)) return fmt::format("\"{}\"", *text);
+  if (const auto* number = std::get_if<double>(&argument)) return fmt::format("{:.9g}", *number);
+  return fmt::format("{}", std::get<std::int32_t>(argument));
+}
+
+std::string filled(std::string_view text, const std::vector<MessageArgument>& arguments) {
+  fmt::dynamic_format_arg_store<fmt::format_context> store;
+  for (const auto& argument : arguments) std::visit([&](const auto& value) { store.push_back(value); }, argument);
+  try {
+    return fmt::vformat(text, store) + bracketed(arguments, places(text));
+  } catch (const fmt::format_error&) {
+    return std::string(text) + bracketed(arguments, 0);
+  }
+}
+
+const MessageRow* find_message(std::string_view key) {
+  static const auto by_key = [] {
+    std::unordered_map<std::string_view, const MessageRow*> map;
+    for (const auto& row : message_rows()) map.emplace(row.key, &row);
+    return map;
+  }();
+  const auto found = by_key.find(key);
+  return found == by_key.end() ? nullptr : found->second;
+}
+
+const StatusRow* find_status(std::int32_t code) {
+  for (const auto& row : status_rows()) {
+    if (row.code == code) return &row;
+  }
+  return nullptr;
+}
+
+Message message_of(std::int32_t severity, std::string_view key, std::vector<MessageArgument> arguments) {
+  const auto* row = find_message(key);
+  Message message{row ? row->kind : MessageKind::note, severity, std::string(key), std::move(arguments), {}};
+  message.text = filled(row ? row->text : key, message.arguments);
+  return message;
+}
+
+Message message_of_status(std::int32_t code, std::string_view routine, std::vector<MessageArgument> arguments) {
+  const auto* row = find_status(code);
+  Message message{code > 0 ? MessageKind::error : MessageKind::warning, code > 0 ? 2 : 1, {}, std::move(arguments), {}};
+  if (row && row->text.empty()) return message;
+  const auto where = routine.empty() ? std::string{} : fmt::format(" (status {} of {})", code, routine);
+  message.text = row ? filled(row->text, message.arguments) : filled("An unnamed failure", message.arguments);
+  message.text += routine.empty() ? fmt::format(" (status {})", code) : where;
+  return message;
+}
+
+}  // namespace pathstat::desk
