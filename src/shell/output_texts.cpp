@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "support/text_field.h"
 
@@ -58,6 +59,18 @@ OutputText value_text;
 OutputText range_text;
 
 }  // namespace
+
+struct OutputTextsAside::Texts {
+  OutputText value = value_text;
+  OutputText range = range_text;
+};
+
+OutputTextsAside::OutputTextsAside() : kept_(std::make_unique<Texts>()) {}
+
+OutputTextsAside::~OutputTextsAside() {
+  value_text = std::move(kept_->value);
+  range_text = std::move(kept_->range);
+}
 
 void sch_RegisterOutputStrings(std::span<char> value, std::span<char> range) {
   value_text.attach(value);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -15,6 +16,20 @@ void sch_RegisterOutputStrings(std::span<char> value, std::span<char> range);
 
 /// The lengths that the texts would need, which may be more than their blocks hold.
 void sch_GetFillLengths(std::int64_t& value, std::int64_t& range);
+
+/// Puts both texts aside while it lives: a request that is served in the middle of another one registers texts of its
+/// own, and the outer one then goes on where it was.
+class OutputTextsAside {
+ public:
+  OutputTextsAside();
+  ~OutputTextsAside();
+  OutputTextsAside(const OutputTextsAside&) = delete;
+  OutputTextsAside& operator=(const OutputTextsAside&) = delete;
+
+ private:
+  struct Texts;
+  std::unique_ptr<Texts> kept_;
+};
 
 /// Appends one item. The twins take a field with all its blanks.
 void kvZ_DefineValue(std::string_view text);

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace pathstat {
+
+/// Has the signals that end a process tell the Core and end it with status 1, and SIGUSR1 print a notice.
+void install_signal_handlers();
+
+}  // namespace pathstat
