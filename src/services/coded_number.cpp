@@ -49,16 +49,6 @@ std::string format_of(double value, std::int32_t width, std::int32_t digits, std
   return exponent_form(width, digits - 1, exponent_digits);
 }
 
-void put_leading_zero(std::string& text) {
-  const auto point = text.find('.');
-  if (point == text.npos || point == 0) return;
-  if (text[point - 1] == ' ') {
-    text[point - 1] = '0';
-  } else if (point >= 2 && text[point - 2] == ' ' && text[point - 1] == '-') {
-    text.replace(point - 2, 2, "-0");
-  }
-}
-
 }  // namespace
 
 void kvs_fmt_codedouble_(TextField text, double value, std::int32_t width, std::int32_t digits, std::int32_t zeros) {
@@ -68,9 +58,8 @@ void kvs_fmt_codedouble_(TextField text, double value, std::int32_t width, std::
     text.set("**********");
     return;
   }
-  std::string number = formatted(value, form);
-  put_leading_zero(number);
-  text.set(number);
+  // format_of leaves room for a sign and for the zero ahead of a leading point, which `formatted` then writes.
+  text.set(formatted(value, form));
 }
 
 }  // namespace pathstat
