@@ -1,0 +1,174 @@
+#include "desk/graphs/pictures.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <map>
+
+namespace pathstat::desk {
+namespace {
+
+/// Colours by number. 3, 4 and 5 are those of most graphs; all stand apart on white, for colour-blind eyes too where
+/// sixteen colours allow it.
+constexpr std::string_view palette[] = {
+    "#222222", "#7f7f7f", "#8a6d3b", "#0072b2", "#d55e00", "#009e73", "#8e44ad", "#e69f00",
+    "#cc79a7", "#56b4e9", "#7b3f00", "#4b0082", "#a6a800", "#17a2a2", "#c2185b", "#1b3a6b",
+};
+
+/// A curve of more points is thinned out before it is drawn.
+constexpr std::size_t most_points = 6000;
+
+bool drawable(const PlotPoint& point) { return std::isfinite(point.x) && std::isfinite(point.y); }
+
+/// The curve as it looks at the width of a picture: of each run of points the lowest and the highest.
+std::vector<PlotPoint> thinned(const std::vector<PlotPoint>& points) {
+  if (points.size() <= most_points) return points;
+  std::vector<PlotPoint> kept;
+  const std::size_t runs = most_points / 2;
+  for (std::size_t run = 0; run < runs; ++run) {
+    const auto first = points.begin() + static_cast<std::ptrdiff_t>(run * points.size() / runs);
+    const auto last = points.begin() + static_cast<std::ptrdiff_t>((run + 1) * points.size() / runs);
+    auto [low, high] =
+        std::minmax_element(first, last, [](const PlotPoint& a, const PlotPoint& b) { return a.y < b.y; });
+    if (low > high) std::swap(low, high);
+    kept.push_back(*low);
+    if (low != high) kept.push_back(*high);
+  }
+  return kept;
+}
+
+/// A text of gnuplot, in single quotes and on one line.
+std::string literal(std::string_view text) {
+  std::string literal = "'";
+  for (const char c : text) {
+    if (c == '\'') literal += '\'';
+    literal += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+  }
+  return literal + "'";
+}
+
+std::string block_name(std::size_t figure, std::size_t curve) { return fmt::format("$f{}c{}", figure, curve); }
+
+void add_points(std::string& script, const std::string& name, const std::vector<PlotPoint>& points) {
+  script += name + " << EOD\n";
+  for (const auto& point : points) {
+    script += drawable(point) ? fmt::format("{:.9g} {:.9g}\n", point.x, point.y) : std::string("\n");
+  }
+  script += "EOD\n";
+}
+
+/// The plot command, and the blocks of points that it draws. Curves of one colour differ by their dashes.
+std::string plot_command(std::string& script, const Figure& figure, std::size_t number) {
+  std::string plot;
+  std::map<std::int32_t, int> uses;
+  for (std::size_t k = 0; k < figure.curves.size(); ++k) {
+    const auto& curve = figure.curves[k];
+    if (std::none_of(curve.points->begin(), curve.points->end(), drawable)) continue;
+    const auto name = block_name(number, k);
+    const auto colour = palette[static_cast<std::size_t>(std::abs(curve.colour % 16))];
+    add_points(script, name, curve.histogram ? *curve.points : thinned(*curve.points));
+    const auto style = curve.points->size() == 1 ? std::string("points pt 7")
+                                                 : fmt::format("{} lw 1.6 dt {}", curve.histogram ? "histeps" : "lines",
+                                                               uses[curve.colour]++ % 5 + 1);
+    plot += fmt::format("{} {} with {} lc rgb '{}' {}", plot.empty() ? "plot" : ",", name, style, colour,
+                        curve.label.empty() ? "notitle" : "title " + literal(curve.label));
+    if (!curve.highlighted) continue;
+    add_points(script, name + "m", {*curve.highlighted});
+    plot += fmt::format(", {}m with points pt 6 ps 1.2 lw 1.6 lc rgb '{}' notitle", name, colour);
+  }
+  return plot + "\n";
+}
+
+std::string settings(const Figure& figure) {
+  std::string text = fmt::format("set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
+                                 literal(figure.heading), literal(figure.x_text), literal(figure.y_text));
+  text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x, figure.x_range->y)
+                         : std::string("set xrange [*:*]\n");
+  text += figure.curves.size() > 1 ? "set key outside right top noenhanced samplen 2 spacing 1.2\n" : "set key off\n";
+  text += figure.aspect_ratio > 0 ? fmt::format("set size ratio {:.4g}\n", 1.0 / figure.aspect_ratio)
+                                  : std::string("set size noratio\n");
+  return text;
+}
+
+constexpr std::string_view look =
+    "set encoding utf8\n"
+    "set datafile missing 'nan'\n"
+    "set border 3 lc rgb '#444444'\n"
+    "set tics nomirror out textcolor rgb '#222222'\n"
+    "set grid lc rgb '#dddddd' lt 1 lw 0.6\n"
+    "set samples 2\n"
+    "set offsets graph 0, graph 0, graph 0.04, graph 0.04\n";
+
+/// Runs a program to its end with its output going to a file. @return its wait status, or -1 if it could not start
+int run(const char* program, const std::filesystem::path& input, const std::filesystem::path& output) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  std::string name = program, file = input;
+  char* const arguments[] = {name.data(), file.data(), nullptr};
+  pid_t child = 0;
+  const int failure = ::posix_spawnp(&child, program, &actions, nullptr, arguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (failure != 0) {
+    errno = failure;
+    return -1;
+  }
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  return status;
+}
+
+}  // namespace
+
+std::string picture_script(std::span<const Figure> figures, const PictureFolders& folders) {
+  std::string script(look);
+  for (std::size_t k = 0; k < figures.size(); ++k) {
+    const auto& figure = figures[k];
+    if (!figure.has_points()) continue;
+    script += settings(figure);
+    const auto plot = plot_command(script, figure, k);
+    if (!folders.svg.empty()) {
+      script += fmt::format(
+          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name 'figure{}'\n"
+          "set output {}\n{}",
+          k, literal((folders.svg / (figure.name + ".svg")).string()), plot);
+    }
+    if (!folders.png.empty()) {
+      script += fmt::format(
+          "set terminal pngcairo size 1800,960 font 'DejaVu Sans,13' fontscale 2 linewidth 2\n"
+          "set output {}\n{}",
+          literal((folders.png / (figure.name + ".png")).string()), plot);
+    }
+    script += "unset output\n";
+  }
+  return script;
+}
+
+std::string draw_pictures(std::span<const Figure> figures, const PictureFolders& folders,
+                          const std::filesystem::path& scratch) {
+  if (std::none_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.has_points(); })) return {};
+  const auto input = scratch / "pictures.gnuplot", output = scratch / "pictures.out";
+  std::ofstream file(input, std::ios::binary);
+  file << picture_script(figures, folders);
+  file.close();
+  if (!file) return fmt::format("cannot write {}", input.string());
+
+  const int status = run("gnuplot", input, output);
+  if (status == 0) return {};
+  if (status == -1) return fmt::format("no pictures: gnuplot cannot be started: {}", std::strerror(errno));
+  std::ifstream messages(output);
+  std::string line, all;
+  while (std::getline(messages, line)) all += "\n  " + line;
+  return "no pictures: gnuplot failed:" + all;
+}
+
+}  // namespace pathstat::desk
