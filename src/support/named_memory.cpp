@@ -7,7 +7,8 @@
 #include <initializer_list>
 #include <limits>
 #include <numeric>
-#include <string>
+
+#include "support/number_format.h"
 
 namespace pathstat {
 namespace {
@@ -55,12 +56,6 @@ void report(std::initializer_list<std::string_view> parts) {
   error_sink(1, trimmed({field.data(), used}));
 }
 
-std::string in_columns(std::int64_t value, int width) {
-  char digits[32];
-  const int length = std::snprintf(digits, sizeof digits, "%*" PRId64, width, value);
-  return length > width ? std::string(static_cast<std::size_t>(width), '*') : std::string(digits);
-}
-
 bool begins(std::string_view word, std::string_view with) {
   const auto same = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
   return word.size() >= with.size() && std::equal(with.begin(), with.end(), word.begin(), same);
@@ -102,15 +97,15 @@ bool name_too_long(std::string_view name, std::int32_t& status) {
 }
 
 void report_negative(std::string_view name, std::int64_t count) {
-  report({error_head, " size for ", name, " non-positive: ", in_columns(count, 8)});
+  report({error_head, " size for ", name, " non-positive: ", formatted(count, "(I8)")});
 }
 
 /// Checks 1 to 5 of a new label, in their order. @return status
 std::int32_t refuse_new_area(std::string_view name, std::int64_t count, std::string_view type, std::int64_t& unit) {
   if (dynmem2_.area_count >= maximum_areas) {
     report({"ERROR in dynamic memory allocation. |Exceeded maximum number of dynamically allocated arrays.",
-            "|Number allocated: ", in_columns(dynmem2_.area_count, 4),
-            "    |Maximum allowed: ", in_columns(maximum_areas, 4)});
+            "|Number allocated: ", formatted(dynmem2_.area_count, "(I4)"),
+            "    |Maximum allowed: ", formatted(maximum_areas, "(I4)")});
     return -1;
   }
   std::int32_t status = 0;
