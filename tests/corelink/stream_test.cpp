@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+
+#include "corelink/last_error.h"
+#include "corelink/socket_setup.h"
+#include "corelink/test_peer.h"
+
+namespace pathstat {
+namespace {
+
+struct BufferingCase {
+  const char* rule;
+  std::int32_t buffer;
+  std::vector<std::size_t> sends;
+  std::vector<std::size_t> writes;
+  std::int32_t waiting;
+};
+
+class Buffering : public testing::TestWithParam<BufferingCase> {};
+
+TEST_P(Buffering, writes_when_the_buffer_says) {
+  const auto& [rule, buffer, sends, writes, waiting] = GetParam();
+  TestPeer peer(SOCK_SEQPACKET);
+  PNC_init_write_buffer(peer.connection, buffer);
+  std::string sent;
+  for (const auto size : sends) {
+    std::string block;
+    while (block.size() < size) block += static_cast<char>('a' + sent.size() + block.size());
+    EXPECT_EQ(PNC_send(peer.connection, bytes_of(block)), 1);
+    sent += block;
+  }
+  EXPECT_EQ(peer.connection.next_unwritten_char, waiting) << rule;
+  std::vector<std::size_t> sizes;
+  std::string arrived;
+  auto take = [&] {
+    for (const auto& packet : peer.packets()) {
+      sizes.push_back(packet.size());
+      arrived += packet;
+    }
+  };
+  take();
+  EXPECT_EQ(sizes, writes) << rule;
+  EXPECT_EQ(PNC_flush(peer.connection), 1);
+  take();
+  EXPECT_EQ(arrived, sent) << rule;
+  EXPECT_EQ(peer.connection.sent_count, static_cast<std::int64_t>(sent.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    boundaries, Buffering,
+    testing::Values(BufferingCase{"one less than free is held", 8, {3, 4}, {}, 7},
+                    BufferingCase{"exactly free fills, flushes and leaves nothing", 8, {3, 5}, {8}, 0},
+                    BufferingCase{"the rest becomes the new content", 8, {3, 12}, {8}, 7},
+                    BufferingCase{"exactly size plus free goes directly behind a flush", 8, {3, 13}, {3, 13}, 0},
+                    BufferingCase{"an empty buffer of 8 takes up to 15", 8, {15}, {8}, 7},
+                    BufferingCase{"but not 16", 8, {16}, {16}, 0},
+                    BufferingCase{"no buffer, two writes", 0, {2, 2}, {2, 2}, 0}));
+
+class Stream : public testing::Test {
+ protected:
+  std::int64_t receive(std::size_t count, std::int32_t timeout) {
+    received.assign(count, '?');
+    return PNC_receive(peer.connection, std::as_writable_bytes(std::span(received)), timeout);
+  }
+  TestPeer peer;
+  std::string received;
+};
+
+TEST_F(Stream, a_read_flushes_what_waits) {
+  PNC_init_write_buffer(peer.connection, 64);
+  PNC_send(peer.connection, bytes_of("question"));
+  peer.write("answer");
+  EXPECT_EQ(receive(6, 1), 6);
+  EXPECT_EQ(received, "answer");
+  EXPECT_EQ(peer.read(), "question");
+}
+
+TEST_F(Stream, input_buffer_delivers_without_waiting_to_be_full) {
+  PNC_init_read_buffer(peer.connection, 64);
+  peer.write("0123456");
+  ASSERT_EQ(receive(4, 5), 4);
+  EXPECT_EQ(received, "0123");
+  EXPECT_EQ(peer.connection.received_count, 7);
+  ASSERT_EQ(receive(3, 0), 3);
+  EXPECT_EQ(received, "456");
+  EXPECT_EQ(receive(1, 0), 0);
+}
+
+TEST_F(Stream, timeout_delivers_what_the_input_buffer_held) {
+  PNC_init_read_buffer(peer.connection, 64);
+  peer.write("01234");
+  ASSERT_EQ(receive(2, 1), 2);
+  EXPECT_EQ(receive(4, 0), 3);
+  EXPECT_EQ(received.substr(0, 3), "234");
+  EXPECT_STREQ(PLE_get_error(), "Timed out while receiving - tcp server is 4711@here");
+}
+
+TEST(StreamProperty, any_cut_of_a_stream_gives_the_same_bytes) {
+  const auto seed = std::random_device{}();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::string stream(200000, '\0');
+  for (auto& c : stream) c = static_cast<char>(random());
+  for (const std::int32_t buffer : {0, 1, 7, 512}) {
+    TestPeer peer;
+    PNC_init_read_buffer(peer.connection, buffer);
+    std::thread writer([&, pieces = std::mt19937(seed + 1)]() mutable {
+      for (std::size_t at = 0; at < stream.size();) {
+        const auto size = std::min<std::size_t>(1 + pieces() % 3000, stream.size() - at);
+        peer.write(std::string_view(stream).substr(at, size));
+        at += size;
+      }
+    });
+    std::string all;
+    while (all.size() < stream.size()) {
+      std::string part(std::min<std::size_t>(1 + random() % 2000, stream.size() - all.size()), '\0');
+      ASSERT_EQ(PNC_receive(peer.connection, std::as_writable_bytes(std::span(part)), 10),
+                static_cast<std::int64_t>(part.size()));
+      all += part;
+    }
+    writer.join();
+    EXPECT_TRUE(all == stream) << "buffer " << buffer;
+  }
+}
+
+TEST_F(Stream, end_of_file_in_a_block_returns_the_bytes_so_far) {
+  peer.write("abc");
+  peer.close();
+  EXPECT_EQ(receive(8, 1), 3);
+  EXPECT_STREQ(PLE_get_error(), "End of file while receiving - tcp server is 4711@here");
+  EXPECT_EQ(receive(1, no_time_limit), 0);
+}
+
+TEST_F(Stream, write_to_a_dead_peer_fails_and_drops_what_waited) {
+  install_broken_pipe_handler();
+  PNC_init_write_buffer(peer.connection, 64);
+  peer.close();
+  EXPECT_EQ(PNC_send(peer.connection, bytes_of("lost")), 1);
+  EXPECT_EQ(PNC_flush(peer.connection), 0);
+  EXPECT_STREQ(PLE_get_error(), "Network connection broken for tcp server 4711@here");
+  EXPECT_EQ(peer.connection.next_unwritten_char, 0);
+}
+
+TEST_F(Stream, closed_record_refuses_traffic) {
+  EXPECT_EQ(PNC_close(peer.connection), 0);
+  EXPECT_EQ(peer.connection.state, connection_state::closed);
+  EXPECT_TRUE(peer.connection.server.empty());
+  PLE_reset_error();
+  EXPECT_EQ(PNC_send(peer.connection, bytes_of("x")), -1);
+  EXPECT_STREQ(PLE_get_error(), "Connection broken");
+  EXPECT_EQ(receive(1, 0), -1);
+  EXPECT_EQ(PNC_close(peer.connection), 1);
+}
+
+TEST_F(Stream, record_without_its_texts_cannot_send) {
+  peer.connection.peer.clear();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(PNC_send(peer.connection, bytes_of("x")), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "PNC_send: Control structure is broken\n");
+}
+
+}  // namespace
+}  // namespace pathstat
