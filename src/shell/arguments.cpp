@@ -257,7 +257,7 @@ void kvZ_KEY_NoDetection() { table.undo_keywords(); }
 
 std::int32_t kvZ_KEY_FlagValue(std::string_view key, std::int32_t& status) {
   const auto group = table.keyword(key);
-  status = reported({group && group->counts.count > 0 ? argument_status::flag_with_arguments : 0}, key);
+  status = reported({group && group->counts.count > 0 ? flag_with_arguments : 0}, key);
   return group ? 1 : 0;
 }
 

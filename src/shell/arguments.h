@@ -20,8 +20,8 @@ constexpr std::int32_t above_range = 1002;       ///< shown with the value and t
 constexpr std::int32_t not_allowed = 1003;       ///< a text that is not in the list
 constexpr std::int32_t no_range = 1004;          ///< a range text without ":"
 constexpr std::int32_t argument_missing = 1005;  ///< no minimal count is defined; shown with the index
-constexpr std::int32_t too_few_arguments =
-    1006;  ///< shown with the index less one, or the count, and the minimal count
+/// Shown with the index less one, or with the count, and the minimal count.
+constexpr std::int32_t too_few_arguments = 1006;
 constexpr std::int32_t flag_with_arguments = 1007;
 constexpr std::int32_t not_an_object = 1008;  ///< shown with the argument
 constexpr std::int32_t text_cut = -1000;
