@@ -1,0 +1,101 @@
+#include "structure/model_numbers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdio>
+#include <limits>
+#include <random>
+
+namespace pathstat {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+template <class... Arguments>
+std::string printed(const char* format, Arguments... arguments) {
+  char text[64];
+  std::snprintf(text, sizeof text, format, arguments...);
+  return text;
+}
+
+template <class Number>
+std::string appended(Number value) {
+  std::string text;
+  append_number(text, value);
+  return text;
+}
+
+TEST(ModelNumbers, are_written_as_printf_writes_them) {
+  using D = std::numeric_limits<double>;
+  const double special[] = {0.0,           -0.0,           1,         0.1,     1e16,     1e17,        1e18,
+                            1e-4,          1e-5,           123456789, 1.5e300, D::max(), D::min(),    D::denorm_min(),
+                            D::infinity(), -D::infinity(), 1.0 / 3,   1e5,     99999999, 999999995.0, 0.5};
+  for (const double value : special) {
+    EXPECT_EQ(appended(value), printed("%.17G", value));
+    EXPECT_EQ(appended(static_cast<float>(value)), printed("%.8G", static_cast<double>(static_cast<float>(value))));
+  }
+  std::mt19937_64 random(7);
+  for (int round = 0; round < 20000; ++round) {
+    const auto bits = random();
+    const auto value = std::bit_cast<double>(bits);
+    const auto small = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+    const auto integer = static_cast<std::int32_t>(bits);
+    if (value == value) {
+      ASSERT_EQ(appended(value), printed("%.17G", value));
+    }
+    if (small == small) {
+      ASSERT_EQ(appended(small), printed("%.8G", static_cast<double>(small)));
+    }
+    ASSERT_EQ(appended(integer), printed("%d", integer));
+  }
+}
+
+TEST(ModelNumbers, read_back_to_the_same_bits) {
+  std::mt19937_64 random(8);
+  std::vector<double> values(3000), back;
+  std::string text;
+  for (double& value : values) {
+    do {
+      value = std::bit_cast<double>(random());
+    } while (value != value);
+    append_number(text.append(" ("), value);
+    text.push_back(')');
+  }
+  EXPECT_TRUE(read_numbers(text, back));
+  EXPECT_EQ(back, values);
+}
+
+TEST(ModelNumbers, are_parted_by_white_space_and_parentheses) {
+  std::vector<double> doubles;
+  EXPECT_TRUE(read_numbers("((1 +2.5)(-3e2\t4))\n5", doubles));
+  EXPECT_THAT(doubles, ElementsAre(1, 2.5, -300, 4, 5));
+  EXPECT_TRUE(read_numbers(" () ", doubles));
+  EXPECT_THAT(doubles, IsEmpty());
+  std::vector<std::int32_t> integers;
+  EXPECT_TRUE(read_numbers("-2147483648 +7", integers));
+  EXPECT_THAT(integers, ElementsAre(INT32_MIN, 7));
+}
+
+TEST(ModelNumbers, what_is_no_number_is_refused) {
+  std::vector<double> doubles;
+  std::vector<std::int32_t> integers;
+  for (const char* text : {"1 x", "1 2,3", "1 2x", "1 +-2", "1 1e999", "1 +"}) {
+    EXPECT_FALSE(read_numbers(text, doubles)) << text;
+    EXPECT_THAT(doubles, ElementsAre(1)) << text;
+  }
+  for (const char* text : {"1 2.5", "1 2147483648", "1 e"}) {
+    EXPECT_FALSE(read_numbers(text, integers)) << text;
+    EXPECT_THAT(integers, ElementsAre(1)) << text;
+  }
+}
+
+TEST(ModelNumbers, words_are_parted_by_white_space) {
+  EXPECT_THAT(split_words(" O5'  \"H\t(x)\n"), ElementsAre("O5'", "\"H", "(x)"));
+  EXPECT_THAT(split_words("  "), IsEmpty());
+}
+
+}  // namespace
+}  // namespace pathstat
