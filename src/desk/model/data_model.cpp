@@ -1,0 +1,225 @@
+#include "desk/model/data_model.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "desk/model/elements.h"
+
+namespace pathstat::desk {
+namespace {
+
+struct ImageAtom {
+  std::uint32_t place;
+  Translation image;
+
+  bool operator==(const ImageAtom&) const = default;
+};
+
+struct ImageHash {
+  std::size_t operator()(const ImageAtom& atom) const {
+    std::uint64_t hash = atom.place;
+    for (const auto t : atom.image) hash = (hash ^ static_cast<std::uint32_t>(t)) * 0x9e3779b97f4a7c15u;
+    return hash ^ hash >> 32;
+  }
+};
+
+}  // namespace
+
+/// A model with what is found out about it on demand.
+struct DataModel::ModelSlot {
+  ModelObject object;
+  std::vector<ImageAtom> images;
+  std::unordered_map<ImageAtom, std::int32_t, ImageHash> image_ids;
+  Connectivity connectivity;
+  std::uint64_t connectivity_version = 0;
+};
+
+DataModel::DataModel() {
+  registry_.add(ObjectClass::element, elements().size() - 1, ObjectRegistry::no_model, 1);
+  root_ = registry_.add(ObjectClass::root, 1);
+  applications_.emplace("MD_ANALYSIS", registry_.add(ObjectClass::application, 1));
+  group_library_ = registry_.add(ObjectClass::space_group_library, 1);
+  groups_.push_back(identity_group());
+  group_ids_.push_back(registry_.add(ObjectClass::space_group, 1));
+}
+
+DataModel::~DataModel() = default;
+
+std::int32_t DataModel::application(std::string_view name) const {
+  const auto found = applications_.find(name);
+  return found == applications_.end() ? 0 : found->second;
+}
+
+std::int32_t DataModel::object_named(std::string_view text) const {
+  std::int32_t id = 0;
+  const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), id);
+  if (status == std::errc{} && end == text.data() + text.size()) return exists(id) ? id : 0;
+  for (auto slot = slots_.rbegin(); slot != slots_.rend(); ++slot) {
+    if (*slot && (*slot)->object.data.name == text) return (*slot)->object.id;
+  }
+  return application(text);
+}
+
+std::int32_t DataModel::group_for(const MolecularModel& model) {
+  if (model.periodic_type != periodic_3d) return 0;
+  if (model.symmetry.size() < 2) return group_ids_.front();
+  for (std::size_t k = 0; k < groups_.size(); ++k) {
+    if (groups_[k].operators == model.symmetry) return group_ids_[k];
+  }
+  groups_.push_back(group_of_operators(model.name, model.symmetry));
+  group_ids_.push_back(registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size() - 1));
+  return group_ids_.back();
+}
+
+std::int32_t DataModel::add_model(MolecularModel&& model) {
+  model.file_atoms = model.atoms();
+  model.file_bonds = model.bonds.size();
+  if (model.atoms() == 0 || !expand_symmetry(model)) return 0;
+
+  std::vector<std::size_t> plane_monitors;
+  for (std::size_t k = 0; k < model.monitors.size(); ++k) {
+    if (model.monitors[k].type == plane_monitor) plane_monitors.push_back(k);
+  }
+  const auto planes = 2 * plane_monitors.size();
+  constexpr std::size_t model_and_group = 2;
+  if (!registry_.has_room(model.atoms() + model.monitors.size() + planes + model_and_group)) return 0;
+
+  const auto place = slots_.size();
+  auto& slot = *slots_.emplace_back(std::make_unique<ModelSlot>());
+  auto& object = slot.object;
+  object.id = registry_.add(ObjectClass::model, 1, place);
+  object.number = static_cast<std::int32_t>(place + 1);
+  object.first_atom = registry_.add(ObjectClass::atom, model.atoms(), place);
+  object.first_monitor = registry_.add(ObjectClass::monitor, model.monitors.size(), place);
+  object.first_plane = registry_.add(ObjectClass::plane, planes, place);
+  object.plane_monitors = std::move(plane_monitors);
+  object.space_group = group_for(model);
+  object.data = std::move(model);
+  ++version_;
+  return object.id;
+}
+
+void DataModel::remove_model(std::int32_t id) {
+  const auto place = find(id);
+  if (place.kind != ObjectClass::model) return;
+  registry_.remove_model(place.model);
+  slots_[place.model].reset();
+  if (current_model_ == id) current_model_ = 0;
+  std::erase_if(user_data_, [&](const auto& entry) { return !exists(entry.first); });
+  ++version_;
+}
+
+ModelObject* DataModel::model(std::int32_t id) {
+  const auto place = find(id);
+  return place.kind == ObjectClass::model ? &slots_[place.model]->object : nullptr;
+}
+
+const ModelObject* DataModel::model(std::int32_t id) const {
+  const auto place = find(id);
+  return place.kind == ObjectClass::model ? &slots_[place.model]->object : nullptr;
+}
+
+ModelObject* DataModel::model_of(const ObjectPlace& place) {
+  return place.model < slots_.size() && slots_[place.model] ? &slots_[place.model]->object : nullptr;
+}
+
+std::vector<ModelObject*> DataModel::models() {
+  std::vector<ModelObject*> list;
+  for (auto& slot : slots_) {
+    if (slot) list.push_back(&slot->object);
+  }
+  return list;
+}
+
+std::vector<const ModelObject*> DataModel::models() const {
+  std::vector<const ModelObject*> list;
+  for (const auto& slot : slots_) {
+    if (slot) list.push_back(&slot->object);
+  }
+  return list;
+}
+
+bool DataModel::set_current_model(std::int32_t id) {
+  if (!model(id)) return false;
+  current_model_ = id;
+  return true;
+}
+
+void DataModel::geometry_changed(ModelObject& model) {
+  ++model.geometry_version;
+  ++version_;
+}
+
+AtomRef DataModel::atom(std::int32_t id) {
+  const auto place = find(id);
+  if (place.kind == ObjectClass::atom) return {&slots_[place.model]->object, place.index, {}};
+  if (place.kind != ObjectClass::periodic_image) return {};
+  auto& slot = *slots_[place.model];
+  const auto& image = slot.images[place.index];
+  return {&slot.object, image.place, image.image};
+}
+
+std::int32_t DataModel::atom_image(ModelObject& model, std::size_t place, const Translation& image) {
+  if (image == Translation{}) return model.atom_id(place);
+  const auto slot_place = find(model.id).model;
+  auto& slot = *slots_[slot_place];
+  const ImageAtom atom{static_cast<std::uint32_t>(place), image};
+  const auto known = slot.image_ids.find(atom);
+  if (known != slot.image_ids.end()) return known->second;
+  const auto id = registry_.add(ObjectClass::periodic_image, 1, slot_place, slot.images.size());
+  if (id == 0) return 0;
+  slot.images.push_back(atom);
+  slot.image_ids.emplace(atom, id);
+  return id;
+}
+
+const Connectivity& DataModel::connectivity(ModelObject& model) {
+  auto& slot = *slots_[find(model.id).model];
+  if (slot.connectivity_version != model.geometry_version) {
+    slot.connectivity = find_molecules(model.data);
+    slot.connectivity_version = model.geometry_version;
+  }
+  return slot.connectivity;
+}
+
+const SpaceGroup* DataModel::space_group(std::int32_t id) const {
+  const auto place = find(id);
+  return place.kind == ObjectClass::space_group ? &groups_[place.index] : nullptr;
+}
+
+std::vector<std::int32_t> DataModel::space_groups() const { return group_ids_; }
+
+void DataModel::set_user_value(std::int32_t owner, std::string_view name, UserValue value) {
+  user_data_[owner].insert_or_assign(std::string(name), std::move(value));
+}
+
+const UserValue* DataModel::user_value(std::int32_t owner, std::string_view name, UserValue::Kind kind) const {
+  const auto values = user_data_.find(owner);
+  if (values == user_data_.end()) return nullptr;
+  const auto found = values->second.find(name);
+  return found != values->second.end() && found->second.kind == kind ? &found->second : nullptr;
+}
+
+void DataModel::remove_user_value(std::int32_t owner, std::string_view name) {
+  const auto values = user_data_.find(owner);
+  if (values == user_data_.end()) return;
+  const auto found = values->second.find(name);
+  if (found != values->second.end()) values->second.erase(found);
+}
+
+bool DataModel::open_trajectory(std::string_view path) {
+  if (trajectory_) return false;
+  ModelFile file(FIL_QFXioCreate(resolved(path).string()));
+  if (!file || FIL_QFXioOpenRead(*file) != 0) return false;
+  trajectory_ = std::move(file);
+  return true;
+}
+
+bool DataModel::close_trajectory() {
+  const bool was_open = static_cast<bool>(trajectory_);
+  trajectory_.reset();
+  return was_open;
+}
+
+}  // namespace pathstat::desk

@@ -1,0 +1,173 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "desk/model/connectivity.h"
+#include "desk/model/molecular_model.h"
+#include "desk/model/object_registry.h"
+#include "desk/model/symmetry.h"
+#include "structure/model_file.h"
+
+namespace pathstat::desk {
+
+/// A model in the data model. Its atoms, monitors and planes have identifiers in a row each, in the order of `data`.
+struct ModelObject {
+  std::int32_t id = 0;
+  std::int32_t number = 0;  ///< models are numbered from 1 as they come
+  std::int32_t first_atom = 0;
+  std::int32_t first_monitor = 0;
+  std::int32_t first_plane = 0;             ///< two planes for each plane monitor, in their order
+  std::vector<std::size_t> plane_monitors;  ///< places of the monitors that are plane monitors
+  std::int32_t space_group = 0;             ///< 0 for a model that is not three-dimensionally periodic
+
+  MolecularModel data;
+  std::map<std::string, double, std::less<>> vector_magnitudes;  ///< factors by which the vectors of a name are shown
+
+  bool selected = false;
+  std::vector<std::uint8_t> atom_selected;  ///< one flag per atom, or empty if none is selected
+  std::size_t selected_atoms = 0;
+
+  std::uint64_t geometry_version = 1;  ///< rises with each change of coordinates or cell
+
+  std::int32_t atom_id(std::size_t place) const { return first_atom + static_cast<std::int32_t>(place); }
+};
+
+/// An atom, or the image of one in another cell.
+struct AtomRef {
+  ModelObject* model = nullptr;
+  std::size_t place = 0;
+  Translation image{};
+
+  explicit operator bool() const { return model != nullptr; }
+  bool is_image() const { return image != Translation{}; }
+  Vector3 position() const { return translated(model->data.positions[place], model->data.cell, image); }
+};
+
+/// A named value that an operation has attached to an object.
+struct UserValue {
+  enum class Kind { object, object_array, int_array };
+  Kind kind = Kind::int_array;
+  std::vector<std::int32_t> values;
+};
+
+/// All that a Core knows of models: objects by identifier, which model is current, what is selected, and what is
+/// attached to objects. It knows nothing of operations and the wire.
+class DataModel {
+ public:
+  DataModel();
+  ~DataModel();
+
+  // Objects. Element classes have their element's number as identifier.
+
+  std::int32_t root() const { return root_; }
+  std::int32_t group_library() const { return group_library_; }
+  ObjectPlace find(std::int32_t id) const { return registry_.find(id); }
+  bool exists(std::int32_t id) const { return find(id).kind != ObjectClass::none; }
+  /// The application object of a name, or 0.
+  std::int32_t application(std::string_view name) const;
+  /// What a user names by a text: an identifier, an application, or a model by its name, the latest of equals. 0 if
+  /// there is none.
+  std::int32_t object_named(std::string_view text) const;
+
+  // Models.
+
+  /// Takes in a model with at least one atom and makes its symmetry images.
+  /// @return its identifier, or 0 if it has more atoms than identifiers are left for
+  std::int32_t add_model(MolecularModel&& model);
+  /// Ends a model and everything that belongs to it.
+  void remove_model(std::int32_t id);
+  /// The model with this identifier; null if it is none.
+  ModelObject* model(std::int32_t id);
+  const ModelObject* model(std::int32_t id) const;
+  /// The model that an object belongs to; null for an object of none.
+  ModelObject* model_of(const ObjectPlace& place);
+  /// All models, in the order in which they came.
+  std::vector<ModelObject*> models();
+  std::vector<const ModelObject*> models() const;
+  /// The model that the user works on; 0 without one.
+  std::int32_t current_model() const { return current_model_; }
+  /// @return false if there is no such model
+  bool set_current_model(std::int32_t id);
+
+  /// Rises with each change that a picture of the models shows: models that come or go, coordinates, cells.
+  std::uint64_t version() const { return version_; }
+  /// To be called after coordinates or the cell of a model were changed.
+  void geometry_changed(ModelObject& model);
+
+  // Atoms.
+
+  /// The atom or image with this identifier; false if it is none.
+  AtomRef atom(std::int32_t id);
+  /// The identifier of an atom's image; made on first use, then always the same. 0 if none is left.
+  std::int32_t atom_image(ModelObject& model, std::size_t place, const Translation& image);
+  /// The model's molecules for its present coordinates.
+  const Connectivity& connectivity(ModelObject& model);
+
+  // Selection. The functions return what is wrong, or an empty text; nothing is changed then.
+
+  /// Selects atoms of all models instead of those selected now.
+  /// @param key     all, none, element, fftype, name, residue or id
+  /// @param values  any of which an atom has to match; an id may be a range, as 3-7
+  std::string select_atoms(std::string_view key, std::span<const std::string> values);
+  /// Selects models instead of those selected now: all, none, or those of any of the names.
+  std::string select_models(std::span<const std::string> names);
+  std::size_t selected_atoms() const;
+  std::size_t selected_models() const;
+
+  // Space groups: P1 and those of the models that came in.
+
+  const SpaceGroup* space_group(std::int32_t id) const;
+  std::vector<std::int32_t> space_groups() const;
+
+  // User data.
+
+  void set_user_value(std::int32_t owner, std::string_view name, UserValue value);
+  /// The value of that name and kind; null if there is none.
+  const UserValue* user_value(std::int32_t owner, std::string_view name, UserValue::Kind kind) const;
+  void remove_user_value(std::int32_t owner, std::string_view name);
+
+  // Files.
+
+  /// Where relative paths of operations begin: the working folder of the process that calls them.
+  void set_folder(std::filesystem::path folder) { folder_ = std::move(folder); }
+  std::filesystem::path resolved(std::string_view path) const { return folder_ / path; }
+  /// Opens a structured trajectory for the Core's own reading; false if it can't be opened or another one is open.
+  bool open_trajectory(std::string_view path);
+  /// @return false if none is open
+  bool close_trajectory();
+  /// Takes the text of what went wrong in an operation that can only answer with a number.
+  void set_problem_sink(std::function<void(const std::string&)> sink) { problem_sink_ = std::move(sink); }
+  void report_problem(const std::string& text) const {
+    if (problem_sink_) problem_sink_(text);
+  }
+
+ private:
+  struct ModelSlot;
+
+  std::int32_t group_for(const MolecularModel& model);
+
+  ObjectRegistry registry_;
+  std::int32_t root_ = 0;
+  std::int32_t group_library_ = 0;
+  std::map<std::string, std::int32_t, std::less<>> applications_;
+  std::vector<std::unique_ptr<ModelSlot>> slots_;  ///< by place; empty where the model is gone
+  std::int32_t current_model_ = 0;
+  std::uint64_t version_ = 0;
+  std::vector<SpaceGroup> groups_;
+  std::vector<std::int32_t> group_ids_;
+  std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>> user_data_;
+  std::filesystem::path folder_;
+  ModelFile trajectory_;
+  std::function<void(const std::string&)> problem_sink_;
+};
+
+}  // namespace pathstat::desk

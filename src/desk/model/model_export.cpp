@@ -1,0 +1,155 @@
+#include "desk/model/model_export.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <span>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "desk/model/elements.h"
+#include "structure/model_file.h"
+
+namespace pathstat::desk {
+namespace {
+
+/// Words stand without quotes: a parenthesis without its partner would end their array, and any would end a word that
+/// stands alone.
+bool is_plain(std::string_view word, bool alone) {
+  if (alone && word.find_first_of("()'") != std::string_view::npos) return false;
+  int depth = 0;
+  for (const char c : word) {
+    if (c == '(') ++depth;
+    if (c == ')' && --depth < 0) return false;
+  }
+  return depth == 0 && word.find_first_of("\"\\ \t") == std::string_view::npos;
+}
+
+std::string label_of(std::string name) {
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return std::string_view("()\"'\\ \t").find(c) != std::string_view::npos; },
+      '_');
+  return name;
+}
+
+class ModelWriter {
+ public:
+  ModelWriter(const MolecularModel& model, QFXio& file) : model_(model), file_(file), atoms_(model.file_atoms) {}
+
+  /// @return empty, or which column can't be written
+  std::string write() {
+    good_ = FIL_PushObject(file_, 1, "Model", label_of(model_.name)) == 0;
+    integers("PeriodicType", std::vector{model_.periodic_type});
+    if (model_.periodic_type != not_periodic) vectors("Cell", model_.cell);
+    integers("AtomId", first(model_.ids));
+    words("Name", model_.names);
+    symbols();
+    words("FFType", model_.ff_types);
+    doubles("Charge", first(model_.charges));
+    doubles("Mass", first(model_.masses));
+    doubles("Occupancy", first(model_.occupancies));
+    vectors("XYZ", first(model_.positions));
+    const auto velocities = model_.vectors.find("Velocity");
+    if (velocities != model_.vectors.end()) vectors("Velocity", first(velocities->second));
+    integers("Movable", std::vector<std::int32_t>(model_.movable.begin(), model_.movable.begin() + signed_atoms()));
+    bonds();
+    words("Residue", model_.residues);
+    integers("ResidueId", first(model_.residue_ids));
+    symmetry();
+    monitors();
+    good_ = good_ && FIL_PopObject(file_) == 0;
+    return good_ ? problem_ : "the file can't be written";
+  }
+
+ private:
+  std::ptrdiff_t signed_atoms() const { return static_cast<std::ptrdiff_t>(atoms_); }
+
+  template <class T>
+  std::span<const T> first(const std::vector<T>& column) const {
+    return std::span<const T>(column).first(atoms_);
+  }
+
+  void put(std::string_view name, AttributeType type, const AttributeValues& values) {
+    good_ = good_ && FIL_WriteAttr(file_, name, type, values) == 0;
+  }
+
+  void integers(std::string_view name, std::span<const std::int32_t> values) { put(name, attribute_int, values); }
+  void doubles(std::string_view name, std::span<const double> values) { put(name, attribute_double, values); }
+  void vectors(std::string_view name, std::span<const Vector3> values) {
+    put(name, attribute_vector, std::span<const double>(values.front().data(), 3 * values.size()));
+  }
+
+  /// A column in which any atom has no word is left out: an array has no place for one.
+  void words(std::string_view name, const WordColumn& column) {
+    std::vector<std::string> list(atoms_);
+    for (std::size_t k = 0; k < atoms_; ++k) list[k] = column[k];
+    if (std::any_of(list.begin(), list.end(), [](const std::string& word) { return word.empty(); })) return;
+    for (const auto& word : column.words()) {
+      if (!is_plain(word, atoms_ == 1))
+        problem_ = fmt::format("the word {} of the attribute {} can't be stored", word, name);
+    }
+    put(name, attribute_text, std::span<const std::string>(list));
+  }
+
+  void symbols() {
+    std::vector<std::string> list(atoms_);
+    for (std::size_t k = 0; k < atoms_; ++k) list[k] = elements()[model_.elements[k]].symbol;
+    put("Element", attribute_text, std::span<const std::string>(list));
+  }
+
+  void bonds() {
+    std::vector<std::int32_t> positions;
+    positions.reserve(2 * model_.file_bonds);
+    for (const auto& [one, other] : std::span(model_.bonds).first(model_.file_bonds)) {
+      positions.push_back(static_cast<std::int32_t>(one) + 1);
+      positions.push_back(static_cast<std::int32_t>(other) + 1);
+    }
+    if (!positions.empty()) integers("Bond", positions);
+  }
+
+  void symmetry() {
+    const auto& operators = model_.symmetry;
+    if (operators.size() == 0) return;
+    doubles("Rotation", std::span<const double>(operators.rotations.front().data(), 9 * operators.size()));
+    doubles("Translation", std::span<const double>(operators.translations.front().data(), 3 * operators.size()));
+  }
+
+  void monitors() {
+    std::int32_t id = 1;
+    for (const auto& monitor : model_.monitors) {
+      good_ = good_ && FIL_PushObject(file_, ++id, "Monitor", "") == 0;
+      integers("Type", std::vector{monitor.type});
+      std::vector<std::int32_t> positions;
+      for (const auto place : monitor.atoms) positions.push_back(static_cast<std::int32_t>(place) + 1);
+      integers("Atoms", positions);
+      if (monitor.type == inversion_monitor) integers("Convention", std::vector{monitor.convention});
+      good_ = good_ && FIL_PopObject(file_) == 0;
+    }
+  }
+
+  const MolecularModel& model_;
+  QFXio& file_;
+  std::size_t atoms_;
+  bool good_ = true;
+  std::string problem_;
+};
+
+}  // namespace
+
+std::string write_model_file(const MolecularModel& model, const std::string& path) {
+  const std::string part = path + ".part";
+  const ModelFile file(FIL_QFXioCreate(part));
+  if (!file || FIL_QFXioOpenWrite(*file) != 0) return fmt::format("{} can't be opened for writing", path);
+  auto problem = ModelWriter(model, *file).write();
+  if (FIL_QFXioClose(*file) != 0 && problem.empty()) problem = "the file can't be written";
+  std::error_code status;
+  if (problem.empty()) std::filesystem::rename(part, path, status);
+  if (status) problem = status.message();
+  if (problem.empty()) return {};
+  std::filesystem::remove(part, status);
+  return fmt::format("{}: {}", path, problem);
+}
+
+}  // namespace pathstat::desk

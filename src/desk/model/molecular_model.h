@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "desk/model/lattice.h"
+#include "desk/model/word_column.h"
+#include "support/vectors.h"
+
+namespace pathstat::desk {
+
+/// Kinds of a monitor, by their codes.
+enum MonitorType : std::int32_t {
+  torsion_monitor = 50,
+  plane_monitor = 54,
+  inversion_monitor = 59,
+  distance_monitor = 60,
+  angle_monitor = 61,
+};
+
+/// A measurement that the user has set up between atoms.
+struct Monitor {
+  std::int32_t type = distance_monitor;
+  std::int32_t convention = 0;       ///< of an inversion: 1, 2 or 4
+  std::vector<std::uint32_t> atoms;  ///< 2 of a distance, 3 of an angle, 4 of a torsion or inversion, 3 of each plane
+};
+
+/// The number of atoms of a monitor of a type, or 0 for a type that there is not.
+std::size_t monitor_atoms(std::int32_t type);
+
+/// The present value of a monitor in Å or degrees; an undefined inversion is 0.
+///
+/// @param positions  one vector for each of the monitor's atoms
+double monitor_value(const Monitor& monitor, const std::vector<Vector3>& positions);
+
+/// Fractional symmetry operators x' = R x + t, one rotation and one translation each.
+struct SymmetryOperators {
+  std::vector<Matrix3> rotations;
+  std::vector<Vector3> translations;
+
+  std::size_t size() const { return rotations.size(); }
+  bool operator==(const SymmetryOperators&) const = default;
+};
+
+/// A model as its file states it, by columns over its atoms: all that is known of it but its place in the data model.
+/// Behind the atoms of the file stand their symmetry images, once expand_symmetry has made them.
+struct MolecularModel {
+  std::string name;
+  std::int32_t periodic_type = not_periodic;
+  Cell cell{};
+  SymmetryOperators symmetry;  ///< empty, or the identity first
+
+  std::vector<std::int32_t> ids;       ///< numbers that trajectory files use
+  std::vector<std::uint8_t> elements;  ///< by the number of elements.h
+  WordColumn names;
+  WordColumn ff_types;
+  WordColumn residues;
+  std::vector<std::int32_t> residue_ids;
+  std::vector<double> charges;  ///< elementary charges
+  std::vector<double> masses;   ///< atomic mass units
+  std::vector<double> occupancies;
+  std::vector<Vector3> positions;  ///< Å
+  std::vector<std::uint8_t> movable;
+  std::map<std::string, std::vector<Vector3>, std::less<>> vectors;  ///< "Velocity" (Å/ps), "Force" and others
+
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> bonds;  ///< places of atoms
+  std::vector<Monitor> monitors;
+
+  std::size_t file_atoms = 0;  ///< atoms that are no symmetry images
+  std::size_t file_bonds = 0;
+  std::vector<std::int32_t> image_operators;            ///< of each symmetry image: the number of its operator, from 2
+  std::vector<std::vector<std::uint32_t>> atom_images;  ///< of each atom of the file: the places of its images
+
+  std::size_t atoms() const { return ids.size(); }
+};
+
+}  // namespace pathstat::desk

@@ -1,0 +1,44 @@
+#include "desk/model/object_registry.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace pathstat::desk {
+
+bool ObjectRegistry::has_room(std::size_t count) const {
+  return count <= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() - next_ + 1);
+}
+
+std::int32_t ObjectRegistry::add(ObjectClass kind, std::size_t count, std::size_t model, std::size_t index) {
+  if (!has_room(count)) return 0;
+  const auto first = static_cast<std::int32_t>(next_);
+  next_ += static_cast<std::int64_t>(count);
+  if (count == 0) return first;
+  if (!rows_.empty()) {
+    auto& last = rows_.back();
+    const bool follows = static_cast<std::size_t>(first - last.first) == last.count && last.place.kind == kind &&
+                         last.place.model == model && last.place.index + last.count == index;
+    if (follows) {
+      last.count += count;
+      return first;
+    }
+  }
+  rows_.push_back({first, count, {kind, model, index}});
+  return first;
+}
+
+void ObjectRegistry::remove_model(std::size_t model) {
+  std::erase_if(rows_, [&](const Row& row) { return row.place.model == model; });
+}
+
+ObjectPlace ObjectRegistry::find(std::int32_t id) const {
+  const auto above = std::upper_bound(rows_.begin(), rows_.end(), id,
+                                      [](std::int32_t key, const Row& row) { return key < row.first; });
+  if (above == rows_.begin()) return {};
+  const auto& row = *std::prev(above);
+  const auto offset = static_cast<std::size_t>(id - row.first);
+  if (offset >= row.count) return {};
+  return {row.place.kind, row.place.model, row.place.index + offset};
+}
+
+}  // namespace pathstat::desk

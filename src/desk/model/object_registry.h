@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace pathstat::desk {
+
+/// Classes of the objects of the data model, by the codes that operations use.
+enum class ObjectClass : std::int32_t {
+  none = 0,
+  root = 1,
+  element = 2,
+  atom = 3,
+  plane = 4,
+  monitor = 5,
+  periodic_image = 6,  ///< of an atom; an atom to all operations
+  application = 11,
+  space_group_library = 12,
+  model = 13,
+  space_group = 14,
+};
+
+/// Where an object stands.
+struct ObjectPlace {
+  ObjectClass kind = ObjectClass::none;
+  std::size_t model = 0;  ///< place of the model that it belongs to or is
+  std::size_t index = 0;  ///< among the objects of its class of that model, or of the data model
+};
+
+/// Hands out the identifiers of all objects, from 1 up and none twice. Objects that come together have identifiers in a
+/// row and take the memory of one; finding a place costs as much as a search among the rows.
+class ObjectRegistry {
+ public:
+  static constexpr std::size_t no_model = static_cast<std::size_t>(-1);
+
+  /// @param index  of the first of the objects
+  /// @return the first identifier, or 0 if there are not enough left
+  std::int32_t add(ObjectClass kind, std::size_t count, std::size_t model = no_model, std::size_t index = 0);
+  /// Ends the objects of a model and the model itself.
+  void remove_model(std::size_t model);
+  ObjectPlace find(std::int32_t id) const;
+  /// True if so many identifiers are left.
+  bool has_room(std::size_t count) const;
+
+ private:
+  struct Row {
+    std::int32_t first;
+    std::size_t count;
+    ObjectPlace place;  ///< of the first
+  };
+  std::vector<Row> rows_;
+  std::int64_t next_ = 1;
+};
+
+}  // namespace pathstat::desk

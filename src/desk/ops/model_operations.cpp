@@ -1,0 +1,196 @@
+#include "desk/ops/model_operations.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+#include "desk/model/coordinate_file.h"
+#include "desk/model/model_export.h"
+#include "desk/model/model_import.h"
+#include "desk/ops/object_values.h"
+
+namespace pathstat::desk {
+namespace {
+
+constexpr std::int32_t without_images = 1;
+constexpr std::int32_t structured_file = 1;
+constexpr std::int32_t coordinate_file = 14;
+
+/// The model that an input names; without one the reply has its error.
+ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
+  auto* model = data.model(id);
+  if (!model) reply.error = unknown_object;
+  return model;
+}
+
+std::size_t atoms_by_selector(const ModelObject& model, std::int32_t selector) {
+  return selector == without_images ? model.data.file_atoms : model.data.atoms();
+}
+
+void put_vector(OperationReply& reply, const Vector3& v) { reply.put(std::vector<double>(v.begin(), v.end())); }
+
+Vector3 vector_at(const OperationCall& call, std::size_t slot) {
+  Vector3 v{};
+  const auto values = call.doubles(slot);
+  std::copy_n(values.begin(), 3, v.begin());
+  return v;
+}
+
+void cell_vectors_2d(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  if (model->data.periodic_type != periodic_2d) return void(reply.error = not_there);
+  put_vector(reply, model->data.cell[1]);
+  put_vector(reply, model->data.cell[2]);
+}
+
+void cell_vectors_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  if (model->data.periodic_type == not_periodic) return void(reply.error = not_there);
+  for (const auto& v : model->data.cell) put_vector(reply, v);
+}
+
+void set_cell(DataModel& data, ModelObject& model, const Cell& cell, OperationReply& reply) {
+  if (!is_usable_cell(model.data.periodic_type, cell)) return void(reply.error = bad_value);
+  model.data.cell = cell;
+  data.geometry_changed(model);
+}
+
+void set_cell_vectors_2d(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  if (model->data.periodic_type != periodic_2d) return void(reply.error = not_there);
+  set_cell(data, *model, {model->data.cell[0], vector_at(call, 1), vector_at(call, 2)}, reply);
+}
+
+void set_cell_vectors_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  if (model->data.periodic_type == not_periodic) return void(reply.error = not_there);
+  set_cell(data, *model, {vector_at(call, 1), vector_at(call, 2), vector_at(call, 3)}, reply);
+}
+
+void symmetry_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  if (model->space_group == 0) reply.error = not_there;
+  reply.put(model->space_group);
+}
+
+std::vector<std::int32_t> identifiers_from(std::int32_t first, std::size_t count) {
+  std::vector<std::int32_t> list(count);
+  std::iota(list.begin(), list.end(), first);
+  return list;
+}
+
+void atom_list(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (!model) return;
+  put_list(identifiers_from(model->first_atom, atoms_by_selector(*model, call.integer(1))), call.integer(2), reply);
+}
+
+void atoms_in_file_order(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (model) reply.put(identifiers_from(model->first_atom, model->data.file_atoms));
+}
+
+void atom_count(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (model) reply.put(static_cast<std::int32_t>(atoms_by_selector(*model, call.integer(1))));
+}
+
+void current_model(DataModel& data, const OperationCall&, OperationReply& reply) { reply.put(data.current_model()); }
+
+void set_current_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  if (!data.set_current_model(call.integer(0))) reply.error = unknown_object;
+}
+
+/// The model 0 stands for none, which is clear.
+void is_clear(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  if (call.integer(0) == 0) return reply.put(std::int32_t{1});
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (model) reply.put(std::int32_t{model->data.atoms() == 0 ? 1 : 0});
+}
+
+void model_name(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto objects = call.integers(2);
+  const auto* model = model_at(data, objects.empty() ? 0 : objects.front(), reply);
+  if (model) reply.put(model->data.name);
+}
+
+void periodic_type(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(0), reply);
+  if (model) reply.put(model->data.periodic_type);
+}
+
+/// Takes in all the models of a file or none.
+/// @return the identifier of the first, or 0
+std::int32_t take_in(DataModel& data, std::vector<MolecularModel>& models) {
+  std::vector<std::int32_t> taken;
+  for (auto& model : models) {
+    taken.push_back(data.add_model(std::move(model)));
+    if (taken.back() != 0) continue;
+    for (const auto id : taken) data.remove_model(id);
+    return 0;
+  }
+  return taken.empty() ? 0 : taken.front();
+}
+
+/// A model among the inputs has no say: a file always makes new models, of which the first becomes current.
+void import_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto type = call.integer(1);
+  if (type != structured_file && type != coordinate_file) return void(reply.error = bad_value);
+  const auto path = data.resolved(call.text(0)).string();
+  auto imported = type == structured_file ? read_model_file(path) : read_coordinate_file(path);
+  const auto first = imported.problem.empty() ? take_in(data, imported.models) : 0;
+  if (first == 0) {
+    data.report_problem(imported.problem.empty() ? path + ": there are too many atoms" : imported.problem);
+    reply.error = file_problem;
+    return;
+  }
+  data.set_current_model(first);
+  reply.put(first);
+}
+
+void export_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* model = model_at(data, call.integer(1), reply);
+  if (!model) return;
+  const auto problem = write_model_file(model->data, data.resolved(call.text(0)).string());
+  if (problem.empty()) return;
+  data.report_problem(problem);
+  reply.error = file_problem;
+}
+
+constexpr std::array served{
+    ServedOperation{"kvD_MOD_2DCellVector", cell_vectors_2d},
+    ServedOperation{"kvD_MOD_3DCellVector", cell_vectors_3d},
+    ServedOperation{"kvD_MOD_3DSymmetry", symmetry_3d},
+    ServedOperation{"kvD_MOD_AtomList", atom_list},
+    ServedOperation{"kvD_MOD_Current", current_model},
+    ServedOperation{"kvD_MOD_IsClear", is_clear},
+    ServedOperation{"kvD_MOD_Name", model_name},
+    ServedOperation{"kvD_MOD_NumAtoms", atom_count},
+    ServedOperation{"kvD_MOD_PeriodicType", periodic_type},
+    ServedOperation{"kvD_MOD_Set2DCellVector", set_cell_vectors_2d},
+    ServedOperation{"kvD_MOD_Set3DCellVector", set_cell_vectors_3d},
+    ServedOperation{"kvD_MOD_SetCurrent", set_current_model},
+    ServedOperation{"kvD_FIL_ExportModel", export_model},
+    ServedOperation{"kvD_FIL_ImportModel", import_model},
+    ServedOperation{"kvA_FIL_CarAtomIdOrder", atoms_in_file_order},
+};
+
+}  // namespace
+
+void serve_model_operations(OperationServer& server, DataModel& model) { serve_all(server, model, served); }
+
+void register_data_model_operations(OperationServer& server, DataModel& model) {
+  serve_model_operations(server, model);
+  serve_atom_operations(server, model);
+  serve_monitor_operations(server, model);
+  serve_symmetry_operations(server, model);
+  serve_user_data_operations(server, model);
+  serve_vector_operations(server, model);
+}
+
+}  // namespace pathstat::desk
