@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace pathstat {
+
+/// A trajectory that is open through the front end and attached to a model, for a scope.
+class OpenTrajectory {
+ public:
+  /// Opens the file, which shows "Traj_OpenProblem" where it fails, and attaches it.
+  /// @param status  that of the open; how the attach went is kept in attach_status()
+  OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status);
+  ~OpenTrajectory();
+  OpenTrajectory(const OpenTrajectory&) = delete;
+  OpenTrajectory& operator=(const OpenTrajectory&) = delete;
+
+  std::int32_t handle() const { return handle_; }
+  std::int32_t attach_status() const { return attach_status_; }
+  /// The one integer of a key, or `absent` where the reader does not know it.
+  std::int32_t integer(std::int32_t key, std::int32_t absent) const;
+
+ private:
+  std::int32_t handle_ = 0;
+  std::int32_t attach_status_ = 0;
+  bool is_open_ = false;
+};
+
+}  // namespace pathstat
