@@ -25,6 +25,7 @@ function(program name main layer)
   if(EXISTS ${CMAKE_SOURCE_DIR}/${main})
     add_executable(${name} ${main})
     target_link_libraries(${name} PRIVATE layer_${layer})
+    target_compile_definitions(${name} PRIVATE PATHSTAT_VERSION="${PROJECT_VERSION}")
   endif()
 endfunction()
 
@@ -41,7 +42,8 @@ function(layer_tests)
     add_executable(test_${folder} ${sources})
     target_include_directories(test_${folder} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_link_libraries(test_${folder} PRIVATE GTest::gmock GTest::gtest_main)
-    target_compile_definitions(test_${folder} PRIVATE EXAMPLES_DIR="${CMAKE_SOURCE_DIR}/examples")
+    target_compile_definitions(test_${folder} PRIVATE EXAMPLES_DIR="${CMAKE_SOURCE_DIR}/examples"
+                                                    SOURCE_DIR="${CMAKE_SOURCE_DIR}")
     if(folder STREQUAL "process")
       target_link_libraries(test_process PRIVATE layer_desk)
       target_compile_definitions(test_process PRIVATE PATHSTAT_PROGRAM="$<TARGET_FILE:pathstat>"

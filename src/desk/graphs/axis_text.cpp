@@ -60,8 +60,8 @@ std::string axis_text(std::string_view label, std::string_view title) {
   if (const auto* whole = find(whole_labels, label)) return std::string(whole->set);
   if (const auto* unit = find(bare_units, label)) return with_unit(typeset(title), unit->set);
   const auto slash = label.find('/');
-  const bool has_quantity =
-      slash != std::string_view::npos && slash >= 3 && std::isalpha(static_cast<unsigned char>(label.front()));
+  const bool has_quantity = slash != std::string_view::npos && slash >= 3 && label.find('(') > slash &&
+                            std::isalpha(static_cast<unsigned char>(label.front()));
   if (!has_quantity || slash + 1 == label.size()) return typeset(label);
   const auto unit = without_brackets(label.substr(slash + 1));
   const auto* spelling = find(units, unit);

@@ -40,6 +40,7 @@ Figure figure_of(const GraphStore& store, std::int32_t handle) {
   const auto& graph = *store.graph(handle);
   const auto& info = *store.info(handle);
   Figure figure;
+  figure.graph = handle;
   figure.heading = typeset(info.name);
   if (info.version > 1) figure.heading += fmt::format(" ({})", info.version);
   figure.x_text = axis_text(graph.x_label, graph.title);

@@ -19,7 +19,8 @@ struct Curve {
 
 /// One graph made ready to be drawn or written: texts set, curves gathered. It points into the store.
 struct Figure {
-  std::string name;  ///< of its files, without an extension; safe in any file system and unlike all others
+  std::int32_t graph = 0;  ///< its handle
+  std::string name;        ///< of its files, without an extension; safe in any file system and unlike all others
   std::string heading;
   std::string x_text, y_text;
   float aspect_ratio = 0;            ///< width over height; 0 where it is free

@@ -148,7 +148,7 @@ constexpr MessageRow rows[] = {
     {"PATHSTAT_MSG_8", table, "if", conformer_line_1},
     {"PATHSTAT_MSG_9", table, "ff", time_line_1},
     {"PATHSTAT_MSG_51", table, "sf", model_line_1},
-    {"PATHSTAT_MSG_6", table, "s", "{0:>12}                  |u|                 |v|               theta"},
+    {"PATHSTAT_MSG_6", table, "s", "{0:>12}                 |u|                 |v|               theta"},
     {"PATHSTAT_MSG_56", table, "s", "{0:<20}                 |u|                 |v|               theta"},
     {"PATHSTAT_MSG_15", table, "s", "{0:>12}                  yy                  zz                  yz"},
     {"PATHSTAT_MSG_53", table, "s", "{0:<20}                  yy                  zz                  yz"},

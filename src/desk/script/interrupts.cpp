@@ -1,0 +1,26 @@
+#include "desk/script/interrupts.h"
+
+#include <csignal>
+#include <initializer_list>
+
+namespace pathstat::desk {
+namespace {
+
+volatile std::sig_atomic_t requests = 0;
+
+void count_request(int signal) {
+  requests = signal == SIGINT ? requests + 1 : 2;
+  if (requests >= 2) std::signal(SIGINT, SIG_DFL);
+}
+
+}  // namespace
+
+void watch_interrupts() {
+  struct sigaction action {};
+  action.sa_handler = count_request;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+}
+
+int interrupts() { return requests; }
+
+}  // namespace pathstat::desk

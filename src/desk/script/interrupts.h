@@ -1,0 +1,10 @@
+#pragma once
+
+namespace pathstat::desk {
+
+/// How often the user has asked to stop: the first interrupt key asks the process to end what it does, the second gives
+/// it up, and a third ends this program as it would any other. A request to terminate counts as two.
+void watch_interrupts();
+int interrupts();
+
+}  // namespace pathstat::desk

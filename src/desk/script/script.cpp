@@ -1,0 +1,190 @@
+#include "desk/script/script.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <numeric>
+#include <optional>
+
+namespace pathstat::desk {
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr std::string_view blanks = " \t\r\f\v";
+
+std::string_view stripped(std::string_view text) {
+  const auto first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+bool is_blank(char c) { return blanks.find(c) != std::string_view::npos; }
+
+/// The mark that ends what this one opens; 0 for a character that opens nothing.
+char closing_mark(char c) { return c == '"' || c == '\'' ? c : c == '{' ? '}' : '\0'; }
+
+std::string_view without_comment(std::string_view line) {
+  char inside = '\0';
+  for (std::size_t k = 0; k < line.size(); ++k) {
+    const bool begins_word = k == 0 || is_blank(line[k - 1]);
+    if (inside != '\0') {
+      if (line[k] == inside) inside = '\0';
+    } else if (begins_word && line[k] == '#') {
+      return line.substr(0, k);
+    } else if (begins_word) {
+      inside = closing_mark(line[k]);
+    }
+  }
+  return line;
+}
+
+std::string joined(const Words& words, std::string_view between) {
+  std::string text;
+  for (const auto& word : words) text.append(text.empty() ? "" : between).append(word);
+  return text;
+}
+
+bool is_choice(const std::string& word) {
+  int choice = 0;
+  const auto [end, status] = std::from_chars(word.data(), word.data() + word.size(), choice);
+  return status == std::errc{} && end == word.data() + word.size() && choice >= 1;
+}
+
+/// One kind of line for the desk..
+struct DeskLine {
+  std::string_view name;  ///< its first words
+  LineKind kind;
+  std::string_view usage;
+  std::string_view meaning;
+  bool (*fits)(const Words& words);
+};
+
+constexpr std::array desk_lines{
+    DeskLine{"@select atoms", LineKind::select_atoms,
+             "@select atoms all | none | element O | fftype OW | name O1 | residue WAT | ids 1,2-5",
+             "which atoms are selected; several values may follow", [](const Words& words) { return !words.empty(); }},
+    DeskLine{"@select models", LineKind::select_models, "@select models all | none | NAME ...",
+             "which models are selected", [](const Words& words) { return !words.empty(); }},
+    DeskLine{"@answer", LineKind::answer, "@answer KEY CHOICE",
+             "what to answer to the dialog with that key; choices count from 1",
+             [](const Words& words) { return words.size() == 2 && is_choice(words[1]); }},
+    DeskLine{"@request", LineKind::request, "@request WORD ...", "prints the values of words and what they may be",
+             [](const Words& words) { return !words.empty(); }},
+    DeskLine{"@stop-on-error", LineKind::stop_on_error, "@stop-on-error yes | no",
+             "whether a failed command ends the run; yes at the start",
+             [](const Words& words) { return words.size() == 1 && (words[0] == "yes" || words[0] == "no"); }},
+};
+
+/// The number of single changes that turn one text into the other.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const auto changed = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+const DeskLine& nearest(std::string_view text) {
+  return *std::min_element(desk_lines.begin(), desk_lines.end(), [&](const DeskLine& a, const DeskLine& b) {
+    return distance(text.substr(0, a.name.size()), a.name) < distance(text.substr(0, b.name.size()), b.name);
+  });
+}
+
+/// Reads a line that begins with @. @return what is wrong with it, or nothing
+std::string read_desk_line(ScriptLine& line) {
+  const auto words = words_of(line.text);
+  for (const auto& row : desk_lines) {
+    const auto name = words_of(row.name);
+    if (words.size() < name.size() || !std::equal(name.begin(), name.end(), words.begin())) continue;
+    line.kind = row.kind;
+    line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
+    return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.usage);
+  }
+  return fmt::format("there is no line {}; did you mean {}?", joined(words, " "), nearest(line.text).usage);
+}
+
+void read_command(ScriptLine& line) {
+  const auto end = std::min(line.text.find_first_of(blanks), line.text.size());
+  line.word = line.text.substr(0, end);
+  line.arguments = stripped(std::string_view(line.text).substr(end));
+}
+
+struct Token {
+  std::size_t first = 0, end = 0;  ///< what lies between the marks, if it has any
+  std::size_t next = 0;            ///< behind the closing mark
+};
+
+std::optional<Token> next_token(std::string_view text, std::size_t from) {
+  while (from < text.size() && is_blank(text[from])) ++from;
+  if (from >= text.size()) return std::nullopt;
+  if (const char closing = closing_mark(text[from])) {
+    const auto end = std::min(text.find(closing, from + 1), text.size());
+    return Token{from + 1, end, std::min(end + 1, text.size())};
+  }
+  const auto end = std::min(text.find_first_of(blanks, from), text.size());
+  return Token{from, end, end};
+}
+
+/// Commands whose first argument is a path.
+constexpr std::array path_commands{std::string_view("TRAJECTORY"), std::string_view("STATISTICS_FILENAME")};
+
+}  // namespace
+
+std::vector<std::string> words_of(std::string_view text) {
+  Words words;
+  for (auto token = next_token(text, 0); token; token = next_token(text, token->next)) {
+    words.emplace_back(text.substr(token->first, token->end - token->first));
+  }
+  return words;
+}
+
+Script read_script(std::string_view text) {
+  Script script;
+  for (int number = 1; !text.empty(); ++number) {
+    const auto end = std::min(text.find('\n'), text.size());
+    const auto content = stripped(without_comment(text.substr(0, end)));
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (content.empty()) continue;
+    ScriptLine line{number, LineKind::command, std::string(content), {}, {}, {}};
+    std::string problem;
+    if (content.find('\0') != std::string_view::npos) {
+      problem = "this is not a line of text";
+    } else if (content.front() == '@') {
+      problem = read_desk_line(line);
+    } else {
+      read_command(line);
+    }
+    if (!problem.empty()) script.problems.push_back(fmt::format("{}: {}", number, problem));
+    script.lines.push_back(std::move(line));
+  }
+  return script;
+}
+
+std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder) {
+  if (std::find(path_commands.begin(), path_commands.end(), word) == path_commands.end()) return std::string(arguments);
+  const auto token = next_token(arguments, 0);
+  if (!token || token->first == token->end) return std::string(arguments);
+  const auto name = arguments.substr(token->first, token->end - token->first);
+  if (name.front() == '$' || name.front() == '~') return std::string(arguments);
+  const auto path = (folder / name).lexically_normal().string();
+  const char mark = path.find('"') == std::string::npos ? '"' : '\'';
+  return fmt::format("{}{}{}{}", mark, path, mark, arguments.substr(token->next));
+}
+
+std::string desk_lines_help() {
+  std::string help;
+  for (const auto& row : desk_lines) help += fmt::format("  {}\n      {}\n", row.usage, row.meaning);
+  return help;
+}
+
+}  // namespace pathstat::desk

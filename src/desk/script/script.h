@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pathstat::desk {
+
+/// What a line of a script does.
+enum class LineKind { command, select_atoms, select_models, answer, request, stop_on_error };
+
+struct ScriptLine {
+  int number = 0;  ///< in the file, from 1
+  LineKind kind = LineKind::command;
+  std::string text;                ///< as it stands, without its comment
+  std::string word;                ///< of a command
+  std::string arguments;           ///< of a command, as they stand
+  std::vector<std::string> words;  ///< of a line for the desk, behind what names it
+};
+
+struct Script {
+  std::vector<ScriptLine> lines;
+  std::vector<std::string> problems;  ///< sentences that begin with the line number; a script with any is not run
+};
+
+/// Reads a script: one command or one line for the desk (@) a line, empty lines, and comments that begin with a #
+/// outside quotes at the start or behind a blank.
+Script read_script(std::string_view text);
+
+/// The words of a text: separated by blanks, a word with blanks between quotes.
+std::vector<std::string> words_of(std::string_view text);
+
+/// The arguments of a command with a path in them, a relative one taken as relative to `folder`. Other commands, and
+/// names that begin with a variable or the home folder, keep their arguments.
+std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder);
+
+/// One line of help for each kind of line that begins with @.
+std::string desk_lines_help();
+
+}  // namespace pathstat::desk

@@ -1,0 +1,180 @@
+#include "desk/graphs/figure.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "desk/graphs/axis_text.h"
+#include "desk/graphs/pictures.h"
+
+namespace pathstat::desk {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+struct NameCase {
+  const char* title;
+  const char* name;
+};
+
+TEST(FileName, keeps_letters_and_digits_and_is_safe_everywhere) {
+  for (const auto& [title, name] :
+       {NameCase{"Profile of Temperature", "Profile-of-Temperature"},
+        NameCase{"Total VAC ( A^2/ps^2 )", "Total-VAC-A-2-ps-2"}, NameCase{"../../etc/passwd", "etc-passwd"},
+        NameCase{"  ", "graph"}, NameCase{"", "graph"}, NameCase{"a\nb\tc", "a-b-c"}, NameCase{"S(k)", "S-k"},
+        NameCase{"Å", "graph"}}) {
+    EXPECT_EQ(file_name_of(title), name) << title;
+  }
+  EXPECT_LE(file_name_of(std::string(500, 'x')).size(), 80u);
+}
+
+/// A store with one shown graph of a name for each list of curves.
+class Figures : public testing::Test {
+ protected:
+  std::int32_t add_set(const std::string& label, std::vector<float> xy, std::int32_t style = curve_style) {
+    const auto set = store_.write(label, 102);
+    store_.set_data_method(set, 3, style, label);
+    store_.write_points(set, false, xy);
+    return set;
+  }
+  void add_graph(const std::string& name, std::vector<std::int32_t> sets, Graph layout = {}) {
+    layout.sets = std::move(sets);
+    shown_.push_back(store_.write(name, 101));
+    EXPECT_EQ(store_.set_graph_method(shown_.back(), layout), 0);
+    EXPECT_EQ(store_.set_graph_list(store_.write("v", 100), shown_), 0);
+  }
+
+  GraphStore store_;
+  std::vector<std::int32_t> shown_;
+};
+
+TEST_F(Figures, have_names_unlike_each_other_also_where_case_does_not_count) {
+  add_graph("S(k)", {});
+  add_graph("S(k)", {});
+  add_graph("s k", {});
+  add_graph("S k 2", {});
+  const auto figures = figures_of(store_);
+  ASSERT_EQ(figures.size(), 4u);
+  EXPECT_EQ(figures[0].name, "S-k");
+  EXPECT_EQ(figures[1].name, "S-k-2");
+  EXPECT_EQ(figures[2].name, "s-k-3");
+  EXPECT_EQ(figures[3].name, "S-k-2-2");
+  EXPECT_EQ(figures[1].heading, "S(k) (2)");
+}
+
+TEST_F(Figures, leave_out_graphs_that_no_viewer_showed) {
+  store_.write("never shown", 101);
+  EXPECT_TRUE(figures_of(store_).empty());
+}
+
+TEST_F(Figures, take_the_y_text_from_the_title_where_the_labels_code_says_so) {
+  Graph layout;
+  layout.labels = title_on_y_axis;
+  layout.title = "g(r)";
+  layout.y_label = "RDF";
+  add_graph("Total RDF for all atoms", {}, layout);
+  EXPECT_EQ(figures_of(store_)[0].y_text, "g(r)");
+}
+
+TEST_F(Figures, write_one_column_of_x_where_the_curves_share_it) {
+  Graph layout;
+  layout.x_label = "Time (ps)";
+  layout.y_label = "Energy/kcal";
+  add_graph("one", {add_set("total", {0, 1.5f, 0.1f, -2})}, layout);
+  add_graph("two", {add_set("a", {0, 1, 1, 2}), add_set("b\tc", {0, 3, 1, 4})}, layout);
+  const auto figures = figures_of(store_);
+  EXPECT_EQ(points_table(figures[0]), "Time (ps)\tEnergy (kcal/mol)\n0\t1.5\n0.1\t-2\n");
+  EXPECT_EQ(points_table(figures[1]), "Time (ps)\ta\tb c\n0\t1\t3\n1\t2\t4\n");
+}
+
+TEST_F(Figures, write_pairs_of_columns_where_the_curves_differ_in_x_and_blank_the_missing_cells) {
+  Graph layout;
+  layout.x_label = "x";
+  add_graph("g", {add_set("a", {0, 1}), add_set("b", {5, 6, 7, 8})}, layout);
+  EXPECT_EQ(points_table(figures_of(store_)[0]), "x\ta\tx\tb\n0\t1\t5\t6\n\t\t7\t8\n");
+}
+
+TEST_F(Figures, write_numbers_that_read_back_as_they_were) {
+  const float third = 1.0f / 3.0f;
+  add_graph("g", {add_set("a", {16777216.0f, third, 1e-30f, std::nextafter(1.0f, 2.0f)})});
+  const auto table = points_table(figures_of(store_)[0]);
+  float x = 0, y = 0, x2 = 0, y2 = 0;
+  ASSERT_EQ(std::sscanf(table.c_str() + table.find('\n'), "%g %g %g %g", &x, &y, &x2, &y2), 4);
+  EXPECT_EQ(x, 16777216.0f);
+  EXPECT_EQ(y, third);
+  EXPECT_EQ(x2, 1e-30f);
+  EXPECT_EQ(y2, std::nextafter(1.0f, 2.0f));
+}
+
+TEST_F(Figures, draw_histograms_as_steps_and_leave_out_what_has_no_finite_point) {
+  add_graph("h", {add_set("hs", {0, 0, 1, 0.5f, 2, 0}, histogram_style)});
+  add_graph("empty", {add_set("nothing", {0, NAN, 1, INFINITY})});
+  const auto script = picture_script(figures_of(store_), {"/pictures", {}});
+  EXPECT_THAT(script, HasSubstr("with histeps"));
+  EXPECT_THAT(script, HasSubstr("set output '/pictures/h.svg'"));
+  EXPECT_THAT(script, Not(HasSubstr("empty.svg")));
+  EXPECT_THAT(script, Not(HasSubstr("pngcairo")));
+}
+
+TEST_F(Figures, keep_texts_of_the_process_inside_their_quotes) {
+  add_graph("it's\n\"; system 'rm'", {add_set("a", {0, 1, 2, 3})});
+  EXPECT_THAT(picture_script(figures_of(store_), {"/p", {}}),
+              HasSubstr("set title 'it''s \"; system ''rm''' noenhanced\n"));
+}
+
+TEST_F(Figures, thin_out_long_curves_without_losing_their_extremes) {
+  std::vector<float> xy;
+  for (int k = 0; k < 100000; ++k) {
+    xy.push_back(static_cast<float>(k));
+    xy.push_back(k == 50123 ? 1000.0f : 0.0f);
+  }
+  add_graph("long", {add_set("a", xy)});
+  const auto script = picture_script(figures_of(store_), {"/p", {}});
+  EXPECT_THAT(script, HasSubstr("50123 1000\n"));
+  EXPECT_LT(std::count(script.begin(), script.end(), '\n'), 6100);
+}
+
+TEST_F(Figures, draw_the_point_that_is_highlighted) {
+  const auto set = add_set("a", {0, 1, 7, 8});
+  const std::int32_t first[] = {1}, second[] = {2};
+  store_.mark("PathStatMarkers", set, 200, first);
+  add_graph("g", {set});
+  EXPECT_FALSE(figures_of(store_)[0].curves[0].highlighted);
+  store_.mark("PathStatMarkers", set, highlight_mark, second);
+  EXPECT_EQ(figures_of(store_)[0].curves[0].highlighted, (PlotPoint{7, 8}));
+}
+
+struct AxisCase {
+  const char* label;
+  const char* title;
+  const char* text;
+};
+
+TEST(AxisText, names_the_quantity_and_sets_its_unit) {
+  for (const auto& [label, title, text] : {AxisCase{"Energy/kcal", "Total Energy", "Energy (kcal/mol)"},
+                                           AxisCase{"Time/ps", "", "Time (ps)"},
+                                           AxisCase{"Time (ps)", "", "Time (ps)"},
+                                           AxisCase{"Density/(g/cm^3)", "Density", "Density (g/cm³)"},
+                                           AxisCase{"Volume/A^3", "Volume", "Volume (Å³)"},
+                                           AxisCase{"Length/A", "Cell lengths", "Length (Å)"},
+                                           AxisCase{"Angle/degrees", "Cell angles", "Angle (°)"},
+                                           AxisCase{"1/GPa", "Kt", "Kt (1/GPa)"},
+                                           AxisCase{"Cal/(Mol K)", "Cp", "Cp (cal/(mol K))"},
+                                           AxisCase{"Debyes", "Dipole", "Dipole (D)"},
+                                           AxisCase{"A*A per atom", "Total MSD", "Total MSD (Å² per atom)"},
+                                           AxisCase{"A*A per atom", "", "Å² per atom"},
+                                           AxisCase{"", "S(k)", "S(k)"},
+                                           AxisCase{"NONE", "Fraction", "Fraction"},
+                                           AxisCase{"k (1/A)", "", "k (1/Å)"},
+                                           AxisCase{"1/cm", "Power", "Wavenumber (cm⁻¹)"},
+                                           AxisCase{"x Distance/A", "", "x Distance (Å)"},
+                                           AxisCase{"Frequency", "Energy", "Frequency"},
+                                           AxisCase{"m/s", "omega", "omega (m/s)"},
+                                           AxisCase{"", "Power Spectrum A^4/ps^2", "Power Spectrum Å⁴/ps²"}}) {
+    EXPECT_EQ(axis_text(label, title), text);
+  }
+}
+
+}  // namespace
+}  // namespace pathstat::desk

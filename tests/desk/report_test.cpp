@@ -1,0 +1,55 @@
+#include <gmock/gmock.h>
+
+#include "desk/report/html_report.h"
+
+namespace pathstat::desk {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+TEST(HtmlReport, shows_every_command_with_its_status_and_messages_and_escapes_their_texts) {
+  RunRecord record;
+  record.script = "a<b>.script";
+  record.steps.push_back(
+      {.line = 3, .text = "RDF & more", .status = 1, .failed = true, .seconds = 2.5, .notes = {}, .graphs = {}});
+  record.note(message_of(2, "PATHSTAT_ERROR_72", {}));
+  record.note(PrintedLine{"x < y"});
+  const auto page = html_report({record, {}, {}, {}, false});
+  EXPECT_THAT(page, HasSubstr("a&lt;b&gt;.script"));
+  EXPECT_THAT(page, HasSubstr("RDF &amp; more"));
+  EXPECT_THAT(page, HasSubstr("status 1"));
+  EXPECT_THAT(page, HasSubstr("2.5 s"));
+  EXPECT_THAT(page, HasSubstr("No atoms are selected."));
+  EXPECT_THAT(page, HasSubstr("<pre>x &lt; y\n</pre>"));
+}
+
+TEST(HtmlReport, needs_nothing_from_elsewhere) {
+  RunRecord record;
+  const auto page = html_report({record, {}, {}, {}, true});
+  for (const auto* other : {"http:", "https:", "src=", "@import", "<script", "<link"}) {
+    EXPECT_THAT(page, Not(HasSubstr(other)));
+  }
+}
+
+TEST(HtmlReport, joins_the_lines_of_a_table_into_one_block) {
+  RunRecord record;
+  record.note(message_of(2, "PATHSTAT_MSG_9", {1.0, 2.0}));
+  record.note(message_of(2, "PATHSTAT_MSG_9", {3.0, 4.0}));
+  const auto page = html_report({record, {}, {}, {}, false});
+  EXPECT_EQ(page.find("<pre>"), page.rfind("<pre>"));
+}
+
+TEST(HtmlTable, makes_rows_of_tab_separated_lines_and_shortens_long_numbers) {
+  const auto table = html_table("Time\tEnergy\n   0.020000000000000\t -515.8632900000000\n");
+  EXPECT_THAT(table, HasSubstr("<tr><th>Time</th><th>Energy</th></tr>"));
+  EXPECT_THAT(table, HasSubstr("<tr><td>0.02</td><td>-515.8633</td></tr>"));
+  EXPECT_THAT(html_table("no table here\n"), IsEmpty());
+  std::string tall = "a\tb\n";
+  for (int k = 0; k < 250; ++k) tall += "1\t2\n";
+  EXPECT_THAT(html_table(tall), HasSubstr("50 more rows"));
+}
+
+}  // namespace
+}  // namespace pathstat::desk

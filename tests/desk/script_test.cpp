@@ -1,0 +1,100 @@
+#include "desk/script/script.h"
+
+#include <gmock/gmock.h>
+
+namespace pathstat::desk {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct LineCase {
+  const char* text;
+  LineKind kind;
+  const char* word;
+  const char* arguments;
+  std::vector<std::string> words;
+};
+
+TEST(Script, reads_each_kind_of_line) {
+  for (const auto& [text, kind, word, arguments, words] :
+       {LineCase{"PROFILE", LineKind::command, "PROFILE", "", {}},
+        LineCase{"  TRAJECTORY\t argon.trj \r", LineKind::command, "TRAJECTORY", "argon.trj", {}},
+        LineCase{"SELECT_PROPERTIES \"Total Energy\" # both",
+                 LineKind::command,
+                 "SELECT_PROPERTIES",
+                 "\"Total Energy\"",
+                 {}},
+        LineCase{"RDF_TYPE \"# no comment\" C#1", LineKind::command, "RDF_TYPE", "\"# no comment\" C#1", {}},
+        LineCase{"@select atoms element O H", LineKind::select_atoms, "", "", {"element", "O", "H"}},
+        LineCase{"@select atoms ids 1,2-5", LineKind::select_atoms, "", "", {"ids", "1,2-5"}},
+        LineCase{"@select  models 'my model'", LineKind::select_models, "", "", {"my model"}},
+        LineCase{"@answer PATHSTAT_DLG_1 2", LineKind::answer, "", "", {"PATHSTAT_DLG_1", "2"}},
+        LineCase{"@request RDF_TYPE RDF_CUTOFF", LineKind::request, "", "", {"RDF_TYPE", "RDF_CUTOFF"}},
+        LineCase{"@stop-on-error no", LineKind::stop_on_error, "", "", {"no"}}}) {
+    const auto script = read_script(text);
+    EXPECT_THAT(script.problems, IsEmpty()) << text;
+    ASSERT_EQ(script.lines.size(), 1u) << text;
+    EXPECT_EQ(script.lines[0].kind, kind) << text;
+    EXPECT_EQ(script.lines[0].word, word) << text;
+    EXPECT_EQ(script.lines[0].arguments, arguments) << text;
+    EXPECT_EQ(script.lines[0].words, words) << text;
+  }
+}
+
+TEST(Script, numbers_lines_as_they_stand_in_the_file) {
+  const auto script = read_script("# title\n\nPROFILE\n   # more\nRDF");
+  ASSERT_EQ(script.lines.size(), 2u);
+  EXPECT_EQ(script.lines[0].number, 3);
+  EXPECT_EQ(script.lines[1].number, 5);
+}
+
+struct ProblemCase {
+  const char* text;
+  const char* sentence;
+};
+
+TEST(Script, tells_what_is_wrong_with_a_line_and_what_was_probably_meant) {
+  for (const auto& [text, sentence] :
+       {ProblemCase{"PROFILE\n@selct atoms all", "2: there is no line @selct atoms all; did you mean @select atoms"},
+        ProblemCase{"@anser A 1", "did you mean @answer KEY CHOICE"},
+        ProblemCase{"@stop-on-eror yes", "did you mean @stop-on-error yes | no"},
+        ProblemCase{"@answer PATHSTAT_DLG_1", "this line is written @answer KEY CHOICE"},
+        ProblemCase{"@answer PATHSTAT_DLG_1 yes", "this line is written @answer KEY CHOICE"},
+        ProblemCase{"@answer PATHSTAT_DLG_1 0", "this line is written @answer KEY CHOICE"},
+        ProblemCase{"@stop-on-error maybe", "this line is written @stop-on-error yes | no"},
+        ProblemCase{"@select atoms", "this line is written @select atoms"},
+        ProblemCase{"@request", "this line is written @request WORD ..."}}) {
+    EXPECT_THAT(read_script(text).problems, ElementsAre(HasSubstr(sentence))) << text;
+  }
+  EXPECT_THAT(read_script(std::string_view("a\0b", 3)).problems, ElementsAre(HasSubstr("not a line of text")));
+}
+
+struct PathCase {
+  const char* word;
+  const char* arguments;
+  const char* resolved;
+};
+
+TEST(Script, takes_relative_paths_as_relative_to_its_folder) {
+  for (const auto& [word, arguments, resolved] :
+       {PathCase{"TRAJECTORY", "argon.trj", "\"/runs/argon.trj\""},
+        PathCase{"TRAJECTORY", "../data/argon", "\"/data/argon\""},
+        PathCase{"TRAJECTORY", "\"my run.trj\"", "\"/runs/my run.trj\""},
+        PathCase{"TRAJECTORY", "/abs/argon.trj", "\"/abs/argon.trj\""},
+        PathCase{"TRAJECTORY", "$HOME/a.trj", "$HOME/a.trj"}, PathCase{"TRAJECTORY", "", ""},
+        PathCase{"STATISTICS_FILENAME", "{out.dat} more", "\"/runs/out.dat\" more"},
+        PathCase{"TRAJECTORY", "'a\"b'", "'/runs/a\"b'"}, PathCase{"RDF_TYPE", "O H", "O H"}}) {
+    EXPECT_EQ(with_resolved_path(word, arguments, "/runs"), resolved) << arguments;
+  }
+}
+
+TEST(Script, splits_words_at_blanks_and_keeps_quoted_ones_whole) {
+  EXPECT_THAT(words_of(" a 'b c'\t\"d\" {e f} g'h "), ElementsAre("a", "b c", "d", "e f", "g'h"));
+  EXPECT_THAT(words_of("\"unclosed text"), ElementsAre("unclosed text"));
+  EXPECT_THAT(words_of(" \t"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace pathstat::desk
