@@ -14,11 +14,10 @@
 #include "properties/model_selection.h"
 #include "properties/open_trajectory.h"
 #include "state/analysis_settings.h"
+#include "trajectory/front_end.h"
 
 namespace pathstat {
 namespace {
-
-constexpr std::int32_t model_does_not_fit = 50015;
 
 /// A header value of the trajectory, and what stands for it where the reader does not know it.
 struct HeaderValue {
@@ -163,7 +162,7 @@ void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
   trj_gui_d_.degrees_of_freedom = 1.0;
   if (model_exists != 0) count_atoms(model);
   mask_fluctuations();
-  if (trajectory && trajectory->attach_status() != 0) status = model_does_not_fit;
+  if (trajectory && trajectory->attach_status() != 0) status = trajectory_status::attach_refused;
 }
 
 void mask_models(std::int32_t& status) {

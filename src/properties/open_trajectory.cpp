@@ -1,0 +1,34 @@
+#include "properties/open_trajectory.h"
+
+#include <span>
+
+#include "coreapi/operations.h"
+#include "trajectory/front_end.h"
+
+namespace pathstat {
+
+OpenTrajectory::OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status) {
+  trj_openread_(file, 1, handle_, status);
+  is_open_ = status == 0;
+  if (is_open_) {
+    trj_attachtomodels_(handle_, std::span(&model, 1), attach_status_);
+  } else {
+    std::int32_t error = 0;
+    kvu_msg_args_(file);
+    kvu_msg_display_(2, "Traj_OpenProblem", error);
+  }
+}
+
+OpenTrajectory::~OpenTrajectory() {
+  std::int32_t status = 0;
+  if (is_open_) trj_close_(handle_, status);
+}
+
+std::int32_t OpenTrajectory::integer(std::int32_t key, std::int32_t absent) const {
+  std::int32_t value = 0;
+  std::int32_t status = 0;
+  trj_ivalue_(handle_, key, value, status);
+  return status == 0 ? value : absent;
+}
+
+}  // namespace pathstat
