@@ -106,12 +106,13 @@ bool CoreSession::fail(std::string what) {
   PNC_close(connection_);
   if (stop_now_()) {
     process_.end(0);
+    follower_->finish();
     loss_ = "stopped by the user";
-  } else {
-    const bool ended = process_.wait(2000);
-    loss_ = fmt::format("{}; {}", what, ended ? "pathstat ended with " + process_.ending() : "pathstat was ended");
-    process_.end(0);
+    return false;
   }
+  const bool ended = process_.wait(2000);
+  loss_ = fmt::format("{}; {}", what, ended ? "pathstat ended with " + process_.ending() : "pathstat was ended");
+  process_.end(0);
   follower_->finish();
   if (ended_well()) return false;
   for (const auto& line : follower_->last_lines()) loss_ += "\n  pathstat: " + line;
