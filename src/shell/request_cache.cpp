@@ -14,6 +14,7 @@ constexpr std::size_t fewest_answers = 12;
 constexpr std::int64_t answer_extra = 500;
 constexpr std::int64_t key_extra = 100;
 constexpr std::int64_t application_extra = 61;
+constexpr std::int32_t largest_start = 1 << 24;  // a pool that needs more grows by what its answers take
 
 constexpr std::int32_t group_of(std::int32_t selector) { return selector >> 8 & 0xFFFF; }
 constexpr bool asks_values(std::int32_t selector) { return (selector & 0xF) == value_selector; }
@@ -63,7 +64,7 @@ std::int32_t RequestCache::answer(const DataRequest& request, std::string& reply
 
 void RequestCache::reset(const DataRequest& request, std::int32_t group, std::size_t key_count) {
   for (TextPool* pool : {&value_pool_, &range_pool_}) {
-    pool->reserve(request.capacity);
+    pool->reserve(std::clamp(request.capacity, 1, largest_start));
     pool->clear();
   }
   keys_.reserve(static_cast<std::int64_t>(request.keys.size()) + 1);
