@@ -41,7 +41,7 @@ std::optional<SocketAddress> listening_address(const std::string& name, bool is_
     PLE_error("Illegal server %s (not a tcp port number)", name.c_str());
     return std::nullopt;
   }
-  return SocketAddress::of_port(in_addr{htonl(INADDR_ANY)}, *port);
+  return SocketAddress::of_port(in_addr{INADDR_ANY}, *port);
 }
 
 /// Binds the socket and listens. @return 0, or the error number of a failed bind, or -1 for any other failure
@@ -99,7 +99,7 @@ std::unique_ptr<ListeningServer> listen_on_any_port() {
     ::close(server->socket);
     return nullptr;
   }
-  server->server = std::to_string(ntohs(address.sin_port));
+  server->server = std::to_string(port_of(address));
   return server;
 }
 

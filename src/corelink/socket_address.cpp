@@ -11,11 +11,14 @@
 
 #include "corelink/terminated_text.h"
 #include "corelink/transport_log.h"
+#include "support/big_endian.h"
 
 namespace pathstat {
 namespace {
 
-unsigned int shown(in_addr address) { return ntohl(address.s_addr); }
+unsigned int shown(in_addr address) {
+  return load_big_endian<std::uint32_t>(reinterpret_cast<const std::byte*>(&address.s_addr));
+}
 
 std::optional<in_addr> dotted_address(const char* text) {
   in_addr address{};
@@ -53,11 +56,15 @@ SocketAddress SocketAddress::of_port(in_addr host, std::uint16_t port) {
   sockaddr_in internet_address{};
   internet_address.sin_family = AF_INET;
   internet_address.sin_addr = host;
-  internet_address.sin_port = htons(port);
+  store_big_endian(port, reinterpret_cast<std::byte*>(&internet_address.sin_port));
   SocketAddress address;
   std::memcpy(&address.storage_, &internet_address, sizeof internet_address);
   address.size_ = sizeof internet_address;
   return address;
+}
+
+std::uint16_t port_of(const sockaddr_in& address) {
+  return load_big_endian<std::uint16_t>(reinterpret_cast<const std::byte*>(&address.sin_port));
 }
 
 std::optional<std::uint16_t> port_number(std::string_view text) {

@@ -26,6 +26,9 @@ class SocketAddress {
   socklen_t size_ = 0;
 };
 
+/// The port number of an address.
+std::uint16_t port_of(const sockaddr_in& address);
+
 /// A decimal port number; nothing if the text is anything else.
 std::optional<std::uint16_t> port_number(std::string_view text);
 

@@ -116,7 +116,7 @@ TEST_P(MachineAddress, comes_from_the_variable_first) {
   const auto found = machine_address(machine);
   ASSERT_EQ(found.has_value(), address != nullptr);
   if (!found) return;
-  const std::uint32_t number = ntohl(found->s_addr);
+  const std::uint32_t number = load_big_endian<std::uint32_t>(reinterpret_cast<const std::byte*>(&found->s_addr));
   const std::string dotted = std::to_string(number >> 24) + "." + std::to_string(number >> 16 & 255) + "." +
                              std::to_string(number >> 8 & 255) + "." + std::to_string(number & 255);
   EXPECT_EQ(dotted, address);
