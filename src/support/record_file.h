@@ -23,6 +23,9 @@ enum class RecordStatus : std::uint8_t {
   failed,        ///< the system refuses to open, read, write or give memory
 };
 
+/// Bytes between the payloads of two records that follow one another.
+constexpr std::size_t bytes_between_payloads = 8;
+
 /// Takes typed big-endian values out of a payload, one after another. A value that would overrun the payload
 /// reads as 0 (as an empty text), and from then on ok() is false.
 class BigEndian {

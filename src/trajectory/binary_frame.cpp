@@ -11,10 +11,7 @@ constexpr std::array groups{AtomGroup::positions, AtomGroup::velocities, AtomGro
 
 /// Turns three packed axes into interleaved doubles, in one pass over the memory.
 template <class T>
-void interleave(const std::byte* axes, std::size_t atoms, double* out) {
-  const std::byte* x = axes;
-  const std::byte* y = x + atoms * sizeof(T);
-  const std::byte* z = y + atoms * sizeof(T);
+void interleave(const std::byte* x, const std::byte* y, const std::byte* z, std::size_t atoms, double* out) {
   for (std::size_t k = 0; k < atoms; ++k) {
     out[3 * k] = load_big_endian<T>(x + k * sizeof(T));
     out[3 * k + 1] = load_big_endian<T>(y + k * sizeof(T));
@@ -55,10 +52,10 @@ RecordStatus BinaryFrame::scan(RecordReader& file) {
   }
   for (const auto group : groups) {
     if (!has(next_.scalars, group)) continue;
-    for (auto& at : next_.axes_at[index(group)]) {
+    for (int axis = 0; axis < 3; ++axis) {
       const auto status = file.expect(static_cast<std::int64_t>(axis_bytes()));
       if (status != RecordStatus::ok) return status;
-      at = file.position();
+      if (axis == 0) next_.axes_at[index(group)] = file.position();
       file.skip();
     }
   }
@@ -68,13 +65,9 @@ RecordStatus BinaryFrame::scan(RecordReader& file) {
 RecordStatus BinaryFrame::load(AtomGroup group, const RecordReader& file) {
   auto& arrays = arrays_[index(group)];
   if (arrays.loaded) return RecordStatus::ok;
-  const auto length = axis_bytes();
-  arrays.axes.resize(3 * length);
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    const auto into = std::span(arrays.axes).subspan(axis * length, length);
-    const auto status = file.read_at(current_.axes_at[index(group)][axis], into);
-    if (status != RecordStatus::ok) return status;
-  }
+  arrays.axes.resize(group_bytes());
+  const auto status = file.read_at(current_.axes_at[index(group)], arrays.axes);
+  if (status != RecordStatus::ok) return status;
   arrays.loaded = true;
   return RecordStatus::ok;
 }
@@ -87,13 +80,12 @@ RecordStatus BinaryFrame::write(RecordWriter& file, const BinaryFlags& flags) co
             .subspan(static_cast<std::size_t>(layout_.start(record)), static_cast<std::size_t>(layout_.length(record)));
     if (const auto status = file.write(payload); status != RecordStatus::ok) return status;
   }
-  const auto length = axis_bytes();
   for (const auto group : groups) {
     if (!has(group)) continue;
     const std::span axes(arrays_[index(group)].axes);
-    if (axes.size() != 3 * length) return RecordStatus::failed;
+    if (axes.size() != group_bytes()) return RecordStatus::failed;
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      const auto status = file.write(axes.subspan(axis * length, length));
+      const auto status = file.write(axes.subspan(axis_start(axis), axis_bytes()));
       if (status != RecordStatus::ok) return status;
     }
   }
@@ -137,20 +129,16 @@ bool BinaryFrame::has(std::span<const std::byte> scalars, AtomGroup group) const
 }
 
 void BinaryFrame::get(AtomGroup group, std::span<double> values) const {
-  const auto& axes = arrays_[index(group)].axes;
-  const auto atoms = static_cast<std::size_t>(atoms_);
-  if (width_ == 8) {
-    interleave<double>(axes.data(), atoms, values.data());
-  } else {
-    interleave<float>(axes.data(), atoms, values.data());
-  }
+  const std::byte* axes = arrays_[index(group)].axes.data();
+  const auto turn = width_ == 8 ? interleave<double> : interleave<float>;
+  turn(axes, axes + axis_start(1), axes + axis_start(2), static_cast<std::size_t>(atoms_), values.data());
 }
 
 void BinaryFrame::set(AtomGroup group, std::span<const double> values) {
   auto& axes = arrays_[index(group)].axes;
-  axes.resize(3 * axis_bytes());
+  axes.resize(group_bytes());
   for (std::size_t k = 0; k < values.size(); ++k) {
-    store_big_endian(values[k], axes.data() + (k % 3) * axis_bytes() + (k / 3) * sizeof(double));
+    store_big_endian(values[k], axes.data() + axis_start(k % 3) + (k / 3) * sizeof(double));
   }
   if (group == AtomGroup::velocities) set_integer(3008, 1);
   if (group == AtomGroup::forces) set_integer(3009, 1);

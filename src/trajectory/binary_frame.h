@@ -59,15 +59,17 @@ class BinaryFrame {
   using Bytes = std::vector<std::byte>;
   struct Records {
     Bytes scalars;
-    std::array<std::array<std::int64_t, 3>, atom_groups> axes_at{};  // offsets of the coordinate payloads in the file
+    std::array<std::int64_t, atom_groups> axes_at{};  // file offset of each group's first payload
   };
   struct Arrays {
-    Bytes axes;  // all x, all y, all z
+    Bytes axes;  // all x, all y, all z, as far apart as in the file
     bool loaded = false;
   };
 
   static constexpr std::size_t index(AtomGroup group) { return static_cast<std::size_t>(group); }
   std::size_t axis_bytes() const { return static_cast<std::size_t>(atoms_) * static_cast<std::size_t>(width_); }
+  std::size_t axis_start(std::size_t axis) const { return axis * (axis_bytes() + bytes_between_payloads); }
+  std::size_t group_bytes() const { return axis_start(2) + axis_bytes(); }
   std::int32_t integer(std::span<const std::byte> scalars, std::int32_t key) const;
   bool has(std::span<const std::byte> scalars, AtomGroup group) const;
   RecordStatus scan(RecordReader& file);

@@ -7,8 +7,6 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int64_t between_records = 8;  // the trailing length of a record and the leading one of the next
-
 /// Walks the head value by value; after the first value that is not there, ok() is false and everything reads as 0.
 class HeaderWalk {
  public:
@@ -78,7 +76,7 @@ std::vector<std::string> read_lines(HeaderWalk& walk) {
 BinaryFlags read_flags(HeaderWalk& walk, std::int32_t version) {
   BinaryFlags flags{};
   if (version < 151) return flags;
-  walk.skip(between_records);
+  walk.skip(bytes_between_payloads);
   walk.fill(std::span(flags).first(version < 300 ? 5 : 8));
   for (auto& flag : std::span(flags).subspan(1)) flag = flag != 0;
   if (version < 2000 && flags[0] != 0) flags[0] = 3;
@@ -86,7 +84,7 @@ BinaryFlags read_flags(HeaderWalk& walk, std::int32_t version) {
 }
 
 void read_groups(HeaderWalk& walk, BinaryHeader& header) {
-  walk.skip(between_records);
+  walk.skip(bytes_between_payloads);
   header.groups = walk.count_if_any(8 + group_name_width);
   header.group_movable = walk.integers(header.groups);
   header.group_atoms = walk.integers(header.groups);
@@ -100,7 +98,7 @@ void read_groups(HeaderWalk& walk, BinaryHeader& header) {
 
 void read_atoms(HeaderWalk& walk, BinaryHeader& header) {
   if (header.version() < 200) {
-    walk.skip(between_records);
+    walk.skip(bytes_between_payloads);
     std::array<std::int32_t, 4> counts{};  // the last two are two integers that nothing reads
     walk.fill(counts);
     header.total = counts[0];
@@ -109,7 +107,7 @@ void read_atoms(HeaderWalk& walk, BinaryHeader& header) {
     return;
   }
   read_groups(walk, header);
-  walk.skip(between_records);
+  walk.skip(bytes_between_payloads);
   header.movable = walk.count(4);
   header.movable_ids = walk.integers(header.movable);
 }
@@ -154,7 +152,7 @@ bool read_binary_header(RecordReader& file, BinaryHeader& header) {
   header.flags = read_flags(walk, header.version());
   read_atoms(walk, header);
   for (auto& text : header.texts) {
-    walk.skip(between_records);
+    walk.skip(bytes_between_payloads);
     const auto length = walk.count(1);
     text = walk.text(static_cast<std::size_t>(length));
   }
