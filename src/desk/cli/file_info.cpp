@@ -123,14 +123,34 @@ void print_head(const BinaryHeader& head) {
   if (head.groups != 1) fact("groups", fmt::format("{} (only one can be analysed)", head.groups));
 }
 
-void print_values(const OpenTrajectory& trajectory) {
-  fmt::print("  values of the first frame:\n");
-  for (const auto& row : frame_values) {
-    const auto numbers = trajectory.values(row.key);
-    if (numbers.empty()) continue;
-    std::string text;
-    for (const auto number : numbers) text += fmt::format("{}{:.6g}", text.empty() ? "" : "  ", number);
-    fmt::print("    {:<22}{} {}\n", row.name, text, row.unit);
+/// The values of the current frame, one list for each row of frame_values.
+std::vector<std::vector<double>> all_values(const OpenTrajectory& trajectory) {
+  std::vector<std::vector<double>> all;
+  for (const auto& row : frame_values) all.push_back(trajectory.values(row.key));
+  return all;
+}
+
+std::string numbers_of(const std::vector<double>& values) {
+  std::string text;
+  for (const auto number : values) text += fmt::format("{}{:.6g}", text.empty() ? "" : "  ", number);
+  return text;
+}
+
+/// Prints the values of the first and the last frame, but for those that are zero in both: nobody has set them.
+void print_values(OpenTrajectory& trajectory, std::int32_t frames) {
+  if (trajectory.read(frames) != 0) return;
+  const auto last = all_values(trajectory);
+  if (trajectory.read(1) != 0) return;
+  const auto first = all_values(trajectory);
+  fmt::print("  values of the first frame (of the last):\n");
+  for (std::size_t k = 0; k < frame_values.size(); ++k) {
+    const auto is_zero = [](double value) { return value == 0; };
+    if (std::all_of(first[k].begin(), first[k].end(), is_zero) &&
+        std::all_of(last[k].begin(), last[k].end(), is_zero)) {
+      continue;
+    }
+    fmt::print("    {:<22}{} ({}) {}\n", frame_values[k].name, numbers_of(first[k]), numbers_of(last[k]),
+               frame_values[k].unit);
   }
   const auto& frame = trajectory.state().frame;
   fact("velocities", frame.has(AtomGroup::velocities) ? "yes" : "no");
@@ -157,7 +177,7 @@ int print_trajectory(const std::string& path) {
     fact("times", fmt::format("{:.6g} to {:.6g} ps, every {:.6g} ps", first_time, last_time,
                               (last_time - first_time) / (frames - 1)));
   }
-  if (frames > 0 && trajectory.read(1) == 0) print_values(trajectory);
+  if (frames > 0) print_values(trajectory, frames);
   return broken ? complain(fmt::format("{} is damaged (status {})", path, status)) : done;
 }
 
@@ -187,10 +207,10 @@ void print_model(const MolecularModel& model) {
   double charge = 0, mass = 0;
   for (const auto value : model.charges) charge += value;
   for (const auto value : model.masses) mass += value;
-  fact("  mass", fmt::format("{:.6g}", mass));
+  fact("  mass", fmt::format("{:.6g} u", mass));
   fact("  charge", fmt::format("{:.4g}", std::abs(charge) < 1e-9 ? 0.0 : charge));
   fact("  bonds", fmt::format("{}", model.bonds.size()));
-  fact("  residues", fmt::format("{} kinds", model.residues.words().size()));
+  fact("  kinds of residues", fmt::format("{}", model.residues.words().size()));
   fact("  monitors", fmt::format("{}", model.monitors.size()));
 }
 

@@ -91,8 +91,12 @@ std::string settings(const Figure& figure) {
   std::string text = fmt::format("set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
                                  literal(figure.heading), literal(figure.x_text), literal(figure.y_text));
   text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x, figure.x_range->y)
-                         : std::string("set xrange [*:*]\n");
-  text += figure.curves.size() > 1 ? "set key outside right top noenhanced samplen 2 spacing 1.2\n" : "set key off\n";
+                         : std::string("set xrange [*:*] noextend\n");
+  const bool from_zero =
+      std::all_of(figure.curves.begin(), figure.curves.end(), [](const Curve& curve) { return curve.histogram; });
+  text += from_zero ? "set yrange [0:*]\n" : "set yrange [*:*]\n";
+  text += figure.curves.size() > 1 ? "set key outside right top Left reverse noenhanced samplen 2 spacing 1.2\n"
+                                   : "set key off\n";
   text += figure.aspect_ratio > 0 ? fmt::format("set size ratio {:.4g}\n", 1.0 / figure.aspect_ratio)
                                   : std::string("set size noratio\n");
   return text;
@@ -138,9 +142,9 @@ std::string picture_script(std::span<const Figure> figures, const PictureFolders
     const auto plot = plot_command(script, figure, k);
     if (!folders.svg.empty()) {
       script += fmt::format(
-          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name 'figure{}'\n"
+          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name {}\n"
           "set output {}\n{}",
-          k, literal((folders.svg / (figure.name + ".svg")).string()), plot);
+          literal(figure.name), literal((folders.svg / (figure.name + ".svg")).string()), plot);
     }
     if (!folders.png.empty()) {
       script += fmt::format(
