@@ -3,14 +3,18 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 
 #include "desk/graphs/axis_text.h"
 #include "desk/graphs/pictures.h"
+#include "desk/link/work_directory.h"
 
 namespace pathstat::desk {
 namespace {
 
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 
 struct NameCase {
@@ -143,6 +147,29 @@ TEST_F(Figures, draw_the_point_that_is_highlighted) {
   EXPECT_FALSE(figures_of(store_)[0].curves[0].highlighted);
   store_.mark("PathStatMarkers", set, highlight_mark, second);
   EXPECT_EQ(figures_of(store_)[0].curves[0].highlighted, (PlotPoint{7, 8}));
+}
+
+TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
+  std::string error;
+  const PrivateDirectory directory(error);
+  const auto& folder = directory.path();
+  add_graph("Curves of 'A' & \"B\"", {add_set("a {x}", {0, 1, 1, NAN, 2, 3}), add_set("b_1", {0, 2, 1, 2, 2, 2})});
+  add_graph("Steps", {add_set("hs", {0, 0, 1, 1, 2, 0}, histogram_style)});
+  add_graph("One value", {add_set("hs", {5, 0, 5, 1, 5, 0}, histogram_style)});
+  add_graph("One point", {add_set("p", {5, 1})});
+  add_graph("Nothing", {add_set("n", {})});
+  const auto figures = figures_of(store_);
+  EXPECT_THAT(draw_pictures(figures, {folder, folder}, folder), IsEmpty());
+  for (const auto* name : {"Curves-of-A-B", "Steps", "One-value", "One-point"}) {
+    for (const auto* kind : {".svg", ".png"}) {
+      EXPECT_GT(std::filesystem::file_size(folder / (std::string(name) + kind)), 2000u) << name << kind;
+    }
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder / "Nothing.svg"));
+  std::ifstream file(folder / "Curves-of-A-B.svg");
+  const std::string svg{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(svg, HasSubstr("Curves of 'A' &amp; &quot;B&quot;"));
+  EXPECT_THAT(svg, HasSubstr("a {x}")) << "texts are shown as they are";
 }
 
 struct AxisCase {

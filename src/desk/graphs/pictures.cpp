@@ -55,6 +55,13 @@ std::string literal(std::string_view text) {
   return literal + "'";
 }
 
+/// The name of a picture inside its SVG, where gnuplot takes letters, digits and _.
+std::string terminal_name(const Figure& figure) {
+  std::string name = figure.name;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
 std::string block_name(std::size_t figure, std::size_t curve) { return fmt::format("$f{}c{}", figure, curve); }
 
 void add_points(std::string& script, const std::string& name, const std::vector<PlotPoint>& points) {
@@ -142,9 +149,9 @@ std::string picture_script(std::span<const Figure> figures, const PictureFolders
     const auto plot = plot_command(script, figure, k);
     if (!folders.svg.empty()) {
       script += fmt::format(
-          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name {}\n"
+          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name '{}'\n"
           "set output {}\n{}",
-          literal(figure.name), literal((folders.svg / (figure.name + ".svg")).string()), plot);
+          terminal_name(figure), literal((folders.svg / (figure.name + ".svg")).string()), plot);
     }
     if (!folders.png.empty()) {
       script += fmt::format(
