@@ -168,7 +168,7 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   EXPECT_FALSE(std::filesystem::exists(folder / "Nothing.svg"));
   std::ifstream file(folder / "Curves-of-A-B.svg");
   const std::string svg{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_THAT(svg, HasSubstr("Curves of 'A' &amp; &quot;B&quot;"));
+  EXPECT_THAT(svg, HasSubstr("Curves of 'A' &amp; \"B\""));
   EXPECT_THAT(svg, HasSubstr("a {x}")) << "texts are shown as they are";
 }
 
