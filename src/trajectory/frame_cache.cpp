@@ -1,0 +1,285 @@
+#include "trajectory/frame_cache.h"
+
+#include <sys/types.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <string>
+
+#include "coreapi/operations.h"
+#include "services/file_names.h"
+#include "state/analysis_settings.h"
+#include "state/frame_cache_state.h"
+#include "trajectory/binary_trajectory.h"
+#include "trajectory/front_end.h"
+#include "trajectory/model_frame.h"
+
+namespace pathstat {
+namespace {
+
+constexpr std::int32_t failed = 1;
+constexpr std::size_t cell_numbers = 9;
+constexpr std::int32_t value_not_in_frame = 50512;
+
+namespace front_key {
+constexpr std::int32_t reader_code = 200153;
+constexpr std::int32_t periodic_type = 200142;
+constexpr std::int32_t movable_atoms = 200156;
+constexpr std::int32_t all_atoms = 200155;
+constexpr std::int32_t movable_ids = 200159;
+constexpr std::int32_t cell = 400078;
+constexpr std::int32_t positions = 200161;
+constexpr std::int32_t velocities = 200163;
+}  // namespace front_key
+
+namespace binary_key {
+constexpr std::int32_t cell = 1058;
+constexpr std::int32_t positions = 1071;
+constexpr std::int32_t velocities = 1072;
+constexpr std::int32_t forces = 1073;
+}  // namespace binary_key
+
+/// The trajectory that the cache is made from, closed at the end of a scope.
+class SourceTrajectory {
+ public:
+  SourceTrajectory(std::string_view file, std::int32_t model, std::int32_t& status) {
+    trj_openread_(file, 1, handle_, status);
+    is_open_ = status == 0;
+    if (is_open_) trj_attachtomodels_(handle_, {&model, 1}, status);
+  }
+  ~SourceTrajectory() {
+    std::int32_t status = 0;
+    if (is_open_) trj_close_(handle_, status);
+  }
+  SourceTrajectory(const SourceTrajectory&) = delete;
+  SourceTrajectory& operator=(const SourceTrajectory&) = delete;
+  std::int32_t handle() const { return handle_; }
+
+ private:
+  std::int32_t handle_ = 0;
+  bool is_open_ = false;
+};
+
+std::span<double> positions() { return {TrjCacheXYZ, 3 * TrjCacheAtObjs.size()}; }
+std::span<double> velocities() { return {TrjCacheVXYZ, 3 * TrjCacheAtObjs.size()}; }
+
+void store_cell(std::span<const double, 6> cell) {
+  const CellVectors vectors = vectors_of_cell(cell);
+  std::copy(vectors.a.begin(), vectors.a.end(), TrjCacheL);
+  std::copy(vectors.b.begin(), vectors.b.end(), TrjCacheL + 3);
+  std::copy(vectors.c.begin(), vectors.c.end(), TrjCacheL + 6);
+}
+
+void lay_out_record() {
+  const std::size_t cell = TrjCacheModelPeriod != periodic_type::none ? cell_numbers : 0;
+  const std::size_t coordinates = 3 * static_cast<std::size_t>(TrjCacheNAtoms);
+  const bool has_velocities = TrjFormat == reader::history;
+  TrjCacheData.resize(cell + coordinates * (has_velocities ? 2 : 1));
+  TrjCacheDataSize = static_cast<std::int64_t>(TrjCacheData.size() * sizeof(double));
+  TrjCacheFrameSize = TrjCacheDataSize;
+  TrjCacheL = cell > 0 ? TrjCacheData.data() : nullptr;
+  TrjCacheXYZ = TrjCacheData.data() + cell;
+  TrjCacheVXYZ = has_velocities ? TrjCacheXYZ + coordinates : nullptr;
+}
+
+void read_header_values(std::int32_t handle, std::int32_t& status) {
+  struct Wanted {
+    std::int32_t key;
+    std::int32_t* value;
+  };
+  for (const auto& wanted :
+       {Wanted{front_key::reader_code, &TrjFormat}, Wanted{front_key::periodic_type, &TrjCacheModelPeriod},
+        Wanted{front_key::movable_atoms, &TrjCacheNAtoms}, Wanted{front_key::all_atoms, &TrjCacheNP1Atoms}}) {
+    trj_ivalue_(handle, wanted.key, *wanted.value, status);
+    if (status != 0) return;
+  }
+  if (TrjCacheNAtoms < 0) status = failed;
+}
+
+void match_atoms(std::int32_t model, std::int32_t& status) {
+  const auto atoms = atoms_of_model(model, status);
+  if (status == 0) TrjCacheAtObjs = atoms_by_identifier(atoms, TrjCacheAtIds, status);
+}
+
+void open_binary(const std::string& file, std::int32_t last, std::int32_t& status) {
+  kvA_TRJ_Open(file, 100, XGrafTrjHandle, status);
+  if (status == 0) kvA_TRJ_ReadFrame(XGrafTrjHandle, last, status);
+}
+
+void read_record(std::int32_t handle, std::int32_t frame, std::int32_t& status) {
+  std::int32_t count = 0;
+  trj_readframe_(handle, frame, status);
+  if (status == 0 && TrjCacheL != nullptr) {
+    std::array<double, 6> cell{};
+    trj_dvalue_(handle, front_key::cell, cell, count, status);
+    if (status == 0) store_cell(cell);
+  }
+  if (status == 0) trj_dvalue_(handle, front_key::positions, positions(), count, status);
+  if (status == 0 && TrjCacheVXYZ != nullptr) {
+    trj_dvalue_(handle, front_key::velocities, velocities(), count, status);
+  }
+}
+
+void copy_frames(std::int32_t handle, std::int32_t first, std::int32_t last, std::int32_t step, std::int32_t& status) {
+  TrjCacheFile = std::fopen(std::string(TrjCacheFileName).c_str(), "w+b");
+  if (TrjCacheFile == nullptr) status = failed;
+  for (std::int32_t frame = first; frame <= last && status == 0; frame += step) {
+    read_record(handle, frame, status);
+    if (status != 0) return;
+    if (std::fwrite(TrjCacheData.data(), sizeof(double), TrjCacheData.size(), TrjCacheFile) != TrjCacheData.size()) {
+      status = failed;
+      return;
+    }
+    ++TrjCacheNumFrames;
+  }
+  if (status == 0 && std::fflush(TrjCacheFile) != 0) status = failed;
+}
+
+void build(std::int32_t model, const std::string& file, std::int32_t last, std::int32_t& status) {
+  const SourceTrajectory source(file, model, status);
+  if (status == 0) read_header_values(source.handle(), status);
+  if (status != 0) return;
+  TrjCacheAtIds.resize(static_cast<std::size_t>(TrjCacheNAtoms));
+  std::int32_t count = 0;
+  trj_ivalue_(source.handle(), front_key::movable_ids, TrjCacheAtIds, count, status);
+  if (status == 0) match_atoms(model, status);
+  if (status != 0) return;
+  lay_out_record();
+  if (TrjFormat == reader::binary) {
+    open_binary(file, last, status);
+    TrjCacheNumFrames = (last - FrameStart + FrameStep) / FrameStep;
+  } else {
+    copy_frames(source.handle(), FrameStart, last, FrameStep, status);
+  }
+  TrjCacheModel = model;
+}
+
+/// Puts a binary trajectory's vectors on the atoms; a frame without them is no error.
+void show_binary_vectors(std::int32_t key, std::string_view name, std::int32_t& status) {
+  std::int32_t count = 0;
+  kvA_TRJ_ValueDouble(XGrafTrjHandle, key, positions(), count, status);
+  if (status == value_not_in_frame) {
+    status = 0;
+  } else if (status == 0) {
+    set_atom_vectors(TrjCacheModel, TrjCacheAtObjs, name, positions(), status);
+  }
+}
+
+void set_stored_cell(std::int32_t& status) {
+  if (TrjCacheL == nullptr) return;
+  CellVectors cell;
+  std::copy_n(TrjCacheL, 3, cell.a.begin());
+  std::copy_n(TrjCacheL + 3, 3, cell.b.begin());
+  std::copy_n(TrjCacheL + 6, 3, cell.c.begin());
+  set_model_cell(TrjCacheModel, TrjCacheModelPeriod, cell, status);
+}
+
+void show_binary(std::int32_t frame, std::int32_t& status) {
+  std::int32_t count = 0;
+  kvA_TRJ_ReadFrame(XGrafTrjHandle, frame, status);
+  if (status == 0 && TrjCacheL != nullptr) {
+    std::array<double, 6> cell{};
+    kvA_TRJ_ValueDouble(XGrafTrjHandle, binary_key::cell, cell, count, status);
+    if (status == 0) store_cell(cell);
+  }
+  if (status == 0) set_stored_cell(status);
+  if (status == 0) kvA_TRJ_ValueDouble(XGrafTrjHandle, binary_key::positions, positions(), count, status);
+  if (status == 0) kvd_setxyz_(TrjCacheAtObjs, positions(), status);
+  if (status == 0) show_binary_vectors(binary_key::velocities, "Velocity", status);
+  if (status == 0) show_binary_vectors(binary_key::forces, "Force", status);
+}
+
+void show_stored(std::int32_t entry, std::int32_t& status) {
+  const auto at = static_cast<off_t>(TrjCacheFrameSize) * (entry - 1);
+  if (TrjCacheFile == nullptr || fseeko(TrjCacheFile, at, SEEK_SET) != 0 ||
+      std::fread(TrjCacheData.data(), sizeof(double), TrjCacheData.size(), TrjCacheFile) != TrjCacheData.size()) {
+    status = failed;
+    return;
+  }
+  set_stored_cell(status);
+  if (status == 0) kvd_setxyz_(TrjCacheAtObjs, positions(), status);
+  if (status == 0 && TrjCacheVXYZ != nullptr) {
+    set_atom_vectors(TrjCacheModel, TrjCacheAtObjs, "Velocity", velocities(), status);
+  }
+}
+
+void fail_and_forget(std::int32_t& status) {
+  std::int32_t ignored = 0;
+  killtrjcache_(ignored);
+  status = failed;
+}
+
+}  // namespace
+
+void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last,
+                    std::int32_t step, std::int32_t& status) {
+  killtrjcache_(status);
+  FrameStart = first;
+  FrameStep = step;
+  try {
+    if (step < 1) status = failed;
+    if (status == 0) build(model, std::string(trimmed(file)), last, status);
+  } catch (const std::bad_alloc&) {
+    status = failed;
+  }
+  if (status != 0) fail_and_forget(status);
+}
+
+void killtrjcache_(std::int32_t& status) {
+  status = 0;
+  std::int32_t ignored = 0;
+  if (TrjCacheFile != nullptr) std::fclose(TrjCacheFile);
+  if (XGrafTrjHandle != 0) kvA_TRJ_Close(XGrafTrjHandle, ignored);
+  if (kvs_fil_exists_(TrjCacheFileName)) kvs_fil_delete_(TrjCacheFileName, ignored);
+  TrjCacheFile = nullptr;
+  TrjCacheL = TrjCacheXYZ = TrjCacheVXYZ = nullptr;
+  TrjCacheData = {};
+  TrjCacheAtIds = {};
+  TrjCacheAtObjs = {};
+  TrjCacheDataSize = TrjCacheFrameSize = 0;
+  TrjFormat = XGrafTrjHandle = TrjCacheModel = TrjCacheModelPeriod = TrjCacheNAtoms = TrjCacheNP1Atoms = 0;
+  TrjCacheNumFrames = FrameStart = FrameStep = 0;
+}
+
+void newcachemodel_(std::int32_t model, std::int32_t& status) {
+  try {
+    match_atoms(model, status);
+  } catch (const std::bad_alloc&) {
+    status = failed;
+  }
+  if (status != 0) return fail_and_forget(status);
+  TrjCacheModel = model;
+}
+
+void checkcacheatoms_(std::int32_t& status) {
+  const auto all_valid = [] {
+    std::int32_t error = 0;
+    std::int32_t valid = 0;
+    kvd_validateoid_(TrjCacheModel, valid, error);
+    if (error != 0 || valid == 0) return false;
+    std::int32_t atoms = 0;
+    kvd_mod_numatoms_(TrjCacheModel, 3, atoms, error);
+    if (error != 0 || atoms != TrjCacheNP1Atoms) return false;
+    std::vector<std::int32_t> flags(TrjCacheAtObjs.size());
+    kvd_validateoid_(TrjCacheAtObjs, flags, error);
+    return error == 0 && std::find(flags.begin(), flags.end(), 0) == flags.end();
+  };
+  status = all_valid() ? 0 : failed;
+  std::int32_t error = 0;
+  if (status != 0) kvu_msg_display_(2, "PATHSTAT_ERROR_116", error);
+}
+
+void showtrjframe_(std::int32_t entry, bool recalculate_bonds, std::int32_t& status) {
+  status = entry < 1 || entry > TrjCacheNumFrames ? failed : 0;
+  if (status != 0) return;
+  if (TrjFormat == reader::binary) {
+    show_binary(FrameStart + FrameStep * (entry - 1), status);
+  } else {
+    show_stored(entry, status);
+  }
+  if (status == 0 && recalculate_bonds) kva_bnd_recalculate_(1, TrjCacheModel, status);
+  if (status != 0) fail_and_forget(status);
+}
+
+}  // namespace pathstat

@@ -1,0 +1,62 @@
+#include "trajectory/model_frame.h"
+
+#include <algorithm>
+
+#include "coreapi/operations.h"
+#include "state/analysis_settings.h"
+#include "support/identifier_index.h"
+
+namespace pathstat {
+namespace {
+
+constexpr std::int32_t atoms_with_images = 3;
+
+}  // namespace
+
+CellVectors vectors_of_cell(std::span<const double, 6> cell) {
+  return {{cell[0], cell[5], cell[4]}, {0.0, cell[1], cell[3]}, {0.0, 0.0, cell[2]}};
+}
+
+void set_model_cell(std::int32_t model, std::int32_t type, const CellVectors& cell, std::int32_t& error) {
+  error = 0;
+  if (type == periodic_type::three_dimensional) kvd_mod_set3dcellvector_(model, cell.a, cell.b, cell.c, error);
+  if (type == periodic_type::two_dimensional) kvd_mod_set2dcellvector_(model, cell.b, cell.c, error);
+}
+
+void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, std::string_view name,
+                      std::span<const double> vectors, std::int32_t& error) {
+  kvd_ud_setvector_(atoms, name, vectors, error);
+  if (error == 0) kva_ud_doublevecsetmagnitude_(model, name, 1, error);
+}
+
+std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error) {
+  std::int32_t count = 0;
+  kvd_mod_numatoms_(model, atoms_with_images, count, error);
+  if (error != 0 || count < 1) return {};
+  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
+  kvd_mod_atomlist_(model, atoms_with_images, atoms, count, error);
+  if (error != 0) return {};
+  atoms.resize(static_cast<std::size_t>(std::clamp<std::int64_t>(count, 0, std::ssize(atoms))));
+  return atoms;
+}
+
+std::vector<std::int32_t> atoms_by_identifier(std::span<const std::int32_t> atoms,
+                                              std::span<const std::int32_t> identifiers, std::int32_t& status) {
+  std::vector<std::int32_t> ids(atoms.size());
+  kvd_id_(atoms, ids, status);
+  if (status != 0) status = 1;
+  if (status != 0) return {};
+  const IdentifierIndex index(ids, status);
+  std::vector<std::int32_t> found(identifiers.size());
+  for (std::size_t k = 0; k < identifiers.size() && status == 0; ++k) {
+    const std::int32_t at = index.find(identifiers[k]);
+    if (at < 0) {
+      status = 1;
+    } else {
+      found[k] = atoms[static_cast<std::size_t>(at)];
+    }
+  }
+  return found;
+}
+
+}  // namespace pathstat
