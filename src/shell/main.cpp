@@ -1,17 +1,31 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "coreapi/error_reporting.h"
+#include "coreapi/operations.h"
 #include "shell/analysis.h"
 #include "shell/application_table.h"
 #include "shell/fatal_signals.h"
 #include "shell/input_loop.h"
 #include "shell/program_arguments.h"
+#include "support/named_memory.h"
 
 namespace {
 
 void uf_LineBufferTextportOutput() {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   std::setvbuf(stderr, nullptr, _IOLBF, BUFSIZ);
+}
+
+void show_memory_error(std::int32_t severity, std::string_view text) {
+  std::int32_t error = 0;
+  pathstat::cmd_error_(severity, text, error);
+}
+
+void report_allocation_failure(std::string_view routine, std::string_view) {
+  constexpr std::int32_t allocation_error = 1;
+  pathstat::kvU_ERR_SetCurrentAPIName(routine);
+  pathstat::kvU_ERR_Handler(allocation_error);
 }
 
 }  // namespace
@@ -22,6 +36,8 @@ int main(int argc, char** argv) {
   main_argv = argv;
   install_signal_handlers();
   uf_LineBufferTextportOutput();
+  set_memory_error_sink(show_memory_error);
+  set_memory_failure_hook(report_allocation_failure);
   register_application(
       {set_pathstat_, get_pathstat_, init_pathstat_, terminate_pathstat_, load_pathstat_, save_pathstat_});
   extappl();

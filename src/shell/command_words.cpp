@@ -1,0 +1,182 @@
+#include "shell/command_words.h"
+
+#include <algorithm>
+
+#include "shell/actions.h"
+#include "shell/frame_actions.h"
+#include "shell/settings.h"
+#include "state/analysis_settings.h"
+#include "state/correlation_settings.h"
+#include "state/rdf_settings.h"
+#include "state/statistics_settings.h"
+#include "state/trajectory_frames.h"
+
+namespace pathstat {
+namespace {
+
+namespace set = settings;
+namespace run = actions;
+
+constexpr std::string_view all_or_selected = "ALL,SELECTED";
+constexpr std::string_view trajectory_or_model = "TRAJECTORY,MODEL";
+
+using enum Guard;
+
+template <std::size_t N>
+constexpr TextSetting text(Text<N>& field, std::string_view allowed, Run after = nullptr) {
+  return {std::span<char>(field.begin(), N), allowed, after};
+}
+
+using Int = std::int32_t;
+constexpr Bound<Int> any_integer{};
+constexpr Bound<double> any_number{};
+
+constexpr Bound<Int> frames_in_file{&trj_frames_.frames_in_file, "the frames of the file"};
+constexpr Bound<double> one_frame{set::one_frame_of_the_range, "one frame of the range"};
+constexpr Bound<double> fit_start{&trj_vac_msd_d_.min_fit_time, "MIN_FIT_TIME"};
+constexpr Bound<double> fit_end{&trj_vac_msd_d_.max_fit_time, "MAX_FIT_TIME"};
+
+// clang-format off
+constexpr std::array<CommandWord, command_word_count> words{{
+  {"ANALYSIS_INPUT_SOURCE", text(trj_gui_c_.input_source, "SELECTED MODELS,TRAJECTORY", set::input_source_changed), "What the analyses work on", ""},
+  {"ANALYSIS_STRUCTURE_FROM_PLOT", Action{{}, run::structure_from_plot}, "Shows the frame of a picked point of a graph", "graph name, graph handle, x, y, event word"},
+  {"ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic, set::anisotropic_changed}, "Components beside the totals, for all correlations", ""},
+  {"ATOMS", text(trj_vac_msd_c_.atoms, all_or_selected, set::atoms_changed), "Atoms of all correlations", ""},
+  {"BLOCK_AVERAGE", Action{{property_selected, source_is_trajectory, loaded}, run::block_average, "BLOCK_AVERAGE"}, "Block averages of the selected properties", ""},
+  {"BLOCK_AVERAGE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "Block averages of the selected fluctuation quantities", ""},
+  {"BLOCK_INTERVAL", DoubleSetting{any_number, any_number, set::block_interval}, "Time between the starts of two blocks, ps", ""},
+  {"BLOCK_INTERVAL_NO", IntegerSetting{any_integer, any_integer, set::block_interval_no}, "Frames between the starts of two blocks", ""},
+  {"BLOCK_WIDTH", DoubleSetting{one_frame, any_number, set::block_width}, "Time in a block, ps", ""},
+  {"BLOCK_WIDTH_NO", IntegerSetting{1, any_integer, set::block_width_no}, "Frames in a block", ""},
+  {"CALCULATE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "The selected fluctuation quantities over the whole run", ""},
+  {"CALCULATE_HISTOGRAM", LogicalSetting{&trj_gui_l_.calculate_histogram}, "Histograms beside the statistics of DISTRIBUTION", ""},
+  {"CURRENT_FRAME_NUMBER", Action{{}, run::current_frame_number}, "Shows a frame of the range by its place", "integer from 1 to the frames in the range"},
+  {"CURRENT_FRAME_TIME", Action{{}, run::current_frame_time}, "Shows a frame of the range by its time", "time in ps"},
+  {"DAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "DAC"}, "Dipole autocorrelation", ""},
+  {"DAC_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_dac}, "Components of the dipole autocorrelation", ""},
+  {"DAC_FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::dac_frequency_interval}, "Frequency step of the dipole spectrum, 1/cm", ""},
+  {"DAC_MAX_INTERVAL", DoubleSetting{0.0, any_number, set::dac_max_interval}, "Longest lag of the dipole autocorrelation, ps", ""},
+  {"DAC_MAX_INTERVAL_NO", IntegerSetting{1, any_integer, set::dac_max_interval_no}, "Longest lag of the dipole autocorrelation in frames", ""},
+  {"DAC_MAX_TIME_TRANSFORM", DoubleSetting{0.0, any_number, set::dac_max_time_transform}, "Time that the dipole spectrum transforms, ps", ""},
+  {"DAC_ORIGIN_STEP", DoubleSetting{0.0, any_number, set::dac_origin_step}, "Time between origins of the dipole autocorrelation, ps", ""},
+  {"DAC_ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::dac_origin_step_no}, "Frames between origins of the dipole autocorrelation", ""},
+  {"DAC_POWER_SPECTRUM", Action{{source_is_trajectory, loaded, time_axis, dipole_interval_set}, nullptr, "DAC"}, "Power spectrum of the dipole autocorrelation", ""},
+  {"DIPOLE", Action{{loaded_if_trajectory}}, "Dipole moments of the frames or models", ""},
+  {"DIPOLE_ATOMS", text(trj_vac_msd_c_.atoms_dac, all_or_selected), "Atoms of the dipole analyses", ""},
+  {"DIPOLE_FOR", text(trj_gui_c_.dipole_for, trajectory_or_model), "What the dipole panel works on", ""},
+  {"DIPOLE_USING", text(trj_gui_c_.dipole_using, "MOLECULES,ATOMS"), "Whether dipoles are made of molecules or of atoms", ""},
+  {"DISTRIBUTION", Action{{property_selected, loaded_if_trajectory}, run::distribution}, "Statistics and histograms of the selected properties", ""},
+  {"EXTRACT_FRAME", Action{{}, run::extract_frame}, "Puts the frame to extract on the model", ""},
+  {"EXTRACT_FRAMES_USING", text(trj_gui_c_.extract_frames_using, "CURRENT FRAME,SELECTED POINTS ON GRAPHS"), "How the frame to extract is chosen", ""},
+  {"EXTRACT_FRAME_NO", IntegerSetting{1, frames_in_file, set::extract_frame_no}, "Frame to extract, by its number in the file", ""},
+  {"EXTRACT_FRAME_TIME", DoubleSetting{0.0, any_number, set::extract_frame_time}, "Frame to extract, by its time in ps", ""},
+  {"EXTREMA", text(trj_gui_c_.extrema_kind, "HIGHEST,LOWEST"), "Which end of the values FIND_EXTREMA lists", ""},
+  {"EXTREMA_NUMBER", IntegerSetting{1, 100, set::extrema_number}, "Rows of all rankings", ""},
+  {"FIND_EXTREMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames of the selected properties by EXTREMA", ""},
+  {"FIND_MAXIMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames by the highest values", ""},
+  {"FIND_MINIMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames by the lowest values", ""},
+  {"FIRST_FRAME_NO", Action{{}, run::first_frame_no}, "First frame of the range", "integer from 1 to the last frame"},
+  {"FIRST_FRAME_TIME", Action{{}, run::first_frame_time}, "First frame of the range, by its time", "time in ps"},
+  {"FRAME_INFO", Action{{loaded}, run::frame_info}, "Reports the shown frame", ""},
+  {"FRAME_STEPPING_MODE", text(trj_gui_c_.stepping_mode, "STOP AT END,REVERSE AT END,LOOP AT END"), "What stepping does at an end of the range", ""},
+  {"FRAME_STEP_BACKWARDS", Action{{}, run::frame_step_backwards}, "Steps backwards while its button is held", "phase of the press: START, END or anything else"},
+  {"FRAME_STEP_FORWARDS", Action{{}, run::frame_step_forwards}, "Steps forwards while its button is held", "phase of the press: START, END or anything else"},
+  {"FRAME_STEP_SPEED", DoubleSetting{0.0, 100.0, set::frame_step_speed}, "Speed of stepping; 100 steps without a pause", ""},
+  {"FRAME_STEP_STOP", Action{{}, run::frame_step_stop}, "Stops stepping", ""},
+  {"FREE_VOLUME", Action{{}, run::free_volume}, "Free volume of the frames or models", ""},
+  {"FREE_VOLUME_FOR", text(trj_gui_c_.free_volume_for, trajectory_or_model), "What the free volume panel works on", ""},
+  {"FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::frequency_interval}, "Frequency step of all spectra, 1/cm", ""},
+  {"GET", Action{{}, run::get}, "Returns a value to the Core's scripts", "one of the names under Values of GET"},
+  {"INCREMENT_NO", Action{{}, run::increment_no}, "Step of the range in frames", "integer from 1 to the length of the range"},
+  {"INCREMENT_TIME", Action{{}, run::increment_time}, "Step of the range, by its time", "time in ps, from the time step up"},
+  {"K_SPACE_INTERVAL", DoubleSetting{0.0, any_number, set::k_space_interval}, "Step of the structure factor, 1/Å", ""},
+  {"LAST_FRAME_NO", Action{{}, run::last_frame_no}, "Last frame of the range", "integer from the first frame to the frames of the file, or LAST"},
+  {"LAST_FRAME_TIME", Action{{}, run::last_frame_time}, "Last frame of the range, by its time", "time in ps"},
+  {"LINEAR_FIT", Action{{source_is_trajectory, loaded, displacement_done, time_axis}, nullptr, "MSD"}, "Fits the displacement and prints diffusion coefficients", ""},
+  {"MAXIMA", IntegerSetting{1, 100, set::maxima}, "Rows of a list of maxima", ""},
+  {"MAX_FIT_TIME", DoubleSetting{fit_start, any_number, set::max_fit_time}, "End of the fitted lags, ps", ""},
+  {"MAX_INTERVAL", DoubleSetting{0.0, any_number, set::max_interval}, "Longest lag of all correlations, ps", ""},
+  {"MAX_INTERVAL_NO", IntegerSetting{1, any_integer, set::max_interval_no}, "Longest lag of all correlations in frames", ""},
+  {"MAX_TIME_TRANSFORM", DoubleSetting{0.0, any_number, set::max_time_transform}, "Time that all spectra transform, ps", ""},
+  {"MINIMA", IntegerSetting{1, 100, set::minima}, "Rows of a list of minima", ""},
+  {"MIN_FIT_TIME", DoubleSetting{0.0, fit_end, set::min_fit_time}, "Start of the fitted lags, ps", ""},
+  {"MONITOR", LogicalSetting{&trj_vac_msd_l_.monitor, set::monitor_changed}, "Draws all correlations while they run", ""},
+  {"MONITOR_DAC", LogicalSetting{&trj_vac_msd_l_.monitor_dac}, "Draws the dipole autocorrelation while it runs", ""},
+  {"MONITOR_MSD", LogicalSetting{&trj_vac_msd_l_.monitor_msd}, "Draws the displacement while it runs", ""},
+  {"MONITOR_RDF", LogicalSetting{&trj_vac_msd_l_.monitor_rdf}, "Draws the radial distribution while it runs", ""},
+  {"MONITOR_VAC", LogicalSetting{&trj_vac_msd_l_.monitor_vac}, "Draws the velocity autocorrelation while it runs", ""},
+  {"MSD", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "MSD"}, "Mean square displacement", ""},
+  {"MSD_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_msd}, "Components of the displacement", ""},
+  {"MSD_ATOMS", text(trj_vac_msd_c_.atoms_msd, all_or_selected), "Atoms of the displacement", ""},
+  {"MSD_MAX_INTERVAL", DoubleSetting{0.0, any_number, set::msd_max_interval}, "Longest lag of the displacement, ps", ""},
+  {"MSD_MAX_INTERVAL_NO", IntegerSetting{1, any_integer, set::msd_max_interval_no}, "Longest lag of the displacement in frames", ""},
+  {"MSD_ORIGIN_STEP", DoubleSetting{0.0, any_number, set::msd_origin_step}, "Time between origins of the displacement, ps", ""},
+  {"MSD_ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::msd_origin_step_no}, "Frames between origins of the displacement", ""},
+  {"NUMBER_OF_BINS", IntegerSetting{1, 10000, set::number_of_bins}, "Bins of a histogram", ""},
+  {"ORIGIN_STEP", DoubleSetting{0.0, any_number, set::origin_step}, "Time between origins of all correlations, ps", ""},
+  {"ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::origin_step_no}, "Frames between origins of all correlations", ""},
+  {"POWER_SPECTRUM", Action{{source_is_trajectory, loaded, velocities_done, time_axis}, nullptr, "VACF"}, "Power spectrum of the velocity autocorrelation", ""},
+  {"PROFILE", Action{{property_selected, loaded_if_trajectory}, run::profile}, "The selected properties over the frames or models", ""},
+  {"PROPERTY", Action{{}, run::property}, "Selects one property by its upper-case name", "one of the names under Names of PROPERTY"},
+  {"PROPERTY_TYPE", Action{{}, run::property_type}, "Selects the first property of a group", "one of ENERGY TOTALS, ENERGY COMPONENTS, OTHER"},
+  {"RDF", Action{{loaded_if_trajectory}}, "Radial distribution function", ""},
+  {"RDF_BETWEEN", Action{{}, set::rdf_between}, "Sets of atoms of a radial distribution", "one of ALL ATOMS, SELECTED, ELEMENTS, FF TYPES, GROUPS"},
+  {"RDF_COMPONENTS", LogicalSetting{&trj_gui_l_.rdf_components}, "Intra- and intermolecular parts of a radial distribution", ""},
+  {"RDF_CUTOFF", DoubleSetting{1.0, any_number, set::rdf_cutoff}, "Longest distance of a radial distribution, Å", ""},
+  {"RDF_FOR", text(trj_rdf_c_.rdf_for, trajectory_or_model, set::update_rdf_names), "What a radial distribution works on", ""},
+  {"RDF_INTERVAL", DoubleSetting{1e-05, any_number, set::rdf_interval}, "Bin width of a radial distribution, Å", ""},
+  {"RDF_NORMALIZATION", text(trj_rdf_c_.rdf_normalization, "PARTIAL,TOTAL"), "Norm of a radial distribution", ""},
+  {"RDF_TYPE", Action{{}, set::rdf_type}, "The two names of a radial distribution", "two names that the atoms offer"},
+  {"RESET", Action{{}, run::reset}, "Puts all settings back and drops the trajectory, if the user agrees", ""},
+  {"RUNNING_AVERAGE", Action{{property_selected, source_is_trajectory, loaded}, run::running_average, "RUNNING_AVERAGE"}, "Running averages of the selected properties", ""},
+  {"RUNNING_AVERAGE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "Running averages of the selected fluctuation quantities", ""},
+  {"R_SPACE_CUTOFF", DoubleSetting{0.0, any_number, set::r_space_cutoff}, "Length that gives the step of the structure factor, Å", ""},
+  {"SELECTED_STATISTICS_FILENAME", Label{}, "Short name of the table file, for a panel", ""},
+  {"SELECTED_TRAJECTORY", Label{}, "Short name of the trajectory, for a panel", ""},
+  {"SELECT_FLUCTUATIONS", Action{{}, run::select_fluctuations}, "Selects fluctuation quantities by name", "any number of names"},
+  {"SELECT_PROPERTIES", Action{{}, run::select_properties}, "Selects properties by name, in letters of either case", "any number of names"},
+  {"SHOW_NEXT_FRAME", Action{{}, run::show_next_frame}, "Shows the next frame, round the ends of the range", "phase of the press: START, END or anything else"},
+  {"SHOW_PREVIOUS_FRAME", Action{{}, run::show_previous_frame}, "Shows the frame before, round the ends of the range", "phase of the press: START, END or anything else"},
+  {"STATISTICS_FILE", LogicalSetting{&trj_stats_.stats_file}, "Results go to the table file", ""},
+  {"STATISTICS_FILENAME", text(trj_stats_c_.stats_filename, "", set::statistics_filename_changed), "Name of the table file; .dat is added where it lacks", ""},
+  {"STATISTICS_PLOT", LogicalSetting{&trj_stats_.stats_plot}, "Results go to graphs", ""},
+  {"STATISTICS_TEXT", LogicalSetting{&trj_stats_.stats_text}, "Results are printed", ""},
+  {"STOP", Action{{}, run::stop}, "Ends the process at once", ""},
+  {"STRUCTURE_FACTOR", Action{{loaded_if_trajectory, distribution_done}}, "Structure factor of the last radial distribution", ""},
+  {"TRAJECTORY", Action{{}, run::trajectory}, "Loads a trajectory and its model", "path of the file, or its stem"},
+  {"USE_ALL_FRAMES", Action{{}, run::use_all_frames}, "Puts the range back to the whole file", ""},
+  {"VAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "VACF"}, "Velocity autocorrelation", ""},
+  {"VAC_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_vac}, "Components of the velocity autocorrelation", ""},
+  {"VAC_ATOMS", text(trj_vac_msd_c_.atoms_vac, all_or_selected), "Atoms of the velocity autocorrelation", ""},
+  {"VAC_FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::vac_frequency_interval}, "Frequency step of the velocity spectrum, 1/cm", ""},
+  {"VAC_MAX_INTERVAL", DoubleSetting{0.0, any_number, set::vac_max_interval}, "Longest lag of the velocity autocorrelation, ps", ""},
+  {"VAC_MAX_INTERVAL_NO", IntegerSetting{1, any_integer, set::vac_max_interval_no}, "Longest lag of the velocity autocorrelation in frames", ""},
+  {"VAC_MAX_TIME_TRANSFORM", DoubleSetting{0.0, any_number, set::vac_max_time_transform}, "Time that the velocity spectrum transforms, ps", ""},
+  {"VAC_ORIGIN_STEP", DoubleSetting{0.0, any_number, set::vac_origin_step}, "Time between origins of the velocity autocorrelation, ps", ""},
+  {"VAC_ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::vac_origin_step_no}, "Frames between origins of the velocity autocorrelation", ""},
+}};
+// clang-format on
+
+static_assert(std::ranges::is_sorted(words, {}, &CommandWord::word));
+static_assert(std::ranges::adjacent_find(words, {}, &CommandWord::word) == words.end());
+
+}  // namespace
+
+std::span<const CommandWord, command_word_count> command_words() { return words; }
+
+const CommandWord* find_command_word(std::string_view word) {
+  const auto name = word.substr(0, word.find(' '));
+  const auto found = std::ranges::lower_bound(words, name, {}, &CommandWord::word);
+  return found != words.end() && found->word == name ? &*found : nullptr;
+}
+
+const std::array<Text<28>, command_word_count>& pathstat_cmd_common__() {
+  static const auto names = [] {
+    std::array<Text<28>, command_word_count> list;
+    for (std::size_t k = 0; k < list.size(); ++k) list[k] = words[k].word;
+    return list;
+  }();
+  return names;
+}
+
+}  // namespace pathstat

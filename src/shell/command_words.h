@@ -1,0 +1,111 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <variant>
+
+#include "support/logical.h"
+#include "support/text_field.h"
+
+namespace pathstat {
+
+/// What must hold before an action runs. A guard that fails shows its message and ends the command with 1.
+enum class Guard : std::uint8_t {
+  property_selected,
+  source_is_trajectory,
+  loaded,
+  loaded_if_trajectory,
+  fluctuation_selected,
+  time_axis,
+  displacement_done,
+  velocities_done,
+  distribution_done,
+  dipole_interval_set,
+};
+
+/// The guards of an action, in the order of their tests.
+struct Guards {
+  static constexpr std::size_t most = 4;
+  std::array<Guard, most> guard{};
+  std::size_t size = 0;
+
+  constexpr Guards() = default;
+  constexpr Guards(std::initializer_list<Guard> list) {
+    for (const auto each : list) guard[size++] = each;
+  }
+  constexpr std::span<const Guard> view() const { return {guard.data(), size}; }
+};
+
+using Run = std::int32_t (*)();
+
+/// Does something; without a routine its engine is not there yet.
+struct Action {
+  Guards guards;
+  Run run = nullptr;
+  std::string_view source_word = {};  ///< what the message of source_is_trajectory names
+};
+
+/// A text from a list, or any text where the list is empty.
+struct TextSetting {
+  std::span<char> field;
+  std::string_view allowed;
+  Run after = nullptr;
+};
+
+struct LogicalSetting {
+  Logical* target;
+  void (*after)() = nullptr;
+};
+
+/// A limit of a number: a constant, the present value of another setting, or computed; by default none.
+template <class T>
+struct Bound {
+  static constexpr T none = std::is_same_v<T, double> ? T(-3e38) : T(-2147483647);
+
+  T value = none;
+  const T* of = nullptr;
+  T (*computed)() = nullptr;
+  std::string_view meaning;  ///< in words, where it is not a constant
+
+  constexpr Bound() = default;
+  constexpr Bound(T limit) : value(limit) {}
+  constexpr Bound(const T* setting, std::string_view words) : of(setting), meaning(words) {}
+  constexpr Bound(T (*compute)(), std::string_view words) : computed(compute), meaning(words) {}
+  T now() const { return of ? *of : computed ? computed() : value; }
+  constexpr bool is_constant() const { return of == nullptr && computed == nullptr; }
+};
+
+/// A number that `store` takes over; its answer is the command's result.
+template <class T>
+struct NumberSetting {
+  Bound<T> low;
+  Bound<T> high;
+  std::int32_t (*store)(T) = nullptr;
+};
+using IntegerSetting = NumberSetting<std::int32_t>;
+using DoubleSetting = NumberSetting<double>;
+
+/// A word of the query side only: as a command it does nothing.
+struct Label {};
+
+struct CommandWord {
+  std::string_view word;
+  std::variant<Action, TextSetting, LogicalSetting, IntegerSetting, DoubleSetting, Label> effect;
+  std::string_view meaning;    ///< one line for people
+  std::string_view arguments;  ///< in words, where the effect does not tell them
+};
+
+constexpr std::size_t command_word_count = 116;
+std::span<const CommandWord, command_word_count> command_words();
+
+/// The row of a word, compared exactly up to its first blank; null if there is none.
+const CommandWord* find_command_word(std::string_view word);
+
+/// The words alone, blank-padded, in the order of the table.
+const std::array<Text<28>, command_word_count>& pathstat_cmd_common__();
+
+}  // namespace pathstat

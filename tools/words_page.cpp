@@ -1,0 +1,11 @@
+// Prints the page of command words, or with --list one line a word for programs.
+#include <cstdio>
+#include <string_view>
+
+#include "shell/words_page.h"
+
+int main(int argc, char** argv) {
+  const bool list = argc > 1 && std::string_view(argv[1]) == "--list";
+  std::fputs((list ? pathstat::command_words_list() : pathstat::command_words_page()).c_str(), stdout);
+  return 0;
+}
