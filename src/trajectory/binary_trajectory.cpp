@@ -70,8 +70,11 @@ bool locate(TrjStruct& trj, std::int32_t frame) {
 }
 
 std::int32_t read_located(TrjStruct& trj, std::int32_t frame) {
-  trj.reader.seek(trj.frame_starts[static_cast<std::size_t>(frame - 1)]);
+  const auto start = trj.frame_starts[static_cast<std::size_t>(frame - 1)];
+  trj.reader.seek(start);
   const auto result = trj.frame.read(trj.reader);
+  trj.ended_inside_frame =
+      result == RecordStatus::cut || (result == RecordStatus::end && trj.reader.position() != start);
   if (result == RecordStatus::ok) {
     trj.current_frame = frame;
     if (frame == known_frames(trj)) trj.frame_starts.push_back(trj.reader.position());

@@ -57,6 +57,7 @@ struct TrjStruct {
   RecordWriter writer;
   bool header_written = false;
   std::int32_t current_frame = 0;          ///< 0: none has been read
+  bool ended_inside_frame = false;         ///< the last read met the end of the file with a part of the frame there
   std::vector<std::int64_t> frame_starts;  ///< offsets of frames 1, 2, ... as far as they are known
   BinaryHeader header;
   BinaryFrame frame;
