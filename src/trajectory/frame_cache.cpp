@@ -212,8 +212,8 @@ void fail_and_forget(std::int32_t& status) {
 
 }  // namespace
 
-void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last,
-                    std::int32_t step, std::int32_t& status) {
+void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last, std::int32_t step,
+                    std::int32_t& status) {
   killtrjcache_(status);
   FrameStart = first;
   FrameStep = step;

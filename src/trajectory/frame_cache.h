@@ -8,8 +8,8 @@ namespace pathstat {
 /// Prepares the frames first, first + step, … last of a trajectory for stepping in a model, in place of any earlier
 /// cache. A binary trajectory is opened a second time; of any other the frames are copied to a flat file once.
 /// @param status  0; 1 on any failure, which leaves no cache
-void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last,
-                    std::int32_t step, std::int32_t& status);
+void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last, std::int32_t step,
+                    std::int32_t& status);
 
 /// Lets go of the cache: closes, deletes and clears. Harmless without one. @param status  0
 void killtrjcache_(std::int32_t& status);
