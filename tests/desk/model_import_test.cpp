@@ -21,8 +21,9 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 }
 
 TEST(ModelImport, reads_every_attribute_of_a_model) {
-  const auto result = imported(replaced(water_pair, " (A I Bond", " (A V Velocity ((1 0 0) (0 1 0) (0 0 1) (0 0 0) (0 0 "
-                                                                   "0) (0 0 -2)))\n (A I Bond"));
+  const auto result = imported(replaced(water_pair, " (A I Bond",
+                                        " (A V Velocity ((1 0 0) (0 1 0) (0 0 1) (0 0 0) (0 0 "
+                                        "0) (0 0 -2)))\n (A I Bond"));
   ASSERT_THAT(result.problem, IsEmpty());
   ASSERT_THAT(result.models, SizeIs(1));
   const auto& model = result.models.front();
@@ -63,8 +64,9 @@ TEST(ModelImport, fills_in_what_may_be_missing) {
 }
 
 TEST(ModelImport, takes_all_models_and_passes_over_what_means_nothing_here) {
-  const std::string model = "(7 Model m\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 1))\n"
-                            " (A C Colour red)\n (8 Style\n  (A I AtomId (1 1))\n )\n (9 Note n)\n)\n";
+  const std::string model =
+      "(7 Model m\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 1))\n"
+      " (A C Colour red)\n (8 Style\n  (A I AtomId (1 1))\n )\n (9 Note n)\n)\n";
   const auto result = imported("(1 Header\n)\n" + model + model);
   ASSERT_THAT(result.problem, IsEmpty());
   ASSERT_THAT(result.models, SizeIs(2));
@@ -85,7 +87,8 @@ class ModelFault : public testing::TestWithParam<FaultCase> {};
 TEST_P(ModelFault, names_file_line_and_attribute_and_gives_no_model) {
   const auto& fault = GetParam();
   // A good model in front must not come in either.
-  const std::string good = "(1 Model g\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 0))\n)\n";
+  const std::string good =
+      "(1 Model g\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 0))\n)\n";
   const auto result = imported(good + replaced(water_pair, fault.from, fault.to));
   EXPECT_THAT(result.models, IsEmpty());
   EXPECT_THAT(result.problem, HasSubstr("model.qfx, line " + std::to_string(fault.line + 6) + ":"));
@@ -119,19 +122,20 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 4 7)", 13, "Bond", "position 7"},
         FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 0 6)", 13, "Bond", "position 0"},
         FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 6 6)", 13, "Bond", "with itself"},
-        FaultCase{" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0 1))\n (A I ResidueId", 1, "Translation", "0 values"},
+        FaultCase{" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0 1))\n (A I ResidueId", 1, "Translation",
+                  "0 values"},
         FaultCase{" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0))\n (A I ResidueId", 15, "Rotation", "nine"},
         FaultCase{" (A I ResidueId",
                   " (A D Rotation (-1 0 0 0 1 0 0 0 1))\n (A D Translation (0 0 0))\n (A I ResidueId", 15, "Rotation",
                   "identity"},
-        FaultCase{"(A I Type 60)", "(A I Type 62)", 18, "Type", "62"},
-        FaultCase{"  (A I Type 60)\n", "", 17, "Type", "missing"},
-        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 4 2))", 19, "Atoms", "3 positions instead of 2"},
-        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 40))", 19, "Atoms", "position 40"},
-        FaultCase{"(A I Convention 4)", "(A I Convention 3)", 36, "Convention", "3 instead of 1, 2 or 4"},
-        FaultCase{"  (A I Convention 4)\n", "", 33, "Convention", "0 instead of 1, 2 or 4"},
+        FaultCase{"(A I Type 60)", "(A I Type 62)", 17, "Type", "62"},
+        FaultCase{"  (A I Type 60)\n", "", 16, "Type", "missing"},
+        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 4 2))", 18, "Atoms", "3 positions instead of 2"},
+        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 40))", 18, "Atoms", "position 40"},
+        FaultCase{"(A I Convention 4)", "(A I Convention 3)", 35, "Convention", "3 instead of 1, 2 or 4"},
+        FaultCase{"  (A I Convention 4)\n", "", 32, "Convention", "0 instead of 1, 2 or 4"},
         FaultCase{" (A C Name", " A C Name", 5, "", "neither an object nor an attribute"},
-        FaultCase{"  (A I Convention 4)\n )\n)\n", "  (A I Convention 4)\n )\n", 38, "", "ends inside an object"}));
+        FaultCase{"  (A I Convention 4)\n )\n)\n", "  (A I Convention 4)\n )\n", 37, "", "ends inside an object"}));
 
 TEST(ModelImport, tells_a_missing_file_and_one_without_a_model) {
   EXPECT_THAT(read_model_file("/nowhere/x.qfx").problem, HasSubstr("/nowhere/x.qfx can't be opened"));

@@ -44,19 +44,18 @@ INSTANTIATE_TEST_SUITE_P(torsions, MonitorValue,
 const Vector3 wing{std::cos(0.7), std::sin(0.7), 0};
 const double wing_degrees = 0.7 * 180 / std::numbers::pi;
 
-INSTANTIATE_TEST_SUITE_P(
-    inversions, MonitorValue,
-    testing::Values(MonitorCase{inversion_monitor, 2, {o, x, wing, z}, wing_degrees},
-                    MonitorCase{inversion_monitor, 2, {o, wing, x, z}, -wing_degrees},
-                    MonitorCase{inversion_monitor, 1, {x, z, o, wing}, -wing_degrees},
-                    MonitorCase{inversion_monitor, 4, {o, x, y, z}, 90},
-                    MonitorCase{inversion_monitor, 4, {o, x, y, {0, 0, -1}}, -90},
-                    MonitorCase{inversion_monitor, 4, {o, x, y, {1, 1, r2}}, 135},
-                    MonitorCase{inversion_monitor, 4, {o, x, y, {1, 1, -r2}}, -135},
-                    MonitorCase{inversion_monitor, 4, {o, x, y, {-1, -1, r2}}, 45},
-                    MonitorCase{inversion_monitor, 4, {o, x, {2, 0, 0}, z}, 0},
-                    MonitorCase{inversion_monitor, 2, {o, o, y, z}, 0},
-                    MonitorCase{inversion_monitor, 1, {z, {0, 0, 2}, o, x}, 0}));
+INSTANTIATE_TEST_SUITE_P(inversions, MonitorValue,
+                         testing::Values(MonitorCase{inversion_monitor, 2, {o, x, wing, z}, wing_degrees},
+                                         MonitorCase{inversion_monitor, 2, {o, wing, x, z}, -wing_degrees},
+                                         MonitorCase{inversion_monitor, 1, {x, z, o, wing}, -wing_degrees},
+                                         MonitorCase{inversion_monitor, 4, {o, x, y, z}, 90},
+                                         MonitorCase{inversion_monitor, 4, {o, x, y, {0, 0, -1}}, -90},
+                                         MonitorCase{inversion_monitor, 4, {o, x, y, {1, 1, r2}}, 135},
+                                         MonitorCase{inversion_monitor, 4, {o, x, y, {1, 1, -r2}}, -135},
+                                         MonitorCase{inversion_monitor, 4, {o, x, y, {-1, -1, r2}}, 45},
+                                         MonitorCase{inversion_monitor, 4, {o, x, {2, 0, 0}, z}, 0},
+                                         MonitorCase{inversion_monitor, 2, {o, o, y, z}, 0},
+                                         MonitorCase{inversion_monitor, 1, {z, {0, 0, 2}, o, x}, 0}));
 
 }  // namespace
 }  // namespace pathstat::desk
