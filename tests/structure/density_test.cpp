@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "in_process_core.h"
+#include "structure/crystal_coordinates.h"
+#include "support/named_memory.h"
+
+namespace pathstat {
+namespace {
+
+class Density : public testing::Test {
+ protected:
+  /// Two atoms of mass 20 and 30, the second half occupied, in a box of 2 x 4 x 5 Å.
+  std::int32_t model(std::int32_t type) {
+    const std::string path = testing::TempDir() + "density_" + std::to_string(::getpid()) + ".qfx";
+    std::ofstream(path) << "(1 Model box\n (A I PeriodicType " << type << ")\n (A V Cell ((2 0 0) (0 4 0) (0 0 5)))\n"
+                        << " (A I AtomId (1 2))\n (A C Element (Ar Ar))\n (A V XYZ ((0 0 0) (1 1 1)))\n"
+                        << " (A D Mass (20 30))\n (A D Occupancy (1 0.5))\n)\n";
+    return core.import(path);
+  }
+  InProcessCore core;
+};
+
+TEST_F(Density, is_the_mass_of_the_occupied_atoms_over_the_volume) {
+  double density = 0;
+  std::int32_t status = -1;
+  kva_cry_density_(model(100), density, status);
+  EXPECT_EQ(status, 0);
+  EXPECT_NEAR(density, 35.0 / 40 * 1.66056, 1e-12);
+  for (const char* label : {"density/list", "density/mass", "density/occup"}) {
+    EXPECT_EQ(find_area(label).elements, nullptr) << label;
+  }
+}
+
+TEST_F(Density, needs_a_model_that_is_periodic_in_three_directions) {
+  double density = 7;
+  std::int32_t status = 0;
+  kva_cry_density_(model(101), density, status);
+  EXPECT_EQ(status, 1);
+  kva_cry_density_(-5, density, status);
+  EXPECT_NE(status, 0);
+  EXPECT_EQ(density, 7);
+}
+
+}  // namespace
+}  // namespace pathstat

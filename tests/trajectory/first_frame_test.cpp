@@ -1,0 +1,111 @@
+#include "trajectory/first_frame.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "in_process_core.h"
+#include "trajectory/model_check.h"
+#include "trajectory/written_trajectory.h"
+
+namespace pathstat {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::int32_t structured_file = 1, coordinate_file = 14;
+
+class FirstFrame : public testing::Test {
+ protected:
+  /// Four atoms 4, 3, 2, 1, of which 4 and 2 move.
+  std::int32_t import(std::int32_t type = 100) {
+    std::ofstream(model_path) << "(1 Model four\n (A I PeriodicType " << type
+                              << ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (4 3 2 1))\n"
+                              << " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
+                              << " (A I Movable (1 0 1 0))\n)\n";
+    return core.import(model_path);
+  }
+  std::int32_t fix(const std::string& path, std::int32_t file_type, std::int32_t model) {
+    std::int32_t status = -1;
+    trjfixatoms_(path, file_type, model, status);
+    return status;
+  }
+  const desk::MolecularModel& data(std::int32_t model) { return core.model.model(model)->data; }
+
+  InProcessCore core;
+  const std::string model_path = testing::TempDir() + "first_frame_" + std::to_string(::getpid()) + ".qfx";
+  WrittenTrajectory trajectory{4, {2, 4}, 3};
+};
+
+TEST_F(FirstFrame, gives_the_model_its_cell_positions_and_vectors) {
+  const std::int32_t model = import();
+  trajectory.set(1058, {10, 11, 12, 1, 2, 3}).set(1071, {2, 2, 2, 4, 4, 4}).set(1072, {6, 6, 6, 7, 7, 7}).frame();
+  EXPECT_EQ(fix(trajectory.path(), structured_file, model), 0);
+  EXPECT_THAT(core.messages, IsEmpty());
+  EXPECT_THAT(data(model).cell, ElementsAre(Vector3{10, 3, 2}, Vector3{0, 11, 1}, Vector3{0, 0, 12}));
+  EXPECT_THAT(data(model).positions,
+              ElementsAre(Vector3{4, 4, 4}, Vector3{3, 3, 3}, Vector3{2, 2, 2}, Vector3{1, 1, 1}));
+  EXPECT_THAT(data(model).vectors.at("Velocity"),
+              ElementsAre(Vector3{7, 7, 7}, Vector3{0, 0, 0}, Vector3{6, 6, 6}, Vector3{0, 0, 0}));
+  EXPECT_EQ(data(model).vectors.count("Force"), 0u);
+}
+
+TEST_F(FirstFrame, a_model_of_coordinates_learns_what_moves) {
+  const std::int32_t model = import();
+  trajectory.set(1058, {9, 9, 9, 0, 0, 0}).set(1071, {2, 2, 2, 4, 4, 4}).frame();
+  EXPECT_EQ(fix(trajectory.path(), coordinate_file, model), 0);
+  EXPECT_THAT(data(model).movable, ElementsAre(1, 0, 1, 0));
+}
+
+TEST_F(FirstFrame, a_model_that_does_not_fit_is_left_alone) {
+  const std::int32_t flat = import(0);
+  trajectory.set(1058, {9, 9, 9, 0, 0, 0}).set(1071, {2, 2, 2, 4, 4, 4}).frame();
+  EXPECT_NE(fix(trajectory.path(), structured_file, flat), 0);
+  EXPECT_EQ(data(flat).positions[0], (Vector3{0, 0, 0}));
+  EXPECT_FALSE(core.messages.empty());
+  core.messages.clear();
+  EXPECT_NE(fix(trajectory.path(), structured_file, 0), 0);
+  EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_102"));
+  EXPECT_NE(fix("/none/run.trj", structured_file, import()), 0);
+}
+
+/// The check whether the trajectory's model is still there.
+class ModelCheck : public FirstFrame {
+ protected:
+  std::int32_t check(std::int32_t& model) {
+    std::int32_t status = -1;
+    checktrjmodel_(model_path, model, false, status);
+    return status;
+  }
+};
+
+TEST_F(ModelCheck, the_current_model_passes_and_another_one_is_told) {
+  std::int32_t model = import();
+  core.model.set_current_model(model);
+  EXPECT_EQ(check(model), 0);
+  EXPECT_THAT(core.messages, IsEmpty());
+  const std::int32_t kept = model;
+  core.model.set_current_model(import());
+  EXPECT_EQ(check(model), 0);
+  EXPECT_EQ(model, kept);
+  EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_MSG_48 \"four\""));
+}
+
+TEST_F(ModelCheck, a_model_that_is_gone_comes_back_if_the_user_wants_it) {
+  std::int32_t model = import();
+  const std::int32_t gone = model;
+  core.model.remove_model(gone);
+  core.ui.settle_answer("PATHSTAT_MSG_46", 2);
+  EXPECT_EQ(check(model), 1);
+  EXPECT_EQ(model, gone);
+  core.ui.settle_answer("PATHSTAT_MSG_46", 1);
+  EXPECT_EQ(check(model), 0);
+  EXPECT_NE(model, gone);
+  ASSERT_NE(core.model.model(model), nullptr);
+  EXPECT_THAT(data(model).ids, ElementsAre(4, 3, 2, 1));
+}
+
+}  // namespace
+}  // namespace pathstat
