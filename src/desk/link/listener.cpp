@@ -16,6 +16,8 @@
 namespace pathstat::desk {
 namespace {
 
+constexpr const char* loopback = "127.0.0.1";
+
 std::string failure(const char* what) { return fmt::format("cannot {}: {}", what, std::strerror(errno)); }
 
 /// An address as the kernel's table of connections writes it: the address as stored, and the port.
@@ -53,7 +55,7 @@ bool holds_socket(pid_t process, const std::string& inode) {
 Listener::Listener(Protocol protocol, const std::filesystem::path& directory, std::string& error)
     : protocol_(protocol) {
   server_.protocol = protocol_name(protocol);
-  server_.machine = "127.0.0.1";
+  server_.machine = loopback;
   error = protocol == Protocol::tcp ? listen_on_loopback() : listen_on_path(directory / "core");
 }
 
@@ -75,7 +77,7 @@ std::string Listener::listen_on_path(const std::filesystem::path& path) {
 std::string Listener::listen_on_loopback() {
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ::inet_pton(AF_INET, loopback, &address.sin_addr);
   socklen_t size = sizeof address;
   server_.socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (server_.socket < 0) return failure("make a socket");

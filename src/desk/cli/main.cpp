@@ -1,0 +1,104 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "desk/cli/file_info.h"
+#include "desk/script/script.h"
+#include "desk/script/script_run.h"
+
+namespace pathstat::desk {
+namespace {
+
+constexpr const char* about =
+    "Runs the analysis of molecular dynamics trajectories and shows what comes of it.\n"
+    "A run needs a command script; pathdesk info FILE tells what a trajectory or a model file holds.";
+
+std::string script_help() {
+  return "A script has one command a line in pathstat's own words (TRAJECTORY argon.trj, PROFILE), comments behind #,\n"
+         "and lines for pathdesk itself:\n" +
+         desk_lines_help() +
+         "Relative paths in a script are relative to its folder.\n\n"
+         "The first Ctrl-C ends the running analysis and keeps what is done, the second gives the run up.\n"
+         "Exit code: 0 all went well, 1 a command failed, 2 the run could not begin, 3 pathstat was lost,\n"
+         "130 interrupted.";
+}
+
+/// The words of --format.
+const std::map<std::string, bool OutputFormats::*> format_words{{"svg", &OutputFormats::svg},
+                                                                {"png", &OutputFormats::png},
+                                                                {"tsv", &OutputFormats::tsv},
+                                                                {"html", &OutputFormats::html}};
+
+const std::map<std::string, Protocol> protocol_words{{"unix", Protocol::unix_socket}, {"tcp", Protocol::tcp}};
+
+OutputFormats formats_of(const std::vector<std::string>& words) {
+  OutputFormats formats{false, false, false, false};
+  for (const auto& word : words) formats.*format_words.at(word) = true;
+  return formats;
+}
+
+/// What the options of `run` are given as words.
+struct RunWords {
+  std::vector<std::string> formats{"svg", "png", "tsv", "html"};
+  std::string protocol = "unix";
+};
+
+CLI::App* add_run(CLI::App& app, RunOptions& options, RunWords& words) {
+  auto* run = app.add_subcommand("run", "Runs a command script");
+  run->add_option("SCRIPT", options.script, "The command script")->required()->option_text(" ");
+  run->add_option("--out", options.output, "Folder for pictures, tables and the report; out without it")
+      ->option_text("DIR");
+  run->add_option("--format", words.formats, "What to write: any of svg, png, tsv and html; all without it")
+      ->delimiter(',')
+      ->check(CLI::IsMember(format_words))
+      ->option_text("svg,png,tsv,html");
+  run->add_option("--protocol", words.protocol, "How pathstat connects: by a private socket, or by a loopback port")
+      ->check(CLI::IsMember(protocol_words))
+      ->option_text("unix|tcp");
+  run->add_option("--workdir", options.work_directory,
+                  "Folder where pathstat works, kept after the run; without it one is made and removed")
+      ->option_text("DIR");
+  run->add_option("--program", options.program, "The pathstat program; the one beside pathdesk without it")
+      ->option_text("PATH");
+  run->footer(script_help());
+  return run;
+}
+
+int main_of(int argc, char** argv) {
+  CLI::App app(about, "pathdesk");
+  app.set_version_flag("--version", "pathdesk " PATHSTAT_VERSION);
+  app.require_subcommand(1);
+
+  RunOptions options;
+  RunWords words;
+  const auto* run = add_run(app, options, words);
+
+  std::string file;
+  auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
+  info->add_option("FILE", file, "The file")->required()->option_text(" ");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? exit_code::success : exit_code::not_run;
+  }
+  options.formats = formats_of(words.formats);
+  options.protocol = protocol_words.at(words.protocol);
+  return run->parsed() ? run_script(options) : print_file_info(file);
+}
+
+}  // namespace
+}  // namespace pathstat::desk
+
+int main(int argc, char** argv) {
+  try {
+    return pathstat::desk::main_of(argc, argv);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "pathdesk: {}\n", error.what());
+    return pathstat::desk::exit_code::not_run;
+  }
+}
