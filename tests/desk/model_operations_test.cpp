@@ -135,7 +135,7 @@ TEST_F(ModelOperations, answer_for_atoms) {
   expect("kvD_ATM_Charge", {2, some}, {Doubles{-0.8, 0.4}});
   expect("kvD_ATM_dMass", {2, some}, {Doubles{16, 1}});
   expect("kvD_ATM_Occupancy", {2, some}, {Doubles{1, 0.5}});
-  expect("kvD_ATM_FFType", {9, 1, some}, {std::string("OX")});
+  expect("kvD_ATM_FFType", {9, 1, atoms({3})}, {std::string("OX")});
   expect("kvD_IsMovable", {2, some}, {Ints{0, 1}});
   expect("kvD_SetMovable", {2, some, Ints{1, 0}}, {});
   expect("kvD_IsMovable", {2, some}, {Ints{1, 0}});
@@ -148,7 +148,7 @@ TEST_F(ModelOperations, answer_for_atoms) {
   expect("kvD_XYZ", {1, Ints{atom_}}, {Doubles{1, 1, 1}});
   expect("kvA_CMP_Mass", {2, Ints{model_, atom_}}, {Doubles{16 + 1 + 1 + 16 + 1 + 0.5, 16}});
   expect("kvD_UD_SetVector", {2, "Velocity", some, Doubles{1, 2, 3, 4, 5, 6}}, {});
-  expect("kvA_UD_SetDoubleVec", {1, "Force", some, Doubles{7, 8, 9}}, {});
+  expect("kvA_UD_SetDoubleVec", {1, "Force", atoms({3}), Doubles{7, 8, 9}}, {});
   EXPECT_EQ(data_.model(model_)->data.vectors.at("Velocity")[5], (Vector3{4, 5, 6}));
   EXPECT_EQ(data_.model(model_)->data.vectors.at("Force")[3], (Vector3{7, 8, 9}));
   EXPECT_EQ(data_.model(model_)->data.vectors.at("Force")[0], (Vector3{}));

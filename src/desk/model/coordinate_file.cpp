@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "desk/model/bond_search.h"
 #include "desk/model/elements.h"
 #include "structure/crystal_coordinates.h"
 #include "structure/crystal_orientation.h"
@@ -76,6 +77,7 @@ class CoordinateFileReader {
     if (!(header() && cell() && atoms() && turn())) {
       return {{}, fmt::format("{}, line {}: {}", path_, lines_.number(), problem_)};
     }
+    find_bonds(model_);
     ImportedModels result;
     result.models.push_back(std::move(model_));
     return result;

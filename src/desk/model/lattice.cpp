@@ -63,12 +63,16 @@ Lattice::Lattice(std::int32_t type, const Cell& cell)
     : first_(3 - periodic_directions(type)), cell_(completed(type, cell)), basis_(columns(cell_)) {
   std::int32_t status = 0;
   dmatinv_(basis_, inverse_, status);
-  double smallest_width_squared = INFINITY;
-  for (auto row = static_cast<std::size_t>(first_); row < 3; ++row) {
-    const Vector3 reciprocal{inverse_[row], inverse_[row + 3], inverse_[row + 6]};
-    smallest_width_squared = std::min(smallest_width_squared, 1 / length_squared(reciprocal));
+  double smallest_width = INFINITY;
+  for (auto axis = static_cast<std::size_t>(first_); axis < 3; ++axis) {
+    smallest_width = std::min(smallest_width, width(axis));
   }
-  safe_length_squared_ = smallest_width_squared / 4;
+  safe_length_squared_ = smallest_width * smallest_width / 4;
+}
+
+double Lattice::width(std::size_t axis) const {
+  const Vector3 reciprocal{inverse_[axis], inverse_[axis + 3], inverse_[axis + 6]};
+  return 1 / dveclen_(reciprocal);
 }
 
 Vector3 Lattice::fractional(const Vector3& point) const {

@@ -43,6 +43,8 @@ class Lattice {
   /// Fractional coordinates; along directions that do not repeat they are lengths in Å.
   Vector3 fractional(const Vector3& point) const;
   Vector3 cartesian(const Vector3& fractional) const;
+  /// The distance between the faces of the cell across a direction, Å; 1 where it does not repeat.
+  double width(std::size_t axis) const;
 
   /// The translation that brings a difference of two points nearest to zero. A difference that is not finite, or of
   /// billions of cells, stays where it is.
