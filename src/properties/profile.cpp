@@ -2,31 +2,29 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "coreapi/operations.h"
 #include "plots/graph.h"
 #include "plots/labels.h"
 #include "properties/averages.h"
 #include "properties/catalogue.h"
+#include "properties/column_names.h"
 #include "properties/measure_families.h"
+#include "properties/printed_line.h"
 #include "properties/profile_plots.h"
+#include "properties/report_table.h"
+#include "properties/result_series.h"
 #include "properties/scratch_file.h"
 #include "properties/statistics.h"
+#include "properties/text_report.h"
 #include "state/analysis_settings.h"
 #include "state/statistics_settings.h"
 #include "support/named_memory.h"
 
 namespace pathstat {
 namespace {
-
-void display(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-}
 
 /// What the user asked for, as it stands when the command begins; a nested command may change the settings.
 struct ReportOrder {
@@ -160,12 +158,11 @@ void count_bins(const ReportOrder& order, const ReportedRow& row, ReportBlocks& 
   ReportBlocks::refit(blocks.work, std::max(bins, series.frames), status);
   ReportBlocks::refit(blocks.bin_data, std::int64_t{3} * series.values, status);
   if (status != 0) return;
-  constexpr std::int32_t distance_vector = 506;
   histogram_(series.values, series.frames, blocks.row_sizes.span(), blocks.table.span(), blocks.work.span(), bins,
-             is_measure(row.id), row.id == distance_vector ? 3 : 1, blocks.bin_data.span(), status);
+             is_measure(row.id), row.id == property_id::distance_vector ? 3 : 1, blocks.bin_data.span(), status);
   if (status == no_spread) {
     status = 0;
-    display("PATHSTAT_WARN_1");
+    print_line("PATHSTAT_WARN_1");
   }
   series.points = bins;
 }
@@ -206,15 +203,29 @@ void close_full_list() {
   std::int32_t& graph_count = trj_gui_i_.plot_graph_count;
   constexpr auto most_graphs = static_cast<std::int32_t>(most_plot_graphs);
   if (graph_count != most_graphs) return;
-  kvu_msg_argi_(most_graphs);
-  display("PATHSTAT_MSG_3");
+  print_line("PATHSTAT_MSG_3", most_graphs);
   ++graph_count;
 }
 
-void report_row(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, std::int32_t& status) {
+ResultSeries result_of(const ReportOrder& order, const ReportedRow& row, const ReportBlocks& blocks,
+                       const ReportedSeries& series) {
+  return {row.id,
+          row.name,
+          order.mode,
+          series.kind,
+          order.has_time_axis,
+          series.values,
+          series.points,
+          blocks.table.span(),
+          blocks.x.span(),
+          blocks.names(),
+          blocks.bin_data.span()};
+}
+
+void report_row(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, ReportTable& table,
+                std::int32_t& status) {
   if (order.mode == profile_mode && is_measure(row.id) && order.of_selected_models) {
-    kvu_msg_args_(row.name);
-    return display("PATHSTAT_ERROR_80");
+    return print_line("PATHSTAT_ERROR_80", row.name);
   }
   ReportedSeries series;
   if (!read_series(row, order, blocks, series, status)) return;
@@ -226,13 +237,19 @@ void report_row(const ReportOrder& order, const ReportedRow& row, ReportBlocks& 
   if (series.frames < 1) return;
   reduce(order, row, blocks, series, status);
   if (status == 0 && order.settings.stats_plot) plot(order, row, blocks, series, status);
+  if (status != 0) return;
+  const ResultSeries result = result_of(order, row, blocks, series);
+  if (order.settings.stats_text) writeprofile_(result, status);
+  table.add(result, blocks.model_ids.span());
   close_full_list();
 }
 
-/// Text and table outputs are not there yet, and say so.
-void tell_missing_outputs(const TrjStats& settings) {
-  if (settings.stats_text) std::puts("STATISTICS_TEXT: not available yet");
-  if (settings.stats_file) std::puts("STATISTICS_FILE: not available yet");
+void report_rows(const ReportOrder& order, ReportBlocks& blocks, ReportTable& table, std::int32_t& status) {
+  for (std::size_t row = 0; row < property_table().size() && status == 0; ++row) {
+    const CatalogueTable catalogue = property_table();
+    if (!catalogue.selected[row] || !catalogue.on_disk[row]) continue;
+    report_row(order, ReportedRow(catalogue, row), blocks, table, status);
+  }
 }
 
 }  // namespace
@@ -240,18 +257,18 @@ void tell_missing_outputs(const TrjStats& settings) {
 void pprofile_(std::int32_t mode, std::int32_t& status) {
   status = 0;
   const ReportOrder order{mode};
-  const PlotTransaction transaction;
-  const std::int32_t viewer = take_viewer();
-  trj_gui_i_.plot_graph_count = 0;
   ReportBlocks blocks(status);
-  tell_missing_outputs(order.settings);
-  for (std::size_t row = 0; row < property_table().size() && status == 0; ++row) {
-    const CatalogueTable table = property_table();
-    if (table.selected[row] && table.on_disk[row]) report_row(order, ReportedRow(table, row), blocks, status);
+  ReportTable table(mode, order.settings);
+  {
+    const PlotTransaction transaction;
+    const std::int32_t viewer = take_viewer();
+    trj_gui_i_.plot_graph_count = 0;
+    if (status == 0 && table.open()) report_rows(order, blocks, table, status);
+    const auto shown = std::min(static_cast<std::size_t>(trj_gui_i_.plot_graph_count), most_plot_graphs);
+    if (shown > 0) show_graphs(viewer, std::span(trj_gui_i_.plot_graph_list).first(shown));
   }
-  const auto shown = static_cast<std::size_t>(trj_gui_i_.plot_graph_count);
-  if (shown == 0) return;
-  show_graphs(viewer, std::span(trj_gui_i_.plot_graph_list).first(std::min(shown, most_plot_graphs)));
+  table.finish();
+  if (status == 0) status = table.status();
 }
 
 }  // namespace pathstat

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <deque>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -43,6 +46,7 @@ class Profile : public testing::Test {
     trj_gui_i_ = {};
     trj_gui_c_ = {};
     trj_stats_ = {};
+    trj_stats_c_ = {};
   }
 
   /// Puts a series on disk, one number per frame at 0.5, 1, 1.5, ... ps, and selects its row.
@@ -61,12 +65,43 @@ class Profile : public testing::Test {
     property_table().selected[row] = true;
     property_table().on_disk[row] = true;
   }
-  std::vector<std::string> points(std::int32_t mode) {
+  /// Puts a number per model on disk and selects its row.
+  void put_models(std::int32_t id, const std::vector<double>& values, const std::vector<std::int32_t>& models) {
+    const std::size_t row = property_row_of(id);
+    const std::vector<double> x(values.size());
+    const std::vector<std::int32_t> sizes(values.size(), 1);
+    std::int32_t status = 7;
+    writescratchfile_(kind_models, property_file(property_rows[row].extension), models, x, values, 1, 1, 1, models,
+                      sizes, {}, status);
+    ASSERT_EQ(status, 0);
+    property_table().selected[row] = true;
+    property_table().on_disk[row] = true;
+  }
+  std::int32_t report(std::int32_t mode) {
     core_.forget();
     std::int32_t status = 7;
     pprofile_(mode, status);
-    EXPECT_EQ(status, 0);
+    return status;
+  }
+  std::vector<std::string> points(std::int32_t mode) {
+    EXPECT_EQ(report(mode), 0);
     return core_.calls("kvP_DAT_WriteXY");
+  }
+  /// Models 1, 2, ... are called one, two, ...
+  void name_models() {
+    core_.answers["kvD_ValidateOID"] = [](const auto& inputs) {
+      return RecordingCore::Answer{std::deque<std::int32_t>(inputs.size(), 1), {}, {}};
+    };
+    core_.answers["kvD_MOD_Name"] = [](const auto& inputs) {
+      return RecordingCore::Answer{{}, {}, {inputs.back() == "1" ? "one" : "two"}};
+    };
+    core_.answers["kvD_Id"] = [](const auto& inputs) {
+      return RecordingCore::Answer{{std::stoi(inputs.back())}, {}, {}};
+    };
+  }
+  static std::string table() {
+    std::ifstream in("TrajectoryStats.dat");
+    return {std::istreambuf_iterator<char>(in), {}};
   }
 
   std::filesystem::path folder_;
@@ -184,6 +219,101 @@ TEST_F(Profile, statistics_go_by_component_and_end_where_numbers_run_out) {
   const std::vector<std::int32_t> one_row{3};
   calcstatistics_(206, "Cell Parameters", vectors, 1, 3, one_row, status);
   EXPECT_THAT(core_.messages(), ElementsAre("|u| Cell Parameters PATHSTAT_MSG_62", "PATHSTAT_MSG_63"));
+}
+
+TEST_F(Profile, goes_to_plot_text_and_table_as_the_user_wishes) {
+  put(201, {300, 310});
+  put(1, {-5, -6});
+  trj_stats_.stats_text = true;
+  trj_stats_.stats_file = true;
+  EXPECT_EQ(points(profile_mode).size(), 2u);
+  EXPECT_THAT(core_.messages(),
+              ElementsAre("TIME Total Energy PATHSTAT_MSG_7", "0.5 -5 PATHSTAT_MSG_9", "1 -6 PATHSTAT_MSG_9",
+                          "TIME Temperature PATHSTAT_MSG_7", "0.5 300 PATHSTAT_MSG_9", "1 310 PATHSTAT_MSG_9"));
+  EXPECT_EQ(table(),
+            "Time\tTotal Energy\tTemperature\n"
+            "  0.5000000000000000\t  -5.000000000000000\t   300.0000000000000\n"
+            "   1.000000000000000\t  -6.000000000000000\t   310.0000000000000\n");
+  trj_stats_ = {};
+  trj_stats_.stats_plot = false;
+  EXPECT_THAT(points(profile_mode), IsEmpty());
+  EXPECT_THAT(core_.messages(), IsEmpty());
+}
+
+TEST_F(Profile, writes_block_averages_at_the_starts_of_their_blocks) {
+  put(1, {1, 3, 8, 4});
+  trj_stats_.block_width = 2;
+  trj_stats_.block_interval = 2;
+  trj_stats_.stats_file = true;
+  points(block_average_mode);
+  EXPECT_EQ(table(),
+            "Time\tTotal Energy\n"
+            "  0.5000000000000000\t   1.000000000000000\n"
+            "   1.500000000000000\t   5.500000000000000\n");
+}
+
+TEST_F(Profile, without_histogram_makes_no_table) {
+  put(1, {1, 2});
+  trj_gui_l_.calculate_histogram = false;
+  trj_stats_.stats_file = true;
+  EXPECT_EQ(report(distribution_mode), 0);
+  EXPECT_FALSE(std::filesystem::exists("TrajectoryStats.dat"));
+}
+
+TEST_F(Profile, goes_on_without_a_table_unless_nothing_else_is_wanted) {
+  put(1, {1, 2});
+  std::ofstream("TrajectoryStats.dat") << "old";
+  core_.answers["kvU_MOD_GetOption"] = [](const auto&) { return RecordingCore::Answer{{2}, {}, {}}; };
+  trj_stats_.stats_file = true;
+  const std::string kept = "./TrajectoryStats.dat ./TrajectoryStats.dat PATHSTAT_WARN_8";
+  EXPECT_EQ(report(profile_mode), 2);
+  EXPECT_THAT(core_.messages(), ElementsAre(kept, "PATHSTAT_ERROR_65"));
+  EXPECT_EQ(core_.calls("kvP_DAT_WriteXY").size(), 1u);
+  trj_stats_.stats_plot = false;
+  EXPECT_EQ(report(profile_mode), 2);
+  EXPECT_THAT(core_.messages(), ElementsAre(kept, "PATHSTAT_ERROR_64"));
+  EXPECT_EQ(core_.calls("kvP_SYS").size(), 2u) << "the transaction is closed";
+  EXPECT_EQ(table(), "old");
+}
+
+TEST_F(Profile, gives_up_a_table_that_cannot_be_written_and_leaves_nothing_of_it) {
+  put(1, {1, 2});
+  put(201, {3, 4});
+  trj_stats_.stats_file = true;
+  trj_stats_c_.stats_filename = "./missing/out.dat";
+  EXPECT_NE(report(profile_mode), 0);
+  EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_65"));
+  EXPECT_EQ(core_.calls("kvP_DAT_WriteXY").size(), 2u);
+  trj_stats_c_.stats_filename = "./TrajectoryStats.dat";
+  std::filesystem::create_directory("TrajectoryStats.bn2");
+  EXPECT_NE(report(profile_mode), 0) << "the second work file is in the way";
+  EXPECT_FALSE(std::filesystem::exists("TrajectoryStats.bn1"));
+  EXPECT_FALSE(std::filesystem::exists("TrajectoryStats.dat"));
+}
+
+TEST_F(Profile, has_no_table_of_the_measures_of_models) {
+  property_table().selected[property_row_of(1)] = false;
+  for (const std::int32_t id : {501, 503}) property_table().selected[property_row_of(id)] = true;
+  trj_gui_c_.input_source = from_selected_models;
+  trj_stats_.stats_file = true;
+  EXPECT_EQ(report(profile_mode), 0);
+  EXPECT_THAT(core_.messages(), ElementsAre("Torsion PATHSTAT_WARN_16", "PATHSTAT_ERROR_65"));
+}
+
+TEST_F(Profile, names_the_models_of_the_first_property_and_tells_when_others_have_other_models) {
+  property_table().selected[property_row_of(1)] = false;
+  trj_gui_c_.input_source = from_selected_models;
+  name_models();
+  put_models(204, {1, 2}, {1, 2});
+  put_models(202, {3}, {2});
+  trj_stats_.stats_file = true;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(report(profile_mode), 0);
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("Radius of Gyration"));
+  EXPECT_EQ(table(),
+            "Model Name\tVolume\tRadius of Gyration\n"
+            "one\t   1.000000000000000\t   3.000000000000000\n"
+            "two\t   2.000000000000000\t\n");
 }
 
 }  // namespace
