@@ -4,6 +4,7 @@
 
 #include "shell/actions.h"
 #include "shell/frame_actions.h"
+#include "shell/ranking_actions.h"
 #include "shell/settings.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
@@ -72,9 +73,9 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"EXTRACT_FRAME_TIME", DoubleSetting{0.0, any_number, set::extract_frame_time}, "Frame to extract, by its time in ps", ""},
   {"EXTREMA", text(trj_gui_c_.extrema_kind, "HIGHEST,LOWEST"), "Which end of the values FIND_EXTREMA lists", ""},
   {"EXTREMA_NUMBER", IntegerSetting{1, 100, set::extrema_number}, "Rows of all rankings", ""},
-  {"FIND_EXTREMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames of the selected properties by EXTREMA", ""},
-  {"FIND_MAXIMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames by the highest values", ""},
-  {"FIND_MINIMA", Action{{property_selected, loaded_if_trajectory}}, "Ranks the frames by the lowest values", ""},
+  {"FIND_EXTREMA", Action{{property_selected, loaded_if_trajectory}, run::find_extrema}, "Ranks the frames of the selected properties by EXTREMA", ""},
+  {"FIND_MAXIMA", Action{{property_selected, loaded_if_trajectory}, run::find_maxima}, "Ranks the frames by the highest values", ""},
+  {"FIND_MINIMA", Action{{property_selected, loaded_if_trajectory}, run::find_minima}, "Ranks the frames by the lowest values", ""},
   {"FIRST_FRAME_NO", Action{{}, run::first_frame_no}, "First frame of the range", "integer from 1 to the last frame"},
   {"FIRST_FRAME_TIME", Action{{}, run::first_frame_time}, "First frame of the range, by its time", "time in ps"},
   {"FRAME_INFO", Action{{loaded}, run::frame_info}, "Reports the shown frame", ""},
@@ -86,7 +87,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"FREE_VOLUME", Action{{}, run::free_volume}, "Free volume of the frames or models", ""},
   {"FREE_VOLUME_FOR", text(trj_gui_c_.free_volume_for, trajectory_or_model), "What the free volume panel works on", ""},
   {"FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::frequency_interval}, "Frequency step of all spectra, 1/cm", ""},
-  {"GET", Action{{}, run::get}, "Returns a value to the Core's scripts", "one of the names under Values of GET"},
+  {"GET", Action{{}, run::get, "", run::returned_keys}, "Returns a value to the Core's scripts", ""},
   {"INCREMENT_NO", Action{{}, run::increment_no}, "Step of the range in frames", "integer from 1 to the length of the range"},
   {"INCREMENT_TIME", Action{{}, run::increment_time}, "Step of the range, by its time", "time in ps, from the time step up"},
   {"K_SPACE_INTERVAL", DoubleSetting{0.0, any_number, set::k_space_interval}, "Step of the structure factor, 1/Å", ""},
@@ -117,10 +118,10 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::origin_step_no}, "Frames between origins of all correlations", ""},
   {"POWER_SPECTRUM", Action{{source_is_trajectory, loaded, velocities_done, time_axis}, nullptr, "VACF"}, "Power spectrum of the velocity autocorrelation", ""},
   {"PROFILE", Action{{property_selected, loaded_if_trajectory}, run::profile}, "The selected properties over the frames or models", ""},
-  {"PROPERTY", Action{{}, run::property}, "Selects one property by its upper-case name", "one of the names under Names of PROPERTY"},
-  {"PROPERTY_TYPE", Action{{}, run::property_type}, "Selects the first property of a group", "one of ENERGY TOTALS, ENERGY COMPONENTS, OTHER"},
+  {"PROPERTY", Action{{}, run::property}, "Selects one property by its upper-case name", "a name in upper case, such as TOTAL ENERGY or RADIUS OF GYRATION"},
+  {"PROPERTY_TYPE", Action{{}, run::property_type, "", run::property_groups}, "Selects the first property of a group", ""},
   {"RDF", Action{{loaded_if_trajectory}}, "Radial distribution function", ""},
-  {"RDF_BETWEEN", Action{{}, set::rdf_between}, "Sets of atoms of a radial distribution", "one of ALL ATOMS, SELECTED, ELEMENTS, FF TYPES, GROUPS"},
+  {"RDF_BETWEEN", Action{{}, set::rdf_between, "", set::rdf_between_names}, "Sets of atoms of a radial distribution", ""},
   {"RDF_COMPONENTS", LogicalSetting{&trj_gui_l_.rdf_components}, "Intra- and intermolecular parts of a radial distribution", ""},
   {"RDF_CUTOFF", DoubleSetting{1.0, any_number, set::rdf_cutoff}, "Longest distance of a radial distribution, Å", ""},
   {"RDF_FOR", text(trj_rdf_c_.rdf_for, trajectory_or_model, set::update_rdf_names), "What a radial distribution works on", ""},

@@ -6,20 +6,21 @@ namespace {
 using enum MessageKind;
 
 // Columns of the printed tables. A heading and the lines below it share one of these layouts:
-//   frames  12 characters of time or conformer number, then one column of 24, three of 20 or six of 14
+//   frames  14 characters of time or conformer number, then one column of 24, three of 20 or six of 14
 //   models  20 characters of model name, then the same columns
-constexpr std::string_view frame_heading_1 = "{0:>12}{1:>24}";
-constexpr std::string_view model_heading_1 = "{0:<20}{1:>24}";
-constexpr std::string_view time_line_1 = "{0:>12.5g}{1:>24.8g}";
-constexpr std::string_view conformer_line_1 = "{0:>12d}{1:>24.8g}";
-constexpr std::string_view model_line_1 = "{0:<20}{1:>24.8g}";
-constexpr std::string_view frame_heading_3 = "{0:>12}{1:>20}{2:>20}{3:>20}";
-constexpr std::string_view model_heading_3 = "{0:<20}{1:>20}{2:>20}{3:>20}";
-constexpr std::string_view time_line_3 = "{0:>12.5g}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
-constexpr std::string_view conformer_line_3 = "{0:>12d}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
+// Numbers come as 32-bit floats, which have no more than seven digits to show.
+constexpr std::string_view frame_heading_1 = "\n{0:>14}{1:>24}";
+constexpr std::string_view model_heading_1 = "\n{0:<20}{1:>24}";
+constexpr std::string_view time_line_1 = "{0:>14.7g}{1:>24.7g}";
+constexpr std::string_view conformer_line_1 = "{0:>14d}{1:>24.7g}";
+constexpr std::string_view model_line_1 = "{0:<20}{1:>24.7g}";
+constexpr std::string_view frame_heading_3 = "\n{0:>14}{1:>20}{2:>20}{3:>20}";
+constexpr std::string_view model_heading_3 = "\n{0:<20}{1:>20}{2:>20}{3:>20}";
+constexpr std::string_view time_line_3 = "{0:>14.7g}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
+constexpr std::string_view conformer_line_3 = "{0:>14d}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
 constexpr std::string_view model_line_3 = "{0:<20}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
-constexpr std::string_view time_line_6 = "{0:>12.5g}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
-constexpr std::string_view conformer_line_6 = "{0:>12d}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
+constexpr std::string_view time_line_6 = "{0:>14.7g}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
+constexpr std::string_view conformer_line_6 = "{0:>14d}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
 constexpr std::string_view model_line_6 = "{0:<20}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
 
 constexpr MessageRow rows[] = {
@@ -132,44 +133,50 @@ constexpr MessageRow rows[] = {
     {"PATHSTAT_MSG_28", table, "is", "\nThe {0} {1} values among the models"},
     {"PATHSTAT_MSG_29", table, "is", "\nThe {0} {1} values among the frames"},
     {"PATHSTAT_MSG_64", table, "s", "{0}\n    rank  model                              value"},
-    {"PATHSTAT_MSG_65", table, "isf", "{0:>8d}  {1:<20}{2:>20.8g}"},
+    {"PATHSTAT_MSG_65", table, "isf", "{0:>8d}  {1:<20}{2:>20.7g}"},
     {"PATHSTAT_MSG_24", table, "s", "{0}\n    rank   entry   frame        time/ps               value"},
-    {"PATHSTAT_MSG_26", table, "iiiff", "{0:>8d}{1:>8d}{2:>8d}{3:>15.5g}{4:>20.8g}"},
+    {"PATHSTAT_MSG_26", table, "iiiff", "{0:>8d}{1:>8d}{2:>8d}{3:>15.7g}{4:>20.7g}"},
     {"PATHSTAT_MSG_25", table, "s", "{0}\n    rank   entry   frame      conformer               value"},
-    {"PATHSTAT_MSG_27", table, "iiiif", "{0:>8d}{1:>8d}{2:>8d}{3:>15d}{4:>20.8g}"},
+    {"PATHSTAT_MSG_27", table, "iiiif", "{0:>8d}{1:>8d}{2:>8d}{3:>15d}{4:>20.7g}"},
 
     // Printed profiles and distributions
-    {"PATHSTAT_MSG_17", table, "s", "\nDistribution of {0}\n       value               frequency"},
-    {"PATHSTAT_MSG_41", table, "s", "\nDistribution of {0}\n       value               frequency"},
+    {"PATHSTAT_MSG_17", table, "s", "\nDistribution of {0}\n         value               frequency"},
+    {"PATHSTAT_MSG_41", table, "s", "\nDistribution of {0}\n         value               frequency"},
     {"PATHSTAT_MSG_7", table, "ss", frame_heading_1},
-    {"PATHSTAT_MSG_16", table, "ss", frame_heading_1},
+    {"PATHSTAT_MSG_16", table, "ss", "\nStress component\n{0:>14}{1:>24}"},
     {"PATHSTAT_MSG_57", table, "ss", model_heading_1},
-    {"PATHSTAT_MSG_54", table, "ss", model_heading_1},
+    {"PATHSTAT_MSG_54", table, "ss", "\nStress component\n{0:<20}{1:>24}"},
     {"PATHSTAT_MSG_8", table, "if", conformer_line_1},
     {"PATHSTAT_MSG_9", table, "ff", time_line_1},
     {"PATHSTAT_MSG_51", table, "sf", model_line_1},
-    {"PATHSTAT_MSG_6", table, "s", "{0:>12}                 |u|                 |v|               theta"},
-    {"PATHSTAT_MSG_56", table, "s", "{0:<20}                 |u|                 |v|               theta"},
-    {"PATHSTAT_MSG_15", table, "s", "{0:>12}                  yy                  zz                  yz"},
-    {"PATHSTAT_MSG_53", table, "s", "{0:<20}                  yy                  zz                  yz"},
+    {"PATHSTAT_MSG_6", table, "s",
+     "\nCell parameters\n{0:>14}                 |u|                 |v|               theta"},
+    {"PATHSTAT_MSG_56", table, "s",
+     "\nCell parameters\n{0:<20}                 |u|                 |v|               theta"},
+    {"PATHSTAT_MSG_15", table, "s",
+     "\nStress components\n{0:>14}                  yy                  zz                  yz"},
+    {"PATHSTAT_MSG_53", table, "s",
+     "\nStress components\n{0:<20}                  yy                  zz                  yz"},
     {"PATHSTAT_MSG_43", table, "ssss", frame_heading_3},
     {"PATHSTAT_MSG_59", table, "ssss", model_heading_3},
     {"PATHSTAT_MSG_10", table, "ifff", conformer_line_3},
     {"PATHSTAT_MSG_11", table, "ffff", time_line_3},
     {"PATHSTAT_MSG_50", table, "sfff", model_line_3},
     {"PATHSTAT_MSG_5", table, "s",
-     "{0:>12}           |a|           |b|           |c|         alpha          beta         gamma"},
+     "\nCell parameters\n{0:>14}           |a|           |b|           |c|         alpha          beta         gamma"},
     {"PATHSTAT_MSG_55", table, "s",
-     "{0:<20}           |a|           |b|           |c|         alpha          beta         gamma"},
+     "\nCell parameters\n{0:<20}           |a|           |b|           |c|         alpha          beta         gamma"},
     {"PATHSTAT_MSG_14", table, "s",
-     "{0:>12}            xx            yy            zz            yz            xz            xy"},
+     "\nStress components\n{0:>14}            xx            yy            zz            yz            xz            "
+     "xy"},
     {"PATHSTAT_MSG_52", table, "s",
-     "{0:<20}            xx            yy            zz            yz            xz            xy"},
+     "\nStress components\n{0:<20}            xx            yy            zz            yz            xz            "
+     "xy"},
     {"PATHSTAT_MSG_12", table, "iffffff", conformer_line_6},
     {"PATHSTAT_MSG_13", table, "fffffff", time_line_6},
     {"PATHSTAT_MSG_49", table, "sffffff", model_line_6},
-    {"PATHSTAT_MSG_42", table, "sssssss", "{0:>8}{1:>12}{2:>12}{3:>12}{4:>12}{5:>12}{6:>12}"},
-    {"PATHSTAT_MSG_58", table, "sssssss", "{0:<20}{1:>12}{2:>12}{3:>12}{4:>12}{5:>12}{6:>12}"},
+    {"PATHSTAT_MSG_42", table, "sssssss", "\n{0:>8}{1:>12}{2:>12}{3:>12}{4:>12}{5:>12}{6:>12}"},
+    {"PATHSTAT_MSG_58", table, "sssssss", "\n{0:<20}{1:>12}{2:>12}{3:>12}{4:>12}{5:>12}{6:>12}"},
     {"PATHSTAT_MSG_22", table, "s", "{0}"},
 
     // The table file
