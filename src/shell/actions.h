@@ -1,8 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace pathstat::actions {
+
+/// The keys that GET accepts; FRAME_STEP among them has no value.
+constexpr std::string_view returned_keys =
+    "NUMBER_OF_FRAMES,NUMBER_OF_FRAMES_SELECTED,FIRST_FRAME_SELECTED,LAST_FRAME_SELECTED,FIRST_FRAME_SELECTED_TIME,"
+    "LAST_FRAME_SELECTED_TIME,FRAME_STEP_TIME,FRAME_STEP,TRAJECTORY_FILE_NAME,TABLES_FILE_NAME";
+
+constexpr std::string_view property_groups = "ENERGY TOTALS,ENERGY COMPONENTS,OTHER";
 
 // Each routine carries out a command whose guards hold, reads its own arguments, and answers with its result.
 

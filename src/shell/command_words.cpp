@@ -52,7 +52,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"CALCULATE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "The selected fluctuation quantities over the whole run", ""},
   {"CALCULATE_HISTOGRAM", LogicalSetting{&trj_gui_l_.calculate_histogram}, "Histograms beside the statistics of DISTRIBUTION", ""},
   {"CURRENT_FRAME_NUMBER", Action{{}, run::current_frame_number}, "Shows a frame of the range by its place", "integer from 1 to the frames in the range"},
-  {"CURRENT_FRAME_TIME", Action{{}, run::current_frame_time}, "Shows a frame of the range by its time", "time in ps"},
+  {"CURRENT_FRAME_TIME", Action{{}, run::current_frame_time}, "Shows a frame of the range by the time since the first frame of the file, in steps of the range", "time in ps"},
   {"DAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "DAC"}, "Dipole autocorrelation", ""},
   {"DAC_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_dac}, "Components of the dipole autocorrelation", ""},
   {"DAC_FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::dac_frequency_interval}, "Frequency step of the dipole spectrum, 1/cm", ""},

@@ -47,6 +47,7 @@ struct Action {
   Guards guards;
   Run run = nullptr;
   std::string_view source_word = {};  ///< what the message of source_is_trajectory names
+  std::string_view allowed = {};      ///< the texts that its one argument may be, where there is a list
 };
 
 /// A text from a list, or any text where the list is empty.

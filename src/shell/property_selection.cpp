@@ -152,7 +152,7 @@ void check_against_models() {
 std::int32_t property_type() {
   Text<32> name;
   std::int32_t status = 0;
-  kvz_argfillstring_(name, 1, 0, "ENERGY TOTALS,ENERGY COMPONENTS,OTHER", status);
+  kvz_argfillstring_(name, 1, 0, property_groups, status);
   if (status > 0) return status;
   if (const auto* group = find_named(group_ids, name)) select_only(group->id);
   trj_gui_l_.any_property_selected = true;

@@ -50,11 +50,6 @@ const std::array returned_values{
     ReturnedValue{"TABLES_FILE_NAME", [] { return trj_stats_c_.stats_filename.str(); }},
 };
 
-/// The keys that GET accepts; FRAME_STEP among them has no value.
-constexpr std::string_view accepted_keys =
-    "NUMBER_OF_FRAMES,NUMBER_OF_FRAMES_SELECTED,FIRST_FRAME_SELECTED,LAST_FRAME_SELECTED,FIRST_FRAME_SELECTED_TIME,"
-    "LAST_FRAME_SELECTED_TIME,FRAME_STEP_TIME,FRAME_STEP,TRAJECTORY_FILE_NAME,TABLES_FILE_NAME";
-
 }  // namespace
 
 void mdanaltclreturn_(std::string_view key, std::int32_t& status) {
@@ -71,7 +66,7 @@ void mdanaltclreturn_(std::string_view key, std::int32_t& status) {
 std::int32_t actions::get() {
   Text<32> key;
   std::int32_t status = 0;
-  kvz_argfillstring_(key, 1, 0, accepted_keys, status);
+  kvz_argfillstring_(key, 1, 0, actions::returned_keys, status);
   if (status > 0) return status;
   mdanaltclreturn_(key, status);
   return status;

@@ -283,7 +283,7 @@ std::int32_t rdf_interval(double length) { return set_rdf_grid(trj_rdf_d_.rdf_cu
 std::int32_t rdf_between() {
   Text<16> name;
   std::int32_t status = 0;
-  kvz_argfillstring_(name, 1, 0, "ALL ATOMS,SELECTED,ELEMENTS,FF TYPES,GROUPS", status);
+  kvz_argfillstring_(name, 1, 0, rdf_between_names, status);
   if (status > 0) return status;
   for (const auto& between : between_codes) {
     if (name == between.name) trj_rdf_i_.rdf_set_type = between.code;

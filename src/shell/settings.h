@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace pathstat::settings {
+
+constexpr std::string_view rdf_between_names = "ALL ATOMS,SELECTED,ELEMENTS,FF TYPES,GROUPS";
 
 // Each routine takes a value whose limits have been tested, and answers with the command's result: 0, or 1 for a
 // value that does not fit the state, with or without a message.

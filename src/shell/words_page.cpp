@@ -39,7 +39,9 @@ std::string list_of(std::string_view allowed) {
 }
 
 struct ArgumentsInWords {
-  std::string operator()(const Action&) const { return "none"; }
+  std::string operator()(const Action& action) const {
+    return action.allowed.empty() ? "none" : list_of(action.allowed);
+  }
   std::string operator()(const TextSetting& setting) const {
     return setting.allowed.empty() ? "text" : list_of(setting.allowed);
   }

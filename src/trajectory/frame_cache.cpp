@@ -103,7 +103,7 @@ void match_atoms(std::int32_t model, std::int32_t& status) {
 }
 
 void open_binary(const std::string& file, std::int32_t last, std::int32_t& status) {
-  kvA_TRJ_Open(file, 100, XGrafTrjHandle, status);
+  kvA_TRJ_Open(expanded_name(file), 100, XGrafTrjHandle, status);
   if (status == 0) kvA_TRJ_ReadFrame(XGrafTrjHandle, last, status);
 }
 

@@ -48,12 +48,14 @@ std::vector<std::int32_t> atoms_by_identifier(std::span<const std::int32_t> atom
   if (status != 0) return {};
   const IdentifierIndex index(ids, status);
   std::vector<std::int32_t> found(identifiers.size());
+  std::vector<bool> taken(atoms.size());
   for (std::size_t k = 0; k < identifiers.size() && status == 0; ++k) {
-    const std::int32_t at = index.find(identifiers[k]);
-    if (at < 0) {
+    const auto at = static_cast<std::size_t>(index.find(identifiers[k]));
+    if (at >= atoms.size() || taken[at]) {
       status = 1;
     } else {
-      found[k] = atoms[static_cast<std::size_t>(at)];
+      taken[at] = true;
+      found[k] = atoms[at];
     }
   }
   return found;

@@ -31,7 +31,7 @@ void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, s
 std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error);
 
 /// For each identifier the first atom that bears it.
-/// @param status  0; 1 if the Core does not answer or an identifier has no atom
+/// @param status  0; 1 if the Core does not answer, an identifier has no atom, or one stands twice
 std::vector<std::int32_t> atoms_by_identifier(std::span<const std::int32_t> atoms,
                                               std::span<const std::int32_t> identifiers, std::int32_t& status);
 

@@ -1,0 +1,178 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "process/desk_with_process.h"
+#include "trajectory/binary_trajectory.h"
+
+namespace pathstat::desk {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// Positions of one frame of butane, read from the file itself.
+std::vector<double> butane_frame(std::int32_t frame) {
+  std::int32_t handle = 0;
+  std::int32_t status = 0;
+  std::int32_t count = 0;
+  kvA_TRJ_Open(EXAMPLES_DIR "/butane/butane.trj", 100, handle, status);
+  kvA_TRJ_ReadFrame(handle, frame, status);
+  std::vector<double> xyz(42);
+  kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
+  EXPECT_EQ(status, 0);
+  std::int32_t closed = 0;
+  kvA_TRJ_Close(handle, closed);
+  return xyz;
+}
+
+std::vector<double> shown_positions(DeskWithProcess& desk) {
+  std::vector<double> xyz;
+  for (const auto& position : desk.model.model(desk.model.current_model())->data.positions) {
+    xyz.insert(xyz.end(), position.begin(), position.end());
+  }
+  return xyz;
+}
+
+/// The frame of the file whose positions the model has; 0 if it has those of none of these.
+std::int32_t shown_frame(DeskWithProcess& desk, std::initializer_list<std::int32_t> candidates) {
+  const auto shown = shown_positions(desk);
+  for (const auto frame : candidates) {
+    if (butane_frame(frame) == shown) return frame;
+  }
+  return 0;
+}
+
+/// Frames 100, 110, 120 of butane are the range.
+class ThreeFrames : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(desk.load_example("butane"), 0);
+    ASSERT_EQ(desk.run("LAST_FRAME_NO", "120"), 0);
+    ASSERT_EQ(desk.run("FIRST_FRAME_NO", "100"), 0);
+    ASSERT_EQ(desk.run("INCREMENT_NO", "10"), 0);
+    desk.server.on("kvU_GUI_SupressRepeats", [this](const OperationCall&, OperationReply&) { ++stops; });
+  }
+  std::string current() { return desk.value("CURRENT_FRAME_NUMBER"); }
+
+  DeskWithProcess desk;
+  int stops = 0;
+};
+
+TEST_F(ThreeFrames, the_model_follows_the_range) {
+  EXPECT_EQ(shown_frame(desk, {1, 100, 110, 120}), 100);
+  EXPECT_EQ(desk.value("MAX_INTERVAL_NO"), "     1");
+  EXPECT_EQ(desk.run("USE_ALL_FRAMES"), 0);
+  EXPECT_EQ(shown_frame(desk, {1, 100}), 1);
+  EXPECT_EQ(desk.value("LAST_FRAME_NO"), "  1000");
+}
+
+struct Walk {
+  const char* mode;
+  const char* word;
+  std::array<const char*, 5> places;  ///< after each tick of a held button
+  int stops;
+};
+
+class Stepping : public ThreeFrames, public testing::WithParamInterface<Walk> {};
+
+TEST_P(Stepping, goes_through_the_range_and_minds_its_ends) {
+  ASSERT_EQ(desk.run("FRAME_STEPPING_MODE", std::string("\"") + GetParam().mode + "\""), 0);
+  EXPECT_EQ(desk.run(GetParam().word, "START"), 0);
+  EXPECT_EQ(current(), GetParam().places[0]);
+  for (std::size_t tick = 1; tick < GetParam().places.size(); ++tick) {
+    EXPECT_EQ(desk.run(GetParam().word, "HOLD"), 0);
+    EXPECT_EQ(current(), GetParam().places[tick]) << "tick " << tick;
+  }
+  EXPECT_EQ(stops, GetParam().stops);
+  const auto place = std::stoi(current());
+  EXPECT_EQ(shown_frame(desk, {100, 110, 120}), 90 + 10 * place);
+  EXPECT_EQ(desk.run(GetParam().word, "END"), 0);
+  EXPECT_EQ(desk.value("FRAME_STEP_FORWARDS"), "N");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    modes, Stepping,
+    testing::Values(
+        Walk{"STOP AT END", "FRAME_STEP_FORWARDS", {"      2", "      3", "      3", "      3", "      3"}, 3},
+        Walk{"STOP AT END", "FRAME_STEP_BACKWARDS", {"      3", "      2", "      1", "      1", "      1"}, 2},
+        Walk{"LOOP AT END", "FRAME_STEP_FORWARDS", {"      2", "      3", "      1", "      2", "      3"}, 0},
+        Walk{"LOOP AT END", "FRAME_STEP_BACKWARDS", {"      3", "      2", "      1", "      3", "      2"}, 0},
+        Walk{"REVERSE AT END", "FRAME_STEP_FORWARDS", {"      2", "      3", "      2", "      1", "      2"}, 0},
+        Walk{"REVERSE AT END", "FRAME_STEP_BACKWARDS", {"      2", "      3", "      2", "      1", "      2"}, 0}));
+
+TEST_F(ThreeFrames, a_second_start_at_the_end_begins_anew) {
+  ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "3"), 0);
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
+  EXPECT_EQ(current(), "      1");
+  EXPECT_EQ(desk.value("FRAME_STEP_FORWARDS"), "Y");
+  EXPECT_EQ(desk.run("SHOW_PREVIOUS_FRAME", "START"), 0);
+  EXPECT_EQ(current(), "      3");
+  EXPECT_EQ(desk.run("CURRENT_FRAME_NUMBER", "4"), 1);
+  EXPECT_EQ(desk.run("CURRENT_FRAME_TIME", "0.1"), 0) << "steps of the range, counted from the first time of the file";
+  EXPECT_EQ(current(), "      2");
+}
+
+TEST_F(ThreeFrames, a_range_of_one_frame_cannot_be_stepped) {
+  ASSERT_EQ(desk.run("LAST_FRAME_NO", "100"), 0);
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 1);
+  EXPECT_EQ(stops, 1);
+}
+
+TEST_F(ThreeFrames, picks_show_the_frame_and_mark_it) {
+  ASSERT_EQ(desk.run("PROFILE"), 0);
+  const auto graph = desk.graphs.shown_graphs().back();
+  const auto& handle = *desk.graphs.info(graph);
+  const auto pick = [&](const char* x, const char* event) {
+    return desk.run("ANALYSIS_STRUCTURE_FROM_PLOT",
+                    "\"" + handle.name + "\" " + std::to_string(handle.version) + " " + x + " 0 " + event);
+  };
+  EXPECT_EQ(pick("1.2", "START"), 0);
+  EXPECT_EQ(current(), "      3");
+  EXPECT_EQ(shown_frame(desk, {100, 110, 120}), 120);
+  const auto& marks = desk.data_set(desk.graphs.shown_graphs().size() - 1).marks;
+  ASSERT_FALSE(marks.empty());
+  EXPECT_EQ(marks.back().points, std::vector<std::int32_t>{3});
+  EXPECT_EQ(pick("-5", "MOVE"), 0);
+  EXPECT_EQ(current(), "      1") << "left of the range";
+  EXPECT_EQ(pick("99", "MOVE"), 0);
+  EXPECT_EQ(current(), "      3") << "right of the range";
+  EXPECT_EQ(pick("1.0", "END"), 0);
+  EXPECT_EQ(current(), "      3") << "the end of a pick shows nothing";
+  desk.messages.clear();
+  desk.run("ANALYSIS_STRUCTURE_FROM_PLOT", "Elsewhere 1 1.0 0 MOVE");
+  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_120"));
+}
+
+TEST_F(ThreeFrames, a_lost_model_comes_back_from_its_copy) {
+  ASSERT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
+  const auto old_model = desk.model.current_model();
+  desk.model.remove_model(old_model);
+  desk.ui.settle_answer("PATHSTAT_MSG_46", 2);
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 1);
+  desk.ui.settle_answer("PATHSTAT_MSG_46", 1);
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
+  EXPECT_NE(desk.model.current_model(), old_model);
+  EXPECT_EQ(shown_frame(desk, {100, 110, 120}), 120);
+}
+
+TEST_F(ThreeFrames, a_frame_can_be_reported_and_extracted) {
+  ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "2"), 0);
+  desk.output.clear();
+  ASSERT_EQ(desk.run("FRAME_INFO"), 0);
+  ASSERT_EQ(desk.run("EXTRACT_FRAME_NO", "7"), 0);
+  ASSERT_EQ(desk.run("EXTRACT_FRAME"), 0);
+  EXPECT_EQ(shown_frame(desk, {7, 110}), 7);
+  const double total = log_column("butane", "TotEng")[109];
+  std::array<char, 40> line{};
+  std::snprintf(line.data(), line.size(), "       Total Energy :%12.4f", total);
+  EXPECT_THAT(desk.output, Contains(HasSubstr("       Frame No     :         110")));
+  EXPECT_THAT(desk.output, Contains(HasSubstr(line.data())));
+  EXPECT_THAT(desk.output, Not(Contains(HasSubstr("Volume"))));
+}
+
+}  // namespace
+}  // namespace pathstat::desk
