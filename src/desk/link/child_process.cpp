@@ -22,6 +22,7 @@ namespace {
   const char* program = how.program.c_str();
   char* const arguments[] = {const_cast<char*>(program), nullptr};
   std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGPIPE, SIG_DFL);
   if (input >= 0 && ::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2 &&
       ::chdir(how.directory.c_str()) == 0) {
     ::execve(program, arguments, environment);

@@ -39,7 +39,8 @@ enum class Notice : std::int32_t { initialize = -3, terminate = -4, load = -5, s
 /// One run of the analysis process: starts it, takes its connection, sends commands and requests, and serves its calls
 /// while it waits for their ends. A served operation may send commands and requests itself, which run nested.
 ///
-/// Once the process is lost every exchange fails, and loss() says how it was lost.
+/// Once the process is lost every exchange fails, and loss() says how it was lost. The program has to live with
+/// SIGPIPE, which comes of writing to a process that is gone.
 class CoreSession {
  public:
   /// @param output   gets each line that the process prints

@@ -13,6 +13,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "corelink/socket_setup.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -81,6 +83,7 @@ std::string Listener::listen_on_loopback() {
   socklen_t size = sizeof address;
   server_.socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (server_.socket < 0) return failure("make a socket");
+  PNC_tcp_nodelay(server_.socket);
   if (::bind(server_.socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       ::listen(server_.socket, 1) != 0 ||
       ::getsockname(server_.socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {

@@ -19,6 +19,7 @@ void watch_interrupts() {
   struct sigaction action {};
   action.sa_handler = count_request;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
 }
 
 int interrupts() { return requests; }

@@ -4,6 +4,7 @@ namespace pathstat::desk {
 
 /// How often the user has asked to stop: the first interrupt key asks the process to end what it does, the second gives
 /// it up, and a third ends this program as it would any other. A request to terminate counts as two.
+/// Writing to a process or a pager that is gone becomes an error instead of the end.
 void watch_interrupts();
 int interrupts();
 

@@ -42,14 +42,40 @@ std::string in_full(const Message& message) {
   return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
 }
 
-std::string spelled(const std::vector<std::string>& texts) {
-  std::string all;
-  for (const auto& text : texts) {
-    const auto last = text.find_last_not_of(' ');
-    if (last == std::string::npos) continue;
-    all += (all.empty() ? "" : ", ") + text.substr(0, last + 1);
+/// More items of an answer than this stand on a line each.
+constexpr std::size_t most_on_a_line = 6;
+
+/// The items of all values of an answer: a value is a list with commas between and "\," for a comma in an item.
+std::vector<std::string> items_of(const std::vector<std::string>& values) {
+  std::vector<std::string> items;
+  for (const auto& value : values) {
+    items.emplace_back();
+    for (std::size_t k = 0; k < value.size(); ++k) {
+      if (value[k] == ',') {
+        items.emplace_back();
+      } else {
+        if (value[k] == '\\' && k + 1 < value.size() && value[k + 1] == ',') ++k;
+        items.back() += value[k];
+      }
+    }
   }
-  return all.empty() ? "(nothing)" : all;
+  for (auto& item : items) item.erase(item.find_last_not_of(' ') + 1);
+  std::erase(items, std::string{});
+  return items;
+}
+
+/// A few items on one line; many on a line each, set in as they come.
+std::string spelled(const std::vector<std::string>& values) {
+  const auto items = items_of(values);
+  if (items.empty()) return "(nothing)";
+  std::string all;
+  for (const auto& item : items) {
+    if (items.size() > most_on_a_line)
+      all += "\n    " + item;
+    else
+      all += (all.empty() ? "" : ", ") + item.substr(item.find_first_not_of(' '));
+  }
+  return all;
 }
 
 /// One run: the desk's parts, wired together.
@@ -166,6 +192,7 @@ class ScriptRun {
     if (interrupts() > 0) {
       exit_ = exit_code::interrupted;
       record_.ending = "Interrupted by the user.";
+      console_.complain("pathdesk: interrupted; what is done is kept");
     } else if (session_.lost()) {
       if (stopped_) return false;
       exit_ = exit_code::process_lost;
@@ -257,7 +284,7 @@ class ScriptRun {
     for (std::size_t k = 0; k < words.size(); ++k) {
       const auto& answer = (*answers)[k];
       auto text = fmt::format("{} = {}", words[k], spelled(answer.values));
-      if (!answer.ranges.empty()) text += fmt::format("\n    of: {}", spelled(answer.ranges));
+      if (!answer.ranges.empty()) text += fmt::format("\n  of: {}", spelled(answer.ranges));
       take_returned(text);
     }
     return {};
