@@ -19,7 +19,7 @@ inline std::int32_t TrjCacheNAtoms = 0;          ///< movable atoms
 inline std::int32_t TrjCacheNP1Atoms = 0;        ///< all atoms with images
 inline std::vector<std::int32_t> TrjCacheAtIds;  ///< of the movable atoms
 inline std::vector<std::int32_t> TrjCacheAtObjs;
-inline std::vector<double> TrjCacheData;  ///< one record: cell matrix when periodic, positions, velocities
+inline std::vector<double> TrjCacheData;    ///< one record: cell matrix when periodic, positions, velocities
 inline std::int64_t TrjCacheDataSize = 0;   ///< its bytes
 inline std::int64_t TrjCacheFrameSize = 0;  ///< the stride of the file
 inline double* TrjCacheL = nullptr;         ///< cell matrix in the record, by columns
