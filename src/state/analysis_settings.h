@@ -54,7 +54,7 @@ struct TrjGuiL {
   Logical frame_cache_ready;
   Logical calculate_histogram = true;
 };
-static_assert(sizeof(TrjGuiL) == 13 * 4);
+static_assert(sizeof(TrjGuiL) == 13 * sizeof(Logical));
 inline TrjGuiL trj_gui_l_;
 
 struct TrjGuiI {
@@ -79,7 +79,7 @@ struct TrjGuiI {
   std::int32_t bond_recalculation_permitted = 0;
   std::int32_t molecule_count = 0;
 };
-static_assert(sizeof(TrjGuiI) == 35 * 4);
+static_assert(sizeof(TrjGuiI) == 35 * sizeof(std::int32_t));
 inline TrjGuiI trj_gui_i_;
 
 struct TrjGuiD {
