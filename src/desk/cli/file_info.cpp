@@ -126,6 +126,7 @@ void print_head(const BinaryHeader& head) {
 /// The values of the current frame, one list for each row of frame_values.
 std::vector<std::vector<double>> all_values(const OpenTrajectory& trajectory) {
   std::vector<std::vector<double>> all;
+  all.reserve(frame_values.size());
   for (const auto& row : frame_values) all.push_back(trajectory.values(row.key));
   return all;
 }

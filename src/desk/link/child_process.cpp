@@ -41,7 +41,7 @@ std::vector<std::string> environment_of(const ChildProcess::Start& how) {
                                       [&](const auto& setting) { return setting.first == name; });
     if (!replaced) all.emplace_back(text);
   }
-  for (const auto& [name, value] : how.environment) all.push_back(name + "=" + value);
+  for (const auto& [name, value] : how.environment) all.push_back(fmt::format("{}={}", name, value));
   return all;
 }
 
@@ -50,6 +50,7 @@ std::vector<std::string> environment_of(const ChildProcess::Start& how) {
 std::string ChildProcess::start(const Start& how) {
   const auto settings = environment_of(how);
   std::vector<char*> environment;
+  environment.reserve(settings.size() + 1);
   for (const auto& setting : settings) environment.push_back(const_cast<char*>(setting.c_str()));
   environment.push_back(nullptr);
 

@@ -273,7 +273,7 @@ class ScriptRun {
         if (!part.empty()) values.push_back(part);
       }
     }
-    const auto problem = model_.select_atoms(words[0] == "ids" ? "id" : words[0], values);
+    auto problem = model_.select_atoms(words[0] == "ids" ? "id" : words[0], values);
     if (problem.empty()) take_returned(fmt::format("{} atoms are selected", model_.selected_atoms()));
     return problem;
   }
