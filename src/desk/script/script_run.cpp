@@ -260,7 +260,8 @@ class ScriptRun {
     std::string known;
     for (const auto& each : message_rows()) {
       const bool asks = each.kind == MessageKind::dialog && each.text.find('|') == std::string_view::npos;
-      if (asks) known += fmt::format("\n    {}: {}", each.key, each.text);
+      const std::vector<MessageArgument> names(each.arguments.size(), std::string("..."));
+      if (asks) known += fmt::format("\n    {}: {}", each.key, filled(each.text, names));
     }
     return fmt::format("no dialog has the key {}; these have:{}", words[0], known);
   }
