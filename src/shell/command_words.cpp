@@ -5,6 +5,7 @@
 #include "shell/actions.h"
 #include "shell/frame_actions.h"
 #include "shell/ranking_actions.h"
+#include "shell/rdf_actions.h"
 #include "shell/settings.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
@@ -24,8 +25,8 @@ constexpr std::string_view trajectory_or_model = "TRAJECTORY,MODEL";
 using enum Guard;
 
 template <std::size_t N>
-constexpr TextSetting text(Text<N>& field, std::string_view allowed, Run after = nullptr) {
-  return {std::span<char>(field.begin(), N), allowed, after};
+constexpr TextSetting text(Text<N>& field, std::string_view allowed, Run after = nullptr, bool rebuilds = false) {
+  return {std::span<char>(field.begin(), N), allowed, after, rebuilds};
 }
 
 using Int = std::int32_t;
@@ -39,8 +40,8 @@ constexpr Bound<double> fit_end{&trj_vac_msd_d_.max_fit_time, "MAX_FIT_TIME"};
 
 // clang-format off
 constexpr std::array<CommandWord, command_word_count> words{{
-  {"ANALYSIS_INPUT_SOURCE", text(trj_gui_c_.input_source, "SELECTED MODELS,TRAJECTORY", set::input_source_changed), "What the analyses work on", ""},
-  {"ANALYSIS_STRUCTURE_FROM_PLOT", Action{{}, run::structure_from_plot}, "Shows the frame of a picked point of a graph", "graph name, graph handle, x, y, event word"},
+  {"ANALYSIS_INPUT_SOURCE", text(trj_gui_c_.input_source, "SELECTED MODELS,TRAJECTORY", set::input_source_changed, true), "What the analyses work on", ""},
+  {"ANALYSIS_STRUCTURE_FROM_PLOT", Action{.run = run::structure_from_plot, .nesting = Nesting::frames}, "Shows the frame of a picked point of a graph", "graph name, graph handle, x, y, event word"},
   {"ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic, set::anisotropic_changed}, "Components beside the totals, for all correlations", ""},
   {"ATOMS", text(trj_vac_msd_c_.atoms, all_or_selected, set::atoms_changed), "Atoms of all correlations", ""},
   {"BLOCK_AVERAGE", Action{{property_selected, source_is_trajectory, loaded}, run::block_average, "BLOCK_AVERAGE"}, "Block averages of the selected properties", ""},
@@ -51,8 +52,8 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"BLOCK_WIDTH_NO", IntegerSetting{1, any_integer, set::block_width_no}, "Frames in a block", ""},
   {"CALCULATE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "The selected fluctuation quantities over the whole run", ""},
   {"CALCULATE_HISTOGRAM", LogicalSetting{&trj_gui_l_.calculate_histogram}, "Histograms beside the statistics of DISTRIBUTION", ""},
-  {"CURRENT_FRAME_NUMBER", Action{{}, run::current_frame_number}, "Shows a frame of the range by its place", "integer from 1 to the frames in the range"},
-  {"CURRENT_FRAME_TIME", Action{{}, run::current_frame_time}, "Shows a frame of the range by the time since the first frame of the file, in steps of the range", "time in ps"},
+  {"CURRENT_FRAME_NUMBER", Action{.run = run::current_frame_number, .nesting = Nesting::frames}, "Shows a frame of the range by its place", "integer from 1 to the frames in the range"},
+  {"CURRENT_FRAME_TIME", Action{.run = run::current_frame_time, .nesting = Nesting::frames}, "Shows a frame of the range by the time since the first frame of the file, in steps of the range", "time in ps"},
   {"DAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "DAC"}, "Dipole autocorrelation", ""},
   {"DAC_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_dac}, "Components of the dipole autocorrelation", ""},
   {"DAC_FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::dac_frequency_interval}, "Frequency step of the dipole spectrum, 1/cm", ""},
@@ -80,14 +81,14 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"FIRST_FRAME_TIME", Action{{}, run::first_frame_time}, "First frame of the range, by its time", "time in ps"},
   {"FRAME_INFO", Action{{loaded}, run::frame_info}, "Reports the shown frame", ""},
   {"FRAME_STEPPING_MODE", text(trj_gui_c_.stepping_mode, "STOP AT END,REVERSE AT END,LOOP AT END"), "What stepping does at an end of the range", ""},
-  {"FRAME_STEP_BACKWARDS", Action{{}, run::frame_step_backwards}, "Steps backwards while its button is held", "phase of the press: START, END or anything else"},
-  {"FRAME_STEP_FORWARDS", Action{{}, run::frame_step_forwards}, "Steps forwards while its button is held", "phase of the press: START, END or anything else"},
+  {"FRAME_STEP_BACKWARDS", Action{.run = run::frame_step_backwards, .nesting = Nesting::frames}, "Steps backwards while its button is held", "phase of the press: START, END or anything else"},
+  {"FRAME_STEP_FORWARDS", Action{.run = run::frame_step_forwards, .nesting = Nesting::frames}, "Steps forwards while its button is held", "phase of the press: START, END or anything else"},
   {"FRAME_STEP_SPEED", DoubleSetting{0.0, 100.0, set::frame_step_speed}, "Speed of stepping; 100 steps without a pause", ""},
-  {"FRAME_STEP_STOP", Action{{}, run::frame_step_stop}, "Stops stepping", ""},
-  {"FREE_VOLUME", Action{{}, run::free_volume}, "Free volume of the frames or models", ""},
+  {"FRAME_STEP_STOP", Action{.run = run::frame_step_stop, .nesting = Nesting::free}, "Stops stepping", ""},
+  {"FREE_VOLUME", Action{.run = run::free_volume, .nesting = Nesting::free}, "Free volume of the frames or models", ""},
   {"FREE_VOLUME_FOR", text(trj_gui_c_.free_volume_for, trajectory_or_model), "What the free volume panel works on", ""},
   {"FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::frequency_interval}, "Frequency step of all spectra, 1/cm", ""},
-  {"GET", Action{{}, run::get, "", run::returned_keys}, "Returns a value to the Core's scripts", ""},
+  {"GET", Action{.run = run::get, .allowed = run::returned_keys, .nesting = Nesting::free}, "Returns a value to the Core's scripts", ""},
   {"INCREMENT_NO", Action{{}, run::increment_no}, "Step of the range in frames", "integer from 1 to the length of the range"},
   {"INCREMENT_TIME", Action{{}, run::increment_time}, "Step of the range, by its time", "time in ps, from the time step up"},
   {"K_SPACE_INTERVAL", DoubleSetting{0.0, any_number, set::k_space_interval}, "Step of the structure factor, 1/Å", ""},
@@ -118,32 +119,32 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::origin_step_no}, "Frames between origins of all correlations", ""},
   {"POWER_SPECTRUM", Action{{source_is_trajectory, loaded, velocities_done, time_axis}, nullptr, "VACF"}, "Power spectrum of the velocity autocorrelation", ""},
   {"PROFILE", Action{{property_selected, loaded_if_trajectory}, run::profile}, "The selected properties over the frames or models", ""},
-  {"PROPERTY", Action{{}, run::property}, "Selects one property by its upper-case name", "a name in upper case, such as TOTAL ENERGY or RADIUS OF GYRATION"},
-  {"PROPERTY_TYPE", Action{{}, run::property_type, "", run::property_groups}, "Selects the first property of a group", ""},
-  {"RDF", Action{{loaded_if_trajectory}}, "Radial distribution function", ""},
-  {"RDF_BETWEEN", Action{{}, set::rdf_between, "", set::rdf_between_names}, "Sets of atoms of a radial distribution", ""},
+  {"PROPERTY", Action{.run = run::property, .nesting = Nesting::free}, "Selects one property by its upper-case name", "a name in upper case, such as TOTAL ENERGY or RADIUS OF GYRATION"},
+  {"PROPERTY_TYPE", Action{.run = run::property_type, .allowed = run::property_groups, .nesting = Nesting::free}, "Selects the first property of a group", ""},
+  {"RDF", Action{{loaded_if_trajectory}, run::rdf}, "Radial distribution function", ""},
+  {"RDF_BETWEEN", Action{.run = set::rdf_between, .allowed = set::rdf_between_names, .nesting = Nesting::free}, "Sets of atoms of a radial distribution", ""},
   {"RDF_COMPONENTS", LogicalSetting{&trj_gui_l_.rdf_components}, "Intra- and intermolecular parts of a radial distribution", ""},
   {"RDF_CUTOFF", DoubleSetting{1.0, any_number, set::rdf_cutoff}, "Longest distance of a radial distribution, Å", ""},
   {"RDF_FOR", text(trj_rdf_c_.rdf_for, trajectory_or_model, set::update_rdf_names), "What a radial distribution works on", ""},
   {"RDF_INTERVAL", DoubleSetting{1e-05, any_number, set::rdf_interval}, "Bin width of a radial distribution, Å", ""},
   {"RDF_NORMALIZATION", text(trj_rdf_c_.rdf_normalization, "PARTIAL,TOTAL"), "Norm of a radial distribution", ""},
-  {"RDF_TYPE", Action{{}, set::rdf_type}, "The two names of a radial distribution", "two names that the atoms offer"},
+  {"RDF_TYPE", Action{.run = set::rdf_type, .nesting = Nesting::free}, "The two names of a radial distribution", "two names that the atoms offer"},
   {"RESET", Action{{}, run::reset}, "Puts all settings back and drops the trajectory, if the user agrees", ""},
   {"RUNNING_AVERAGE", Action{{property_selected, source_is_trajectory, loaded}, run::running_average, "RUNNING_AVERAGE"}, "Running averages of the selected properties", ""},
   {"RUNNING_AVERAGE_FLUCTUATIONS", Action{{source_is_trajectory, loaded, fluctuation_selected}, nullptr, "Fluctuation"}, "Running averages of the selected fluctuation quantities", ""},
   {"R_SPACE_CUTOFF", DoubleSetting{0.0, any_number, set::r_space_cutoff}, "Length that gives the step of the structure factor, Å", ""},
   {"SELECTED_STATISTICS_FILENAME", Label{}, "Short name of the table file, for a panel", ""},
   {"SELECTED_TRAJECTORY", Label{}, "Short name of the trajectory, for a panel", ""},
-  {"SELECT_FLUCTUATIONS", Action{{}, run::select_fluctuations}, "Selects fluctuation quantities by name", "any number of names"},
-  {"SELECT_PROPERTIES", Action{{}, run::select_properties}, "Selects properties by name, in letters of either case", "any number of names"},
-  {"SHOW_NEXT_FRAME", Action{{}, run::show_next_frame}, "Shows the next frame, round the ends of the range", "phase of the press: START, END or anything else"},
-  {"SHOW_PREVIOUS_FRAME", Action{{}, run::show_previous_frame}, "Shows the frame before, round the ends of the range", "phase of the press: START, END or anything else"},
+  {"SELECT_FLUCTUATIONS", Action{.run = run::select_fluctuations, .nesting = Nesting::free}, "Selects fluctuation quantities by name", "any number of names"},
+  {"SELECT_PROPERTIES", Action{.run = run::select_properties, .nesting = Nesting::free}, "Selects properties by name, in letters of either case", "any number of names"},
+  {"SHOW_NEXT_FRAME", Action{.run = run::show_next_frame, .nesting = Nesting::frames}, "Shows the next frame, round the ends of the range", "phase of the press: START, END or anything else"},
+  {"SHOW_PREVIOUS_FRAME", Action{.run = run::show_previous_frame, .nesting = Nesting::frames}, "Shows the frame before, round the ends of the range", "phase of the press: START, END or anything else"},
   {"STATISTICS_FILE", LogicalSetting{&trj_stats_.stats_file}, "Results go to the table file", ""},
   {"STATISTICS_FILENAME", text(trj_stats_c_.stats_filename, "", set::statistics_filename_changed), "Name of the table file; .dat is added where it lacks", ""},
   {"STATISTICS_PLOT", LogicalSetting{&trj_stats_.stats_plot}, "Results go to graphs", ""},
   {"STATISTICS_TEXT", LogicalSetting{&trj_stats_.stats_text}, "Results are printed", ""},
-  {"STOP", Action{{}, run::stop}, "Ends the process at once", ""},
-  {"STRUCTURE_FACTOR", Action{{loaded_if_trajectory, distribution_done}}, "Structure factor of the last radial distribution", ""},
+  {"STOP", Action{.run = run::stop, .nesting = Nesting::free}, "Ends the process at once", ""},
+  {"STRUCTURE_FACTOR", Action{{loaded_if_trajectory, distribution_done}, run::structure_factor}, "Structure factor of the last radial distribution", ""},
   {"TRAJECTORY", Action{{}, run::trajectory}, "Loads a trajectory and its model", "path of the file, or its stem"},
   {"USE_ALL_FRAMES", Action{{}, run::use_all_frames}, "Puts the range back to the whole file", ""},
   {"VAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "VACF"}, "Velocity autocorrelation", ""},

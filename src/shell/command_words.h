@@ -42,12 +42,17 @@ struct Guards {
 
 using Run = std::int32_t (*)();
 
+/// What may run inside what, when the Core sends a command while another one waits for a reply. An analysis holds the
+/// open trajectory and named blocks, so that neither a second one nor a change of the shown frame may come between.
+enum class Nesting : std::uint8_t { analysis, frames, free };
+
 /// Does something; without a routine its engine is not there yet.
 struct Action {
-  Guards guards;
+  Guards guards{};
   Run run = nullptr;
   std::string_view source_word = {};  ///< what the message of source_is_trajectory names
   std::string_view allowed = {};      ///< the texts that its one argument may be, where there is a list
+  Nesting nesting = Nesting::analysis;
 };
 
 /// A text from a list, or any text where the list is empty.
@@ -55,6 +60,7 @@ struct TextSetting {
   std::span<char> field;
   std::string_view allowed;
   Run after = nullptr;
+  bool rebuilds = false;  ///< builds the catalogue anew, which a running analysis reads
 };
 
 struct LogicalSetting {

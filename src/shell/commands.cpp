@@ -37,6 +37,19 @@ constexpr std::array guard_rows{
     GuardRow{Guard::dipole_interval_set, [] { return trj_vac_msd_i_.max_interval_no_dac != 0; }, "PATHSTAT_ERROR_114"},
 };
 
+/// An analysis is running while one of these lives.
+class RunningAnalysis {
+ public:
+  RunningAnalysis() { ++running_; }
+  ~RunningAnalysis() { --running_; }
+  RunningAnalysis(const RunningAnalysis&) = delete;
+  RunningAnalysis& operator=(const RunningAnalysis&) = delete;
+  static bool any() { return running_ > 0; }
+
+ private:
+  static inline int running_ = 0;
+};
+
 /// Carries out the effect of one word.
 class Command {
  public:
@@ -48,12 +61,16 @@ class Command {
       if (row.holds()) continue;
       return wanted == Guard::source_is_trajectory ? refuse(row.key, action.source_word) : refuse(row.key);
     }
-    if (action.run != nullptr) return action.run();
-    std::printf("%s: not available yet\n", std::string(row_.word).c_str());
-    return refused;
+    if (action.run == nullptr) return decline("not available yet");
+    if (action.nesting == Nesting::free) return action.run();
+    if (RunningAnalysis::any()) return decline("another analysis is running");
+    if (action.nesting == Nesting::frames) return action.run();
+    const RunningAnalysis running;
+    return action.run();
   }
 
   std::int32_t operator()(const TextSetting& setting) const {
+    if (setting.rebuilds && RunningAnalysis::any()) return decline("another analysis is running");
     std::int32_t status = 0;
     kvz_argfillstring_(TextField(setting.field), 1, 0, setting.allowed, status);
     if (status > 0) return status;
@@ -86,6 +103,11 @@ class Command {
   std::int32_t operator()(const Label&) const { return 0; }
 
  private:
+  std::int32_t decline(const char* why) const {
+    std::printf("%s: %s\n", std::string(row_.word).c_str(), why);
+    return refused;
+  }
+
   const CommandWord& row_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 #include "coreapi/operations.h"
 #include "plots/graph.h"
@@ -47,14 +48,18 @@ void highlightpoints_(std::int32_t frame, std::int32_t& status) {
   constexpr std::int32_t highlight_mark = 201;
   status = 0;
   graphint_i_.highlight_frame = frame;
-  const SavedHandles sets = saved_data_sets();
-  if (sets.names.empty() || !graphint_l_.graph_interaction) return;
+  if (!graphint_l_.graph_interaction) return;
+  // A command that runs inside one of the calls below may save handles, which moves them.
+  const SavedHandles saved = saved_data_sets();
+  const std::vector<Text<80>> names(saved.names.begin(), saved.names.end());
+  const std::vector<std::int32_t> versions(saved.versions.begin(), saved.versions.end());
+  if (names.empty()) return;
   const PlotTransaction transaction;
   std::int32_t error = 0;
   kvp_dat_demarkglobal_(frame_marker, error);
-  for (std::size_t k = 0; k < sets.names.size(); ++k) {
+  for (std::size_t k = 0; k < names.size(); ++k) {
     std::int32_t handle = 0;
-    kvp_han_writespecific_(sets.names[k], sets.versions[k], data_set_kind, handle, error);
+    kvp_han_writespecific_(names[k], versions[k], data_set_kind, handle, error);
     if (error != 0) continue;
     if (k == 0) {
       std::int32_t points = 0;

@@ -183,6 +183,20 @@ TEST(Nesting, serves_commands_and_requests_in_the_middle_of_a_command) {
   EXPECT_EQ(desk.data_set(0).points.size(), 1000U);
 }
 
+TEST(Nesting, an_analysis_lets_no_other_one_in) {
+  DeskWithProcess desk;
+  ASSERT_EQ(desk.load_example("butane"), 0);
+  std::vector<std::int32_t> nested;
+  desk.server.on("kvP_GRF_SetAspectRatio", [&](const OperationCall&, OperationReply&) {
+    for (const auto* word : {"PROFILE", "SHOW_NEXT_FRAME", "RESET"}) nested.push_back(desk.run(word, "START"));
+    nested.push_back(desk.run("ANALYSIS_INPUT_SOURCE", "TRAJECTORY"));
+  });
+  ASSERT_EQ(desk.run("PROFILE"), 0);
+  EXPECT_THAT(nested, ElementsAre(1, 1, 1, 1));
+  EXPECT_THAT(desk.output, Contains("PROFILE: another analysis is running"));
+  EXPECT_EQ(desk.data_set(0).points.size(), 1000U);
+}
+
 TEST(Nesting, a_request_in_a_request_does_not_spoil_the_outer_one) {
   DeskWithProcess desk;
   ASSERT_EQ(desk.load_example("water"), 0);
