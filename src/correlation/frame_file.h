@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "correlation/correlation_kernels.h"
+
+namespace pathstat {
+
+/// Where frames are read to, one frame behind the other on each axis.
+struct AxesOut {
+  std::span<double> x;
+  std::span<double> y;
+  std::span<double> z;
+
+  /// The room of `count` values per axis from `first` on.
+  AxesOut part(std::size_t first, std::size_t count) const {
+    return {x.subspan(first, count), y.subspan(first, count), z.subspan(first, count)};
+  }
+  operator Axes() const { return {x, y, z}; }
+};
+
+/// The records of a cache on a file unit: record k, from 1, holds the x of all atoms, then y, then z, as 64-bit floats
+/// in the byte order of the process.
+class FrameFile {
+ public:
+  /// @param unit   open; the caller closes it
+  /// @param atoms  above 0
+  FrameFile(std::int32_t unit, std::int64_t atoms);
+
+  /// Writes one record. False if it did not reach the file as a whole.
+  bool write(std::int64_t record, const Axes& frame) const;
+
+  /// Reads records one after another in large pieces, as many as the axes have room for.
+  bool read(std::int64_t first, const AxesOut& frames) const;
+
+ private:
+  std::int64_t offset(std::int64_t record) const { return (record - 1) * 24 * atoms_; }
+
+  int descriptor_ = -1;
+  std::int64_t atoms_;
+};
+
+}  // namespace pathstat

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "correlation/correlation_kernels.h"
+#include "correlation/frame_file.h"
+#include "correlation/frame_window.h"
+#include "support/named_memory.h"
+
+namespace pathstat {
+
+/// Origins between two questions to the Core whether to stop. As many are summed together at most: an answer to stop
+/// then never finds work that has to be thrown away.
+constexpr std::int64_t origins_between_polls = 10;
+
+/// A kernel and the number of sums that it adds to.
+struct PairSums {
+  PairKernel kernel;
+  std::int64_t columns;
+};
+
+/// Sums the pairs of frames of a cache, group by group of origins. Atoms are gone through in blocks: the pairs of all
+/// origins of the group are summed while a block's vectors are in the processor's cache.
+class OriginGroups {
+ public:
+  /// @param memory  bytes that the frames may take; two frames are held at least
+  /// @param labels  of the named blocks: x, y, z of origins held beside the window, x, y, z of the window
+  /// @param status  0, or that of an allocation
+  OriginGroups(const OriginSeries& series, PairSums sums, const FrameFile& file, std::int64_t atoms,
+               std::int64_t memory, const std::array<std::string_view, 6>& labels, std::int32_t& status);
+
+  /// Origins of a group; the last group may have fewer.
+  std::int64_t origins_together() const { return plan_.origins_together; }
+
+  /// Sums all pairs of `count` origins from number `first_origin`, from 0, on. False if the cache can't be read.
+  bool sum(std::int64_t first_origin, std::int64_t count);
+
+  /// The sums, one per column, of the group's origin `place`, from 0, and the frame `lag` records later.
+  std::span<double> sums(std::int64_t place, std::int64_t lag) const;
+
+ private:
+  bool find_origins(std::int64_t first_origin, std::int64_t count);
+  void add_pairs(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
+
+  /// Frames, one behind the other on each axis.
+  struct FrameBlocks {
+    std::array<NamedBlock<double>, 3> blocks;
+    FrameBlocks(std::span<const std::string_view, 3> labels, std::int64_t values, std::int32_t& status);
+    AxesOut axes() const { return {blocks[0].span(), blocks[1].span(), blocks[2].span()}; }
+  };
+
+  OriginSeries series_;
+  PairSums kind_;
+  FrameFile file_;
+  std::size_t atoms_;
+  WindowPlan plan_;
+  FrameBlocks beside_;
+  FrameBlocks frames_;
+  FrameWindow window_;
+  NamedBlock<double> sums_;
+  std::array<Axes, origins_between_polls> origins_;
+};
+
+}  // namespace pathstat
