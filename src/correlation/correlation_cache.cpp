@@ -1,0 +1,267 @@
+#include "correlation/correlation_cache.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <limits>
+#include <span>
+#include <string>
+
+#include "coreapi/operations.h"
+#include "correlation/frame_file.h"
+#include "correlation/frame_spacing.h"
+#include "properties/open_trajectory.h"
+#include "services/file_names.h"
+#include "services/file_units.h"
+#include "services/unit_paths.h"
+#include "support/identifier_index.h"
+#include "support/named_memory.h"
+#include "support/searching.h"
+#include "trajectory/front_end.h"
+
+namespace pathstat {
+namespace {
+
+constexpr std::int32_t atom_class = 3;
+constexpr std::int32_t words_per_atom = 6;
+constexpr std::int32_t no_memory = -1;  ///< as the named blocks have it
+
+namespace key {
+constexpr std::int32_t velocities_unusable = 100010;
+constexpr std::int32_t frame_has_velocities = 100054;
+constexpr std::int32_t moved_atoms = 200156;
+constexpr std::int32_t moved_atom_list = 200159;
+constexpr std::int32_t moved_positions = 200161;
+constexpr std::int32_t moved_velocities = 200163;
+constexpr std::int32_t time = 400017;
+constexpr std::int32_t time_step = 400022;
+}  // namespace key
+
+void show(std::string_view message) {
+  std::int32_t error = 0;
+  kvu_msg_display_(2, message, error);
+}
+
+bool flag(const OpenTrajectory& trajectory, std::int32_t which) {
+  Logical value;
+  std::int32_t status = 0;
+  trj_lvalue_(trajectory.handle(), which, value, status);
+  return status == 0 && value;
+}
+
+double number(const OpenTrajectory& trajectory, std::int32_t which) {
+  double value = 0.0;
+  std::int32_t status = 0;
+  trj_dvalue_(trajectory.handle(), which, value, status);
+  return value;
+}
+
+/// Identifiers of the selected atoms, each once, images by their parents; at the front of `list`, which has room for
+/// twice the atoms selected. @return their number; 0 after a message if one has no identifier
+std::size_t selected_identifiers(std::int32_t model, std::span<std::int32_t> list) {
+  const auto parents = list.first(list.size() / 2);
+  const auto selected = list.last(parents.size());
+  std::int32_t found = 0;
+  std::int32_t error = 0;
+  kvd_sel_findselected_(model, atom_class, selected, found, error);
+  const auto count = std::min(static_cast<std::size_t>(std::max(found, 0)), selected.size());
+  kvd_per_periodicparent_(selected.first(count), parents.first(count), error);
+  std::int32_t different = 0;
+  iuniquenosort_(parents.first(count), parents.first(count), different);
+  const auto objects = parents.first(static_cast<std::size_t>(different));
+  const auto identifiers = selected.first(objects.size());
+  kvd_id_(std::span<const std::int32_t>(objects), identifiers, error);
+  if (std::ranges::any_of(identifiers, [](std::int32_t id) { return id < 1; })) {
+    show("PATHSTAT_ERROR_42");
+    return 0;
+  }
+  std::ranges::copy(identifiers, objects.begin());
+  return objects.size();
+}
+
+/// Places, from 0, of the selected atoms among the moved ones.
+/// @param status  0 or cache_status::selection_unusable, or that of an allocation
+NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std::int32_t> moved,
+                                         std::int32_t& status) {
+  std::int32_t selected = 0;
+  std::int32_t error = 0;
+  kvd_sel_numselected_(model, atom_class, selected, error);
+  if (selected < 1) {
+    status = cache_status::selection_unusable;
+    return {};
+  }
+  NamedBlock<std::int32_t> list("trj_lst", std::int64_t{2} * selected, status);
+  IdentifierIndex index;
+  if (status == 0) index = IdentifierIndex(moved, status);
+  if (status != 0) {
+    show("PATHSTAT_ERROR_41");
+    status = no_memory;
+    return {};
+  }
+  const auto identifiers = list.span().first(selected_identifiers(model, list.span()));
+  std::size_t kept = 0;
+  for (const std::int32_t identifier : identifiers) {
+    const std::int32_t place = index.find(identifier);
+    if (place >= 0) list.span()[kept++] = place;
+  }
+  if (kept == 0) {
+    if (!identifiers.empty()) show("PATHSTAT_ERROR_43");
+    status = cache_status::selection_unusable;
+    return {};
+  }
+  if (kept < identifiers.size()) {
+    kvu_msg_argi_(static_cast<std::int32_t>(identifiers.size() - kept));
+    show("PATHSTAT_MSG_40");
+  }
+  list.resize(static_cast<std::int64_t>(kept), status);
+  return list;
+}
+
+/// The cache on a unit of its own, empty and without a name. @param status  0, or that to give to the caller
+FileUnit open_cache(std::string_view file, std::int32_t atoms, std::int32_t& status) {
+  const bool fits = atoms <= std::numeric_limits<std::int32_t>::max() / words_per_atom;
+  FileUnit unit;
+  if (fits) unit = FileUnit(file, {.record_words = words_per_atom * atoms}, status);
+  if (status == unit_error::none_free) {
+    show("PATHSTAT_ERROR_12");
+  } else if (!unit) {
+    status = cache_status::not_written;
+  } else {
+    std::remove(unit_path(file).c_str());
+  }
+  return unit;
+}
+
+/// What a frame passes through on its way into the cache.
+struct FrameArrays {
+  NamedBlock<double> delivered;
+  NamedBlock<double> x;
+  NamedBlock<double> y;
+  NamedBlock<double> z;
+
+  FrameArrays(std::int64_t moved, std::int32_t& status) {
+    delivered = NamedBlock<double>("PathStat/Corr/InData", 3 * moved, status);
+    if (status == 0) x = NamedBlock<double>("PathStat/Corr/Outx", moved, status);
+    if (status == 0) y = NamedBlock<double>("PathStat/Corr/Outy", moved, status);
+    if (status == 0) z = NamedBlock<double>("PathStat/Corr/Outz", moved, status);
+  }
+
+  AxesOut axes(std::size_t atoms) const {
+    return {x.span().first(atoms), y.span().first(atoms), z.span().first(atoms)};
+  }
+
+  /// Splits the vectors of the atoms at these places by axis; of all atoms if there are none.
+  void split(std::span<const std::int32_t> places, const AxesOut& out) const {
+    for (std::size_t k = 0; k < out.x.size(); ++k) {
+      const auto at = 3 * (places.empty() ? k : static_cast<std::size_t>(places[k]));
+      out.x[k] = delivered.span()[at];
+      out.y[k] = delivered.span()[at + 1];
+      out.z[k] = delivered.span()[at + 2];
+    }
+  }
+};
+
+/// Frames of a trajectory and what is wanted of them.
+struct FrameRange {
+  std::int32_t first;
+  std::int32_t step;
+  std::int32_t count;
+  bool velocities;
+  bool velocities_unusable;
+
+  std::int32_t frame(std::int32_t k) const { return first + (k - 1) * step; }
+};
+
+/// Reads frame k and its vectors. @param status  0, that of velocities which are not to be had, or the reader's
+/// @return false, after PATHSTAT_ERROR_93, if the frame cannot be read
+bool read_frame(const OpenTrajectory& trajectory, const FrameRange& range, std::int32_t k, std::span<double> vectors,
+                bool& velocities_present, std::int32_t& status) {
+  trj_readframe_(trajectory.handle(), range.frame(k), status);
+  if (status == 0 && range.velocities) {
+    velocities_present = flag(trajectory, key::frame_has_velocities);
+    if (!velocities_present) status = cache_status::no_velocities;
+    if (velocities_present && range.velocities_unusable) status = cache_status::velocities_unusable;
+    if (status != 0) return true;
+  }
+  if (status == 0) {
+    std::int32_t count = 0;
+    trj_dvalue_(trajectory.handle(), range.velocities ? key::moved_velocities : key::moved_positions, vectors, count,
+                status);
+  }
+  if (status != 0) show("PATHSTAT_ERROR_93");
+  return status == 0;
+}
+
+/// Copies the frames, until one fails; parameters and status as those of setupcorrl_.
+void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, const FrameArrays& arrays,
+                 std::span<const std::int32_t> places, const FrameFile& file, const AxesOut& axes,
+                 std::int32_t& frames_done, bool& velocities_present, double& frame_spacing, std::int32_t& status) {
+  FrameSpacing spacing;
+  for (std::int32_t k = 1; k <= range.count; ++k) {
+    if (!read_frame(trajectory, range, k, arrays.delivered.span(), velocities_present, status)) {
+      frames_done = k;
+      if (k < range.count) status = cache_status::frame_unreadable;
+    }
+    if (status != 0) return;
+    const bool even = spacing.add(number(trajectory, key::time), number(trajectory, key::time_step));
+    frame_spacing = spacing.spacing();
+    if (!even) {
+      kvu_msg_argi_(range.frame(k - 1));
+      kvu_msg_argi_(range.frame(k));
+      show("PATHSTAT_ERROR_61");
+      status = cache_status::uneven_spacing;
+      return;
+    }
+    arrays.split(places, axes);
+    if (!file.write(k, axes)) {
+      status = cache_status::not_written;
+      return;
+    }
+    frames_done = k;
+  }
+}
+
+}  // namespace
+
+void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_view trajectory_file, std::int32_t model,
+                 std::int32_t& frames_done, std::int32_t& atoms, bool& velocities_present, double& frame_spacing,
+                 bool want_velocities, std::int32_t first, std::int32_t last, std::int32_t step,
+                 std::string_view selection, std::int32_t& status) {
+  unit = frames_done = atoms = status = 0;
+  frame_spacing = 0.0;
+  velocities_present = true;
+  std::int32_t error = 0;
+  if (kvs_fil_exists_(cache_file)) kvs_fil_delete_(cache_file, error);
+  const OpenTrajectory trajectory(trajectory_file, model, status);
+  if (status == 0) status = trajectory.attach_status();
+  if (status != 0) return;
+
+  atoms = trajectory.integer(key::moved_atoms, 0);
+  const NamedBlock<std::int32_t> moved("thd_mvatmofst", atoms, status);
+  if (status != 0) return show("PATHSTAT_ERROR_41");
+  const FrameArrays arrays(atoms, status);
+  if (status != 0) return show("PATHSTAT_ERROR_41");
+  std::int32_t listed = 0;
+  trj_ivalue_(trajectory.handle(), key::moved_atom_list, moved.span(), listed, status);
+  if (status == 0 && atoms < 1) status = cache_status::selection_unusable;
+  if (status != 0) return;
+
+  const bool selected = same_text(selection, "SELECTED");
+  NamedBlock<std::int32_t> places;
+  if (selected) places = selected_places(model, moved.span(), status);
+  if (status != 0) return;
+  const auto cached = selected ? static_cast<std::int32_t>(places.size()) : atoms;
+  FileUnit cache = open_cache(cache_file, cached, status);
+  unit = cache.release();
+  if (status != 0) return;
+
+  step = std::max(step, 1);
+  const auto count = (std::int64_t{last} - first + step) / step;
+  const FrameRange range{first, step, static_cast<std::int32_t>(std::max<std::int64_t>(count, 0)), want_velocities,
+                         flag(trajectory, key::velocities_unusable)};
+  copy_frames(trajectory, range, arrays, places.span(), FrameFile(unit, cached),
+              arrays.axes(static_cast<std::size_t>(cached)), frames_done, velocities_present, frame_spacing, status);
+  if (status == 0) atoms = cached;
+}
+
+}  // namespace pathstat

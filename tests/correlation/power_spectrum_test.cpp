@@ -1,0 +1,124 @@
+#include "correlation/power_spectrum.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <sstream>
+
+#include "properties/recording_core.h"
+#include "properties/scratch_format.h"
+#include "services/work_directory.h"
+
+namespace pathstat {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class PowerSpectrum : public WorkDirectory {
+ protected:
+  static void keep(const std::vector<double>& values, std::int32_t columns, double spacing) {
+    const auto points = values.size() / static_cast<std::size_t>(columns);
+    const std::vector<std::int32_t> numbers(points);
+    std::vector<double> lags(points);
+    for (std::size_t i = 0; i < points; ++i) lags[i] = static_cast<double>(i) * spacing;
+    const ScratchHead head{static_cast<std::int32_t>(points), columns, kind_frames, 0};
+    EXPECT_EQ(write_scratch("PathStat.vac", {head, numbers, lags, values, 0, columns, {}, {}, {}}), RecordStatus::ok);
+  }
+  std::int32_t transform(double max_time) {
+    std::int32_t status = -1;
+    run_pwr_(max_time, status);
+    return status;
+  }
+  /// Points of the last drawing: x, y, x, y, ...
+  std::vector<double> drawn() const {
+    std::istringstream call(core_.calls("kvP_DAT_WriteXY").back());
+    std::vector<double> numbers;
+    for (std::string word; std::getline(call, word, '|');) numbers.push_back(word[0] == 'k' ? 0.0 : std::stod(word));
+    EXPECT_EQ(numbers.size(), 4 + 2 * static_cast<std::size_t>(numbers[3]));
+    return {numbers.begin() + 4, numbers.end()};
+  }
+
+  RecordingCore core_;
+};
+
+/// The square of the cosine sum over m points, filled up with zeros, times the spacing.
+double plain_spectrum(const std::vector<double>& values, std::size_t m, std::size_t k, double spacing) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < std::min(m, values.size()); ++i) {
+    const double weight = i == 0 || i == m - 1 ? 1.0 : 2.0;
+    sum += weight * values[i] * std::cos(std::numbers::pi * static_cast<double>(i * k) / static_cast<double>(m - 1));
+  }
+  return std::pow(sum * spacing, 2);
+}
+
+TEST_F(PowerSpectrum, is_the_square_of_the_cosine_sum_cut_or_filled_up_with_zeros) {
+  const std::vector<double> values{5, 3, 1, -1, -0.5, 0.25, 0.5};
+  for (const double max_time : {0.11, 0.07, 0.045}) {
+    keep(values, 1, 0.01);
+    EXPECT_EQ(transform(max_time + 1e-9), 0);
+    const auto m = static_cast<std::size_t>(max_time * 100 + 1e-6);
+    const double step = 0.5 / (static_cast<double>(m) * 0.01 * 0.03);
+    const auto points = drawn();
+    ASSERT_EQ(points.size(), 2 * std::min(m, static_cast<std::size_t>(7000 / step) + 1));
+    for (std::size_t k = 0; k < points.size() / 2; ++k) {
+      EXPECT_NEAR(points[2 * k], static_cast<double>(k) * step, 1e-6 * points[2 * k]);
+      const double wanted = plain_spectrum(values, m, k, 0.01);
+      EXPECT_NEAR(points[2 * k + 1], wanted, 1e-6 * wanted + 1e-12) << k << " of " << m;
+    }
+  }
+}
+
+TEST_F(PowerSpectrum, ends_at_seven_thousand_wavenumbers_and_shows_five_thousand) {
+  keep(std::vector<double>(20, 1.0), 1, 0.0005);  // 20 points, 1666.67 apart
+  EXPECT_EQ(transform(0.0100001), 0);
+  EXPECT_EQ(drawn().size(), 2 * 5U);
+  EXPECT_THAT(core_.calls("kvP"),
+              ElementsAre("kvP_HAN_Write|Power Spectrum A^4/ps^2|101", "kvP_HAN_Write|Power Spectrum A^4/ps^2|102",
+                          "kvP_DAT_SetMethodXY|2|3|901|0|",
+                          "kvP_GRF_SetMethodXY|1|1|2056|1666.66663|5000|0|0|1|Power Spectrum A^4/ps^2|1/cm|7|2|",
+                          StartsWith("kvP_DAT_WriteXY|2|801|5|0|"), "kvP_HAN_Write|Varlane Graphs|100",
+                          "kvP_VWR_SetGraphList|3|1|1", "kvP_GRF_SetAspectRatio|1|1|2",
+                          StartsWith("kvP_DAT_WriteXY|2|801|5|0|"), "kvP_VWR_ReDraw|3"));
+}
+
+TEST_F(PowerSpectrum, has_a_graph_for_each_component) {
+  std::vector<double> values;
+  for (int k = 0; k < 7 * 8; ++k) values.push_back(k % 7 + 1.0);
+  keep(values, 7, 0.01);
+  EXPECT_EQ(transform(0.0800001), 0);
+  EXPECT_EQ(core_.calls("kvP_DAT_WriteXY").size(), 7U);
+  EXPECT_THAT(core_.calls("kvP_HAN_Write"),
+              testing::Contains("kvP_HAN_Write|Power Spectrum component XZ A^4/ps^2|101"));
+  EXPECT_NEAR(drawn()[1], std::pow(7.0 * 14.0 * 0.01, 2), 1e-6);
+}
+
+TEST_F(PowerSpectrum, two_points_stay_as_they_are) {
+  keep({3, 2}, 1, 0.01);
+  EXPECT_EQ(transform(0.0200001), 0);
+  EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_35"));
+  EXPECT_NEAR(drawn()[1], 0.0009, 1e-9);
+}
+
+TEST_F(PowerSpectrum, refuses_lengths_and_points_that_make_no_sense) {
+  EXPECT_EQ(transform(1.0), 1);
+  write("PathStat.vac", "");
+  EXPECT_EQ(transform(1.0), 1);
+  keep({1}, 1, 1.0);
+  EXPECT_EQ(transform(1.0), 1);
+  keep({1, 2, 3}, 1, 0.0);
+  EXPECT_EQ(transform(1.0), 1);
+  keep({1, 2, 3}, 1, 1.0);
+  EXPECT_EQ(transform(1.9), 1);
+  EXPECT_EQ(transform(131074.0), 1);
+  EXPECT_THAT(core_.messages(),
+              ElementsAre("./PathStat.vac PATHSTAT_ERROR_70", "./PathStat.vac PATHSTAT_ERROR_69", "PATHSTAT_ERROR_49",
+                          "PATHSTAT_ERROR_51", "PATHSTAT_ERROR_49", "PATHSTAT_ERROR_52"));
+  EXPECT_THAT(core_.calls("kvP"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace pathstat
