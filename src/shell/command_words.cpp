@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "shell/actions.h"
+#include "shell/correlation_actions.h"
 #include "shell/frame_actions.h"
 #include "shell/ranking_actions.h"
 #include "shell/rdf_actions.h"
@@ -94,7 +95,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"K_SPACE_INTERVAL", DoubleSetting{0.0, any_number, set::k_space_interval}, "Step of the structure factor, 1/Å", ""},
   {"LAST_FRAME_NO", Action{{}, run::last_frame_no}, "Last frame of the range", "integer from the first frame to the frames of the file, or LAST"},
   {"LAST_FRAME_TIME", Action{{}, run::last_frame_time}, "Last frame of the range, by its time", "time in ps"},
-  {"LINEAR_FIT", Action{{source_is_trajectory, loaded, displacement_done, time_axis}, nullptr, "MSD"}, "Fits the displacement and prints diffusion coefficients", ""},
+  {"LINEAR_FIT", Action{{source_is_trajectory, loaded, displacement_done, time_axis}, run::linear_fit, "MSD"}, "Fits the displacement and prints diffusion coefficients", ""},
   {"MAXIMA", IntegerSetting{1, 100, set::maxima}, "Rows of a list of maxima", ""},
   {"MAX_FIT_TIME", DoubleSetting{fit_start, any_number, set::max_fit_time}, "End of the fitted lags, ps", ""},
   {"MAX_INTERVAL", DoubleSetting{0.0, any_number, set::max_interval}, "Longest lag of all correlations, ps", ""},
@@ -107,7 +108,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"MONITOR_MSD", LogicalSetting{&trj_vac_msd_l_.monitor_msd}, "Draws the displacement while it runs", ""},
   {"MONITOR_RDF", LogicalSetting{&trj_vac_msd_l_.monitor_rdf}, "Draws the radial distribution while it runs", ""},
   {"MONITOR_VAC", LogicalSetting{&trj_vac_msd_l_.monitor_vac}, "Draws the velocity autocorrelation while it runs", ""},
-  {"MSD", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "MSD"}, "Mean square displacement", ""},
+  {"MSD", Action{{source_is_trajectory, loaded, time_axis}, run::msd, "MSD"}, "Mean square displacement", ""},
   {"MSD_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_msd}, "Components of the displacement", ""},
   {"MSD_ATOMS", text(trj_vac_msd_c_.atoms_msd, all_or_selected), "Atoms of the displacement", ""},
   {"MSD_MAX_INTERVAL", DoubleSetting{0.0, any_number, set::msd_max_interval}, "Longest lag of the displacement, ps", ""},
@@ -117,7 +118,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"NUMBER_OF_BINS", IntegerSetting{1, 10000, set::number_of_bins}, "Bins of a histogram", ""},
   {"ORIGIN_STEP", DoubleSetting{0.0, any_number, set::origin_step}, "Time between origins of all correlations, ps", ""},
   {"ORIGIN_STEP_NO", IntegerSetting{1, any_integer, set::origin_step_no}, "Frames between origins of all correlations", ""},
-  {"POWER_SPECTRUM", Action{{source_is_trajectory, loaded, velocities_done, time_axis}, nullptr, "VACF"}, "Power spectrum of the velocity autocorrelation", ""},
+  {"POWER_SPECTRUM", Action{{source_is_trajectory, loaded, velocities_done, time_axis}, run::power_spectrum, "VACF"}, "Power spectrum of the velocity autocorrelation", ""},
   {"PROFILE", Action{{property_selected, loaded_if_trajectory}, run::profile}, "The selected properties over the frames or models", ""},
   {"PROPERTY", Action{.run = run::property, .nesting = Nesting::free}, "Selects one property by its upper-case name", "a name in upper case, such as TOTAL ENERGY or RADIUS OF GYRATION"},
   {"PROPERTY_TYPE", Action{.run = run::property_type, .allowed = run::property_groups, .nesting = Nesting::free}, "Selects the first property of a group", ""},
@@ -147,7 +148,7 @@ constexpr std::array<CommandWord, command_word_count> words{{
   {"STRUCTURE_FACTOR", Action{{loaded_if_trajectory, distribution_done}, run::structure_factor}, "Structure factor of the last radial distribution", ""},
   {"TRAJECTORY", Action{{}, run::trajectory}, "Loads a trajectory and its model", "path of the file, or its stem"},
   {"USE_ALL_FRAMES", Action{{}, run::use_all_frames}, "Puts the range back to the whole file", ""},
-  {"VAC", Action{{source_is_trajectory, loaded, time_axis}, nullptr, "VACF"}, "Velocity autocorrelation", ""},
+  {"VAC", Action{{source_is_trajectory, loaded, time_axis}, run::vac, "VACF"}, "Velocity autocorrelation", ""},
   {"VAC_ANISOTROPIC", LogicalSetting{&trj_aniso_.anisotropic_vac}, "Components of the velocity autocorrelation", ""},
   {"VAC_ATOMS", text(trj_vac_msd_c_.atoms_vac, all_or_selected), "Atoms of the velocity autocorrelation", ""},
   {"VAC_FREQUENCY_INTERVAL", DoubleSetting{0.0, any_number, set::vac_frequency_interval}, "Frequency step of the velocity spectrum, 1/cm", ""},
