@@ -181,16 +181,7 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
 
 void run_correlation(const CorrelationKind& kind, const CorrelationRequest& request, bool& available,
                      std::int32_t& status) try {
-  // A call to the Core may bring a further command. A second run would take the named blocks of the first.
-  static bool running = false;
   available = false;
-  status = 1;
-  if (running) return;
-  struct Running {
-    Running() { running = true; }
-    ~Running() { running = false; }
-  };
-  const Running now;
   correlate(kind, request, available, status);
 } catch (const std::bad_alloc&) {
   show(kind.memory_message);

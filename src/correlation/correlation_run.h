@@ -52,7 +52,7 @@ struct CorrelationRequest {
 /// grow and at the end, and saves them. An interrupted run keeps the origins that are done.
 ///
 /// @param available  true if the file was written
-/// @param status     0, that of the cache, of the kind's allocations or of the file; 1 for a run inside another run
+/// @param status     0, that of the cache, of the kind's allocations or of the file
 void run_correlation(const CorrelationKind& kind, const CorrelationRequest& request, bool& available,
                      std::int32_t& status);
 

@@ -50,14 +50,15 @@ bool FrameFile::write(std::int64_t record, const Axes& frame) const {
   return ::lseek(descriptor_, offset(record), SEEK_SET) >= 0 && move_all(::writev, descriptor_, parts);
 }
 
-bool FrameFile::read(std::int64_t first, const AxesOut& frames) const {
+bool FrameFile::read(std::int64_t first, std::int64_t count, const AxesOut& frames, std::size_t stride) const {
   constexpr std::size_t records_at_once = 64;
   std::array<iovec, 3 * records_at_once> parts;
   const auto atoms = static_cast<std::size_t>(atoms_);
   if (::lseek(descriptor_, offset(first), SEEK_SET) < 0) return false;
-  for (std::size_t at = 0; at < frames.x.size();) {
+  const auto end = static_cast<std::size_t>(count) * stride;
+  for (std::size_t at = 0; at < end;) {
     std::size_t used = 0;
-    for (; used < parts.size() && at < frames.x.size(); at += atoms) {
+    for (; used < parts.size() && at < end; at += stride) {
       for (const auto& axis : {frames.x, frames.y, frames.z}) parts[used++] = part_of(axis.data() + at, atoms);
     }
     if (!move_all(::readv, descriptor_, std::span(parts).first(used))) return false;

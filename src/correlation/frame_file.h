@@ -7,7 +7,7 @@
 
 namespace pathstat {
 
-/// Where frames are read to, one frame behind the other on each axis.
+/// Room for the vectors of atoms, of one frame or of several frames one behind the other.
 struct AxesOut {
   std::span<double> x;
   std::span<double> y;
@@ -31,8 +31,9 @@ class FrameFile {
   /// Writes one record. False if it did not reach the file as a whole.
   bool write(std::int64_t record, const Axes& frame) const;
 
-  /// Reads records one after another in large pieces, as many as the axes have room for.
-  bool read(std::int64_t first, const AxesOut& frames) const;
+  /// Reads `count` records one after another in large pieces.
+  /// @param stride  values of an axis from one frame to the next
+  bool read(std::int64_t first, std::int64_t count, const AxesOut& frames, std::size_t stride) const;
 
  private:
   std::int64_t offset(std::int64_t record) const { return (record - 1) * 24 * atoms_; }

@@ -30,11 +30,9 @@ WindowPlan WindowPlan::make(const OriginSeries& series, std::int64_t frames_in_m
   return {beside, std::max<std::int64_t>(frames_in_memory - beside, 1), beside};
 }
 
-FrameWindow::FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t atoms)
-    : file_(file),
-      frames_(frames),
-      atoms_(static_cast<std::size_t>(atoms)),
-      room_(static_cast<std::int64_t>(frames.x.size()) / atoms) {}
+FrameWindow::FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t count, std::size_t atoms,
+                         std::size_t stride)
+    : file_(file), frames_(frames), room_(count), atoms_(atoms), stride_(stride) {}
 
 bool FrameWindow::load(std::int64_t first, std::int64_t end) {
   if (first < first_ || first > end_) end_ = first;
@@ -42,15 +40,16 @@ bool FrameWindow::load(std::int64_t first, std::int64_t end) {
   while (end_ < end) {
     const std::int64_t slot = end_ % room_;
     const std::int64_t records = std::min(end - end_, room_ - slot);
-    const auto at = static_cast<std::size_t>(slot) * atoms_;
-    if (!file_.read(end_, frames_.part(at, static_cast<std::size_t>(records) * atoms_))) return false;
+    const auto at = static_cast<std::size_t>(slot) * stride_;
+    if (!file_.read(end_, records, frames_.part(at, static_cast<std::size_t>(records) * stride_), stride_))
+      return false;
     end_ += records;
   }
   return true;
 }
 
 Axes FrameWindow::frame(std::int64_t record) const {
-  return frames_.part(static_cast<std::size_t>(record % room_) * atoms_, atoms_);
+  return frames_.part(static_cast<std::size_t>(record % room_) * stride_, atoms_);
 }
 
 }  // namespace pathstat

@@ -43,8 +43,9 @@ struct WindowPlan {
 /// Consecutive records of a file in memory; loading moves it on and keeps what it holds already.
 class FrameWindow {
  public:
-  /// @param frames  room for the frames of the window, one behind the other
-  FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t atoms);
+  /// @param frames  room for `count` frames of `atoms` atoms
+  /// @param stride  values of an axis from one frame to the next
+  FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t count, std::size_t atoms, std::size_t stride);
 
   /// Makes the records first ... end-1, as many as there is room for at most, the contents. False if they can't be
   /// read.
@@ -56,8 +57,9 @@ class FrameWindow {
  private:
   FrameFile file_;
   AxesOut frames_;
-  std::size_t atoms_;
   std::int64_t room_;
+  std::size_t atoms_;
+  std::size_t stride_;
   std::int64_t first_ = 1;
   std::int64_t end_ = 1;
 };

@@ -5,9 +5,10 @@
 namespace pathstat {
 namespace {
 
-/// Atoms of a block: with ten origins and a later frame about what the fastest cache holds.
-constexpr std::size_t atoms_together = 128;
+/// Atoms of a block: ten origins and a later frame stay well within the second cache.
+constexpr std::size_t atoms_together = 256;
 constexpr std::int64_t bytes_per_atom = 24;
+constexpr std::size_t values_per_line = 8;
 /// Sums of a group at most, to bound the memory of very long correlations.
 constexpr std::int64_t most_sums = std::int64_t{1} << 22;
 
@@ -21,9 +22,18 @@ WindowPlan plan(const OriginSeries& series, std::int64_t columns, std::int64_t f
 
 OriginGroups::FrameBlocks::FrameBlocks(std::span<const std::string_view, 3> labels, std::int64_t values,
                                        std::int32_t& status) {
+  const std::int64_t wanted = values == 0 ? 0 : values + std::int64_t{values_per_line};
   for (std::size_t axis = 0; axis < blocks.size() && status == 0; ++axis) {
-    blocks[axis] = NamedBlock<double>(labels[axis], values, status);
+    blocks[axis] = NamedBlock<double>(labels[axis], wanted, status);
   }
+}
+
+AxesOut OriginGroups::FrameBlocks::axes() const {
+  const auto from_line = [](const NamedBlock<double>& block) {
+    const auto values = static_cast<std::size_t>(block.address()) / sizeof(double);
+    return block.span().subspan(block.size() == 0 ? 0 : (values_per_line - values % values_per_line) % values_per_line);
+  };
+  return {from_line(blocks[0]), from_line(blocks[1]), from_line(blocks[2])};
 }
 
 OriginGroups::OriginGroups(const OriginSeries& series, PairSums sums, const FrameFile& file, std::int64_t atoms,
@@ -32,10 +42,11 @@ OriginGroups::OriginGroups(const OriginSeries& series, PairSums sums, const Fram
       kind_(sums),
       file_(file),
       atoms_(static_cast<std::size_t>(atoms)),
-      plan_(plan(series, sums.columns, memory / (bytes_per_atom * atoms))),
-      beside_(std::span(labels).first<3>(), plan_.origins_beside * atoms, status),
-      frames_(std::span(labels).last<3>(), plan_.window_frames * atoms, status),
-      window_(file, frames_.axes(), atoms) {
+      stride_((atoms_ + values_per_line - 1) / values_per_line * values_per_line),
+      plan_(plan(series, sums.columns, memory / (bytes_per_atom * static_cast<std::int64_t>(stride_)))),
+      beside_(std::span(labels).first<3>(), plan_.origins_beside * static_cast<std::int64_t>(stride_), status),
+      frames_(std::span(labels).last<3>(), plan_.window_frames * static_cast<std::int64_t>(stride_), status),
+      window_(file, frames_.axes(), plan_.window_frames, atoms_, stride_) {
   const std::int64_t count = plan_.origins_together * series.intervals * sums.columns;
   if (status == 0) sums_ = NamedBlock<double>("PathStat/Corr/Sums", count, status);
 }
@@ -67,8 +78,8 @@ bool OriginGroups::find_origins(std::int64_t first_origin, std::int64_t count) {
       origin = window_.frame(record);
       continue;
     }
-    const AxesOut room = beside_.axes().part(static_cast<std::size_t>(place) * atoms_, atoms_);
-    if (!file_.read(record, room)) return false;
+    const AxesOut room = beside_.axes().part(static_cast<std::size_t>(place) * stride_, atoms_);
+    if (!file_.read(record, 1, room, stride_)) return false;
     origin = room;
   }
   return true;

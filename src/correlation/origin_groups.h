@@ -45,17 +45,18 @@ class OriginGroups {
   bool find_origins(std::int64_t first_origin, std::int64_t count);
   void add_pairs(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
 
-  /// Frames, one behind the other on each axis.
+  /// Room for frames one behind the other. Each axis of each frame begins on a line of the processor's cache.
   struct FrameBlocks {
     std::array<NamedBlock<double>, 3> blocks;
     FrameBlocks(std::span<const std::string_view, 3> labels, std::int64_t values, std::int32_t& status);
-    AxesOut axes() const { return {blocks[0].span(), blocks[1].span(), blocks[2].span()}; }
+    AxesOut axes() const;
   };
 
   OriginSeries series_;
   PairSums kind_;
   FrameFile file_;
   std::size_t atoms_;
+  std::size_t stride_;  ///< values of an axis from one frame to the next
   WindowPlan plan_;
   FrameBlocks beside_;
   FrameBlocks frames_;
