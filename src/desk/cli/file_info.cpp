@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <map>
 
 #include "desk/model/coordinate_file.h"
-#include "desk/model/elements.h"
 #include "desk/model/model_import.h"
+#include "desk/report/model_text.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
@@ -182,37 +181,9 @@ int print_trajectory(const std::string& path) {
   return broken ? complain(fmt::format("{} is damaged (status {})", path, status)) : done;
 }
 
-/// "2 H, 1 O", by symbol.
-std::string composition(const MolecularModel& model) {
-  std::map<std::string_view, std::size_t> counts;
-  for (const auto element : model.elements) ++counts[elements()[element].symbol];
-  std::string text;
-  for (const auto& [symbol, count] : counts) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, symbol);
-  return text;
-}
-
-std::string periodicity(std::int32_t type) {
-  const auto directions = periodic_directions(type);
-  return directions == 0 ? std::string("not periodic") : fmt::format("periodic in {} dimensions", directions);
-}
-
 void print_model(const MolecularModel& model) {
   fmt::print("  model {}\n", model.name);
-  fact("  atoms", fmt::format("{} ({})", model.atoms(), composition(model)));
-  fact("  periodicity", periodicity(model.periodic_type));
-  if (model.periodic_type != not_periodic) {
-    for (const auto& vector : model.cell) {
-      fact("  cell vector", fmt::format("{:.6g} {:.6g} {:.6g} Å", vector[0], vector[1], vector[2]));
-    }
-  }
-  double charge = 0, mass = 0;
-  for (const auto value : model.charges) charge += value;
-  for (const auto value : model.masses) mass += value;
-  fact("  mass", fmt::format("{:.6g} u", mass));
-  fact("  charge", fmt::format("{:.4g}", std::abs(charge) < 1e-9 ? 0.0 : charge));
-  fact("  bonds", fmt::format("{}", model.bonds.size()));
-  fact("  kinds of residues", fmt::format("{}", model.residues.words().size()));
-  fact("  monitors", fmt::format("{}", model.monitors.size()));
+  for (const auto& [name, value] : model_facts(model)) fact("  " + name, value);
 }
 
 int print_models(const std::string& path, const ImportedModels& imported) {

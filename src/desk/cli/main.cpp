@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
+#include "desk/cli/shell.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
 
@@ -15,7 +17,8 @@ namespace {
 
 constexpr const char* about =
     "Runs the analysis of molecular dynamics trajectories and shows what comes of it.\n"
-    "A run needs a command script; pathdesk info FILE tells what a trajectory or a model file holds.";
+    "pathdesk run takes a command script, pathdesk shell takes commands as they are typed,\n"
+    "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean.";
 
 std::string script_help() {
   return "A script has one command a line in pathstat's own words (TRAJECTORY argon.trj, PROFILE), comments behind #,\n"
@@ -47,9 +50,8 @@ struct RunWords {
   std::string protocol = "unix";
 };
 
-CLI::App* add_run(CLI::App& app, RunOptions& options, RunWords& words) {
-  auto* run = app.add_subcommand("run", "Runs a command script");
-  run->add_option("SCRIPT", options.script, "The command script")->required()->option_text(" ");
+/// The options of every run.
+void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->add_option("--out", options.output, "Folder for pictures, tables and the report; out without it")
       ->option_text("DIR");
   run->add_option("--format", words.formats, "What to write: any of svg, png, tsv and html; all without it")
@@ -65,7 +67,6 @@ CLI::App* add_run(CLI::App& app, RunOptions& options, RunWords& words) {
   run->add_option("--program", options.program, "The pathstat program; the one beside pathdesk without it")
       ->option_text("PATH");
   run->footer(script_help());
-  return run;
 }
 
 int main_of(int argc, char** argv) {
@@ -75,9 +76,15 @@ int main_of(int argc, char** argv) {
 
   RunOptions options;
   RunWords words;
-  const auto* run = add_run(app, options, words);
+  std::string file, topic;
+  auto* run = app.add_subcommand("run", "Runs a command script");
+  run->add_option("SCRIPT", file, "The command script")->required()->option_text(" ");
+  add_run_options(run, options, words);
+  auto* shell = app.add_subcommand("shell", "Runs commands as they are typed, or a script from the standard input");
+  add_run_options(shell, options, words);
 
-  std::string file;
+  auto* help = app.add_subcommand("words", "Tells what the command words mean");
+  help->add_option("WORD", topic, "A command word, or a text to look for")->option_text(" ");
   auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
   info->add_option("FILE", file, "The file")->required()->option_text(" ");
 
@@ -88,7 +95,11 @@ int main_of(int argc, char** argv) {
   }
   options.formats = formats_of(words.formats);
   options.protocol = protocol_words.at(words.protocol);
-  return run->parsed() ? run_script(options) : print_file_info(file);
+  if (run->parsed()) return run_script(options, file);
+  if (shell->parsed()) return run_shell(options);
+  if (info->parsed()) return print_file_info(file);
+  fmt::print("{}", help_text(topic));
+  return exit_code::success;
 }
 
 }  // namespace

@@ -68,13 +68,16 @@ std::int32_t GraphStore::set_data_method(std::int32_t set, std::int32_t colour, 
   data.colour = colour;
   data.style = style;
   data.label = std::move(label);
+  data.revision = ++changes_;
   return 0;
 }
 
 std::int32_t GraphStore::write_points(std::int32_t set, bool append, std::span<const float> xy) {
   const auto* handle = of_kind(set, PlotKind::data_set);
   if (!handle) return no_such_handle;
-  auto& points = sets_[handle->place].points;
+  auto& data = sets_[handle->place];
+  data.revision = ++changes_;
+  auto& points = data.points;
   if (!append) points.clear();
   points.reserve(points.size() + xy.size() / 2);
   for (std::size_t k = 0; k + 1 < xy.size(); k += 2) points.push_back({xy[k], xy[k + 1]});
@@ -91,11 +94,16 @@ std::int32_t GraphStore::mark(std::string_view name, std::int32_t set, std::int3
     return bad_points;
   }
   data.marks.push_back({std::string(name), mode, {points.begin(), points.end()}});
+  data.revision = ++changes_;
   return 0;
 }
 
 void GraphStore::clear_marks(std::string_view name) {
-  for (auto& set : sets_) std::erase_if(set.marks, [&](const PointMark& mark) { return mark.name == name; });
+  for (auto& set : sets_) {
+    if (std::erase_if(set.marks, [&](const PointMark& mark) { return mark.name == name; }) > 0) {
+      set.revision = ++changes_;
+    }
+  }
 }
 
 std::int32_t GraphStore::set_graph_method(std::int32_t graph, Graph layout) {
@@ -108,13 +116,16 @@ std::int32_t GraphStore::set_graph_method(std::int32_t graph, Graph layout) {
   layout.aspect_ratio = old.aspect_ratio;
   layout.shown = old.shown;
   old = std::move(layout);
+  old.revision = ++changes_;
   return 0;
 }
 
 std::int32_t GraphStore::set_aspect_ratio(std::int32_t graph, float ratio) {
   const auto* handle = of_kind(graph, PlotKind::graph);
   if (!handle) return no_such_handle;
-  graphs_[handle->place].aspect_ratio = ratio;
+  auto& changed = graphs_[handle->place];
+  changed.aspect_ratio = ratio;
+  changed.revision = ++changes_;
   return 0;
 }
 
@@ -152,6 +163,14 @@ std::vector<std::int32_t> GraphStore::shown_graphs() const {
       shown.push_back(static_cast<std::int32_t>(k) + 1);
   }
   return shown;
+}
+
+std::uint64_t GraphStore::revision(std::int32_t graph) const {
+  const auto* found = this->graph(graph);
+  if (!found) return 0;
+  auto latest = found->revision;
+  for (const auto set : found->sets) latest = std::max(latest, data_set(set)->revision);
+  return latest;
 }
 
 }  // namespace pathstat::desk

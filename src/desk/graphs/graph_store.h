@@ -43,6 +43,7 @@ struct DataSet {
   std::string label;
   std::vector<PlotPoint> points;
   std::vector<PointMark> marks;
+  std::uint64_t revision = 0;  ///< of the last change
 };
 
 struct Graph {
@@ -53,6 +54,7 @@ struct Graph {
   std::vector<std::int32_t> sets;  ///< handles
   float aspect_ratio = 0;          ///< width over height; 0 where it is not set
   bool shown = false;              ///< was in the list of a viewer
+  std::uint64_t revision = 0;      ///< of the last change, that of its data sets aside
 };
 
 /// Errors of the store's operations.
@@ -99,6 +101,8 @@ class GraphStore {
   const DataSet* data_set(std::int32_t handle) const;
   /// Handles of all graphs that a viewer has shown, in the order in which they were made.
   std::vector<std::int32_t> shown_graphs() const;
+  /// Rises with each change of a graph or its data sets; 0 for a handle of another kind.
+  std::uint64_t revision(std::int32_t graph) const;
 
   void begin() { ++open_; }
   /// Ends a transaction. @return false if none is open
@@ -113,6 +117,7 @@ class GraphStore {
   std::vector<Graph> graphs_;
   std::vector<DataSet> sets_;
   std::vector<std::vector<std::int32_t>> viewers_;
+  std::uint64_t changes_ = 0;
   int open_ = 0;
 };
 

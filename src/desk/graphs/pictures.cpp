@@ -166,7 +166,9 @@ std::string picture_script(std::span<const Figure> figures, const PictureFolders
 
 std::string draw_pictures(std::span<const Figure> figures, const PictureFolders& folders,
                           const std::filesystem::path& scratch) {
-  if (std::none_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.has_points(); })) return {};
+  const bool wanted = !folders.svg.empty() || !folders.png.empty();
+  const auto has_points = [](const Figure& figure) { return figure.has_points(); };
+  if (!wanted || std::none_of(figures.begin(), figures.end(), has_points)) return {};
   const auto input = scratch / "pictures.gnuplot", output = scratch / "pictures.out";
   std::ofstream file(input, std::ios::binary);
   file << picture_script(figures, folders);

@@ -93,6 +93,14 @@ void UserInterface::return_list(const std::string& text) {
   if (events_.returned) events_.returned(text);
 }
 
+void UserInterface::end_repeats() {
+  if (events_.repeats_end) events_.repeats_end();
+}
+
+void UserInterface::change_values(const std::string& words) {
+  if (events_.values_changed) events_.values_changed(words);
+}
+
 const std::string& UserInterface::modal_state(std::int32_t modal_class) {
   return modal_.try_emplace(modal_class, "DEFAULT").first->second;
 }
@@ -154,9 +162,11 @@ void register_interface_operations(OperationServer& server, UserInterface& ui) {
   // There is no port where a detached process could ask to come back.
   server.on("kvZ_PublicPort", [](const auto&, auto& reply) { reply.error = reply.result = not_available; });
 
-  // There is no panel, no held button, no bell, no text window and no picture of the models to bring up to date.
-  for (const auto* name : {"kvU_GUI_SupressRepeats", "kvU_GUI_UpdateAll", "kvU_GUI_UpdateValues", "kvU_BEL_Ring",
-                           "kvS_TXP_Expose", "kvG_RedisplayModels"}) {
+  server.on("kvU_GUI_SupressRepeats", [&ui](const auto&, auto&) { ui.end_repeats(); });
+  server.on("kvU_GUI_UpdateValues", [&ui](const auto& call, auto&) { ui.change_values(call.text(0)); });
+
+  // There is no bell, no text window, no panel of other words and no picture of the models to bring up to date.
+  for (const auto* name : {"kvU_GUI_UpdateAll", "kvU_BEL_Ring", "kvS_TXP_Expose", "kvG_RedisplayModels"}) {
     server.on(name, do_nothing);
   }
 }

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <utility>
 
 #include "desk/graphs/figure.h"
-#include "desk/graphs/pictures.h"
 #include "desk/report/html_report.h"
 
 namespace pathstat::desk {
@@ -35,6 +35,14 @@ std::string copy_result(const fs::path& from, const fs::path& folder) {
   return error ? fmt::format("cannot copy {} to {}: {}", from.string(), to.string(), error.message()) : std::string{};
 }
 
+void add_problem(std::vector<std::string>& problems, std::string problem) {
+  if (!problem.empty()) problems.push_back(std::move(problem));
+}
+
+/// The files of one graph by the format that asks for them.
+constexpr std::array<std::pair<bool OutputFormats::*, const char*>, 3> kinds_of_files{
+    {{&OutputFormats::svg, ".svg"}, {&OutputFormats::png, ".png"}, {&OutputFormats::tsv, ".tsv"}}};
+
 }  // namespace
 
 std::vector<fs::path> result_files(const fs::path& work, fs::file_time_type since, const std::set<fs::path>& tables) {
@@ -54,23 +62,42 @@ std::vector<fs::path> result_files(const fs::path& work, fs::file_time_type sinc
   return {files.begin(), files.end()};
 }
 
-std::vector<std::string> write_output(const RunRecord& record, const GraphStore& store, const OutputPlan& plan) {
-  std::vector<std::string> problems;
-  const auto note = [&](std::string problem) {
-    if (!problem.empty()) problems.push_back(std::move(problem));
-  };
-  const auto figures = figures_of(store);
-  PictureFolders pictures;
-  if (plan.formats.svg || plan.formats.html) pictures.svg = plan.formats.svg ? plan.folder : plan.scratch;
-  if (plan.formats.png) pictures.png = plan.folder;
-  if (!pictures.svg.empty() || !pictures.png.empty()) note(draw_pictures(figures, pictures, plan.scratch));
-  if (plan.formats.tsv) {
-    for (const auto& figure : figures) note(write_file(plan.folder / (figure.name + ".tsv"), points_table(figure)));
+PictureFolders RunOutput::picture_folders() const {
+  PictureFolders folders;
+  if (plan_.formats.svg || plan_.formats.html) folders.svg = plan_.formats.svg ? plan_.folder : plan_.scratch;
+  if (plan_.formats.png) folders.png = plan_.folder;
+  return folders;
+}
+
+RunOutput::Graphs RunOutput::write_graphs(const GraphStore& store) {
+  Graphs graphs;
+  auto figures = figures_of(store);
+  std::erase_if(figures, [&](const Figure& figure) {
+    const auto revision = store.revision(figure.graph);
+    return std::exchange(written_[figure.graph], revision) == revision;
+  });
+  add_problem(graphs.problems, draw_pictures(figures, picture_folders(), plan_.scratch));
+  for (const auto& figure : figures) {
+    const auto path = [&](const char* extension) { return plan_.folder / (figure.name + extension); };
+    if (plan_.formats.tsv) add_problem(graphs.problems, write_file(path(".tsv"), points_table(figure)));
+    std::string files;
+    for (const auto& [kind, extension] : kinds_of_files) {
+      const bool drawn = plan_.formats.*kind && (figure.has_points() || kind == &OutputFormats::tsv);
+      if (drawn) files += (files.empty() ? "" : " ") + path(extension).string();
+    }
+    if (!files.empty() && graphs.problems.empty()) graphs.files.push_back(std::move(files));
   }
-  for (const auto& result : plan.results) note(copy_result(result, plan.folder));
-  if (plan.formats.html) {
-    ReportParts parts{record, figures, pictures.svg, plan.results, plan.formats.tsv};
-    note(write_file(plan.folder / "report.html", html_report(parts)));
+  return graphs;
+}
+
+std::vector<std::string> RunOutput::write_report(const RunRecord& record, const GraphStore& store,
+                                                 const std::vector<fs::path>& results) const {
+  std::vector<std::string> problems;
+  for (const auto& result : results) add_problem(problems, copy_result(result, plan_.folder));
+  if (plan_.formats.html) {
+    const auto figures = figures_of(store);
+    const ReportParts parts{record, figures, picture_folders().svg, results, plan_.formats.tsv};
+    add_problem(problems, write_file(plan_.folder / "report.html", html_report(parts)));
   }
   return problems;
 }

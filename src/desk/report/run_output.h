@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
+#include "desk/graphs/pictures.h"
 #include "desk/report/run_record.h"
 
 namespace pathstat::desk {
@@ -21,8 +24,7 @@ struct OutputFormats {
 struct OutputPlan {
   std::filesystem::path folder;
   OutputFormats formats;
-  std::vector<std::filesystem::path> results;  ///< files of the process, copied under their own names
-  std::filesystem::path scratch;               ///< for files that are of no more use at the end
+  std::filesystem::path scratch;  ///< for files that are of no more use at the end
 };
 
 /// The files that the process leaves as results in its working folder, written no earlier than `since`, and those of
@@ -31,8 +33,29 @@ std::vector<std::filesystem::path> result_files(const std::filesystem::path& wor
                                                 std::filesystem::file_time_type since,
                                                 const std::set<std::filesystem::path>& tables);
 
-/// Writes pictures and points of the graphs, the result files and the report. @return what went wrong, sentence by
-/// sentence; everything else is written all the same
-std::vector<std::string> write_output(const RunRecord& record, const GraphStore& store, const OutputPlan& plan);
+/// Writes what comes of a run, each graph again only when it has changed. What goes wrong is told sentence by sentence;
+/// everything else is written all the same.
+class RunOutput {
+ public:
+  explicit RunOutput(OutputPlan plan) : plan_(std::move(plan)) {}
+
+  struct Graphs {
+    std::vector<std::string> files;  ///< for each graph that was written, its files with blanks between
+    std::vector<std::string> problems;
+  };
+  /// Writes the pictures and points of the graphs that have changed since they were last written.
+  Graphs write_graphs(const GraphStore& store);
+
+  /// Copies result files, those of the process under their own names, and writes the report. The graphs must have been
+  /// written.
+  std::vector<std::string> write_report(const RunRecord& record, const GraphStore& store,
+                                        const std::vector<std::filesystem::path>& results) const;
+
+ private:
+  PictureFolders picture_folders() const;
+
+  OutputPlan plan_;
+  std::map<std::int32_t, std::uint64_t> written_;  ///< revisions by graph
+};
 
 }  // namespace pathstat::desk

@@ -24,4 +24,9 @@ void watch_interrupts() {
 
 int interrupts() { return requests; }
 
+void forget_interrupts() {
+  requests = 0;
+  watch_interrupts();
+}
+
 }  // namespace pathstat::desk

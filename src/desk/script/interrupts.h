@@ -7,5 +7,7 @@ namespace pathstat::desk {
 /// Writing to a process or a pager that is gone becomes an error instead of the end.
 void watch_interrupts();
 int interrupts();
+/// Begins to count anew, for the next line that is typed.
+void forget_interrupts();
 
 }  // namespace pathstat::desk

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <numeric>
 #include <optional>
 
@@ -47,36 +48,67 @@ std::string joined(const Words& words, std::string_view between) {
   return text;
 }
 
-bool is_choice(const std::string& word) {
-  int choice = 0;
-  const auto [end, status] = std::from_chars(word.data(), word.data() + word.size(), choice);
-  return status == std::errc{} && end == word.data() + word.size() && choice >= 1;
+template <class T>
+std::optional<T> number_of(const std::string& word) {
+  T number{};
+  const auto [end, status] = std::from_chars(word.data(), word.data() + word.size(), number);
+  return status == std::errc{} && end == word.data() + word.size() ? std::optional(number) : std::nullopt;
 }
 
-/// One kind of line for the desk..
+bool is_count(const std::string& word) { return number_of<int>(word).value_or(0) >= 1; }
+bool is_coordinate(const std::string& word) { return std::isfinite(number_of<double>(word).value_or(NAN)); }
+
+bool fits_step(const Words& words) {
+  const bool has_count = words.size() == 2 && is_count(words[1]);
+  return (words.size() == 1 || has_count) && (words[0] == "forwards" || words[0] == "backwards");
+}
+
+bool fits_pick(const Words& words) {
+  return (words.size() == 2 || words.size() == 3) && std::all_of(words.begin() + 1, words.end(), is_coordinate);
+}
+
+/// One kind of line for the desk.
 struct DeskLine {
-  std::string_view name;  ///< its first words
+  DeskLineHelp help;
   LineKind kind;
-  std::string_view usage;
-  std::string_view meaning;
   bool (*fits)(const Words& words);
 };
 
 constexpr std::array desk_lines{
-    DeskLine{"@select atoms", LineKind::select_atoms,
-             "@select atoms all | none | element O | fftype OW | name O1 | residue WAT | ids 1,2-5",
-             "which atoms are selected; several values may follow", [](const Words& words) { return !words.empty(); }},
-    DeskLine{"@select models", LineKind::select_models, "@select models all | none | NAME ...",
-             "which models are selected", [](const Words& words) { return !words.empty(); }},
-    DeskLine{"@answer", LineKind::answer, "@answer KEY CHOICE",
-             "what to answer to the dialog with that key; choices count from 1",
-             [](const Words& words) { return words.size() == 2 && is_choice(words[1]); }},
-    DeskLine{"@request", LineKind::request, "@request WORD ...", "prints the values of words and what they may be",
+    DeskLine{{"@select atoms", "@select atoms all | none | element O | fftype OW | name O1 | residue WAT | ids 1,2-5",
+              "which atoms are selected; several values may follow"},
+             LineKind::select_atoms,
              [](const Words& words) { return !words.empty(); }},
-    DeskLine{"@stop-on-error", LineKind::stop_on_error, "@stop-on-error yes | no",
-             "whether a failed command ends the run; yes at the start",
+    DeskLine{{"@select models", "@select models all | none | NAME ...", "which models are selected"},
+             LineKind::select_models,
+             [](const Words& words) { return !words.empty(); }},
+    DeskLine{{"@answer", "@answer KEY CHOICE", "what to answer to the dialog with that key; choices count from 1"},
+             LineKind::answer,
+             [](const Words& words) { return words.size() == 2 && is_count(words[1]); }},
+    DeskLine{{"@request", "@request WORD ...", "prints the values of words and what they may be"},
+             LineKind::request,
+             [](const Words& words) { return !words.empty(); }},
+    DeskLine{{"@show model", "@show model", "prints the current model, as the shown frame has it"},
+             LineKind::show_model,
+             [](const Words& words) { return words.empty(); }},
+    DeskLine{{"@step", "@step forwards | backwards [N]",
+              "steps through the frames as a held button does: N steps, or fewer where stepping ends"},
+             LineKind::step,
+             fits_step},
+    DeskLine{{"@pick", "@pick GRAPH X [Y]", "shows the frame of the point at X of a graph, as a click on it does"},
+             LineKind::pick,
+             fits_pick},
+    DeskLine{{"@stop-on-error", "@stop-on-error yes | no",
+              "whether a failed line ends the run; yes at the start, but no where lines are typed"},
+             LineKind::stop_on_error,
              [](const Words& words) { return words.size() == 1 && (words[0] == "yes" || words[0] == "no"); }},
 };
+
+constexpr auto helps = [] {
+  std::array<DeskLineHelp, desk_lines.size()> all{};
+  for (std::size_t k = 0; k < all.size(); ++k) all[k] = desk_lines[k].help;
+  return all;
+}();
 
 /// The number of single changes that turn one text into the other.
 std::size_t distance(std::string_view a, std::string_view b) {
@@ -94,8 +126,8 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-const DeskLine& nearest(std::string_view text) {
-  return *std::min_element(desk_lines.begin(), desk_lines.end(), [&](const DeskLine& a, const DeskLine& b) {
+const DeskLineHelp& nearest(std::string_view text) {
+  return *std::min_element(helps.begin(), helps.end(), [&](const DeskLineHelp& a, const DeskLineHelp& b) {
     return distance(text.substr(0, a.name.size()), a.name) < distance(text.substr(0, b.name.size()), b.name);
   });
 }
@@ -104,11 +136,11 @@ const DeskLine& nearest(std::string_view text) {
 std::string read_desk_line(ScriptLine& line) {
   const auto words = words_of(line.text);
   for (const auto& row : desk_lines) {
-    const auto name = words_of(row.name);
+    const auto name = words_of(row.help.name);
     if (words.size() < name.size() || !std::equal(name.begin(), name.end(), words.begin())) continue;
     line.kind = row.kind;
     line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
-    return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.usage);
+    return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.help.usage);
   }
   return fmt::format("there is no line {}; did you mean {}?", joined(words, " "), nearest(line.text).usage);
 }
@@ -135,7 +167,6 @@ std::optional<Token> next_token(std::string_view text, std::size_t from) {
   return Token{from, end, end};
 }
 
-/// Commands whose first argument is a path.
 constexpr std::array path_commands{std::string_view("TRAJECTORY"), std::string_view("STATISTICS_FILENAME")};
 
 }  // namespace
@@ -148,9 +179,9 @@ std::vector<std::string> words_of(std::string_view text) {
   return words;
 }
 
-Script read_script(std::string_view text) {
+Script read_script(std::string_view text, int first_number) {
   Script script;
-  for (int number = 1; !text.empty(); ++number) {
+  for (int number = first_number; !text.empty(); ++number) {
     const auto end = std::min(text.find('\n'), text.size());
     const auto content = stripped(without_comment(text.substr(0, end)));
     text.remove_prefix(std::min(end + 1, text.size()));
@@ -170,8 +201,12 @@ Script read_script(std::string_view text) {
   return script;
 }
 
+bool takes_path(std::string_view word) {
+  return std::find(path_commands.begin(), path_commands.end(), word) != path_commands.end();
+}
+
 std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder) {
-  if (std::find(path_commands.begin(), path_commands.end(), word) == path_commands.end()) return std::string(arguments);
+  if (!takes_path(word)) return std::string(arguments);
   const auto token = next_token(arguments, 0);
   if (!token || token->first == token->end) return std::string(arguments);
   const auto name = arguments.substr(token->first, token->end - token->first);
@@ -181,9 +216,11 @@ std::string with_resolved_path(std::string_view word, std::string_view arguments
   return fmt::format("{}{}{}{}", mark, path, mark, arguments.substr(token->next));
 }
 
+std::span<const DeskLineHelp> desk_line_helps() { return helps; }
+
 std::string desk_lines_help() {
   std::string help;
-  for (const auto& row : desk_lines) help += fmt::format("  {}\n      {}\n", row.usage, row.meaning);
+  for (const auto& row : helps) help += fmt::format("  {}\n      {}\n", row.usage, row.meaning);
   return help;
 }
 

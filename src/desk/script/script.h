@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,7 +9,7 @@
 namespace pathstat::desk {
 
 /// What a line of a script does.
-enum class LineKind { command, select_atoms, select_models, answer, request, stop_on_error };
+enum class LineKind { command, select_atoms, select_models, answer, request, show_model, step, pick, stop_on_error };
 
 struct ScriptLine {
   int number = 0;  ///< in the file, from 1
@@ -26,7 +27,8 @@ struct Script {
 
 /// Reads a script: one command or one line for the desk (@) a line, empty lines, and comments that begin with a #
 /// outside quotes at the start or behind a blank.
-Script read_script(std::string_view text);
+/// @param first_number  the number of the first line of the text
+Script read_script(std::string_view text, int first_number = 1);
 
 /// The words of a text: separated by blanks, a word with blanks between quotes.
 std::vector<std::string> words_of(std::string_view text);
@@ -35,7 +37,18 @@ std::vector<std::string> words_of(std::string_view text);
 /// names that begin with a variable or the home folder, keep their arguments.
 std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder);
 
-/// One line of help for each kind of line that begins with @.
+/// True for a command whose first argument is a path.
+bool takes_path(std::string_view word);
+
+/// What a user is told of one kind of line that begins with @.
+struct DeskLineHelp {
+  std::string_view name;  ///< its first words
+  std::string_view usage;
+  std::string_view meaning;
+};
+std::span<const DeskLineHelp> desk_line_helps();
+
+/// Two lines of help for each kind of line that begins with @.
 std::string desk_lines_help();
 
 }  // namespace pathstat::desk

@@ -1,0 +1,385 @@
+#include "desk/script/line_runner.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <chrono>
+#include <sstream>
+
+#include "desk/graphs/plot_operations.h"
+#include "desk/ops/model_operations.h"
+#include "desk/report/model_text.h"
+#include "desk/script/answer_text.h"
+#include "desk/script/interrupts.h"
+
+namespace pathstat::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+/// How the words of the stepping panel begin, and the words that this panel shows.
+constexpr std::string_view stepping_panel = "AnalAnim";
+const std::array<std::string, 4> stepping_words{"CURRENT_FRAME_NUMBER", "CURRENT_FRAME_TIME", "FRAME_STEP_FORWARDS",
+                                                "FRAME_STEP_BACKWARDS"};
+
+/// The class of modal states that says what a click on a graph does, and its state while it shows a frame.
+constexpr std::int32_t click_class = 9;
+constexpr std::string_view click_shows_frame = "ANALYSIS_PICK";
+
+double seconds_since(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+std::string indented(std::string_view text) {
+  std::string all = "    ";
+  for (const char c : text) all += c == '\n' ? std::string("\n    ") : std::string(1, c);
+  return all;
+}
+
+/// A message as the list of a failed command's messages shows it.
+std::string in_full(const Message& message) {
+  std::string line = message.key.empty() ? message.text : fmt::format("{}: {}", message.key, message.text);
+  std::string arguments;
+  for (const auto& argument : message.arguments) arguments += (arguments.empty() ? "" : ", ") + shown(argument);
+  return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
+}
+
+std::string without_blanks(std::string_view text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(' ') - first + 1));
+}
+
+std::string first_value(const WordAnswer& answer) {
+  return answer.values.empty() ? std::string{} : without_blanks(answer.values.front());
+}
+
+/// "Frame 12 of the range, 0.55 ps", from the answers of the stepping panel's words; empty where there is no frame.
+std::string frame_text(const std::vector<WordAnswer>& answers) {
+  const auto number = first_value(answers[0]), time = first_value(answers[1]);
+  if (number.empty()) return {};
+  auto text = fmt::format("Frame {} of the range", number);
+  double picoseconds = 0;
+  const auto [end, status] = std::from_chars(time.data(), time.data() + time.size(), picoseconds);
+  if (status == std::errc{} && !time.empty()) text += fmt::format(", {:.6g} ps", picoseconds);
+  if (first_value(answers[2]) == "Y") text += ", stepping forwards";
+  if (first_value(answers[3]) == "Y") text += ", stepping backwards";
+  return text;
+}
+
+std::string in_quotes(std::string_view text) {
+  const char mark = text.find('"') == std::string_view::npos ? '"' : '\'';
+  return fmt::format("{0}{1}{0}", mark, text);
+}
+
+std::string joined(const std::vector<std::string>& items) {
+  std::string all;
+  for (const auto& item : items) all += (all.empty() ? "" : ", ") + item;
+  return all;
+}
+
+}  // namespace
+
+LineRunner::LineRunner(LineSource source, const RunPlace& place)
+    : source_(std::move(source)),
+      place_(place),
+      work_started_(fs::file_time_type::clock::now() - std::chrono::seconds(1)),
+      interface_(events()),
+      session_(
+          server_, [this](std::string_view line) { take_line(line); }, [] { return interrupts() >= 2; }),
+      output_({.folder = place.output, .formats = place.formats, .scratch = place.private_folder}),
+      stop_on_error_(source_.stop_on_error) {
+  record_.script = source_.name;
+  record_.program = place.program;
+  record_.started = fmt::format("{:%Y-%m-%d %H:%M:%S}", fmt::localtime(std::time(nullptr)));
+  model_.set_folder(place.work);
+  model_.set_problem_sink([this](const std::string& text) { take_message({MessageKind::error, 2, {}, {}, text}); });
+  register_data_model_operations(server_, model_);
+  register_analysis_operations(server_, model_);
+  register_interface_operations(server_, interface_);
+  register_plot_operations(server_, store_);
+}
+
+InterfaceEvents LineRunner::events() {
+  return {.message = [this](const Message& message) { take_message(message); },
+          .progress = [this](double fraction) { console_.show_progress(fraction); },
+          .status = [this](const std::string& text) { console_.show_status(text); },
+          .returned = [this](const std::string& text) { take_returned(text); },
+          .interrupted = [] { return interrupts() > 0; },
+          .repeats_end = [this] { repeats_ended_ = true; },
+          .values_changed = [this](const std::string& words) { refresh_values(words); }};
+}
+
+std::string LineRunner::start() {
+  return session_.start({place_.program, place_.work, place_.private_folder, place_.protocol});
+}
+
+void LineRunner::take_message(const Message& message) {
+  record_.note(message);
+  const bool held = message.kind == MessageKind::error || message.kind == MessageKind::warning;
+  if (held)
+    held_.push_back(message);
+  else
+    console_.print(message.text);
+}
+
+void LineRunner::take_line(std::string_view line) {
+  record_.note(PrintedLine{std::string(line)});
+  console_.print(line);
+}
+
+void LineRunner::take_returned(const std::string& text) {
+  record_.note(ReturnedText{text});
+  console_.print(text);
+}
+
+/// Asks again for the values of a panel that the process has called out of date: nested, while its call waits.
+void LineRunner::refresh_values(std::string_view words) {
+  if (!words.starts_with(stepping_panel)) return;
+  ask_frame();
+  if (frame_) console_.show_status(*frame_);
+}
+
+void LineRunner::ask_frame() {
+  const auto answers = session_.request(stepping_words);
+  frame_.reset();
+  if (!answers) return;
+  if (auto text = frame_text(*answers); !text.empty()) frame_ = std::move(text);
+}
+
+void LineRunner::write_graphs() {
+  const auto written = output_.write_graphs(store_);
+  for (const auto& files : written.files) console_.print(fmt::format("Wrote {}", files));
+  for (const auto& problem : written.problems) console_.complain("pathdesk: " + problem);
+}
+
+LineEnd LineRunner::run(const ScriptLine& line) {
+  record_.steps.push_back({.line = line.number, .text = line.text, .status = {}, .notes = {}, .graphs = {}});
+  held_.clear();
+  frame_.reset();
+  console_.set_activity(line.text);
+  const auto start = Clock::now();
+  const auto problem = run_kind(line);
+  console_.clear();
+  if (frame_) take_returned(*frame_);
+  auto& step = record_.steps.back();
+  step.seconds = seconds_since(start);
+  record_.seconds += step.seconds;
+  step.failed = !problem.empty();
+  for (const auto graph : store_.shown_graphs()) {
+    if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
+  }
+  if (step.failed) {
+    report_failure(line, problem);
+  } else {
+    for (const auto& message : held_) {
+      console_.complain((message.kind == MessageKind::error ? "error: " : "warning: ") + message.text);
+    }
+  }
+  if (source_.pictures_at_once) write_graphs();
+  if (interrupts() > 0) return LineEnd::interrupted;
+  if (stopped_) return LineEnd::stopped;
+  if (session_.lost()) return LineEnd::lost;
+  return step.failed ? LineEnd::failed : LineEnd::done;
+}
+
+void LineRunner::report_failure(const ScriptLine& line, const std::string& problem) {
+  const auto where = source_.place.empty() ? std::string{} : fmt::format("{}:{}: ", source_.place, line.number);
+  console_.complain(where + problem);
+  for (const auto& note : record_.steps.back().notes) {
+    const auto* message = std::get_if<Message>(&note);
+    if (message && message->kind != MessageKind::table) console_.complain(indented(in_full(*message)));
+  }
+}
+
+bool LineRunner::finish() {
+  console_.clear();
+  auto problems = output_.write_graphs(store_).problems;
+  const auto others = output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
+  problems.insert(problems.end(), others.begin(), others.end());
+  session_.finish();
+  for (const auto& problem : problems) console_.complain("pathdesk: " + problem);
+  console_.print(fmt::format("Results are in {}", place_.output.string()));
+  return problems.empty();
+}
+
+std::string LineRunner::run_kind(const ScriptLine& line) {
+  switch (line.kind) {
+    case LineKind::command:
+      return run_command(line);
+    case LineKind::select_atoms:
+      return select_atoms(line.words);
+    case LineKind::select_models:
+      return model_.select_models(line.words);
+    case LineKind::answer:
+      return settle_answer(line.words);
+    case LineKind::request:
+      return request(line.words);
+    case LineKind::show_model:
+      return show_model();
+    case LineKind::step:
+      return step(line.words);
+    case LineKind::pick:
+      return pick(line.words);
+    case LineKind::stop_on_error:
+      stop_on_error_ = line.words[0] == "yes";
+      return {};
+  }
+  return {};
+}
+
+std::string LineRunner::run_command(const ScriptLine& line) {
+  const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
+  if (line.word.size() > longest_text || arguments.size() > longest_text) return "this line is too long";
+  auto problem = send(line.word, arguments);
+  if (session_.lost()) stopped_ = line.word == "STOP" && session_.ended_well();
+  if (stopped_) return {};
+  if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_table_name();
+  const auto is_lower = [](unsigned char c) { return std::islower(c) != 0; };
+  if (!problem.empty() && std::any_of(line.word.begin(), line.word.end(), is_lower)) {
+    problem += "; command words are written in capitals";
+  }
+  return problem;
+}
+
+/// Sends one command; the step keeps the first status that is not 0.
+std::string LineRunner::send(std::string_view word, std::string_view arguments) {
+  const auto status = session_.command(word, arguments);
+  if (!status) return fmt::format("{} did not end: {}", word, session_.loss());
+  auto& kept = record_.steps.back().status;
+  if (kept.value_or(0) == 0) kept = *status;
+  return *status == 0 ? std::string{} : fmt::format("{} failed with status {}", word, *status);
+}
+
+/// The process completes the name of its table file; the file is to be found under the name that it tells.
+void LineRunner::note_table_name() {
+  const std::string word = "STATISTICS_FILENAME";
+  const auto answers = session_.request(std::span(&word, 1));
+  if (!answers || answers->front().values.empty()) return;
+  const auto& name = answers->front().values.front();
+  tables_.insert(place_.work / name.substr(0, name.find_last_not_of(' ') + 1));
+}
+
+std::string LineRunner::settle_answer(const std::vector<std::string>& words) {
+  const auto* row = find_message(words[0]);
+  if (row && row->kind == MessageKind::dialog) {
+    interface_.settle_answer(words[0], std::stoi(words[1]));
+    return {};
+  }
+  std::string known;
+  for (const auto& each : message_rows()) {
+    const bool asks = each.kind == MessageKind::dialog && each.text.find('|') == std::string_view::npos;
+    const std::vector<MessageArgument> names(each.arguments.size(), std::string("..."));
+    if (asks) known += fmt::format("\n    {}: {}", each.key, filled(each.text, names));
+  }
+  return fmt::format("no dialog has the key {}; these have:{}", words[0], known);
+}
+
+std::string LineRunner::select_atoms(const std::vector<std::string>& words) {
+  std::vector<std::string> values;
+  for (std::size_t k = 1; k < words.size(); ++k) {
+    std::istringstream parts(words[k]);
+    for (std::string part; std::getline(parts, part, ',');) {
+      if (!part.empty()) values.push_back(part);
+    }
+  }
+  auto problem = model_.select_atoms(words[0] == "ids" ? "id" : words[0], values);
+  if (problem.empty()) take_returned(fmt::format("{} atoms are selected", model_.selected_atoms()));
+  return problem;
+}
+
+std::string LineRunner::request(const std::vector<std::string>& words) {
+  const auto answers = session_.request(words);
+  if (!answers) return "the request was not answered: " + session_.loss();
+  for (std::size_t k = 0; k < words.size(); ++k) {
+    const auto& answer = (*answers)[k];
+    auto text = fmt::format("{} = {}", words[k], spelled(answer.values));
+    if (!answer.ranges.empty()) text += fmt::format("\n  of: {}", spelled(answer.ranges));
+    take_returned(text);
+  }
+  return {};
+}
+
+std::string LineRunner::show_model() {
+  const auto* model = model_.model(model_.current_model());
+  if (!model) return "there is no model; TRAJECTORY brings in the one that lies beside its file";
+  auto facts = model_facts(model->data);
+  const auto centre = centre_of_mass(model->data);
+  facts.push_back({"centre of mass", fmt::format("{:10.5f} {:10.5f} {:10.5f} Å", centre[0], centre[1], centre[2])});
+  ask_frame();
+  if (frame_) facts.push_back({"shown", *frame_});
+  frame_.reset();
+  take_returned(fmt::format("Model {}\n{}\n{}", model->data.name, facts_text(facts), atoms_text(model->data)));
+  return {};
+}
+
+std::string LineRunner::step(const std::vector<std::string>& words) {
+  const auto* word = words[0] == "forwards" ? "FRAME_STEP_FORWARDS" : "FRAME_STEP_BACKWARDS";
+  const int wanted = words.size() > 1 ? std::stoi(words[1]) : 1;
+  int steps = 0;
+  repeats_ended_ = false;
+  auto problem = send(word, "START");
+  while (problem.empty() && !repeats_ended_ && ++steps < wanted && interrupts() == 0) problem = send(word, "HOLD");
+  auto release_problem = session_.lost() ? std::string{} : send(word, "END");
+  if (problem.empty()) problem = std::move(release_problem);
+  if (!problem.empty()) return problem;
+  if (repeats_ended_) take_returned(fmt::format("Stepping ended after {} of {} steps.", steps, wanted));
+  if (!frame_) ask_frame();
+  return {};
+}
+
+std::string LineRunner::pick(const std::vector<std::string>& words) {
+  const GraphStore::Handle* graph = nullptr;
+  for (const auto shown : store_.shown_graphs()) {
+    const auto* info = store_.info(shown);
+    if (::strcasecmp(without_blanks(info->name).c_str(), words[0].c_str()) == 0) graph = info;
+  }
+  if (!graph) {
+    const auto names = graph_names();
+    if (names.empty()) return "no graph has been drawn yet";
+    return fmt::format("there is no graph {}; there are: {}", words[0], joined(names));
+  }
+  if (interface_.modal_state(click_class) != click_shows_frame)
+    return "no trajectory is loaded whose frame could be shown";
+  const auto* y = words.size() > 2 ? words[2].c_str() : "0";
+  const auto place = fmt::format("{} {} {} {} ", in_quotes(graph->name), graph->version, words[1], y);
+  for (const auto* event : {"START", "END"}) {
+    auto problem = send("ANALYSIS_STRUCTURE_FROM_PLOT", place + event);
+    if (!problem.empty()) return problem;
+  }
+  if (!frame_) ask_frame();
+  return {};
+}
+
+std::vector<std::string> LineRunner::allowed_values(const std::string& word) {
+  const auto answers = session_.request(std::span(&word, 1));
+  if (!answers) return {};
+  // Items that are set in can be chosen, unless they stand in angle brackets; those that are not are their headings.
+  auto items = items_of(answers->front().ranges);
+  const auto is_set_in = [](const std::string& item) { return item.front() == ' '; };
+  if (std::any_of(items.begin(), items.end(), is_set_in)) std::erase_if(items, std::not_fn(is_set_in));
+  for (auto& item : items) item = without_blanks(item);
+  std::erase_if(items, [](const std::string& item) { return item.front() == '<'; });
+  return items;
+}
+
+std::vector<std::string> LineRunner::graph_names() const {
+  std::vector<std::string> names;
+  for (const auto graph : store_.shown_graphs()) {
+    auto name = without_blanks(store_.info(graph)->name);
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+std::vector<std::string> LineRunner::model_names() const {
+  std::vector<std::string> names;
+  for (const auto* model : model_.models()) names.push_back(model->data.name);
+  return names;
+}
+
+}  // namespace pathstat::desk

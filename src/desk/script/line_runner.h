@@ -1,0 +1,117 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "desk/graphs/graph_store.h"
+#include "desk/link/core_session.h"
+#include "desk/model/data_model.h"
+#include "desk/ops/operation_server.h"
+#include "desk/ops/user_interface.h"
+#include "desk/report/run_output.h"
+#include "desk/script/console.h"
+#include "desk/script/script.h"
+
+namespace pathstat::desk {
+
+/// Where lines come from.
+struct LineSource {
+  std::string name;   ///< in the report
+  std::string place;  ///< stands with the line number in front of what is wrong; empty for lines that are typed
+  std::filesystem::path folder;  ///< where relative paths begin
+  bool stop_on_error = true;
+  bool pictures_at_once = false;  ///< graphs are drawn behind each line, not at the end
+};
+
+/// Folders and program of one run; all exist.
+struct RunPlace {
+  std::filesystem::path program;
+  std::filesystem::path work;
+  std::filesystem::path private_folder;
+  std::filesystem::path output;
+  OutputFormats formats;
+  Protocol protocol = Protocol::unix_socket;
+};
+
+/// How a line ended.
+enum class LineEnd {
+  done,
+  failed,
+  interrupted,  ///< by the user
+  stopped,      ///< it told the process to stop
+  lost,         ///< the process was lost
+};
+
+/// The desk's parts, wired together, with a process under them: runs one line after the other, tells the user what
+/// comes of it and keeps it for the report.
+class LineRunner {
+ public:
+  LineRunner(LineSource source, const RunPlace& place);
+
+  /// Starts the process. @return empty, or what went wrong
+  std::string start();
+  LineEnd run(const ScriptLine& line);
+  bool stops_on_error() const { return stop_on_error_; }
+  /// Why the run ends ahead of its lines, for the report.
+  void end_with(std::string why) { record_.ending = std::move(why); }
+  /// How the process was lost.
+  const std::string& loss() const { return session_.loss(); }
+  /// Writes what came of the lines and ends the process. @return false if something could not be written
+  bool finish();
+
+  Console& console() { return console_; }
+
+  // What is there to choose from, for whoever types lines.
+
+  /// What the first value of a word may be; empty for a word that takes anything.
+  std::vector<std::string> allowed_values(const std::string& word);
+  std::vector<std::string> graph_names() const;
+  std::vector<std::string> model_names() const;
+
+ private:
+  InterfaceEvents events();
+  void take_message(const Message& message);
+  void take_line(std::string_view line);
+  void take_returned(const std::string& text);
+  void refresh_values(std::string_view words);
+  void ask_frame();
+  void write_graphs();
+  void report_failure(const ScriptLine& line, const std::string& problem);
+
+  // Each returns what went wrong, or nothing.
+  std::string run_kind(const ScriptLine& line);
+  std::string run_command(const ScriptLine& line);
+  std::string send(std::string_view word, std::string_view arguments);
+  std::string select_atoms(const std::vector<std::string>& words);
+  std::string settle_answer(const std::vector<std::string>& words);
+  std::string request(const std::vector<std::string>& words);
+  std::string show_model();
+  std::string step(const std::vector<std::string>& words);
+  std::string pick(const std::vector<std::string>& words);
+  void note_table_name();
+
+  const LineSource source_;
+  const RunPlace place_;
+  const std::filesystem::file_time_type work_started_;
+  Console console_;
+  RunRecord record_;
+  DataModel model_;
+  GraphStore store_;
+  OperationServer server_;
+  UserInterface interface_;
+  CoreSession session_;
+  RunOutput output_;
+  std::vector<Message> held_;         ///< errors and warnings of the line that runs
+  std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
+  std::set<std::int32_t> seen_graphs_;
+  std::set<std::filesystem::path> tables_;
+  bool repeats_ended_ = false;
+  bool stop_on_error_;
+  bool stopped_ = false;
+};
+
+}  // namespace pathstat::desk
