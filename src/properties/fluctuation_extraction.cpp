@@ -144,7 +144,6 @@ void extract(const OpenTrajectory& trajectory, std::int32_t id, const std::strin
 
 void fluctdatatodisk_(std::string_view file, std::int32_t& status) {
   const OpenTrajectory trajectory(file, trj_gui_i_.trajectory_model, status);
-  if (status == 0) status = trajectory.attach_status();
   for (std::size_t row = 0; row < fluctuation_table().size() && status == 0; ++row) {
     const CatalogueTable table = fluctuation_table();
     const std::string scratch = fluctuation_file(table.extensions[row]);

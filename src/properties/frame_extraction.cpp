@@ -173,7 +173,6 @@ void write(const Series& series, const FramePoints& points, std::span<const doub
 
 void propsdatatodisktrj_(std::string_view file, std::int32_t& status) {
   const OpenTrajectory trajectory(file, trj_gui_i_.trajectory_model, status);
-  if (status == 0) status = trajectory.attach_status();
   if (status != 0) return;
   std::vector<Series> missing = missing_series(trajectory);
   if (missing.empty()) return;

@@ -189,11 +189,12 @@ TEST_F(Extraction, of_a_frame_that_cannot_be_read_writes_nothing) {
   EXPECT_FALSE(is_on_disk(1));
 }
 
-TEST_F(Extraction, refuses_a_trajectory_of_another_model) {
+TEST_F(Extraction, needs_no_model_that_fits) {
   load("argon", 500, periodic_type::three_dimensional, 200);
   core_.answers["kvD_MOD_NumAtoms"] = [](const auto&) { return RecordingCore::Answer{{499}, {}, {}}; };
-  EXPECT_EQ(extract(), 50015);
-  EXPECT_THAT(files(), IsEmpty());
+  EXPECT_EQ(extract(), 0);
+  EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_112"));
+  EXPECT_EQ(series_in("./PathStat_prf.te").points, 200);
 }
 
 TEST_F(Extraction, keeps_pressure_in_pascal_for_the_fluctuations) {
