@@ -16,12 +16,13 @@ namespace pathstat::desk {
 /// left empty.
 struct InterfaceEvents {
   std::function<void(const Message& message)> message;
-  std::function<void(double fraction)> progress;                 ///< share of the work that is done, 0 to 1
-  std::function<void(const std::string& text)> status;           ///< what is going on; empty when it is over
-  std::function<void(const std::string& text)> returned;         ///< the return list of a command
-  std::function<bool()> interrupted;                             ///< true: the process should stop what it does
-  std::function<void()> repeats_end;                             ///< a held button is to do nothing more
-  std::function<void(const std::string& words)> values_changed;  ///< values of words are out of date; "*" ends a prefix
+  std::function<void(double fraction)> progress;          ///< share of the work that is done, 0 to 1
+  std::function<void(const std::string& text)> status;    ///< what is going on; empty when it is over
+  std::function<void(const std::string& text)> returned;  ///< the return list of a command
+  std::function<bool()> interrupted;                      ///< true: the process should stop what it does
+  std::function<void()> repeats_end{};                    ///< a held button is to do nothing more
+  std::function<void(const std::string& words)>
+      values_changed{};  ///< values of words are out of date; "*" ends a prefix
 };
 
 /// The user's side of the Core without a user: queued message arguments, dialogs with answers that are settled
