@@ -35,7 +35,6 @@ class CellColumns {
 
   // Arrays are longer than the atoms by vector_lanes.
 
-  std::size_t atoms() const { return finite_; }
   std::span<const double> axis(std::size_t k) const { return axes_[k]; }
   /// The number of each atom in the list that was sorted, from 0.
   std::span<const std::int32_t> order() const { return order_; }
@@ -50,7 +49,7 @@ class CellColumns {
     return k == 0 ? column / counts_[1] : column % counts_[1];
   }
   std::size_t column(std::size_t first, std::size_t second) const { return first * counts_[1] + second; }
-  /// The columns that come between two coordinates across axis k; none if first > last - 1.
+  /// The columns that have a part between two coordinates across axis k.
   Run columns_between(std::size_t k, double low, double high) const { return cells_between(k, low, high); }
   /// The stretch of a column across axis k.
   Extent stretch(std::size_t k, std::size_t place) const {

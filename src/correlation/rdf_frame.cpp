@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "correlation/pair_distance.h"
 #include "correlation/pair_histogram.h"
 #include "structure/crystal_maths.h"
 
@@ -26,9 +27,7 @@ void count_pairs(PairCount& pairs, RdfBlocks& blocks, std::int32_t& status) {
   auto& [ia, ib, ic] = pairs.repeats;
   const auto& [a, b, c] = pairs.vectors;
   cellrange_(pairs.periodic_type, a, b, c, pairs.cutoff, ia, ib, ic);
-  double images = 1.0;
-  for (const auto repeats : pairs.repeats) images *= 2.0 * repeats + 1.0;
-  status = images > most_images ? 1 : 0;
+  status = image_count(pairs) > most_images ? 1 : 0;
   if (status == 0) calculaterdf_(pairs, blocks.work.span(), blocks.search, status);
 }
 
