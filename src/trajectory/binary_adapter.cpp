@@ -115,15 +115,17 @@ std::span<double> positions() {
   return {pointer_at<double>(xgraftrj_p_.xgraf_xyz), 3 * static_cast<std::size_t>(xgraftrj_i_.xgraf_total_atoms)};
 }
 
-void make_arrays(std::int32_t& status) {
-  if (status != 0) return;
+/// Makes the arrays of all atoms. Called when the model has as many: the count of the file alone is not to be trusted.
+bool make_arrays() {
   const std::int64_t atoms = xgraftrj_i_.xgraf_total_atoms;
+  std::int32_t status = 0;
   free_arrays();
-  if (kvs_msd_alloc_(identifiers_label, "int", atoms, xgraftrj_p_.xgraf_atom_ids, status) != 0) return;
-  if (kvs_msd_alloc_(positions_label, "double", 3 * atoms, xgraftrj_p_.xgraf_xyz, status) != 0) return;
-  if (xgraftrj_i_.xgraf_movable_atoms == 0) return;
+  if (kvs_msd_alloc_(identifiers_label, "int", atoms, xgraftrj_p_.xgraf_atom_ids, status) != 0) return false;
+  if (kvs_msd_alloc_(positions_label, "double", 3 * atoms, xgraftrj_p_.xgraf_xyz, status) != 0) return false;
+  if (xgraftrj_i_.xgraf_movable_atoms == 0) return true;
   std::int32_t count = 0;
   kva_trj_valueint_(xgraftrj_i_.xgraf_handle, 2008, identifiers(), count, status);
+  return status == 0;
 }
 
 /// The atoms of a model, as the attach needs them.
@@ -172,6 +174,7 @@ bool fits_model(std::int32_t model) {
   kvd_mod_numatoms_(model, with_images, atoms, error);
   if (error == 0) kvd_mod_periodictype_(model, type, error);
   if (error != 0 || atoms != xgraftrj_i_.xgraf_total_atoms || type != xgraftrj_i_.xgraf_period_type) return false;
+  if (!make_arrays()) return false;
   return xgraftrj_i_.xgraf_movable_atoms == xgraftrj_i_.xgraf_total_atoms || append_fixed_atoms(model);
 }
 
@@ -200,7 +203,6 @@ void openxgraftrajectory_(std::string_view name, std::int32_t mode, std::int32_t
   kva_trj_open_(expanded_name(name), binary_mode::read, xgraftrj_i_.xgraf_handle, status);
   derive_run_kind(status);
   derive_atoms(status);
-  make_arrays(status);
   if (status != 0) return closexgraf_(open_trajectory_handle, ignored);
   xgraftrj_l_.xgraf_open = true;
   handle = open_trajectory_handle;
