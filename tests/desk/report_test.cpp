@@ -41,6 +41,17 @@ TEST(HtmlReport, joins_the_lines_of_a_table_into_one_block) {
   EXPECT_EQ(page.find("<pre>"), page.rfind("<pre>"));
 }
 
+TEST(HtmlReport, tells_the_marked_points_of_a_graph) {
+  const std::vector<PlotPoint> points{{0.25F, -1.5F}, {0.5F, 2.5F}};
+  Figure figure;
+  figure.graph = 1;
+  figure.x_text = "Time (ps)";
+  figure.curves.push_back({.label = "Energy", .points = &points, .highlighted = points[1]});
+  RunRecord record;
+  record.steps.push_back({.line = 1, .text = "PROFILE", .status = 0, .notes = {}, .graphs = {1}});
+  EXPECT_THAT(html_report({record, {&figure, 1}, {}, {}, false}), HasSubstr("marked: Time (ps) 0.5, Energy 2.5"));
+}
+
 TEST(HtmlTable, makes_rows_of_tab_separated_lines_and_shortens_long_numbers) {
   const auto table = html_table("Time\tEnergy\n   0.020000000000000\t -515.8632900000000\n");
   EXPECT_THAT(table, HasSubstr("<tr><th>Time</th><th>Energy</th></tr>"));

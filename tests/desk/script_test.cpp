@@ -32,6 +32,11 @@ TEST(Script, reads_each_kind_of_line) {
         LineCase{"@select  models 'my model'", LineKind::select_models, "", "", {"my model"}},
         LineCase{"@answer PATHSTAT_DLG_1 2", LineKind::answer, "", "", {"PATHSTAT_DLG_1", "2"}},
         LineCase{"@request RDF_TYPE RDF_CUTOFF", LineKind::request, "", "", {"RDF_TYPE", "RDF_CUTOFF"}},
+        LineCase{"@show model", LineKind::show_model, "", "", {}},
+        LineCase{"@step forwards 12", LineKind::step, "", "", {"forwards", "12"}},
+        LineCase{"@step backwards", LineKind::step, "", "", {"backwards"}},
+        LineCase{"@pick \"Profile of Pressure\" 0.5", LineKind::pick, "", "", {"Profile of Pressure", "0.5"}},
+        LineCase{"@pick Profile -1e2 3", LineKind::pick, "", "", {"Profile", "-1e2", "3"}},
         LineCase{"@stop-on-error no", LineKind::stop_on_error, "", "", {"no"}}}) {
     const auto script = read_script(text);
     EXPECT_THAT(script.problems, IsEmpty()) << text;
@@ -65,6 +70,15 @@ TEST(Script, tells_what_is_wrong_with_a_line_and_what_was_probably_meant) {
         ProblemCase{"@answer PATHSTAT_DLG_1 0", "this line is written @answer KEY CHOICE"},
         ProblemCase{"@stop-on-error maybe", "this line is written @stop-on-error yes | no"},
         ProblemCase{"@select atoms", "this line is written @select atoms"},
+        ProblemCase{"@show", "did you mean @show model"},
+        ProblemCase{"@show model now", "this line is written @show model"},
+        ProblemCase{"@step", "this line is written @step"}, ProblemCase{"@step up 3", "this line is written @step"},
+        ProblemCase{"@step forwards 0", "this line is written @step"},
+        ProblemCase{"@step forwards 1.5", "this line is written @step"},
+        ProblemCase{"@step forwards 3 4", "this line is written @step"},
+        ProblemCase{"@pick Profile", "this line is written @pick"},
+        ProblemCase{"@pick Profile of Pressure 0.5", "this line is written @pick"},
+        ProblemCase{"@pick Profile nan", "this line is written @pick"},
         ProblemCase{"@request", "this line is written @request WORD ..."}}) {
     EXPECT_THAT(read_script(text).problems, ElementsAre(HasSubstr(sentence))) << text;
   }

@@ -70,6 +70,7 @@ class CoreSession {
   bool lost() const { return lost_; }
   /// How the process was lost, with its last lines of output.
   const std::string& loss() const { return loss_; }
+  pid_t process_id() const { return process_.id(); }
   /// True if the process ended by itself with status 0.
   bool ended_well() const { return process_.ended_well(); }
 

@@ -8,20 +8,22 @@ using enum MessageKind;
 // Columns of the printed tables. A heading and the lines below it share one of these layouts:
 //   frames  14 characters of time or conformer number, then one column of 24, three of 20 or six of 14
 //   models  20 characters of model name, then the same columns
-// Numbers come as 32-bit floats, which have no more than seven digits to show.
+// Numbers come as 32-bit floats, which have no more than seven digits to show; all are shown, so that points stand
+// under each other.
 constexpr std::string_view frame_heading_1 = "\n{0:>14}{1:>24}";
 constexpr std::string_view model_heading_1 = "\n{0:<20}{1:>24}";
-constexpr std::string_view time_line_1 = "{0:>14.7g}{1:>24.7g}";
-constexpr std::string_view conformer_line_1 = "{0:>14d}{1:>24.7g}";
-constexpr std::string_view model_line_1 = "{0:<20}{1:>24.7g}";
+constexpr std::string_view time_line_1 = "{0:>14.7g}{1:>#24.7g}";
+constexpr std::string_view conformer_line_1 = "{0:>14d}{1:>#24.7g}";
+constexpr std::string_view model_line_1 = "{0:<20}{1:>#24.7g}";
 constexpr std::string_view frame_heading_3 = "\n{0:>14}{1:>20}{2:>20}{3:>20}";
 constexpr std::string_view model_heading_3 = "\n{0:<20}{1:>20}{2:>20}{3:>20}";
-constexpr std::string_view time_line_3 = "{0:>14.7g}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
-constexpr std::string_view conformer_line_3 = "{0:>14d}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
-constexpr std::string_view model_line_3 = "{0:<20}{1:>20.7g}{2:>20.7g}{3:>20.7g}";
-constexpr std::string_view time_line_6 = "{0:>14.7g}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
-constexpr std::string_view conformer_line_6 = "{0:>14d}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
-constexpr std::string_view model_line_6 = "{0:<20}{1:>14.6g}{2:>14.6g}{3:>14.6g}{4:>14.6g}{5:>14.6g}{6:>14.6g}";
+constexpr std::string_view time_line_3 = "{0:>14.7g}{1:>#20.7g}{2:>#20.7g}{3:>#20.7g}";
+constexpr std::string_view conformer_line_3 = "{0:>14d}{1:>#20.7g}{2:>#20.7g}{3:>#20.7g}";
+constexpr std::string_view model_line_3 = "{0:<20}{1:>#20.7g}{2:>#20.7g}{3:>#20.7g}";
+constexpr std::string_view time_line_6 = "{0:>14.7g}{1:>#14.6g}{2:>#14.6g}{3:>#14.6g}{4:>#14.6g}{5:>#14.6g}{6:>#14.6g}";
+constexpr std::string_view conformer_line_6 =
+    "{0:>14d}{1:>#14.6g}{2:>#14.6g}{3:>#14.6g}{4:>#14.6g}{5:>#14.6g}{6:>#14.6g}";
+constexpr std::string_view model_line_6 = "{0:<20}{1:>#14.6g}{2:>#14.6g}{3:>#14.6g}{4:>#14.6g}{5:>#14.6g}{6:>#14.6g}";
 
 constexpr MessageRow rows[] = {
     // Commands and requests
@@ -125,19 +127,19 @@ constexpr MessageRow rows[] = {
     {"PATHSTAT_MSG_60", table, "s", "\nStatistics of {0}"},
     {"PATHSTAT_MSG_62", table, "ss", "\nStatistics of {1}, component {0}"},
     {"PATHSTAT_MSG_61", table, "ffffff",
-     "  mean               {0:>14.7g}\n  standard deviation {1:>14.7g}\n  skewness           {2:>14.7g}\n"
-     "  kurtosis (excess)  {3:>14.7g}\n  minimum            {4:>14.7g}\n  maximum            {5:>14.7g}"},
+     "  mean               {0:>#14.7g}\n  standard deviation {1:>#14.7g}\n  skewness           {2:>#14.7g}\n"
+     "  kurtosis (excess)  {3:>#14.7g}\n  minimum            {4:>#14.7g}\n  maximum            {5:>#14.7g}"},
     {"PATHSTAT_MSG_63", warning, "", "Statistics need at least two values."},
     {"PATHSTAT_WARN_17", warning, "", "The values do not spread, so that their skewness is not defined: 0 is shown."},
     {"PATHSTAT_WARN_18", warning, "", "The values do not spread, so that their kurtosis is not defined: 0 is shown."},
     {"PATHSTAT_MSG_28", table, "is", "\nThe {0} {1} values among the models"},
     {"PATHSTAT_MSG_29", table, "is", "\nThe {0} {1} values among the frames"},
     {"PATHSTAT_MSG_64", table, "s", "{0}\n    rank  model                              value"},
-    {"PATHSTAT_MSG_65", table, "isf", "{0:>8d}  {1:<20}{2:>20.7g}"},
+    {"PATHSTAT_MSG_65", table, "isf", "{0:>8d}  {1:<20}{2:>#20.7g}"},
     {"PATHSTAT_MSG_24", table, "s", "{0}\n    rank   entry   frame        time/ps               value"},
-    {"PATHSTAT_MSG_26", table, "iiiff", "{0:>8d}{1:>8d}{2:>8d}{3:>15.7g}{4:>20.7g}"},
+    {"PATHSTAT_MSG_26", table, "iiiff", "{0:>8d}{1:>8d}{2:>8d}{3:>15.5f}{4:>#20.7g}"},
     {"PATHSTAT_MSG_25", table, "s", "{0}\n    rank   entry   frame      conformer               value"},
-    {"PATHSTAT_MSG_27", table, "iiiif", "{0:>8d}{1:>8d}{2:>8d}{3:>15d}{4:>20.7g}"},
+    {"PATHSTAT_MSG_27", table, "iiiif", "{0:>8d}{1:>8d}{2:>8d}{3:>15d}{4:>#20.7g}"},
 
     // Printed profiles and distributions
     {"PATHSTAT_MSG_17", table, "s", "\nDistribution of {0}\n         value               frequency"},

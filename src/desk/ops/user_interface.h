@@ -21,8 +21,8 @@ struct InterfaceEvents {
   std::function<void(const std::string& text)> returned;  ///< the return list of a command
   std::function<bool()> interrupted;                      ///< true: the process should stop what it does
   std::function<void()> repeats_end{};                    ///< a held button is to do nothing more
-  std::function<void(const std::string& words)>
-      values_changed{};  ///< values of words are out of date; "*" ends a prefix
+  /// Values are out of date: those of one word, or of all that begin as the text does in front of its "*".
+  std::function<void(const std::string& words)> values_changed{};
 };
 
 /// The user's side of the Core without a user: queued message arguments, dialogs with answers that are settled

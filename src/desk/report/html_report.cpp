@@ -112,13 +112,26 @@ std::string table_row(std::string_view line, std::string_view tag) {
   return row + "</tr>\n";
 }
 
+/// "marked: Time (ps) 0.55, Total Energy 25.6", from the marked points of the curves; empty without one.
+std::string marked_points(const Figure& figure) {
+  std::string text;
+  for (const auto& curve : figure.curves) {
+    if (!curve.highlighted) continue;
+    if (text.empty()) text = fmt::format("marked: {} {:.6g}", figure.x_text, curve.highlighted->x);
+    text += fmt::format(", {} {:.7g}", curve.label.empty() ? figure.y_text : curve.label, curve.highlighted->y);
+  }
+  return text;
+}
+
 std::string picture(const ReportParts& parts, const Figure& figure) {
   auto svg = figure.has_points() ? inline_picture(parts.pictures / (figure.name + ".svg")) : std::string{};
   if (svg.empty()) {
     svg = fmt::format("<p class=\"note\">{}: {}.</p>", escaped(figure.heading),
                       figure.has_points() ? "the picture could not be drawn" : "no points to draw");
   }
-  const auto points = parts.links_points ? fmt::format("<a href=\"{0}.tsv\">points</a>", figure.name) : std::string{};
+  auto points = escaped(marked_points(figure));
+  if (!points.empty() && parts.links_points) points += " · ";
+  if (parts.links_points) points += fmt::format("<a href=\"{0}.tsv\">points</a>", figure.name);
   return fmt::format("<figure id=\"{}\">{}<figcaption>{}</figcaption></figure>\n", figure.name, svg, points);
 }
 

@@ -165,7 +165,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   const auto start = Clock::now();
   const auto problem = run_kind(line);
   console_.clear();
-  if (frame_) take_returned(*frame_);
+  if (frame_ && problem.empty()) take_returned(*frame_);
   auto& step = record_.steps.back();
   step.seconds = seconds_since(start);
   record_.seconds += step.seconds;

@@ -126,10 +126,14 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-const DeskLineHelp& nearest(std::string_view text) {
-  return *std::min_element(helps.begin(), helps.end(), [&](const DeskLineHelp& a, const DeskLineHelp& b) {
-    return distance(text.substr(0, a.name.size()), a.name) < distance(text.substr(0, b.name.size()), b.name);
-  });
+/// The line whose name is nearest to how these words begin; the end of a name may be missing.
+const DeskLineHelp& nearest(const Words& words) {
+  const auto away = [&](const DeskLineHelp& row) {
+    const auto count = std::min(words.size(), words_of(row.name).size());
+    const auto begun = joined(Words(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count)), " ");
+    return distance(begun, row.name.substr(0, begun.size()));
+  };
+  return *std::min_element(helps.begin(), helps.end(), [&](const auto& a, const auto& b) { return away(a) < away(b); });
 }
 
 /// Reads a line that begins with @. @return what is wrong with it, or nothing
@@ -142,7 +146,7 @@ std::string read_desk_line(ScriptLine& line) {
     line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
     return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.help.usage);
   }
-  return fmt::format("there is no line {}; did you mean {}?", joined(words, " "), nearest(line.text).usage);
+  return fmt::format("there is no line {}; did you mean {}?", joined(words, " "), nearest(words).usage);
 }
 
 void read_command(ScriptLine& line) {

@@ -1,0 +1,219 @@
+// Whole runs of the program that a person types at: scripts from a file and from the standard input, and a terminal.
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "desk/link/work_directory.h"
+#include "process/desk_with_process.h"
+#include "trajectory/binary_trajectory.h"
+
+namespace pathstat::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string butane = "TRAJECTORY " EXAMPLES_DIR "/butane/butane.trj\n";
+
+std::string text_of(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The program with a script in a folder of its own. Pictures are left out: they need another program.
+class Program : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(error_, ""); }
+
+  void write_script(const std::string& text) const { std::ofstream(folder() / "lines") << text; }
+
+  /// @return the exit code
+  int run(const std::string& arguments) {
+    const auto command = "cd '" + folder().string() + "' && '" PATHDESK_PROGRAM "' " + arguments + " >output 2>trouble";
+    const int status = std::system(command.c_str());
+    output = text_of(folder() / "output");
+    trouble = text_of(folder() / "trouble");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  int shell(const std::string& text) {
+    write_script(text);
+    return run("shell --out out --format tsv,html <lines");
+  }
+  int script(const std::string& text) {
+    write_script(text);
+    return run("run lines --out out --format tsv,html");
+  }
+  fs::path folder() const { return directory_.path(); }
+  std::string report() const { return text_of(folder() / "out/report.html"); }
+
+  std::string output, trouble;
+
+ private:
+  std::string error_;
+  PrivateDirectory directory_{error_};
+};
+
+TEST_F(Program, steps_as_a_held_button_does_until_stepping_ends) {
+  ASSERT_EQ(shell(butane + "LAST_FRAME_NO 5\n@step forwards 3\n@step forwards 10\n@step backwards 2\n"
+                           "FRAME_STEPPING_MODE \"LOOP AT END\"\n@step forwards 9\n@request FRAME_STEP_FORWARDS\n"),
+            0)
+      << trouble;
+  std::istringstream lines(output);
+  std::vector<std::string> told;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("Frame ") || line.starts_with("Step")) told.push_back(line);
+  }
+  EXPECT_THAT(told, testing::ElementsAre("Frame 4 of the range, 0.03 ps", "Stepping ended after 1 of 10 steps.",
+                                         "Frame 5 of the range, 0.04 ps", "Frame 3 of the range, 0.02 ps",
+                                         "Frame 2 of the range, 0.01 ps"));
+  EXPECT_THAT(output, HasSubstr("FRAME_STEP_FORWARDS = N")) << "the button is let go";
+  EXPECT_THAT(report(), HasSubstr("Frame 4 of the range, 0.03 ps"));
+}
+
+TEST_F(Program, a_step_without_a_trajectory_fails_and_tells_no_frame) {
+  EXPECT_EQ(shell("@step forwards 3\n"), 1);
+  EXPECT_THAT(trouble, HasSubstr("standard input:1: FRAME_STEP_FORWARDS failed with status 1"));
+  EXPECT_THAT(output, Not(HasSubstr("Frame ")));
+}
+
+TEST_F(Program, a_pick_shows_the_frame_and_marks_its_point) {
+  const std::string profile = butane + "SELECT_PROPERTIES \"Total Energy\"\nPROFILE\n";
+  ASSERT_EQ(shell(profile + "@pick \"profile of total energy\" 0.052\n"), 0) << trouble;
+  EXPECT_THAT(output, HasSubstr("Frame 6 of the range, 0.05 ps"));
+  EXPECT_THAT(output, HasSubstr("Wrote out/Profile-of-Total-Energy.tsv"));
+  EXPECT_THAT(report(), HasSubstr("marked: "));
+  EXPECT_THAT(report(), HasSubstr(" 0.05, "));
+
+  EXPECT_EQ(shell(profile + "@pick Nothing 1\n"), 1);
+  EXPECT_THAT(trouble, HasSubstr("there is no graph Nothing; there are: Profile of Total Energy"));
+  EXPECT_EQ(shell("@pick Profile 1\n"), 1);
+  EXPECT_THAT(trouble, HasSubstr("no graph has been drawn yet"));
+}
+
+TEST_F(Program, shows_the_model_as_the_frame_has_it) {
+  std::int32_t handle = 0, status = 0, count = 0, closed = 0;
+  kvA_TRJ_Open(EXAMPLES_DIR "/butane/butane.trj", 100, handle, status);
+  kvA_TRJ_ReadFrame(handle, 4, status);
+  std::array<double, 42> xyz{};
+  kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
+  kvA_TRJ_Close(handle, closed);
+  ASSERT_EQ(status, 0);
+
+  ASSERT_EQ(shell(butane + "@step forwards 3\n@show model\n"), 0) << trouble;
+  std::array<char, 80> first{};
+  std::snprintf(first.data(), first.size(), "%11.5f%11.5f%11.5f", xyz[0], xyz[1], xyz[2]);
+  EXPECT_THAT(output, HasSubstr("1  C1       C       CT      " + std::string(first.data())));
+  EXPECT_THAT(output, HasSubstr("14 (4 C, 10 H)"));
+  EXPECT_THAT(output, ContainsRegex("shown +Frame 4 of the range, 0.03 ps"));
+  EXPECT_THAT(report(), HasSubstr("14 (4 C, 10 H)"));
+  EXPECT_EQ(shell("@show model\n"), 1);
+  EXPECT_THAT(trouble, HasSubstr("there is no model"));
+}
+
+struct Ending {
+  const char* lines;
+  int code;
+  const char* trouble;
+  bool goes_on;  ///< the line behind these is run
+};
+
+TEST_F(Program, ends_as_its_lines_do_from_a_file_and_from_the_input) {
+  for (const auto& [lines, code, told, goes_on] :
+       {Ending{"MSD_ATOMS ALL\n", 0, "", true}, Ending{"NO_SUCH_WORD\n", 1, ":1: NO_SUCH_WORD failed with", false},
+        Ending{"@stop-on-error no\nNO_SUCH_WORD\n", 1, ":2: NO_SUCH_WORD failed with", true},
+        Ending{"TRAJECTORY none.trj\n", 1, "There is no file", false}, Ending{"\n@stp forwards\n", 2, ":2: ", false},
+        Ending{"STOP\n", 0, "", false}}) {
+    const auto text = std::string(lines) + "@request EXTREMA_NUMBER\n";
+    for (const bool from_file : {true, false}) {
+      EXPECT_EQ(from_file ? script(text) : shell(text), code) << lines;
+      EXPECT_THAT(trouble, HasSubstr(told)) << lines;
+      EXPECT_EQ(output.find("EXTREMA_NUMBER = ") != std::string::npos, goes_on) << lines;
+    }
+  }
+  EXPECT_EQ(run("run nowhere.script"), 2);
+  EXPECT_EQ(run("shell --program /bin/true <lines"), 3);
+}
+
+TEST_F(Program, leaves_the_table_of_a_profile_as_the_engine_logged_it) {
+  ASSERT_EQ(script(butane + "SELECT_PROPERTIES \"Total Energy\" Temperature\nSTATISTICS_PLOT no\n"
+                            "STATISTICS_FILENAME energies\nSTATISTICS_FILE yes\nPROFILE\n"),
+            0)
+      << trouble;
+  std::ifstream table(folder() / "out/energies.dat");
+  std::string line;
+  ASSERT_TRUE(std::getline(table, line)) << "no table";
+  EXPECT_EQ(line, "Time\tTotal Energy\tTemperature");
+  const auto energies = log_column("butane", "TotEng"), temperatures = log_column("butane", "Temp");
+  for (std::size_t k = 0; k < energies.size(); ++k) {
+    ASSERT_TRUE(std::getline(table, line)) << "row " << k;
+    std::istringstream cells(line);
+    double time = 0, energy = 0, temperature = 0;
+    cells >> time >> energy >> temperature;
+    ASSERT_NEAR(time, 0.01 * static_cast<double>(k), 1e-9);
+    ASSERT_NEAR(energy, energies[k], 1e-5);
+    ASSERT_NEAR(temperature, temperatures[k], 1e-4);
+  }
+  EXPECT_FALSE(std::getline(table, line)) << "more rows than frames";
+}
+
+TEST_F(Program, tells_of_command_words) {
+  EXPECT_EQ(run("words msd_atoms"), 0);
+  EXPECT_THAT(output, HasSubstr("Arguments: one of ALL, SELECTED"));
+}
+
+/// All that the program writes to its terminal until it ends, when these keys are typed.
+std::string typed(const std::string& keys, const fs::path& state, int& status) {
+  int terminal = -1;
+  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    ::setenv("XDG_STATE_HOME", state.c_str(), 1);
+    ::setenv("TERM", "dumb", 1);
+    const auto out = (state / "out").string();
+    ::execl(PATHDESK_PROGRAM, "pathdesk", "shell", "--out", out.c_str(), "--format", "tsv", nullptr);
+    ::_exit(127);
+  }
+  std::string shown;
+  std::size_t prompts = 0, sent = 0;
+  std::array<char, 4096> block{};
+  pollfd waiting{terminal, POLLIN, 0};
+  while (::poll(&waiting, 1, 60000) > 0) {
+    const auto got = ::read(terminal, block.data(), block.size());
+    if (got <= 0) break;
+    shown.append(block.data(), static_cast<std::size_t>(got));
+    // A line is typed when the prompt for it has come.
+    for (auto at = shown.find("pathdesk> ", prompts); at != std::string::npos && sent < keys.size();
+         at = shown.find("pathdesk> ", prompts)) {
+      prompts = at + 1;
+      const auto end = std::min(keys.find('\r', sent), keys.size() - 1) + 1;
+      if (::write(terminal, keys.data() + sent, end - sent) < 0) break;
+      sent = end;
+    }
+  }
+  ::close(terminal);
+  ::waitpid(child, &status, 0);
+  return shown;
+}
+
+TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_one) {
+  int status = -1;
+  const auto shown = typed(butane.substr(0, butane.size() - 1) + "\rNO_SUCH_WORD\rcurrent_frame_n\t7\r@sh\tmodel\r\x04",
+                           folder(), status);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_THAT(shown, HasSubstr("NO_SUCH_WORD failed with status"));
+  EXPECT_THAT(shown, HasSubstr("Frame 7 of the range, 0.06 ps")) << shown;
+  EXPECT_THAT(text_of(folder() / "pathdesk/history"), HasSubstr("CURRENT_FRAME_NUMBER 7\n@show model\n"));
+}
+
+}  // namespace
+}  // namespace pathstat::desk
