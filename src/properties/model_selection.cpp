@@ -8,6 +8,9 @@
 namespace pathstat {
 
 ModelSelection::ModelSelection(std::string_view models_label, std::string_view types_label, std::int32_t& status) {
+  // Listed already: this runs inside a call of the command that holds the list.
+  status = find_area(models_label).elements != nullptr ? 1 : 0;
+  if (status != 0) return;
   std::int32_t root = 0;
   std::int32_t selected = 0;
   std::int32_t error = 0;

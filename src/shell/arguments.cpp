@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -233,6 +234,10 @@ bool TextTarget::set(std::string_view text) const {
   block_[used] = '\0';
   return used == text.size();
 }
+
+ArgumentsAside::ArgumentsAside() : kept_(std::make_unique<ArgumentTable>(std::exchange(table, {}))) {}
+
+ArgumentsAside::~ArgumentsAside() { table = std::move(*kept_); }
 
 void sch_PrepareArguments(std::string_view text, std::int32_t& count) {
   table.prepare(text);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,6 +12,8 @@
 #include "support/text_field.h"
 
 namespace pathstat {
+
+class ArgumentTable;
 
 /// Statuses of the argument routines. Each routine hands its status to the error service, which shows a positive one
 /// to the user. The kvZ_Arg... and kvZ_KEY_Arg... routines then turn a negative one into 0.
@@ -58,6 +61,19 @@ class TextTarget {
 /// Sets up the arguments of a command, which lie in `text` for as long as they are read, and empties the return list.
 /// @param count  positional arguments, those ahead of the first keyword
 void sch_PrepareArguments(std::string_view text, std::int32_t& count);
+
+/// Puts the arguments of a command aside while it lives: a command that is served in the middle of another one sets up
+/// arguments of its own, and the outer one then reads on in those that it had.
+class ArgumentsAside {
+ public:
+  ArgumentsAside();
+  ~ArgumentsAside();
+  ArgumentsAside(const ArgumentsAside&) = delete;
+  ArgumentsAside& operator=(const ArgumentsAside&) = delete;
+
+ private:
+  std::unique_ptr<ArgumentTable> kept_;
+};
 
 /// Number of positional arguments.
 std::int32_t kvZ_ArgumentTotal();

@@ -7,6 +7,7 @@
 #include "shell/arguments.h"
 #include "shell/command_words.h"
 #include "shell/messages.h"
+#include "shell/running_analysis.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 
@@ -35,19 +36,6 @@ constexpr std::array guard_rows{
     GuardRow{Guard::velocities_done, [] { return bool(trj_gui_l_.vac_done); }, "PATHSTAT_ERROR_73"},
     GuardRow{Guard::distribution_done, [] { return bool(trj_gui_l_.rdf_done); }, "PATHSTAT_ERROR_71"},
     GuardRow{Guard::dipole_interval_set, [] { return trj_vac_msd_i_.max_interval_no_dac != 0; }, "PATHSTAT_ERROR_114"},
-};
-
-/// An analysis is running while one of these lives.
-class RunningAnalysis {
- public:
-  RunningAnalysis() { ++running_; }
-  ~RunningAnalysis() { --running_; }
-  RunningAnalysis(const RunningAnalysis&) = delete;
-  RunningAnalysis& operator=(const RunningAnalysis&) = delete;
-  static bool any() { return running_ > 0; }
-
- private:
-  static inline int running_ = 0;
 };
 
 /// Carries out the effect of one word.
@@ -122,6 +110,7 @@ static_assert(rows_stand_by_guard());
 }  // namespace
 
 std::int32_t set_pathstat_(std::string_view command, std::string_view arguments) {
+  const ArgumentsAside outer;
   std::int32_t count = 0;
   sch_preparearguments_(arguments, count);
   const CommandWord* row = find_command_word(command);

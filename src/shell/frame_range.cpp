@@ -27,11 +27,15 @@ struct FrameRange {
 
 FrameRange present_range() { return {trj_frames_.first_frame, trj_frames_.last_frame, trj_frames_.frame_step}; }
 
-/// What was made of the old range does not hold for the new one.
-void drop_results_of_range() {
+/// Neither the saved graphs nor the frame cache of the old range hold for the new one.
+void drop_marks_and_cache(std::int32_t place) {
   std::int32_t status = 0;
-  initsavedgraphhandles_(trj_gui_i_.current_frame, status);
+  initsavedgraphhandles_(place, status);
   trj_gui_l_.frame_cache_ready = false;
+}
+
+void drop_results() {
+  std::int32_t status = 0;
   killcache_(status);
 }
 
@@ -55,7 +59,8 @@ std::int32_t apply(const FrameRange& range) {
       const std::int32_t status = put_frame_on_model(wanted);
       if (status != 0) return status;
     }
-    drop_results_of_range();
+    drop_marks_and_cache(place);
+    drop_results();
   }
   store(range, place);
   return done;
@@ -145,8 +150,9 @@ std::int32_t use_all_frames() {
   const FrameRange whole{1, trj_frames_.frames_in_file, 1};
   const std::int32_t place = std::clamp(trj_gui_i_.current_frame, 1, whole.count());
   store(whole, place);
+  drop_results();
   const std::int32_t status = put_frame_on_model(frame_at(place));
-  drop_results_of_range();
+  drop_marks_and_cache(place);
   return status;
 }
 

@@ -116,8 +116,8 @@ void select_by_names(const std::vector<Text<50>>& names, CatalogueTable (*table_
                      void (*tell)(const CatalogueTable&, std::size_t)) {
   for (const auto& text : names) {
     const auto name = unmarked(text.full());
-    const auto table = table_of();
-    for (std::size_t row = 0; row < table.size(); ++row) {
+    for (std::size_t row = 0; row < table_of().size(); ++row) {
+      const auto table = table_of();  // a nested command may have built it anew
       if (!same(table.names[row], name)) continue;
       if (table.selectable[row] && table.calculated[row] && table.can_be_used[row]) {
         table.selected[row] = true;

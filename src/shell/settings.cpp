@@ -47,9 +47,7 @@ std::int32_t as_frames(double time_ps, WithCount with_count) {
 }
 
 /// The longest interval is one frame less than the range.
-std::int32_t cut_interval(std::int32_t frames) {
-  return std::max(1, std::min(frames, trj_frames_.frames_in_range - 1));
-}
+std::int32_t cut_interval(std::int32_t frames) { return std::min(frames, trj_frames_.frames_in_range - 1); }
 
 double time_of_frames(std::int32_t frames) { return frames * trj_frames_.frame_step * trj_frames_.frame_time_step; }
 

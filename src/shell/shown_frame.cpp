@@ -4,6 +4,7 @@
 
 #include "coreapi/operations.h"
 #include "shell/analysis_state.h"
+#include "shell/running_analysis.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 #include "trajectory/frame_cache.h"
@@ -30,8 +31,10 @@ bool have_frame_cache() {
   std::int32_t status = 0;
   if (trj_gui_l_.frame_cache_ready) {
     checkcacheatoms_(status);
+    trj_gui_l_.frame_cache_ready = status == 0;
     return status == 0;
   }
+  const RunningAnalysis running;  // the making of the cache holds the open trajectory
   setuptrjcache_(trj_gui_i_.trajectory_model, trj_frames_c_.trj_file_name, trj_frames_.first_frame,
                  trj_frames_.last_frame, trj_frames_.frame_step, status);
   if (status != 0) return false;

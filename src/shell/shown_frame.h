@@ -12,7 +12,8 @@ bool have_trajectory_model(bool move_cache);
 /// Puts a frame of the file on the trajectory's model and has it drawn. @return the status of the extraction
 std::int32_t put_frame_on_model(std::int32_t frame);
 
-/// Makes the frame cache for the present range, or checks the one that is there. @return false on failure
+/// Makes the frame cache for the present range, or checks the one that is there. A cache that fails the check is made
+/// anew the next time. @return false on failure
 bool have_frame_cache();
 
 /// The frame of the file at a place of the range.

@@ -137,7 +137,7 @@ std::int32_t show_neighbour(std::int32_t direction) {
 /// Shows an entry of the range. @return 1 if there is no such entry or it cannot be had
 std::int32_t show_entry(std::int32_t entry, bool marks) {
   if (!trj_gui_l_.trajectory_loaded || trj_frames_.frames_in_range < 2) return done;
-  if (!have_trajectory_model(false)) return refused;
+  if (!have_trajectory_model(trj_gui_l_.frame_cache_ready)) return refused;
   allow_marks();
   take_bond_permission();
   if (entry < 1 || entry > trj_frames_.frames_in_range || !have_frame_cache()) return refused;

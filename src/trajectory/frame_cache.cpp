@@ -6,6 +6,8 @@
 #include <array>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "coreapi/operations.h"
 #include "services/file_names.h"
@@ -204,6 +206,20 @@ void show_stored(std::int32_t entry, std::int32_t& status) {
   }
 }
 
+/// The cache serves one call at a time: a command that the Core nests in a call of the first one finds it taken.
+class CacheUse {
+ public:
+  CacheUse() : taken_before_(std::exchange(taken_, true)) {}
+  ~CacheUse() { taken_ = taken_before_; }
+  CacheUse(const CacheUse&) = delete;
+  CacheUse& operator=(const CacheUse&) = delete;
+  bool refused() const { return taken_before_; }
+
+ private:
+  static inline bool taken_ = false;
+  bool taken_before_;
+};
+
 void fail_and_forget(std::int32_t& status) {
   std::int32_t ignored = 0;
   killtrjcache_(ignored);
@@ -214,6 +230,9 @@ void fail_and_forget(std::int32_t& status) {
 
 void setuptrjcache_(std::int32_t model, std::string_view file, std::int32_t first, std::int32_t last, std::int32_t step,
                     std::int32_t& status) {
+  const CacheUse use;
+  status = failed;
+  if (use.refused()) return;
   killtrjcache_(status);
   FrameStart = first;
   FrameStep = step;
@@ -243,6 +262,9 @@ void killtrjcache_(std::int32_t& status) {
 }
 
 void newcachemodel_(std::int32_t model, std::int32_t& status) {
+  const CacheUse use;
+  status = failed;
+  if (use.refused()) return;
   try {
     match_atoms(model, status);
   } catch (const std::bad_alloc&) {
@@ -261,8 +283,9 @@ void checkcacheatoms_(std::int32_t& status) {
     std::int32_t atoms = 0;
     kvd_mod_numatoms_(TrjCacheModel, 3, atoms, error);
     if (error != 0 || atoms != TrjCacheNP1Atoms) return false;
-    std::vector<std::int32_t> flags(TrjCacheAtObjs.size());
-    kvd_validateoid_(TrjCacheAtObjs, flags, error);
+    const auto objects = TrjCacheAtObjs;  // a nested command may let go of the cache
+    std::vector<std::int32_t> flags(objects.size());
+    kvd_validateoid_(objects, flags, error);
     return error == 0 && std::find(flags.begin(), flags.end(), 0) == flags.end();
   };
   status = all_valid() ? 0 : failed;
@@ -271,7 +294,8 @@ void checkcacheatoms_(std::int32_t& status) {
 }
 
 void showtrjframe_(std::int32_t entry, bool recalculate_bonds, std::int32_t& status) {
-  status = entry < 1 || entry > TrjCacheNumFrames ? failed : 0;
+  const CacheUse use;
+  status = use.refused() || entry < 1 || entry > TrjCacheNumFrames ? failed : 0;
   if (status != 0) return;
   if (TrjFormat == reader::binary) {
     show_binary(FrameStart + FrameStep * (entry - 1), status);

@@ -5,6 +5,9 @@
 
 namespace pathstat {
 
+// While one of the routines that make, move or show the cache waits for the Core, another call of theirs gets status 1
+// and changes nothing.
+
 /// Prepares the frames first, first + step, … last of a trajectory for stepping in a model, in place of any earlier
 /// cache. A binary trajectory is opened a second time; of any other the frames are copied to a flat file once.
 /// @param status  0; 1 on any failure, which leaves no cache

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "coreapi/interrupt.h"
@@ -122,6 +123,7 @@ void scanfile_(std::string_view path, std::int32_t& reader_code, std::int32_t& f
   constexpr double step_of_single_frame = 0.001;
   first_time = count.first_time;
   time_step = frames == 1 ? step_of_single_frame : (count.latest_time - count.first_time) / (frames - 1);
+  if (!std::isfinite(time_step) || !std::isfinite(first_time)) first_time = time_step = 0.0;
   has_time_axis = time_step != 0.0;
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <utility>
 
 #include "process/desk_with_process.h"
 
@@ -195,6 +196,20 @@ TEST(Nesting, an_analysis_lets_no_other_one_in) {
   EXPECT_THAT(nested, ElementsAre(1, 1, 1, 1));
   EXPECT_THAT(desk.output, Contains("PROFILE: another analysis is running"));
   EXPECT_EQ(desk.data_set(0).points.size(), 1000U);
+}
+
+TEST(Nesting, a_command_reads_on_in_its_own_arguments) {
+  DeskWithProcess desk;
+  ASSERT_EQ(desk.run("RDF_BETWEEN", "ELEMENTS"), 0);
+  bool nested = false;
+  desk.server.on("kvU_MSG_DisplayError", [&](const OperationCall&, OperationReply&) {
+    if (!std::exchange(nested, true)) desk.run("SELECT_PROPERTIES", "one two three");
+  });
+  EXPECT_EQ(desk.run("RDF_TYPE", "Unobtainium Xx"), 1);
+  EXPECT_TRUE(nested) << "the first name is cut, which is shown";
+  ASSERT_FALSE(desk.messages.empty());
+  EXPECT_THAT(desk.messages.back().arguments,
+              ElementsAre(MessageArgument("ELEMENT"), MessageArgument("Unobtain"), MessageArgument("Xx")));
 }
 
 TEST(Nesting, a_request_in_a_request_does_not_spoil_the_outer_one) {

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <utility>
+#include <vector>
 
 #include "process/desk_with_process.h"
 #include "trajectory/binary_trajectory.h"
@@ -10,6 +12,7 @@ namespace pathstat::desk {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -157,6 +160,30 @@ TEST_F(ThreeFrames, a_lost_model_comes_back_from_its_copy) {
   EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
   EXPECT_NE(desk.model.current_model(), old_model);
   EXPECT_EQ(shown_frame(desk, {100, 110, 120}), 120);
+}
+
+TEST_F(ThreeFrames, what_the_core_nests_in_a_step_leaves_the_cache_whole) {
+  std::vector<std::int32_t> in_making;
+  std::vector<std::int32_t> in_showing;
+  bool busy = false;
+  const auto nest = [&](std::vector<std::int32_t>& statuses, const char* word, const char* phase) {
+    if (!std::exchange(busy, true)) {
+      statuses = {desk.run("SHOW_NEXT_FRAME", "START"), desk.run(word, phase)};
+    }
+  };
+  desk.server.on("kvD_MOD_PeriodicType", [&](const OperationCall&, OperationReply& reply) {
+    reply.put(std::int32_t{0});
+    nest(in_making, "PROFILE", "");
+  });
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
+  EXPECT_EQ(current(), "      2");
+  EXPECT_THAT(in_making, ElementsAre(1, 1));
+  busy = false;
+  desk.server.on("kvD_SetXYZ",
+                 [&](const OperationCall&, OperationReply&) { nest(in_showing, "FRAME_STEP_FORWARDS", "END"); });
+  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "HOLD"), 0);
+  EXPECT_EQ(current(), "      3");
+  EXPECT_THAT(in_showing, ElementsAre(1, 0));
 }
 
 TEST_F(ThreeFrames, a_frame_can_be_reported_and_extracted) {
