@@ -74,7 +74,7 @@ char** complete(const char* begun, int start, int) {
   const bool quotes = std::any_of(candidates.begin(), candidates.end(),
                                   [](const std::string& word) { return word.find(' ') != std::string::npos; });
   if (quotes && !in_quotes) {
-    for (auto& candidate : candidates) candidate = '"' + candidate + '"';
+    for (auto& candidate : candidates) candidate.insert(0, 1, '"').push_back('"');
   }
   return as_matches(candidates);
 }
