@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <map>
 
 namespace pathstat::desk {
@@ -94,14 +95,28 @@ std::string plot_command(std::string& script, const Figure& figure, std::size_t 
   return plot + "\n";
 }
 
+/// True for histograms, and for curves that are nowhere below zero but come near it.
+bool starts_at_zero(const Figure& figure) {
+  constexpr float near = 0.25F;
+  const bool histograms = std::ranges::all_of(figure.curves, &Curve::histogram);
+  float low = std::numeric_limits<float>::max();
+  float high = 0;
+  for (const auto& curve : figure.curves) {
+    for (const auto& point : *curve.points) {
+      if (!drawable(point)) continue;
+      low = std::min(low, point.y);
+      high = std::max(high, point.y);
+    }
+  }
+  return histograms || (low >= 0 && low <= near * high);
+}
+
 std::string settings(const Figure& figure) {
   std::string text = fmt::format("set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
                                  literal(figure.heading), literal(figure.x_text), literal(figure.y_text));
   text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x, figure.x_range->y)
                          : std::string("set xrange [*:*] noextend\n");
-  const bool from_zero =
-      std::all_of(figure.curves.begin(), figure.curves.end(), [](const Curve& curve) { return curve.histogram; });
-  text += from_zero ? "set yrange [0:*]\n" : "set yrange [*:*]\n";
+  text += starts_at_zero(figure) ? "set yrange [0:*]\n" : "set yrange [*:*]\n";
   text += figure.curves.size() > 1 ? "set key outside right top Left reverse noenhanced samplen 2 spacing 1.2\n"
                                    : "set key off\n";
   text += figure.aspect_ratio > 0 ? fmt::format("set size ratio {:.4g}\n", 1.0 / figure.aspect_ratio)
