@@ -10,7 +10,6 @@
 #include "coreapi/operations.h"
 #include "correlation/frame_file.h"
 #include "correlation/frame_spacing.h"
-#include "properties/open_trajectory.h"
 #include "services/file_names.h"
 #include "services/file_units.h"
 #include "services/unit_paths.h"
@@ -18,6 +17,8 @@
 #include "support/named_memory.h"
 #include "support/searching.h"
 #include "trajectory/front_end.h"
+#include "trajectory/open_trajectory.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
@@ -25,17 +26,6 @@ namespace {
 constexpr std::int32_t atom_class = 3;
 constexpr std::int32_t words_per_atom = 6;
 constexpr std::int32_t no_memory = -1;  ///< as the named blocks have it
-
-namespace key {
-constexpr std::int32_t velocities_unusable = 100010;
-constexpr std::int32_t frame_has_velocities = 100054;
-constexpr std::int32_t moved_atoms = 200156;
-constexpr std::int32_t moved_atom_list = 200159;
-constexpr std::int32_t moved_positions = 200161;
-constexpr std::int32_t moved_velocities = 200163;
-constexpr std::int32_t time = 400017;
-constexpr std::int32_t time_step = 400022;
-}  // namespace key
 
 void show(std::string_view message) {
   std::int32_t error = 0;
@@ -178,15 +168,16 @@ bool read_frame(const OpenTrajectory& trajectory, const FrameRange& range, std::
                 bool& velocities_present, std::int32_t& status) {
   trj_readframe_(trajectory.handle(), range.frame(k), status);
   if (status == 0 && range.velocities) {
-    velocities_present = flag(trajectory, key::frame_has_velocities);
+    velocities_present = flag(trajectory, trajectory_key::frame_has_velocities);
     if (!velocities_present) status = cache_status::no_velocities;
     if (velocities_present && range.velocities_unusable) status = cache_status::velocities_unusable;
     if (status != 0) return true;
   }
   if (status == 0) {
     std::int32_t count = 0;
-    trj_dvalue_(trajectory.handle(), range.velocities ? key::moved_velocities : key::moved_positions, vectors, count,
-                status);
+    trj_dvalue_(trajectory.handle(),
+                range.velocities ? trajectory_key::movable_velocities : trajectory_key::movable_positions, vectors,
+                count, status);
   }
   if (status != 0) show("PATHSTAT_ERROR_93");
   return status == 0;
@@ -203,7 +194,8 @@ void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, cons
       if (k < range.count) status = cache_status::frame_unreadable;
     }
     if (status != 0) return;
-    const bool even = spacing.add(number(trajectory, key::time), number(trajectory, key::time_step));
+    const bool even =
+        spacing.add(number(trajectory, trajectory_key::time), number(trajectory, trajectory_key::time_step));
     frame_spacing = spacing.spacing();
     if (!even) {
       kvu_msg_argi_(range.frame(k - 1));
@@ -236,13 +228,13 @@ void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_vi
   if (status == 0) status = trajectory.attach_status();
   if (status != 0) return;
 
-  atoms = trajectory.integer(key::moved_atoms, 0);
+  atoms = trajectory.integer(trajectory_key::movable_atoms, 0);
   const NamedBlock<std::int32_t> moved("thd_mvatmofst", atoms, status);
   if (status != 0) return show("PATHSTAT_ERROR_41");
   const FrameArrays arrays(atoms, status);
   if (status != 0) return show("PATHSTAT_ERROR_41");
   std::int32_t listed = 0;
-  trj_ivalue_(trajectory.handle(), key::moved_atom_list, moved.span(), listed, status);
+  trj_ivalue_(trajectory.handle(), trajectory_key::movable_ids, moved.span(), listed, status);
   if (status == 0 && atoms < 1) status = cache_status::selection_unusable;
   if (status != 0) return;
 
@@ -258,7 +250,7 @@ void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_vi
   step = std::max(step, 1);
   const auto count = (std::int64_t{last} - first + step) / step;
   const FrameRange range{first, step, static_cast<std::int32_t>(std::max<std::int64_t>(count, 0)), want_velocities,
-                         flag(trajectory, key::velocities_unusable)};
+                         flag(trajectory, trajectory_key::velocities_unusable)};
   copy_frames(trajectory, range, arrays, places.span(), FrameFile(unit, cached),
               arrays.axes(static_cast<std::size_t>(cached)), frames_done, velocities_present, frame_spacing, status);
   if (status == 0) atoms = cached;

@@ -8,7 +8,7 @@
 
 #include "correlation/pair_search.h"
 #include "properties/model_selection.h"
-#include "properties/open_trajectory.h"
+#include "trajectory/open_trajectory.h"
 #include "state/rdf_run.h"
 #include "support/named_memory.h"
 

@@ -10,18 +10,10 @@
 #include "state/rdf_settings.h"
 #include "support/identifier_index.h"
 #include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
-
-namespace key {
-constexpr std::int32_t cell_varies = 100008;
-constexpr std::int32_t periodic_type = 200142;
-constexpr std::int32_t moved_atoms = 200156;
-constexpr std::int32_t moved_identifiers = 200159;
-constexpr std::int32_t moved_positions = 200161;
-constexpr std::int32_t cell = 400078;
-}  // namespace key
 
 void read_model(const RdfRequest& request, std::int32_t& status) {
   std::int32_t error = 0;
@@ -40,10 +32,10 @@ void open(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
   if (status == 0) status = blocks.trajectory->attach_status();
   if (status != 0) return;
   std::int32_t type = 0;
-  trj_ivalue_(gr_i_.trj_handle, key::periodic_type, type, status);
+  trj_ivalue_(gr_i_.trj_handle, trajectory_key::periodic_type, type, status);
   if (status == 0 && type != gr_i_.periodic_type) status = refuse_rdf("PATHSTAT_ERROR_86");
-  if (status == 0) trj_lvalue_(gr_i_.trj_handle, key::cell_varies, gr_l_.cell_varies, status);
-  if (status == 0) trj_ivalue_(gr_i_.trj_handle, key::moved_atoms, gr_i_.moved_count, status);
+  if (status == 0) trj_lvalue_(gr_i_.trj_handle, trajectory_key::cell_varies, gr_l_.cell_varies, status);
+  if (status == 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_atoms, gr_i_.moved_count, status);
   if (status == 0 && gr_i_.moved_count < 0) status = 1;
 }
 
@@ -70,7 +62,7 @@ void find_places(RdfBlocks& blocks, std::int32_t& status) {
   const NamedBlock<std::int32_t> moved("PathStat/gr/TrjAtIds", gr_i_.moved_count, status);
   if (status != 0) return;
   std::int32_t count = 0;
-  if (gr_i_.moved_count > 0) trj_ivalue_(gr_i_.trj_handle, key::moved_identifiers, moved.span(), count, status);
+  if (gr_i_.moved_count > 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_ids, moved.span(), count, status);
   if (status != 0) return;
   const IdentifierIndex in_frame(moved.span(), status);
   if (status != 0) return;
@@ -99,10 +91,10 @@ void read_frame(std::int32_t frame, RdfBlocks& blocks, std::int32_t& status) {
   trj_readframe_(handle, frame, status);
   std::int32_t count = 0;
   const auto moved = blocks.xyz_in.span().first(3 * static_cast<std::size_t>(gr_i_.moved_count));
-  if (status == 0 && !moved.empty()) trj_dvalue_(handle, key::moved_positions, moved, count, status);
+  if (status == 0 && !moved.empty()) trj_dvalue_(handle, trajectory_key::movable_positions, moved, count, status);
   if (status != 0 || gr_i_.periodic_type == periodic_type::none) return;
   std::array<double, 6> w{};
-  trj_dvalue_(handle, key::cell, w, count, status);
+  trj_dvalue_(handle, trajectory_key::cell, w, count, status);
   gr_d_.a = {w[0], w[5], w[4]};
   gr_d_.b = {0.0, w[1], w[3]};
   gr_d_.c = {0.0, 0.0, w[2]};

@@ -12,7 +12,7 @@
 #include "properties/measure_families.h"
 #include "properties/measures.h"
 #include "properties/model_selection.h"
-#include "properties/open_trajectory.h"
+#include "trajectory/open_trajectory.h"
 #include "state/analysis_settings.h"
 #include "trajectory/front_end.h"
 

@@ -9,7 +9,7 @@
 #include "properties/catalogue.h"
 #include "properties/extraction.h"
 #include "properties/frame_points.h"
-#include "properties/open_trajectory.h"
+#include "trajectory/open_trajectory.h"
 #include "properties/scratch_file.h"
 #include "services/file_names.h"
 #include "state/analysis_settings.h"

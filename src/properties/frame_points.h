@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "properties/open_trajectory.h"
+#include "trajectory/open_trajectory.h"
 #include "support/named_memory.h"
 
 namespace pathstat {

@@ -9,23 +9,14 @@
 #include "support/named_memory.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
+#include "trajectory/open_trajectory.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
 
 constexpr std::int32_t failed = 1;
 constexpr std::int32_t structured_file = 1;
-
-namespace front_key {
-constexpr std::int32_t periodic_type = 200142;
-constexpr std::int32_t movable_atoms = 200156;
-constexpr std::int32_t all_ids = 200152;
-constexpr std::int32_t movable_ids = 200159;
-constexpr std::int32_t cell = 400078;
-constexpr std::int32_t positions = 200160;
-constexpr std::int32_t velocities = 200162;
-constexpr std::int32_t forces = 400180;
-}  // namespace front_key
 
 void refuse(std::string_view key, std::int32_t& status) {
   std::int32_t error = 0;
@@ -36,34 +27,27 @@ void refuse(std::string_view key, std::int32_t& status) {
 /// The trajectory while its first frame goes onto the model.
 class FirstFrame {
  public:
-  FirstFrame(std::string_view file, std::int32_t model, std::int32_t& status) : model_(model) {
-    trj_openread_(file, 1, handle_, status);
-    is_open_ = status == 0;
-    if (is_open_) trj_attachtomodels_(handle_, {&model_, 1}, status);
+  FirstFrame(std::string_view file, std::int32_t model, std::int32_t& status)
+      : model_(model), trajectory_(file, model, status, OpenProblem::left_to_caller) {
+    if (status == 0) status = trajectory_.attach_status();
   }
-  ~FirstFrame() {
-    std::int32_t status = 0;
-    if (is_open_) trj_close_(handle_, status);
-  }
-  FirstFrame(const FirstFrame&) = delete;
-  FirstFrame& operator=(const FirstFrame&) = delete;
 
   void apply(std::span<const std::int32_t> model_atoms, std::int32_t file_type, std::int32_t& status) {
     check(model_atoms, status);
     if (status == 0) order_atoms(model_atoms, status);
-    if (status == 0) trj_readframe_(handle_, 1, status);
+    if (status == 0) trj_readframe_(trajectory_.handle(), 1, status);
     if (status == 0) set_cell(status);
     if (status == 0) set_positions(status);
     if (status == 0 && file_type != structured_file) set_movable(status);
-    if (status == 0) set_vectors(front_key::velocities, "Velocity", status);
-    if (status == 0) set_vectors(front_key::forces, "Force", status);
+    if (status == 0) set_vectors(trajectory_key::all_velocities, "Velocity", status);
+    if (status == 0) set_vectors(trajectory_key::all_forces, "Force", status);
     if (status == 0) kva_bnd_recalculate_(1, model_, status);
   }
 
  private:
   void check(std::span<const std::int32_t> model_atoms, std::int32_t& status) {
-    trj_ivalue_(handle_, front_key::periodic_type, type_, status);
-    if (status == 0) trj_ivalue_(handle_, front_key::movable_atoms, movable_, status);
+    trj_ivalue_(trajectory_.handle(), trajectory_key::periodic_type, type_, status);
+    if (status == 0) trj_ivalue_(trajectory_.handle(), trajectory_key::movable_atoms, movable_, status);
     if (status != 0) return;
     std::int32_t model_type = 0;
     kvd_mod_periodictype_(model_, model_type, status);
@@ -77,7 +61,7 @@ class FirstFrame {
     xyz_ = NamedBlock<double>("PathStat/ExtFrame/dxyz", 3 * std::ssize(model_atoms), status);
     if (status != 0) return;
     std::int32_t count = 0;
-    trj_ivalue_(handle_, front_key::all_ids, ids_.span(), count, status);
+    trj_ivalue_(trajectory_.handle(), trajectory_key::all_ids, ids_.span(), count, status);
     if (status == 0 && count != std::ssize(model_atoms)) refuse("PATHSTAT_ERROR_104", status);
     if (status != 0) return;
     atoms_ = atoms_by_identifier(model_atoms, ids_.span(), status);
@@ -88,13 +72,13 @@ class FirstFrame {
     if (type_ == periodic_type::none) return;
     std::array<double, 6> numbers{};
     std::int32_t count = 0;
-    trj_dvalue_(handle_, front_key::cell, numbers, count, status);
+    trj_dvalue_(trajectory_.handle(), trajectory_key::cell, numbers, count, status);
     if (status == 0) set_model_cell(model_, type_, vectors_of_cell(numbers), status);
   }
 
   void set_positions(std::int32_t& status) {
     std::int32_t count = 0;
-    trj_dvalue_(handle_, front_key::positions, xyz_.span(), count, status);
+    trj_dvalue_(trajectory_.handle(), trajectory_key::all_positions, xyz_.span(), count, status);
     if (status == 0) kvd_setxyz_(atoms_, xyz_.span(), status);
   }
 
@@ -105,7 +89,7 @@ class FirstFrame {
     if (status != 0) return;
     const auto moving_ids = moving.span().first(static_cast<std::size_t>(movable_));
     std::int32_t count = 0;
-    trj_ivalue_(handle_, front_key::movable_ids, moving_ids, count, status);
+    trj_ivalue_(trajectory_.handle(), trajectory_key::movable_ids, moving_ids, count, status);
     if (status != 0) return;
     const IdentifierIndex index(moving_ids, status);
     for (std::size_t k = 0; k < atoms_.size(); ++k) flags.span()[k] = index.find(ids_.span()[k]) >= 0 ? 1 : 0;
@@ -115,7 +99,7 @@ class FirstFrame {
   /// Vectors that the file does not hold are no failure.
   void set_vectors(std::int32_t key, std::string_view name, std::int32_t& status) {
     std::int32_t count = 0;
-    trj_dvalue_(handle_, key, xyz_.span(), count, status);
+    trj_dvalue_(trajectory_.handle(), key, xyz_.span(), count, status);
     if (status == trajectory_status::no_such_key) {
       status = 0;
       return;
@@ -125,8 +109,7 @@ class FirstFrame {
   }
 
   std::int32_t model_;
-  std::int32_t handle_ = 0;
-  bool is_open_ = false;
+  OpenTrajectory trajectory_;
   std::int32_t type_ = periodic_type::none;
   std::int32_t movable_ = 0;
   std::vector<std::int32_t> atoms_;

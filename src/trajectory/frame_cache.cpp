@@ -16,6 +16,8 @@
 #include "trajectory/binary_trajectory.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
+#include "trajectory/open_trajectory.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
@@ -24,44 +26,12 @@ constexpr std::int32_t failed = 1;
 constexpr std::size_t cell_numbers = 9;
 constexpr std::int32_t value_not_in_frame = 50512;
 
-namespace front_key {
-constexpr std::int32_t reader_code = 200153;
-constexpr std::int32_t periodic_type = 200142;
-constexpr std::int32_t movable_atoms = 200156;
-constexpr std::int32_t all_atoms = 200155;
-constexpr std::int32_t movable_ids = 200159;
-constexpr std::int32_t cell = 400078;
-constexpr std::int32_t positions = 200161;
-constexpr std::int32_t velocities = 200163;
-}  // namespace front_key
-
 namespace binary_key {
 constexpr std::int32_t cell = 1058;
 constexpr std::int32_t positions = 1071;
 constexpr std::int32_t velocities = 1072;
 constexpr std::int32_t forces = 1073;
 }  // namespace binary_key
-
-/// The trajectory that the cache is made from, closed at the end of a scope.
-class SourceTrajectory {
- public:
-  SourceTrajectory(std::string_view file, std::int32_t model, std::int32_t& status) {
-    trj_openread_(file, 1, handle_, status);
-    is_open_ = status == 0;
-    if (is_open_) trj_attachtomodels_(handle_, {&model, 1}, status);
-  }
-  ~SourceTrajectory() {
-    std::int32_t status = 0;
-    if (is_open_) trj_close_(handle_, status);
-  }
-  SourceTrajectory(const SourceTrajectory&) = delete;
-  SourceTrajectory& operator=(const SourceTrajectory&) = delete;
-  std::int32_t handle() const { return handle_; }
-
- private:
-  std::int32_t handle_ = 0;
-  bool is_open_ = false;
-};
 
 std::span<double> positions() { return {TrjCacheXYZ, 3 * TrjCacheAtObjs.size()}; }
 std::span<double> velocities() { return {TrjCacheVXYZ, 3 * TrjCacheAtObjs.size()}; }
@@ -91,8 +61,8 @@ void read_header_values(std::int32_t handle, std::int32_t& status) {
     std::int32_t* value;
   };
   for (const auto& wanted :
-       {Wanted{front_key::reader_code, &TrjFormat}, Wanted{front_key::periodic_type, &TrjCacheModelPeriod},
-        Wanted{front_key::movable_atoms, &TrjCacheNAtoms}, Wanted{front_key::all_atoms, &TrjCacheNP1Atoms}}) {
+       {Wanted{trajectory_key::reader_code, &TrjFormat}, Wanted{trajectory_key::periodic_type, &TrjCacheModelPeriod},
+        Wanted{trajectory_key::movable_atoms, &TrjCacheNAtoms}, Wanted{trajectory_key::all_atoms, &TrjCacheNP1Atoms}}) {
     trj_ivalue_(handle, wanted.key, *wanted.value, status);
     if (status != 0) return;
   }
@@ -114,12 +84,12 @@ void read_record(std::int32_t handle, std::int32_t frame, std::int32_t& status) 
   trj_readframe_(handle, frame, status);
   if (status == 0 && TrjCacheL != nullptr) {
     std::array<double, 6> cell{};
-    trj_dvalue_(handle, front_key::cell, cell, count, status);
+    trj_dvalue_(handle, trajectory_key::cell, cell, count, status);
     if (status == 0) store_cell(cell);
   }
-  if (status == 0) trj_dvalue_(handle, front_key::positions, positions(), count, status);
+  if (status == 0) trj_dvalue_(handle, trajectory_key::movable_positions, positions(), count, status);
   if (status == 0 && TrjCacheVXYZ != nullptr) {
-    trj_dvalue_(handle, front_key::velocities, velocities(), count, status);
+    trj_dvalue_(handle, trajectory_key::movable_velocities, velocities(), count, status);
   }
 }
 
@@ -139,12 +109,13 @@ void copy_frames(std::int32_t handle, std::int32_t first, std::int32_t last, std
 }
 
 void build(std::int32_t model, const std::string& file, std::int32_t last, std::int32_t& status) {
-  const SourceTrajectory source(file, model, status);
+  const OpenTrajectory source(file, model, status, OpenProblem::left_to_caller);
+  if (status == 0) status = source.attach_status();
   if (status == 0) read_header_values(source.handle(), status);
   if (status != 0) return;
   TrjCacheAtIds.resize(static_cast<std::size_t>(TrjCacheNAtoms));
   std::int32_t count = 0;
-  trj_ivalue_(source.handle(), front_key::movable_ids, TrjCacheAtIds, count, status);
+  trj_ivalue_(source.handle(), trajectory_key::movable_ids, TrjCacheAtIds, count, status);
   if (status == 0) match_atoms(model, status);
   if (status != 0) return;
   lay_out_record();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <new>
+#include <optional>
 
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
@@ -11,6 +12,8 @@
 #include "trajectory/frame_report.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
+#include "trajectory/open_trajectory.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
@@ -18,17 +21,6 @@ namespace {
 constexpr std::int32_t failed = 1;
 constexpr std::int32_t most_comments = 10;
 constexpr std::int32_t comment_width = 80;
-
-namespace front_key {
-constexpr std::int32_t comments = 2;
-constexpr std::int32_t periodic_type = 200142;
-constexpr std::int32_t movable_atoms = 200156;
-constexpr std::int32_t movable_ids = 200159;
-constexpr std::int32_t cell = 400078;
-constexpr std::int32_t positions = 200161;
-constexpr std::int32_t velocities = 200163;
-constexpr std::int32_t forces = 400176;
-}  // namespace front_key
 
 void refuse(std::string_view key, std::int32_t& status) {
   std::int32_t error = 0;
@@ -40,10 +32,6 @@ void refuse(std::string_view key, std::int32_t& status) {
 class Extraction {
  public:
   Extraction(std::string_view file, std::int32_t model) : file_(file), model_(model) {}
-  ~Extraction() {
-    std::int32_t status = 0;
-    if (is_open_) trj_close_(handle_, status);
-  }
   Extraction(const Extraction&) = delete;
   Extraction& operator=(const Extraction&) = delete;
 
@@ -51,7 +39,7 @@ class Extraction {
     find_atoms(status);
     if (status == 0) open(status);
     if (status == 0) read_header(mode, status);
-    if (status == 0) trj_readframe_(handle_, frame, status);
+    if (status == 0) trj_readframe_(trajectory_->handle(), frame, status);
     if (status != 0) return;
     read_cell();
     if (mode == ExtractionMode::report) {
@@ -68,25 +56,18 @@ class Extraction {
   }
 
   void open(std::int32_t& status) {
-    trj_openread_(file_, 1, handle_, status);
-    is_open_ = status == 0;
-    if (is_open_) {
-      trj_attachtomodels_(handle_, {&model_, 1}, status);
-      return;
-    }
-    std::int32_t error = 0;
-    kvu_msg_args_(file_);
-    kvu_msg_display_(2, "Traj_OpenProblem", error);
+    trajectory_.emplace(file_, model_, status);
+    if (status == 0) status = trajectory_->attach_status();
   }
 
   void read_header(ExtractionMode mode, std::int32_t& status) {
-    trj_ivalue_(handle_, front_key::periodic_type, periodic_type_, status);
+    trj_ivalue_(trajectory_->handle(), trajectory_key::periodic_type, periodic_type_, status);
     if (status != 0) return;
     std::int32_t model_type = 0;
     std::int32_t error = 0;
     kvd_mod_periodictype_(model_, model_type, error);
     if (mode == ExtractionMode::apply && model_type != periodic_type_) return refuse("PATHSTAT_ERROR_103", status);
-    trj_ivalue_(handle_, front_key::movable_atoms, movable_, status);
+    trj_ivalue_(trajectory_->handle(), trajectory_key::movable_atoms, movable_, status);
     if (status == 0 && movable_ > std::ssize(atoms_)) refuse("PATHSTAT_ERROR_104", status);
   }
 
@@ -95,14 +76,14 @@ class Extraction {
     std::int32_t count = 0;
     std::int32_t status = 0;
     if (periodic_type_ == periodic_type::none) return;
-    trj_dvalue_(handle_, front_key::cell, numbers, count, status);
+    trj_dvalue_(trajectory_->handle(), trajectory_key::cell, numbers, count, status);
     if (status == 0) cell_ = vectors_of_cell(numbers);
   }
 
   double value(std::int32_t key) const {
     double number = 0.0;
     std::int32_t status = 0;
-    trj_dvalue_(handle_, key, number, status);
+    trj_dvalue_(trajectory_->handle(), key, number, status);
     return status == 0 ? number : 0.0;
   }
 
@@ -119,7 +100,8 @@ class Extraction {
     std::array<Text<comment_width>, most_comments> comments;
     std::int32_t count = 0;
     std::int32_t status = 0;
-    trj_cvalue_(handle_, front_key::comments, {comments[0].begin(), sizeof comments}, comment_width, count, status);
+    trj_cvalue_(trajectory_->handle(), trajectory_key::comments, {comments[0].begin(), sizeof comments}, comment_width,
+                count, status);
     const std::size_t lines = status == 0 ? static_cast<std::size_t>(std::clamp(count, 0, most_comments)) : 0;
     const FrameReport values{
         .frame = frame,
@@ -151,7 +133,7 @@ class Extraction {
                      std::span<double> vectors, std::int32_t& status) const {
     std::int32_t count = 0;
     std::int32_t absent = 0;
-    trj_dvalue_(handle_, key, vectors, count, absent);
+    trj_dvalue_(trajectory_->handle(), key, vectors, count, absent);
     if (absent == 0) set_atom_vectors(model_, atoms, name, vectors, status);
   }
 
@@ -163,21 +145,20 @@ class Extraction {
     if (status != 0) return;
     const auto vectors = xyz.span().first(3 * moving);
     std::int32_t count = 0;
-    trj_ivalue_(handle_, front_key::movable_ids, ids.span().first(moving), count, status);
+    trj_ivalue_(trajectory_->handle(), trajectory_key::movable_ids, ids.span().first(moving), count, status);
     if (status != 0) return;
     const auto atoms = atoms_by_identifier(atoms_, ids.span().first(moving), status);
     if (status == 0) set_model_cell(model_, periodic_type_, cell_, status);
-    if (status == 0) trj_dvalue_(handle_, front_key::positions, vectors, count, status);
+    if (status == 0) trj_dvalue_(trajectory_->handle(), trajectory_key::movable_positions, vectors, count, status);
     if (status == 0) kvd_setxyz_(atoms, vectors, status);
-    if (status == 0) apply_vectors(front_key::velocities, "Velocity", atoms, vectors, status);
-    if (status == 0) apply_vectors(front_key::forces, "Force", atoms, vectors, status);
+    if (status == 0) apply_vectors(trajectory_key::movable_velocities, "Velocity", atoms, vectors, status);
+    if (status == 0) apply_vectors(trajectory_key::movable_forces, "Force", atoms, vectors, status);
     if (status == 0) kva_bnd_recalculate_(1, model_, status);
   }
 
   std::string_view file_;
   std::int32_t model_;
-  std::int32_t handle_ = 0;
-  bool is_open_ = false;
+  std::optional<OpenTrajectory> trajectory_;
   std::int32_t periodic_type_ = periodic_type::none;
   std::int32_t movable_ = 0;
   std::vector<std::int32_t> atoms_;

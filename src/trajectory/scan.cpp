@@ -9,20 +9,13 @@
 #include "coreapi/operations.h"
 #include "support/text_field.h"
 #include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
 
 constexpr std::int32_t failed = 1;
 constexpr std::int32_t frames_between_reports = 50;
-
-namespace front_key {
-constexpr std::int32_t comments = 2;
-constexpr std::int32_t reader_code = 200153;
-constexpr std::int32_t file_kind = 200000;
-constexpr std::int32_t version = 200001;
-constexpr std::int32_t time = 400017;
-}  // namespace front_key
 
 /// Kinds of files whose frames carry times.
 constexpr std::array<std::int32_t, 3> kinds_with_times{1, 2, 6};
@@ -43,7 +36,7 @@ void print_comments(std::int32_t handle) {
   std::array<Text<width>, most_lines> lines;
   std::int32_t count = 0;
   std::int32_t status = 0;
-  trj_cvalue_(handle, front_key::comments, {lines[0].begin(), sizeof lines}, width, count, status);
+  trj_cvalue_(handle, trajectory_key::comments, {lines[0].begin(), sizeof lines}, width, count, status);
   count = status == 0 ? std::clamp(count, 0, most_lines) : 0;
   if (count > 0) std::puts("Trajectory contains comments:");
   for (std::int32_t k = 0; k < count; ++k) std::puts(lines[static_cast<std::size_t>(k)].str().c_str());
@@ -79,7 +72,7 @@ Count count_frames(std::int32_t handle, bool tells_time) {
     }
     ++count.frames;
     if (!tells_time) continue;
-    trj_dvalue_(handle, front_key::time, count.latest_time, status);
+    trj_dvalue_(handle, trajectory_key::time, count.latest_time, status);
     if (count.frames == 1) count.first_time = count.latest_time;
   }
 }
@@ -106,9 +99,9 @@ void scanfile_(std::string_view path, std::int32_t& reader_code, std::int32_t& f
   Count count;
   bool tells_time = false;
   if (is_open) {
-    trj_ivalue_(handle, front_key::reader_code, reader_code, status);
-    trj_ivalue_(handle, front_key::file_kind, file_kind, status);
-    trj_ivalue_(handle, front_key::version, version, status);
+    trj_ivalue_(handle, trajectory_key::reader_code, reader_code, status);
+    trj_ivalue_(handle, trajectory_key::file_kind, file_kind, status);
+    trj_ivalue_(handle, trajectory_key::version, version, status);
     print_comments(handle);
     tells_time = std::ranges::find(kinds_with_times, file_kind) != kinds_with_times.end();
     count = count_frames(handle, tells_time);

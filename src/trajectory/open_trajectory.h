@@ -5,12 +5,16 @@
 
 namespace pathstat {
 
+/// Whether the user is told, by "Traj_OpenProblem", of a file that cannot be opened.
+enum class OpenProblem { shown, left_to_caller };
+
 /// A trajectory that is open through the front end and attached to a model, for a scope.
 class OpenTrajectory {
  public:
-  /// Opens the file, which shows "Traj_OpenProblem" where it fails, and attaches it.
+  /// Opens the file and attaches it.
   /// @param status  that of the open; how the attach went is kept in attach_status()
-  OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status);
+  OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status,
+                 OpenProblem problem = OpenProblem::shown);
   ~OpenTrajectory();
   OpenTrajectory(const OpenTrajectory&) = delete;
   OpenTrajectory& operator=(const OpenTrajectory&) = delete;

@@ -1,4 +1,4 @@
-#include "properties/open_trajectory.h"
+#include "trajectory/open_trajectory.h"
 
 #include <span>
 
@@ -7,12 +7,12 @@
 
 namespace pathstat {
 
-OpenTrajectory::OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status) {
+OpenTrajectory::OpenTrajectory(std::string_view file, std::int32_t model, std::int32_t& status, OpenProblem problem) {
   trj_openread_(file, 1, handle_, status);
   is_open_ = status == 0;
   if (is_open_) {
     trj_attachtomodels_(handle_, std::span(&model, 1), attach_status_);
-  } else {
+  } else if (problem == OpenProblem::shown) {
     std::int32_t error = 0;
     kvu_msg_args_(file);
     kvu_msg_display_(2, "Traj_OpenProblem", error);
