@@ -8,9 +8,9 @@
 
 #include "correlation/pair_search.h"
 #include "properties/model_selection.h"
-#include "trajectory/open_trajectory.h"
 #include "state/rdf_run.h"
 #include "support/named_memory.h"
+#include "trajectory/open_trajectory.h"
 
 namespace pathstat {
 

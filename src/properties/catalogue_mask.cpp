@@ -12,9 +12,9 @@
 #include "properties/measure_families.h"
 #include "properties/measures.h"
 #include "properties/model_selection.h"
-#include "trajectory/open_trajectory.h"
 #include "state/analysis_settings.h"
 #include "trajectory/front_end.h"
+#include "trajectory/open_trajectory.h"
 
 namespace pathstat {
 namespace {

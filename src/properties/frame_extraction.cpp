@@ -9,12 +9,12 @@
 #include "properties/catalogue.h"
 #include "properties/extraction.h"
 #include "properties/frame_points.h"
-#include "trajectory/open_trajectory.h"
 #include "properties/scratch_file.h"
 #include "services/file_names.h"
 #include "state/analysis_settings.h"
 #include "support/named_memory.h"
 #include "trajectory/front_end.h"
+#include "trajectory/open_trajectory.h"
 
 namespace pathstat {
 namespace {

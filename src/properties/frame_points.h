@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <span>
 
-#include "trajectory/open_trajectory.h"
 #include "support/named_memory.h"
+#include "trajectory/open_trajectory.h"
 
 namespace pathstat {
 
