@@ -49,7 +49,7 @@ void append(const HandleList& list, const Text<name_width>& name, std::int32_t v
   const std::int32_t count = graphint_i_.*list.count + 1;
   kvs_msd_realloc_(list.versions_label, count, graphint_p_.*list.versions, status);
   if (status != 0) return;
-  kvs_msd_realloc_(list.names_label, count * name_width, graphint_p_.*list.names, status);
+  kvs_msd_realloc_(list.names_label, std::int64_t{count} * std::int64_t{name_width}, graphint_p_.*list.names, status);
   if (status != 0) return;
   list.version_block()[count - 1] = version;
   list.name_block()[count - 1] = name;

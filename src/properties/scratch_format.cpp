@@ -8,7 +8,7 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int64_t head_bytes = 5 * 4;
+constexpr std::int64_t head_bytes = 5 * std::int64_t{4};
 constexpr std::int32_t head_mark = 333;
 constexpr std::int64_t framing_bytes = 8;
 constexpr std::int64_t longest_record = std::numeric_limits<std::int32_t>::max();

@@ -83,7 +83,7 @@ void kvs_str_toupper_(TextField text) {
 }
 
 void kvS_MsecSleep(std::int32_t milliseconds) {
-  timeval time{milliseconds / 1000, (milliseconds % 1000) * 1000};
+  timeval time{milliseconds / 1000, suseconds_t{milliseconds % 1000} * 1000};
   ::select(0, nullptr, nullptr, nullptr, &time);
 }
 void kvs_msecsleep_(std::int32_t milliseconds) { kvS_MsecSleep(milliseconds); }

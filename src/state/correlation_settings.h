@@ -18,7 +18,7 @@ struct TrjVacMsdI {
   std::int32_t origin_step_no_dac = 1;
   std::int32_t origin_step_no_vac = 1;
 };
-static_assert(sizeof(TrjVacMsdI) == 8 * 4);
+static_assert(sizeof(TrjVacMsdI) == 8 * sizeof(std::int32_t));
 inline TrjVacMsdI trj_vac_msd_i_;
 
 /// Times in ps.
@@ -30,7 +30,7 @@ struct TrjVacMsdD {
   double max_time_transform_dac = 0.0;
   double max_time_transform_vac = 0.0;
 };
-static_assert(sizeof(TrjVacMsdD) == 6 * 8);
+static_assert(sizeof(TrjVacMsdD) == 6 * sizeof(double));
 inline TrjVacMsdD trj_vac_msd_d_;
 
 struct TrjVacMsdL {

@@ -33,14 +33,14 @@ struct GrI {
   std::int32_t model_count = 0;
   std::int32_t self_count = 0;  ///< listed atoms before they are put into sets, for like sets; else 0
 };
-static_assert(sizeof(GrI) == 22 * 4);
+static_assert(sizeof(GrI) == 22 * sizeof(std::int32_t));
 inline GrI gr_i_;
 
 struct GrD {
   Vector3 a{}, b{}, c{};     ///< cell vectors, Å
   double mean_volume = 0.0;  ///< Å³; 1 without periodicity
 };
-static_assert(sizeof(GrD) == 10 * 8);
+static_assert(sizeof(GrD) == 10 * sizeof(double));
 inline GrD gr_d_;
 
 struct GrL {
@@ -77,7 +77,7 @@ struct GrP {
   std::int64_t mol_period = 0;
   std::int64_t model_list = 0;
 };
-static_assert(sizeof(GrP) == 15 * 8);
+static_assert(sizeof(GrP) == 15 * sizeof(std::intptr_t));
 inline GrP gr_p_;
 
 }  // namespace pathstat

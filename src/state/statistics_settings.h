@@ -17,7 +17,7 @@ struct TrjStats {
   Logical stats_text = false;
   Logical stats_file = false;
 };
-static_assert(sizeof(TrjStats) == 8 * 4);
+static_assert(sizeof(TrjStats) == 8 * sizeof(std::int32_t));
 inline TrjStats trj_stats_;
 
 struct TrjStatsC {

@@ -143,7 +143,7 @@ constexpr std::size_t square_place(std::string_view symbol) {
 }
 
 constexpr auto by_symbol = [] {
-  std::array<std::uint8_t, 27 * 27> places{};
+  std::array<std::uint8_t, std::size_t{27} * 27> places{};
   for (std::size_t k = 1; k < table.size(); ++k) places[square_place(table[k].symbol)] = static_cast<std::uint8_t>(k);
   return places;
 }();

@@ -110,7 +110,7 @@ std::string DataModel::select_atoms(std::string_view word, Values values) {
   std::vector<Flags> selections;
   for (const auto* object : models()) {
     auto& flags = selections.emplace_back(object->data.atoms());
-    if (const auto problem = key->match(object->data, values, flags); !problem.empty()) return problem;
+    if (auto problem = key->match(object->data, values, flags); !problem.empty()) return problem;
   }
   auto next = selections.begin();
   for (auto* object : models()) {
