@@ -16,7 +16,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::IsSupersetOf;
 using Ids = std::set<std::int32_t>;
 
 class CatalogueMask : public testing::Test {
@@ -83,44 +82,6 @@ class CatalogueMask : public testing::Test {
   RecordingCore core_;
 };
 
-TEST_F(CatalogueMask, build_selects_the_total_energy_and_forgets_the_measures) {
-  EXPECT_TRUE(trj_gui_l_.any_property_selected);
-  EXPECT_FALSE(trj_gui_l_.any_fluctuation_selected);
-  EXPECT_EQ(property_table().short_names[14].view(), "vdW Energy");
-  EXPECT_EQ(property_table().short_names[1].view(), "Total Energy");
-  EXPECT_TRUE(property_table().calculated[1]);
-  EXPECT_THAT(core_.calls("kvD_UD_Remove"),
-              ElementsAre("kvD_UD_Remove|0|DistMeas", "kvD_UD_Remove|0|AnglMeas", "kvD_UD_Remove|0|TorsMeas",
-                          "kvD_UD_Remove|0|PlanMeas", "kvD_UD_Remove|0|InvrMeas"));
-}
-
-TEST_F(CatalogueMask, an_archive_offers_energy_dipoles_cell_and_measures) {
-  trajectory(reader::archive, 1, 3);
-  core_.answers["kvD_ValidateOID"] = [](const auto&) { return RecordingCore::Answer{{1}, {}, {}}; };
-  core_.answers["kvD_MON_NumMonitors"] = [](const auto& inputs) {
-    return RecordingCore::Answer{{inputs[1] == "60" ? 2 : 0}, {}, {}};
-  };
-  mask();
-  EXPECT_EQ(offered(property_table()), (Ids{1, 204, 206, 207, 301, 302, 501, 506}));
-  EXPECT_EQ(offered(fluctuation_table()), Ids{});
-}
-
-TEST_F(CatalogueMask, a_history_offers_molecules_where_there_are_several) {
-  trajectory(reader::history, 300, 0);
-  trj_gui_i_.molecule_count = 1;
-  mask();
-  const Ids one = selectable();
-  EXPECT_TRUE(one.contains(111)) << "cross terms at any version";
-  EXPECT_FALSE(one.contains(202)) << "no radius of gyration";
-  EXPECT_FALSE(one.contains(902));
-  trj_gui_i_.molecule_count = 2;
-  mask();
-  EXPECT_TRUE(selectable().contains(902));
-  EXPECT_TRUE(selectable().contains(924));
-  EXPECT_FALSE(selectable().contains(903));
-  EXPECT_FALSE(offered(property_table()).contains(902)) << "never in the list of choices";
-}
-
 TEST_F(CatalogueMask, cross_terms_of_a_binary_file_begin_with_version_2010) {
   trajectory(reader::binary, 2002, 0);
   mask();
@@ -131,15 +92,6 @@ TEST_F(CatalogueMask, cross_terms_of_a_binary_file_begin_with_version_2010) {
   for (const std::int32_t id : {111, 116, 122, 123, 124}) EXPECT_TRUE(selectable().contains(id)) << id;
   EXPECT_FALSE(selectable().contains(117)) << "history only";
   EXPECT_FALSE(selectable().contains(202));
-}
-
-TEST_F(CatalogueMask, two_periodic_directions_have_an_area_and_no_fluctuations) {
-  trajectory(reader::binary, 2010, 2);
-  trj_gui_i_.ensemble = 2;
-  mask();
-  EXPECT_THAT(offered(property_table()), IsSupersetOf({203, 205, 206, 208}));
-  for (const std::int32_t id : {204, 207}) EXPECT_FALSE(selectable().contains(id)) << id;
-  EXPECT_THAT(offered(fluctuation_table()), IsEmpty());
 }
 
 TEST_F(CatalogueMask, fluctuations_follow_ensemble_and_thermostat) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
 namespace pathstat {
@@ -27,20 +26,6 @@ TEST(Moments, of_a_coin_with_unequal_sides_are_those_of_the_closed_form) {
   EXPECT_NEAR(moments.kurtosis, (1 - 6 * variance) / variance, 1e-12);
   EXPECT_EQ(moments.smallest, 0.0);
   EXPECT_EQ(moments.largest, 1.0);
-}
-
-TEST(Moments, of_a_normal_sample_have_no_skewness_and_no_excess) {
-  constexpr unsigned seed = 21;
-  SCOPED_TRACE(seed);
-  std::mt19937 generator(seed);
-  std::normal_distribution<double> normal(-1e4, 2.0);
-  std::vector<double> numbers(200000);
-  for (double& number : numbers) number = normal(generator);
-  const Moments moments = moments_of(all_of(numbers));
-  EXPECT_NEAR(moments.mean, -1e4, 0.03);
-  EXPECT_NEAR(moments.deviation, 2.0, 0.02);
-  EXPECT_NEAR(moments.skewness, 0.0, 0.03);
-  EXPECT_NEAR(moments.kurtosis, 0.0, 0.06);
 }
 
 TEST(Moments, without_spread_have_neither_skewness_nor_kurtosis) {
