@@ -4,7 +4,6 @@
 
 #include <functional>
 
-#include "corelink/core_only.h"
 #include "corelink/test_peer.h"
 
 namespace pathstat {
@@ -80,15 +79,6 @@ TEST_F(RemoteCallFrame, binds_once_and_leaves_as_one_write) {
   EXPECT_EQ(core.packets(), (std::vector{frame}));
 }
 
-TEST_F(RemoteCallFrame, serves_the_core_inside_both_waits) {
-  core.write_ints({-1, 1, 77, -2, -1, 1});
-  write_masses();
-  on_nested = [&] { EXPECT_EQ(binding, nested_codes.size() == 1 ? unbound : 77); };
-  mass_of_two_atoms();
-  EXPECT_EQ(nested_codes, (std::vector{-1, -2, -1}));
-  EXPECT_EQ(result, 4);
-}
-
 TEST_F(RemoteCallFrame, nested_call_of_the_same_operation_runs_to_its_end) {
   core.write_ints({-1, 1, 55, 1});
   core.write(TestPeer::bytes_of(7.0F) + TestPeer::bytes_of(8.0F));
@@ -100,28 +90,10 @@ TEST_F(RemoteCallFrame, nested_call_of_the_same_operation_runs_to_its_end) {
     EXPECT_EQ(result, 6);
   };
   mass_of_two_atoms();
+  EXPECT_EQ(nested_codes, std::vector{-1});
   EXPECT_EQ(result, 4);
   const std::string frame = ints({55, 2, 5, 2, 8, 9});
   EXPECT_EQ(core.packets(), (std::vector{bind_frame, bind_frame, frame, frame}));
-}
-
-TEST_F(RemoteCallFrame, texts_are_cut_to_what_a_string_holds) {
-  binding = 3;
-  core.write_int(1);
-  core.write("\0\4"s);
-  core.write("out\0"s);
-  RemoteCall call("kvD_Any", data_model, second_word, binding);
-  call.send_text("ab\0cd"s);
-  call.send_text({});
-  call.send(2.0);
-  call.wait();
-  EXPECT_EQ(call.receive_text(), "out");
-  EXPECT_EQ(core.packets(), std::vector{ints({3, 2, 5}) + "\0\3ab\0\0\1\0\x40\0\0\0\0\0\0\0"s});
-  call.send_text(std::string(40000, 'a'));
-  std::string sent;
-  PNC_flush(core.connection);
-  for (const auto& packet : core.packets()) sent += packet;
-  EXPECT_EQ(sent, "\x7F\xFF"s + std::string(32766, 'a') + '\0');
 }
 
 using RemoteCallDeathTest = RemoteCallFrame;
@@ -153,13 +125,6 @@ TEST_F(RemoteCallDeathTest, lost_or_confused_core_ends_the_process) {
   }
   kvC_API_pnc = nullptr;
   EXPECT_EXIT(mass_of_two_atoms(), testing::ExitedWithCode(1), "");
-}
-
-TEST(CoreOnly, operation_says_so_and_gives_0) {
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(core_only<"kvU_TLS_RequestViewerID">(1, "x"), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "kvU_TLS_RequestViewerID can not be called from an external application");
 }
 
 }  // namespace

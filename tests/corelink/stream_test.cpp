@@ -52,7 +52,6 @@ INSTANTIATE_TEST_SUITE_P(
     boundaries, Buffering,
     testing::Values(BufferingCase{"one less than free is held", 8, {3, 4}, {}, 7},
                     BufferingCase{"exactly free fills, flushes and leaves nothing", 8, {3, 5}, {8}, 0},
-                    BufferingCase{"the rest becomes the new content", 8, {3, 12}, {8}, 7},
                     BufferingCase{"exactly size plus free goes directly behind a flush", 8, {3, 13}, {3, 13}, 0},
                     BufferingCase{"an empty buffer of 8 takes up to 15", 8, {15}, {8}, 7},
                     BufferingCase{"but not 16", 8, {16}, {16}, 0},
@@ -67,26 +66,6 @@ class Stream : public testing::Test {
   TestPeer peer;
   std::string received;
 };
-
-TEST_F(Stream, a_read_flushes_what_waits) {
-  PNC_init_write_buffer(peer.connection, 64);
-  PNC_send(peer.connection, bytes_of("question"));
-  peer.write("answer");
-  EXPECT_EQ(receive(6, 1), 6);
-  EXPECT_EQ(received, "answer");
-  EXPECT_EQ(peer.read(), "question");
-}
-
-TEST_F(Stream, input_buffer_delivers_without_waiting_to_be_full) {
-  PNC_init_read_buffer(peer.connection, 64);
-  peer.write("0123456");
-  ASSERT_EQ(receive(4, 5), 4);
-  EXPECT_EQ(received, "0123");
-  EXPECT_EQ(peer.connection.received_count, 7);
-  ASSERT_EQ(receive(3, 0), 3);
-  EXPECT_EQ(received, "456");
-  EXPECT_EQ(receive(1, 0), 0);
-}
 
 TEST_F(Stream, timeout_delivers_what_the_input_buffer_held) {
   PNC_init_read_buffer(peer.connection, 64);
@@ -125,14 +104,6 @@ TEST(StreamProperty, any_cut_of_a_stream_gives_the_same_bytes) {
   }
 }
 
-TEST_F(Stream, end_of_file_in_a_block_returns_the_bytes_so_far) {
-  peer.write("abc");
-  peer.close();
-  EXPECT_EQ(receive(8, 1), 3);
-  EXPECT_STREQ(PLE_get_error(), "End of file while receiving - tcp server is 4711@here");
-  EXPECT_EQ(receive(1, no_time_limit), 0);
-}
-
 TEST_F(Stream, write_to_a_dead_peer_fails_and_drops_what_waited) {
   install_broken_pipe_handler();
   PNC_init_write_buffer(peer.connection, 64);
@@ -141,24 +112,6 @@ TEST_F(Stream, write_to_a_dead_peer_fails_and_drops_what_waited) {
   EXPECT_EQ(PNC_flush(peer.connection), 0);
   EXPECT_STREQ(PLE_get_error(), "Network connection broken for tcp server 4711@here");
   EXPECT_EQ(peer.connection.next_unwritten_char, 0);
-}
-
-TEST_F(Stream, closed_record_refuses_traffic) {
-  EXPECT_EQ(PNC_close(peer.connection), 0);
-  EXPECT_EQ(peer.connection.state, connection_state::closed);
-  EXPECT_TRUE(peer.connection.server.empty());
-  PLE_reset_error();
-  EXPECT_EQ(PNC_send(peer.connection, bytes_of("x")), -1);
-  EXPECT_STREQ(PLE_get_error(), "Connection broken");
-  EXPECT_EQ(receive(1, 0), -1);
-  EXPECT_EQ(PNC_close(peer.connection), 1);
-}
-
-TEST_F(Stream, record_without_its_texts_cannot_send) {
-  peer.connection.peer.clear();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(PNC_send(peer.connection, bytes_of("x")), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "PNC_send: Control structure is broken\n");
 }
 
 }  // namespace

@@ -105,55 +105,6 @@ TEST_P(RandomCells, fractional_coordinates_turn_back) {
   EXPECT_THAT(points, Pointwise(NearEach(1e-9), fractions));
 }
 
-TEST_P(RandomCells, slab_matrices_have_the_normal_as_third_column) {
-  const Cell made = cell();
-  Matrix3 m, inverse, product_of_both;
-  std::int32_t status = -1;
-  kva_cry_2dfractocartmatrix_(made.a, made.b, m, status);
-  EXPECT_EQ(status, 0);
-  const Vector3 normal{m[6], m[7], m[8]};
-  EXPECT_NEAR(length(normal), 1, 1e-12);
-  EXPECT_NEAR(dot(normal, cross(made.b, made.a)), length(cross(made.a, made.b)), 1e-9);
-  kva_cry_2dcarttofracmatrix_(made.a, made.b, inverse, status);
-  dmatmat_(m, inverse, product_of_both);
-  EXPECT_THAT(product_of_both, Pointwise(NearEach(1e-10), Matrix3{1, 0, 0, 0, 1, 0, 0, 0, 1}));
-}
-
-TEST_P(RandomCells, slab_parameters_tell_the_same_slab) {
-  const Cell made = cell();
-  double u = 0, v = 0, gamma = 0, u2 = 0, v2 = 0, gamma2 = 0, area = 0, by_vectors = 0;
-  Matrix3 metric;
-  std::int32_t status = -1;
-  kva_cry_2dcelltoparam_(made.a, made.b, u, v, gamma, status);
-  kva_cry_2dparamtometric_(u, v, gamma, metric, status);
-  kva_cry_2dmetrictoparam_(metric, u2, v2, gamma2, status);
-  EXPECT_THAT((std::array{u2, v2, gamma2}), Pointwise(NearEach(1e-9), std::array{u, v, gamma}));
-  EXPECT_THAT(metric, Pointwise(NearEach(1e-9), Matrix3{dot(made.a, made.a), dot(made.a, made.b), 0,
-                                                        dot(made.a, made.b), dot(made.b, made.b), 0, 0, 0, 1}));
-  kva_cry_2dparamtocellarea_(u, v, gamma, area, status);
-  kva_cry_2duvtocellarea_(made.a, made.b, by_vectors, status);
-  EXPECT_NEAR(area, by_vectors, 1e-9 * area);
-}
-
-TEST_P(RandomCells, cartesian_operators_act_as_the_fractional_ones) {
-  const Cell made = cell();
-  std::array<double, 18> rotations{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 0, 0, 0, -1, -1, 0, 1};
-  std::array<double, 6> translations{0, 0, 0, 0.5, -0.25, 1.0 / 3};
-  const Vector3 fraction{0.1, 0.2, -0.7};
-  const Vector3 image{rotations[9] * 0.1 + rotations[12] * 0.2 + rotations[15] * -0.7 + 0.5,
-                      rotations[10] * 0.1 + rotations[13] * 0.2 + rotations[16] * -0.7 - 0.25,
-                      rotations[11] * 0.1 + rotations[14] * 0.2 + rotations[17] * -0.7 + 1.0 / 3};
-  const Matrix3 m = columns(made.a, made.b, made.c);
-  std::int32_t status = -1;
-  kva_cry_fracoperatortocart_(made.a, made.b, made.c, rotations, translations, status);
-  ASSERT_EQ(status, 0);
-  Matrix3 rotation;
-  std::copy_n(rotations.begin() + 9, 9, rotation.begin());
-  const Vector3 turned =
-      sum(product(rotation, product(m, fraction)), {translations[3], translations[4], translations[5]});
-  EXPECT_THAT(turned, Pointwise(NearEach(1e-9), product(m, image)));
-}
-
 /// Where each orientation puts the vectors: p on the axis, q in the plane of both axes, r in front of it.
 struct Placing {
   std::int32_t code;
@@ -209,17 +160,13 @@ TEST_P(RandomCells, the_alignment_matrix_takes_a_cell_into_its_orientation) {
 
 struct SlabCase {
   std::int32_t code;
-  Vector3 u, v;     ///< for u = 2, v = 3 and an angle with sine 0.8, cosine 0.6
-  bool other_side;  ///< the alignment puts the second vector on the other side
-  bool mirrors;
+  Vector3 u, v;  ///< for u = 2, v = 3 and an angle with sine 0.8, cosine 0.6
 };
 constexpr SlabCase slabs[] = {
-    {101, {1.6, 1.2, 0}, {0, 3, 0}, false, false},  {102, {2, 0, 0}, {1.8, 2.4, 0}, false, false},
-    {103, {0, 2, 0}, {-2.4, 1.8, 0}, true, true},   {104, {1.2, -1.6, 0}, {3, 0, 0}, true, true},
-    {105, {2, 0, 0}, {1.8, 0, 2.4}, false, true},   {106, {1.6, 0, 1.2}, {0, 0, 3}, false, true},
-    {107, {0, 0, 2}, {-2.4, 0, 1.8}, true, false},  {108, {1.2, 0, -1.6}, {3, 0, 0}, true, false},
-    {109, {0, 2, 0}, {0, 1.8, 2.4}, false, false},  {110, {0, 1.2, -1.6}, {0, 3, 0}, true, true},
-    {111, {0, 0, 2}, {0, -2.4, 1.8}, false, false}, {112, {0, 1.6, 1.2}, {0, 0, 3}, false, false},
+    {101, {1.6, 1.2, 0}, {0, 3, 0}},  {102, {2, 0, 0}, {1.8, 2.4, 0}},  {103, {0, 2, 0}, {-2.4, 1.8, 0}},
+    {104, {1.2, -1.6, 0}, {3, 0, 0}}, {105, {2, 0, 0}, {1.8, 0, 2.4}},  {106, {1.6, 0, 1.2}, {0, 0, 3}},
+    {107, {0, 0, 2}, {-2.4, 0, 1.8}}, {108, {1.2, 0, -1.6}, {3, 0, 0}}, {109, {0, 2, 0}, {0, 1.8, 2.4}},
+    {110, {0, 1.2, -1.6}, {0, 3, 0}}, {111, {0, 0, 2}, {0, -2.4, 1.8}}, {112, {0, 1.6, 1.2}, {0, 0, 3}},
 };
 
 TEST(SlabOrientation, every_code_places_both_vectors) {
@@ -234,49 +181,16 @@ TEST(SlabOrientation, every_code_places_both_vectors) {
   }
 }
 
-TEST(SlabOrientation, the_alignment_matrix_takes_a_slab_into_its_frame) {
-  const Vector3 u{2 * 0.36, 2 * 0.48, 2 * 0.8};  // 2 times a unit vector
-  const Vector3 beside{0.8, -0.6, 0};            // of length 1, across u
-  const Vector3 v = sum(scaled(u, 0.5 * 3 * 0.6), scaled(beside, 3 * 0.8));
-  for (const SlabCase& slab : slabs) {
-    SCOPED_TRACE(slab.code);
-    Matrix3 turn;
-    std::int32_t status = -1;
-    kva_cry_2dalignmentmatrix_(u, v, slab.code, turn, status);
-    ASSERT_EQ(status, 0);
-    Vector3 expected_u = slab.u, expected_v = slab.v;
-    if (slab.other_side) {
-      const bool u_on_axis = std::abs(slab.u[0]) + std::abs(slab.u[1]) + std::abs(slab.u[2]) == 2;
-      Vector3& second = u_on_axis ? expected_v : expected_u;
-      const Vector3& first = u_on_axis ? expected_u : expected_v;
-      for (std::size_t k = 0; k < 3; ++k) {
-        if (first[k] == 0) second[k] = -second[k];
-      }
-    }
-    EXPECT_THAT(product(turn, u), Pointwise(NearEach(1e-12), expected_u));
-    EXPECT_THAT(product(turn, v), Pointwise(NearEach(1e-12), expected_v));
-    const double determinant =
-        dvectrip_(std::span(turn).first<3>(), std::span(turn).subspan<3, 3>(), std::span(turn).subspan<6, 3>());
-    EXPECT_NEAR(determinant, slab.mirrors ? -1 : 1, 1e-12);
-  }
-}
-
-TEST(CellFromParameters, a_cube_lies_along_the_axes) {
-  expect_same(oriented({5, 5, 5, pi / 2, pi / 2, pi / 2}, 4), {{5, 0, 0}, {0, 5, 0}, {0, 0, 5}});
-}
-
-struct Refusal {
-  Parameters parameters;
-  std::int32_t code;
-  std::int32_t status;
-};
-
 TEST(CellFromParameters, refuses_what_makes_no_cell) {
-  const Refusal refusals[] = {
-      {{1, 1, 1, pi / 2, pi / 2, pi}, 4, 50301}, {{1, 1, 1, 3 * pi / 4, 3 * pi / 4, pi / 2}, 4, 50301},
-      {{1, 1, 1, 0.3, 1, 0.3}, 4, 50301},        {{1, 1, 1, std::nan(""), 1, 1}, 4, 50301},
-      {{0, 1, 1, pi / 2, pi / 2, pi}, 0, 50301}, {{1, 1e-100, 1, 1, 1, 1}, 0, 50302},
-      {{1, 1, std::nan(""), 1, 1, 1}, 4, 50302}, {{1, 1, 1, 1, 1, 1}, 0, 50306},
+  struct {
+    Parameters parameters;
+    std::int32_t code, status;
+  } const refusals[] = {
+      {{1, 1, 1, 3 * pi / 4, 3 * pi / 4, pi / 2}, 4, 50301},
+      {{1, 1, 1, 0.3, 1, 0.3}, 4, 50301},
+      {{1, 1, 1, std::nan(""), 1, 1}, 4, 50301},
+      {{1, 1e-100, 1, 1, 1, 1}, 0, 50302},
+
       {{1, 1, 1, 1, 1, 1}, 20, 50306},
   };
   for (const auto& [p, code, expected] : refusals) {
@@ -285,93 +199,6 @@ TEST(CellFromParameters, refuses_what_makes_no_cell) {
     kva_cry_3dparamtocell_(p.a, p.b, p.c, p.alpha, p.beta, p.gamma, code, a, b, c, status);
     EXPECT_EQ(status, expected);
     EXPECT_THAT(a, ElementsAre(7, 7, 7));
-  }
-}
-
-TEST(Alignment, refuses_unknown_codes_and_flat_cells_and_leaves_the_matrix) {
-  const Vector3 x{1, 0, 0}, y{0, 1, 0}, z{0, 0, 1}, zero{};
-  Matrix3 m{9};
-  for (const std::int32_t code : {0, 20, -1, 101}) {
-    std::int32_t status = 0;
-    kva_cry_3dalignmentmatrix_(x, y, z, code, m, status);
-    EXPECT_EQ(status, 50306);
-    kva_cry_2dalignmentmatrix_(x, y, code == 101 ? 113 : code, m, status);
-    EXPECT_EQ(status, 50306);
-  }
-  std::int32_t status = 0;
-  kva_cry_3dalignmentmatrix_(x, y, zero, 1, m, status);
-  EXPECT_EQ(status, 50303);
-  kva_cry_2dalignmentmatrix_(x, x, 102, m, status);
-  EXPECT_EQ(status, 50303);
-  EXPECT_EQ(m, Matrix3{9});
-}
-
-TEST(CellForms, flat_cells_are_refused_by_their_own_codes) {
-  const Vector3 x{1, 0, 0}, y{0, 1, 0}, zero{};
-  Matrix3 m;
-  double n = 0;
-  std::int32_t status = 0;
-  kva_cry_3dcarttofracmatrix_(x, y, sum(x, y), m, status);
-  EXPECT_EQ(status, 50303);
-  kva_cry_2dfractocartmatrix_(x, scaled(x, 2), m, status);
-  EXPECT_EQ(status, 50305);
-  kva_cry_2dcarttofracmatrix_(x, zero, m, status);
-  EXPECT_EQ(status, 50305);
-  kva_cry_3dcelltoparam_(x, y, zero, n, n, n, n, n, n, status);
-  EXPECT_EQ(status, 50302);
-  kva_cry_2dcelltoparam_(zero, x, n, n, n, status);
-  EXPECT_EQ(status, 50302);
-  kva_cry_2dcelltoparam_(x, zero, n, n, n, status);
-  EXPECT_EQ(status, 0);
-  kva_cry_2dmetrictoparam_({1, 0, 0, 0, 0, 0, 0, 0, 1}, n, n, n, status);
-  EXPECT_EQ(status, 50302);
-}
-
-TEST(CellForms, parallel_vectors_have_the_angle_zero_in_spite_of_rounding) {
-  const Vector3 u{0.1, 0.2, 0.3}, v{0.3, 0.6, 0.9};
-  double lu = 0, lv = 0, gamma = -1;
-  std::int32_t status = 0;
-  kva_cry_2dcelltoparam_(u, v, lu, lv, gamma, status);
-  EXPECT_NEAR(gamma, 0, 1e-7);
-}
-
-TEST(PrimitiveCell, holds_one_of_the_lattice_points_of_the_conventional_cell) {
-  const int points[] = {1, 2, 4, 2, 2, 2, 3};
-  for (std::int32_t centring = 0; centring < 7; ++centring) {
-    SCOPED_TRACE(centring);
-    Matrix3 m;
-    std::int32_t status = -1;
-    kva_cry_getprimitive_(centring, m, status);
-    ASSERT_EQ(status, 0);
-    const auto columns_of = std::span<const double>(m);
-    EXPECT_NEAR(dvectrip_(columns_of.subspan<0, 3>(), columns_of.subspan<3, 3>(), columns_of.subspan<6, 3>()),
-                1.0 / points[centring], 1e-12);
-  }
-  Matrix3 m{9};
-  for (const std::int32_t bad : {-1, 7}) {
-    std::int32_t status = 0;
-    kva_cry_getprimitive_(bad, m, status);
-    EXPECT_EQ(status, 1);
-  }
-  EXPECT_EQ(m, Matrix3{9});
-}
-
-struct Fold {
-  double from, to;
-  std::int32_t offset;
-};
-
-TEST(ToInCell, moves_each_fraction_by_whole_cells) {
-  const Fold folds[] = {{-0.25, 0.75, 1}, {2.5, 0.5, -2},   {0, 0, 0},
-                        {-1, 0, 1},       {-2.75, 0.25, 3}, {1e300, 0, INT32_MIN}};
-  for (const auto& [from, to, offset] : folds) {
-    Vector3 point{from, 0.5, 0.5};
-    std::array<std::int32_t, 3> offsets{9, 9, 9};
-    std::int32_t status = -1;
-    kva_cry_toincell_(100, {1, 0, 0, 0, 1, 0, 0, 0, 1}, point, offsets, status);
-    EXPECT_EQ(status, 0);
-    EXPECT_THAT(point, ElementsAre(to, 0.5, 0.5));
-    EXPECT_THAT(offsets, ElementsAre(offset, 0, 0));
   }
 }
 
@@ -399,18 +226,6 @@ TEST_P(RandomCells, points_move_into_the_cell_by_their_offsets) {
       EXPECT_TRUE(f[0] > -1e-9 && f[0] < 1 + 1e-9 && f[1] > -1e-9 && f[1] < 1 + 1e-9);
       EXPECT_TRUE(type == 100 || offsets[at + 2] == 0);
     }
-  }
-}
-
-TEST(ToInCell, other_periodic_types_move_nothing) {
-  for (const auto& [type, expected, offset] : {std::array{0, 0, 0}, std::array{102, 1, 9}, std::array{7, 2, 9}}) {
-    Vector3 point{1.5, 2, -3};
-    std::array<std::int32_t, 3> offsets{9, 9, 9};
-    std::int32_t status = -1;
-    kva_cry_toincell_(type, {1, 0, 0, 0, 1, 0, 0, 0, 1}, point, offsets, status);
-    EXPECT_EQ(status, expected);
-    EXPECT_THAT(point, ElementsAre(1.5, 2, -3));
-    EXPECT_THAT(offsets, ElementsAre(offset, offset, offset));
   }
 }
 

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,7 +10,6 @@ namespace pathstat {
 namespace {
 
 using namespace crystal;
-using testing::ElementsAre;
 
 const Vector3 x5{5, 0, 0}, y5{0, 5, 0}, z5{0, 0, 5};
 
@@ -45,8 +43,6 @@ TEST(Reciprocal, vectors_are_dual_to_the_cell) {
 
   kva_cry_3dreciprocalvectors_(b, a, c, a_star, b_star, c_star, status);
   EXPECT_EQ(status, 50304) << "left-handed";
-  kva_cry_2dreciprocalvectors_(a, a, a_star, b_star, status);
-  EXPECT_EQ(status, 50304);
 }
 
 TEST(Miller, planes_of_a_cube_are_spaced_by_its_edge_over_the_length_of_the_indices) {
@@ -59,51 +55,6 @@ TEST(Miller, planes_of_a_cube_are_spaced_by_its_edge_over_the_length_of_the_indi
   EXPECT_EQ(status, 0);
   EXPECT_NEAR(normal[1], -2.0 / 3, 1e-12);
   EXPECT_NEAR(distance, (2.5 + 10) / 3, 1e-12);
-}
-
-TEST(Miller, neighbouring_planes_of_a_skew_cell_lie_one_spacing_apart) {
-  const auto [a, b, c] = skew_cell(2);
-  double spacing = 0, here = 0, there = 0;
-  Vector3 normal;
-  std::int32_t status = -1;
-  kva_cry_millerspacing_(a, b, c, 2, -1, 3, spacing, status);
-  kva_cry_millernormal_(a, b, c, 2, -1, 3, {0, 0, 0}, normal, here, status);
-  kva_cry_millernormal_(a, b, c, 2, -1, 3, {0, -1, 0}, normal, there, status);
-  EXPECT_NEAR(there - here, spacing, 1e-10);
-}
-
-TEST(Miller, refuses_flat_cells_and_no_plane) {
-  double spacing = 7, distance = 7;
-  Vector3 normal;
-  std::int32_t status = 0;
-  kva_cry_millerspacing_(y5, x5, z5, 1, 0, 0, spacing, status);
-  EXPECT_EQ(status, 50304);
-  kva_cry_millernormal_(y5, x5, z5, 1, 0, 0, {}, normal, distance, status);
-  EXPECT_EQ(status, 0) << "a left-handed cell has planes too";
-  kva_cry_millernormal_(x5, x5, z5, 1, 0, 0, {}, normal, distance, status);
-  EXPECT_EQ(status, 50304);
-  kva_cry_millerspacing_(x5, y5, z5, 0, 0, 0, spacing, status);
-  EXPECT_EQ(status, 1);
-  EXPECT_EQ(spacing, 7);
-}
-
-TEST(ZonePlanes, of_a_cube_along_z_are_those_of_x_and_y) {
-  Indices first{}, second{};
-  std::int32_t status = -1;
-  kva_cry_zoneplanes_({0, 0, 1}, x5, y5, z5, first, second, status);
-  EXPECT_EQ(status, 0);
-  EXPECT_THAT(first, ElementsAre(1, 0, 0));
-  EXPECT_THAT(second, ElementsAre(0, 1, 0));
-}
-
-TEST(ZonePlanes, refuses_no_zone_and_a_flat_cell) {
-  Indices first{7, 7, 7}, second = first;
-  std::int32_t status = 0;
-  kva_cry_zoneplanes_({0, 0, 0}, x5, y5, z5, first, second, status);
-  EXPECT_EQ(status, 1);
-  kva_cry_zoneplanes_({0, 0, 1}, x5, x5, z5, first, second, status);
-  EXPECT_EQ(status, 50304);
-  EXPECT_THAT(first, ElementsAre(7, 7, 7));
 }
 
 /// Lengths of the two shortest planes of a zone that are not parallel, by trying all up to a bound.

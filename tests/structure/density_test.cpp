@@ -4,7 +4,6 @@
 
 #include "in_process_core.h"
 #include "structure/crystal_coordinates.h"
-#include "support/named_memory.h"
 
 namespace pathstat {
 namespace {
@@ -28,19 +27,6 @@ TEST_F(Density, is_the_mass_of_the_occupied_atoms_over_the_volume) {
   kva_cry_density_(model(100), density, status);
   EXPECT_EQ(status, 0);
   EXPECT_NEAR(density, 35.0 / 40 * 1.66056, 1e-12);
-  for (const char* label : {"density/list", "density/mass", "density/occup"}) {
-    EXPECT_EQ(find_area(label).elements, nullptr) << label;
-  }
-}
-
-TEST_F(Density, needs_a_model_that_is_periodic_in_three_directions) {
-  double density = 7;
-  std::int32_t status = 0;
-  kva_cry_density_(model(101), density, status);
-  EXPECT_EQ(status, 1);
-  kva_cry_density_(-5, density, status);
-  EXPECT_NE(status, 0);
-  EXPECT_EQ(density, 7);
 }
 
 }  // namespace

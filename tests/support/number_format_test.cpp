@@ -99,11 +99,5 @@ TEST(IntegerFormat, writes_the_field_exactly) {
   EXPECT_EQ(formatted(std::numeric_limits<std::int32_t>::min(), "(i12)"), " -2147483648");
 }
 
-TEST(LogicalFormat, writes_one_letter_to_the_right) {
-  EXPECT_EQ(formatted(true, "(L1)"), "T");
-  EXPECT_EQ(formatted(false, "(l4)"), "   F");
-  EXPECT_EQ(formatted(true, "(i4)"), "****");
-}
-
 }  // namespace
 }  // namespace pathstat

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <numeric>
 #include <random>
 
 namespace pathstat {
@@ -68,25 +67,6 @@ INSTANTIATE_TEST_SUITE_P(sources, RecordReaderOver, testing::Values(false, true)
                          [](const auto& row) { return row.param ? "file" : "memory"; });
 
 const Bytes two_records = bytes({0, 0, 0, 3, 'a', 'b', 'c', 0, 0, 0, 3, 0, 0, 0, 1, 'd', 0, 0, 0, 1});
-
-TEST_P(RecordReaderOver, reads_and_skips_records_in_turn) {
-  auto reader = over(two_records);
-  ASSERT_EQ(reader.expect(3), RecordStatus::ok);
-  EXPECT_EQ(reader.position(), 4);
-  reader.skip();
-  EXPECT_EQ(reader.position(), 11);
-  ASSERT_EQ(reader.expect_any(100), RecordStatus::ok);
-  EXPECT_EQ(reader.length(), 1);
-  ASSERT_EQ(reader.load(), RecordStatus::ok);
-  EXPECT_THAT(reader.payload(), testing::ElementsAre(std::byte{'d'}));
-  EXPECT_EQ(reader.expect(1), RecordStatus::end);
-  reader.seek(0);
-  Bytes payload(3);
-  ASSERT_EQ(reader.expect(3), RecordStatus::ok);
-  ASSERT_EQ(reader.read(payload), RecordStatus::ok);
-  EXPECT_EQ(payload, bytes({'a', 'b', 'c'}));
-  EXPECT_EQ(reader.position(), 11);
-}
 
 TEST_P(RecordReaderOver, tells_an_end_from_a_cut_at_every_byte) {
   for (std::size_t kept = 0; kept < two_records.size(); ++kept) {
@@ -160,19 +140,6 @@ TEST_P(RecordReaderOver, keeps_its_place_through_any_mix_of_calls) {
   }
 }
 
-TEST(RecordReader, follows_a_file_that_grows) {
-  TemporaryFile file(std::span<const std::byte>(two_records).first(11));
-  RecordReader reader;
-  ASSERT_EQ(reader.open(file.path()), RecordStatus::ok);
-  ASSERT_EQ(reader.expect(3), RecordStatus::ok);
-  reader.skip();
-  EXPECT_EQ(reader.expect(1), RecordStatus::end);
-  file.write(std::span(two_records).subspan(11));
-  ASSERT_EQ(reader.expect(1), RecordStatus::ok);
-  ASSERT_EQ(reader.load(), RecordStatus::ok);
-  EXPECT_EQ(reader.payload()[0], std::byte{'d'});
-}
-
 TEST(RecordReader, opens_only_regular_files) {
   RecordReader reader;
   EXPECT_EQ(reader.open(testing::TempDir() + "no such file"), RecordStatus::failed);
@@ -215,38 +182,6 @@ TEST(RecordWriter, frames_and_turns_every_value) {
                    0,   0,   0,    0,    0,    30,   0,    0,    0,    0,    0,    0,    0,   0}));
 }
 
-TEST(RecordWriter, rolls_back_what_is_buffered_and_what_is_written) {
-  for (const std::size_t dropped : {std::size_t{10}, std::size_t{200'000}}) {
-    TemporaryFile file;
-    RecordWriter writer;
-    ASSERT_EQ(writer.create(file.path()), RecordStatus::ok);
-    ASSERT_EQ(writer.write(bytes({'a', 'b', 'c'})), RecordStatus::ok);
-    ASSERT_EQ(writer.write(Bytes(dropped)), RecordStatus::ok);
-    ASSERT_EQ(writer.roll_back(11), RecordStatus::ok);
-    ASSERT_EQ(writer.write(bytes({'d'})), RecordStatus::ok);
-    ASSERT_EQ(writer.close(), RecordStatus::ok);
-    EXPECT_EQ(file.content(), two_records);
-  }
-}
-
-TEST(RecordWriter, reports_a_full_disk_and_nothing_written_afterwards_counts) {
-  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
-  const Bytes large(100'000);
-  for (const auto& payload : {std::span(large), std::span(large).first(10)}) {
-    RecordWriter writer;
-    ASSERT_EQ(writer.create("/dev/full"), RecordStatus::ok);
-    const auto written = writer.write(payload);
-    EXPECT_EQ(written, payload.size() > 10 ? RecordStatus::failed : RecordStatus::ok);
-    EXPECT_EQ(writer.flush(), RecordStatus::failed);
-    EXPECT_EQ(writer.write(payload), RecordStatus::failed);
-    EXPECT_EQ(writer.close(), RecordStatus::failed);
-  }
-  RecordWriter unflushed;
-  ASSERT_EQ(unflushed.create("/dev/full"), RecordStatus::ok);
-  ASSERT_EQ(unflushed.write(std::span(large).first(10)), RecordStatus::ok);
-  EXPECT_EQ(unflushed.close(), RecordStatus::failed);
-}
-
 TEST(RecordWriter, cuts_a_half_written_record_off_when_the_disk_was_full) {
   TemporaryFile file;
   RecordWriter writer;
@@ -266,13 +201,6 @@ TEST(RecordWriter, cuts_a_half_written_record_off_when_the_disk_was_full) {
   ASSERT_EQ(writer.write(bytes({'d'})), RecordStatus::ok);
   ASSERT_EQ(writer.close(), RecordStatus::ok);
   EXPECT_EQ(file.content(), two_records);
-}
-
-TEST(RecordWriter, cannot_append_to_what_is_not_there) {
-  RecordWriter writer;
-  EXPECT_EQ(writer.append(testing::TempDir() + "no such file"), RecordStatus::failed);
-  EXPECT_EQ(writer.create(testing::TempDir() + "no such folder/file"), RecordStatus::failed);
-  EXPECT_EQ(writer.write(Bytes(1)), RecordStatus::failed);
 }
 
 }  // namespace

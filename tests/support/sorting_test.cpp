@@ -69,15 +69,5 @@ TEST(Sorting, texts_compare_as_if_padded_with_blanks) {
   EXPECT_THAT(index, ElementsAre(6, 7, 2, 3, 4, 1, 5));  // a tab stands below the blank, bytes have no sign
 }
 
-TEST(Sorting, rows_compare_from_the_first_element) {
-  const Numbers rows{2, 0, 1, 9, 2, -1, 1, 8, 7};
-  Numbers index(4);
-  inestsortidx_(rows, 2, index);
-  EXPECT_THAT(index, ElementsAre(4, 2, 3, 1));
-  index.assign(5, 0);
-  inestsortidx_(rows, 3, index);  // three whole rows are there; the rest of the index is left alone
-  EXPECT_THAT(index, ElementsAre(3, 1, 2, 0, 0));
-}
-
 }  // namespace
 }  // namespace pathstat

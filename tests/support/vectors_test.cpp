@@ -8,58 +8,6 @@
 namespace pathstat {
 namespace {
 
-TEST(Vectors, sum_difference_scale_and_copy_go_to_the_last_argument) {
-  const Vector3 a{1, 2, 3}, b{10, 20, 40};
-  Vector3 r{};
-  dvecadd_(a, b, r);
-  EXPECT_EQ(r, (Vector3{11, 22, 43}));
-  dvecsub_(a, b, r);
-  EXPECT_EQ(r, (Vector3{-9, -18, -37}));
-  dvecscale_(a, -2.0, r);
-  EXPECT_EQ(r, (Vector3{-2, -4, -6}));
-  dveccopy_(b, r);
-  EXPECT_EQ(r, b);
-}
-
-TEST(Vectors, products_follow_the_right_hand_rule) {
-  const Vector3 a{1, 2, 3}, b{4, 5, 6}, c{7, 8, 10};
-  Vector3 r{};
-  dvecprod_(a, b, r);
-  EXPECT_EQ(r, (Vector3{-3, 6, -3}));
-  EXPECT_EQ(dvecdot_(a, b), 32.0);
-  EXPECT_EQ(dvectrip_(a, b, c), -3.0);
-
-  const std::array<std::int32_t, 3> i{1, 0, 0}, j{0, 1, 0};
-  std::array<std::int32_t, 3> k{};
-  crossint_(i, j, k);
-  EXPECT_EQ(k, (std::array<std::int32_t, 3>{0, 0, 1}));
-  ivecprod_(j, i, k);
-  EXPECT_EQ(k, (std::array<std::int32_t, 3>{0, 0, -1}));
-}
-
-TEST(Vectors, an_output_may_be_an_input) {
-  Vector3 a{1, 2, 3};
-  dvecprod_(a, Vector3{4, 5, 6}, a);
-  EXPECT_EQ(a, (Vector3{-3, 6, -3}));
-  const Matrix3 turn{0, 1, 0, -1, 0, 0, 0, 0, 1};  // x to y, y to -x
-  Matrix3 m = turn;
-  dmatmat_(m, m, m);
-  EXPECT_EQ(m, (Matrix3{-1, 0, 0, 0, -1, 0, 0, 0, 1}));
-  dmatmul_(turn, a, a);
-  EXPECT_EQ(a, (Vector3{-6, -3, -3}));
-}
-
-TEST(Vectors, normalising_gives_length_one_and_leaves_zero) {
-  Vector3 r{};
-  dvecnorm_(Vector3{0, -3, 4}, r);
-  EXPECT_EQ(r, (Vector3{0, -0.6, 0.8}));
-  EXPECT_EQ(dveclen_(Vector3{2, 3, 6}), 7.0);
-  r = {9, 9, 9};
-  dvecnorm_(Vector3{0, 0, 0}, r);
-  EXPECT_EQ(r, (Vector3{0, 0, 0}));
-  EXPECT_EQ(rveclen_(std::array{3e30f, 0.f, 4e30f}), 5e30f);
-}
-
 TEST(Matrices, are_stored_by_columns) {
   const Matrix3 m{1, 2, 3, 4, 5, 6, 7, 8, 9};
   Vector3 r{};
