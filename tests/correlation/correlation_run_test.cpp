@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <numeric>
 
 #include "correlation/correlation_cache.h"
 #include "correlation/displacement.h"
@@ -19,10 +18,7 @@
 namespace pathstat {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 /// The velocities of atoms 0 ... 3.
 Vector velocity_of(std::size_t atom) {
@@ -145,34 +141,6 @@ TEST_F(CorrelationRun, the_last_frame_takes_part_in_no_pair) {
   EXPECT_THAT(read_table("PathStat.msd").values, ElementsAre(0, 4, 16, 36, 64));
   EXPECT_EQ(run(run_msd_, {.intervals = 1, .frames = 2}), 0);
   EXPECT_THAT(read_table("PathStat.msd").values, ElementsAre(0));
-}
-
-TEST_F(CorrelationRun, graphs_are_laid_out_drawn_and_handed_over_in_order) {
-  make(steady(4));
-  EXPECT_EQ(run(run_msd_, {.intervals = 2, .frames = 4, .monitor = true}), 0);
-  EXPECT_THAT(
-      core_.calls("kvP"),
-      ElementsAre("kvP_HAN_Write|Total MSD|101", "kvP_HAN_Write|Total MSD|102", "kvP_DAT_SetMethodXY|2|3|901|0|",
-                  "kvP_GRF_SetMethodXY|1|1|2060|0|0|0|0|1|Total MSD|Time/ps|7|2|A*A per atom",
-                  "kvP_HAN_Write|Varlane Graphs|100", "kvP_VWR_SetGraphList|3|1|1",  //
-                  "kvP_DAT_WriteXY|2|801|2|0|0|0.5|2.390625", "kvP_VWR_ReDraw|3",
-                  "kvP_DAT_WriteXY|2|801|2|0|0|0.5|2.390625", "kvP_VWR_ReDraw|3",
-                  "kvP_DAT_WriteXY|2|801|2|0|0|0.5|2.390625", "kvP_VWR_ReDraw|3",
-                  "kvP_DAT_WriteXY|2|801|2|0|0|0.5|2.390625", "kvP_VWR_ReDraw|3"));
-  EXPECT_THAT(progress(), ElementsAre("0", "0.333333343", "0.666666687", "1"));
-  core_.forget();
-  EXPECT_EQ(run(run_vac_, {.intervals = 2, .frames = 4, .anisotropic = true}), 0);
-  EXPECT_THAT(core_.calls("kvP_HAN_Write"), Contains("kvP_HAN_Write|VAC component XY( A^2/ps^2 )|101"));
-  EXPECT_THAT(core_.calls("kvP_GRF_SetAspectRatio"), ElementsAre(StartsWith("kvP_GRF_SetAspectRatio|7|")));
-  EXPECT_THAT(core_.calls("kvP_VWR_ReDraw"), testing::SizeIs(1));
-}
-
-TEST_F(CorrelationRun, progress_is_told_about_fifty_times) {
-  make(steady(203));
-  EXPECT_EQ(run(run_msd_, {.intervals = 3, .frames = 203}), 0);
-  // 202 origins, one report for every four.
-  EXPECT_EQ(progress().size(), 1U + 50U);
-  EXPECT_EQ(progress()[1], "0.0198019799");
 }
 
 TEST_F(CorrelationRun, an_interrupt_keeps_the_origins_that_are_done) {

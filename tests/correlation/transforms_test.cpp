@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -157,19 +156,6 @@ TEST_F(Transforms, twice_in_place_gives_the_input_times_the_period) {
   }
 }
 
-TEST_F(Transforms, energy_is_kept) {
-  for (const std::size_t n : {96U, 1001U}) {
-    const auto x = random_values(n);
-    const auto r = real_transform(x);
-    double before = 0.0;
-    for (const double value : x) before += value * value;
-    double after = 0.5 * r[0] * r[0];
-    for (std::size_t i = 1; i < n; ++i) after += r[i] * r[i];
-    if (n % 2 == 0) after -= 0.5 * r[n - 1] * r[n - 1];
-    EXPECT_NEAR(2.0 * after / static_cast<double>(n), before, 1e-11);
-  }
-}
-
 TEST_F(Transforms, unit_impulses_at_the_ends_become_flat_and_alternating) {
   EXPECT_THAT(cosine({1, 0, 0, 0, 0}), ElementsAre(1, 1, 1, 1, 1));
   EXPECT_THAT(cosine({0, 0, 0, 0, 0, 1}), ElementsAre(1, -1, 1, -1, 1, -1));
@@ -192,20 +178,6 @@ TEST_F(Transforms, short_sequences_are_refused_and_three_points_need_no_table) {
   EXPECT_THAT(core_.messages(), IsEmpty());
 }
 
-TEST_F(Transforms, the_steps_know_one_and_two_points) {
-  std::array<double, 40> work{};
-  std::array<double, 3> x{3, 5, 0};
-  fft2ost_(std::span(x).first(1), x, work);
-  EXPECT_EQ(x[0], 3.0);
-  fft2ost_(std::span(x).first(2), x, work);
-  EXPECT_THAT(x, ElementsAre(8, -2, 0));
-  fft2int_(std::span(x).first(2), x, work);
-  EXPECT_NEAR(x[0], 6 * std::sqrt(3.0), 1e-14);
-  EXPECT_NEAR(x[1], 10 * std::sqrt(3.0), 1e-14);
-  fft2int_(std::span(x).first(1), x, work);
-  EXPECT_NEAR(x[0], 12 * std::sqrt(3.0), 1e-14);
-}
-
 TEST_F(Transforms, factors_stand_with_two_in_front_of_the_fours) {
   struct Case {
     std::int64_t length;
@@ -221,15 +193,6 @@ TEST_F(Transforms, factors_stand_with_two_in_front_of_the_fours) {
     ASSERT_EQ(table[1], static_cast<double>(factors.size()));
     EXPECT_TRUE(std::equal(factors.begin(), factors.end(), table.begin() + 2)) << length;
   }
-}
-
-TEST_F(Transforms, strided_copies_go_both_ways) {
-  const std::vector<double> source{1, 2, 3, 4, 5, 6};
-  std::vector<double> to(6);
-  fftcopy_(3, source, 2, to, -2);
-  EXPECT_THAT(to, ElementsAre(5, 0, 3, 0, 1, 0));
-  fftvcal_(2, -1.0, source, -5, to, 1);
-  EXPECT_THAT(to, ElementsAre(-6, -1, 3, 0, 1, 0));
 }
 
 TEST_F(Transforms, radial_transform_is_the_rectangle_rule) {

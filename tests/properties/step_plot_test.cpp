@@ -23,30 +23,5 @@ TEST(StepPlot, takes_its_column_and_comes_down_to_zero_on_both_sides) {
   EXPECT_THAT(right, testing::ElementsAre(11.75F, 0.0F));
 }
 
-TEST(StepPlot, of_a_column_without_spread_stands_at_the_largest_value) {
-  const std::vector<double> bin_data{2.0, 2.5, 0.0};
-  const std::vector<double> table{1.0, 1.0};
-  std::vector<float> xy(4);
-  std::array<float, 2> left{};
-  std::array<float, 2> right{};
-  std::int32_t status = 7;
-  makehistxy_(bin_data, 1, table, 1, 2, xy, left, right, status);
-  EXPECT_THAT(xy, testing::ElementsAre(2.5F, 1.0F, 2.5F, 1.0F));
-  EXPECT_THAT(left, testing::ElementsAre(2.5F, 0.0F));
-  EXPECT_THAT(right, testing::ElementsAre(2.5F, 0.0F));
-}
-
-TEST(StepPlot, adds_up_its_places_in_32_bits) {
-  const std::vector<double> bin_data{0.05, 100.0, 0.1};
-  const std::vector<double> table(1000, 0.0);
-  std::vector<float> xy(2000);
-  std::array<float, 2> ends{};
-  std::int32_t status = 7;
-  makehistxy_(bin_data, 1, table, 1, 1000, xy, ends, ends, status);
-  float expected = 0.05F;
-  for (int k = 0; k < 999; ++k) expected += 0.1F;
-  EXPECT_EQ(xy[1998], expected);
-}
-
 }  // namespace
 }  // namespace pathstat

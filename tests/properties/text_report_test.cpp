@@ -74,17 +74,11 @@ TEST_F(TextReport, has_a_header_and_a_line_key_for_every_layout_and_kind_of_x) {
   };
   const std::vector<Case> cases{
       {206, 6, X::models, {"MODEL NAME PATHSTAT_MSG_55", "ice 1 2 3 4 5 6 PATHSTAT_MSG_49"}},
-      {206, 6, X::conformers, {"CONFORMER PATHSTAT_MSG_5", "2 1 2 3 4 5 6 PATHSTAT_MSG_12"}},
       {206, 6, X::times, {"TIME PATHSTAT_MSG_5", "1.5 1 2 3 4 5 6 PATHSTAT_MSG_13"}},
       {206, 3, X::models, {"MODEL NAME PATHSTAT_MSG_56", "ice 1 2 3 PATHSTAT_MSG_50"}},
-      {206, 3, X::times, {"TIME PATHSTAT_MSG_6", "1.5 1 2 3 PATHSTAT_MSG_11"}},
       {206, 1, X::models, {"MODEL NAME |z| PATHSTAT_MSG_57", "ice 1 PATHSTAT_MSG_51"}},
-      {206, 1, X::conformers, {"CONFORMER |z| PATHSTAT_MSG_7", "2 1 PATHSTAT_MSG_8"}},
-      {205, 6, X::models, {"MODEL NAME PATHSTAT_MSG_52", "ice 1 2 3 4 5 6 PATHSTAT_MSG_49"}},
       {205, 6, X::times, {"TIME PATHSTAT_MSG_14", "1.5 1 2 3 4 5 6 PATHSTAT_MSG_13"}},
-      {205, 3, X::models, {"MODEL NAME PATHSTAT_MSG_53", "ice 1 2 3 PATHSTAT_MSG_50"}},
       {205, 3, X::conformers, {"CONFORMER PATHSTAT_MSG_15", "2 1 2 3 PATHSTAT_MSG_10"}},
-      {205, 1, X::models, {"MODEL NAME |z| PATHSTAT_MSG_54", "ice 1 PATHSTAT_MSG_51"}},
       {205, 1, X::times, {"TIME |z| PATHSTAT_MSG_16", "1.5 1 PATHSTAT_MSG_9"}},
       {302,
        3,
@@ -128,29 +122,6 @@ TEST_F(TextReport, prints_a_distribution_as_centres_and_frequencies) {
                           "Name 2 PATHSTAT_MSG_17", "7 1 PATHSTAT_MSG_9"))
       << "a column without spread has one line";
 }
-
-TEST_F(TextReport, heads_each_distribution_with_what_it_is_of) {
-  const auto headings = [&](std::int32_t id, std::int32_t values) {
-    const auto size = static_cast<std::size_t>(values);
-    std::vector<std::string> found;
-    for (const auto& line : distribution(id, values, std::vector<double>(size), std::vector<double>(3 * size))) {
-      if (!line.ends_with("PATHSTAT_MSG_9")) found.push_back(line.substr(0, line.find(" PATHSTAT")));
-    }
-    return found;
-  };
-  EXPECT_THAT(headings(205, 6), ElementsAre("xx", "yy", "zz", "yz", "xz", "xy"));
-  EXPECT_THAT(headings(205, 3), ElementsAre("yy", "zz", "yz"));
-  EXPECT_THAT(headings(205, 1), ElementsAre("zz"));
-  EXPECT_THAT(headings(206, 6), ElementsAre("a", "b", "c", "alpha", "beta", "gamma"));
-  EXPECT_THAT(headings(206, 3), ElementsAre("u", "v", "theta"));
-  EXPECT_THAT(headings(206, 1), ElementsAre("z"));
-  EXPECT_THAT(headings(503, 4), ElementsAre("Torsion Measures"));
-  EXPECT_THAT(headings(506, 6), ElementsAre("Distance Vector X", "Distance Vector Y", "Distance Vector Z"));
-  EXPECT_THAT(distribution(506, 3, {0, 0, 0}, std::vector<double>(9)),
-              testing::Contains("Distance Vector X PATHSTAT_MSG_41"));
-}
-
-TEST_F(TextReport, of_no_points_prints_nothing) { EXPECT_THAT(distribution(1, 1, {}, {0, 0, 0}), testing::IsEmpty()); }
 
 }  // namespace
 }  // namespace pathstat

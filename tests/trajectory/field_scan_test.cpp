@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 namespace pathstat {
 namespace {
 
@@ -26,20 +24,6 @@ TEST(FieldScan, finds_what_stands_between_blanks) {
     EXPECT_EQ(length, c.length) << c.text;
     EXPECT_EQ(end, c.end) << c.text;
   }
-}
-
-TEST(FieldScan, walks_a_line_by_the_text_behind_the_end) {
-  std::string_view rest = " 1  ARC -2.5 ";
-  std::string walked;
-  while (true) {
-    Text<8> field;
-    std::int32_t length = 0, end = 0;
-    nxtfld_(rest, field, length, end);
-    if (length == 0) break;
-    walked += field.str() + "|";
-    rest.remove_prefix(static_cast<std::size_t>(end));
-  }
-  EXPECT_EQ(walked, "1|ARC|-2.5|");
 }
 
 }  // namespace

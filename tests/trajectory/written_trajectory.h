@@ -16,11 +16,10 @@ namespace pathstat {
 /// A binary trajectory of the newest version, made by the library's writer for the length of a test.
 class WrittenTrajectory {
  public:
-  explicit WrittenTrajectory(std::int32_t total, std::vector<std::int32_t> ids, std::int32_t directions = 0,
-                             const std::string& name = "run.trj") {
+  explicit WrittenTrajectory(std::int32_t total, std::vector<std::int32_t> ids, std::int32_t directions = 0) {
     std::string pattern = testing::TempDir() + "trajectory-XXXXXX";
     folder_ = ::mkdtemp(pattern.data());
-    path_ = folder_ + "/" + name;
+    path_ = folder_ + "/run.trj";
     std::int32_t status = -1;
     kvA_TRJ_Open(path_, 200, handle_, status);
     EXPECT_EQ(status, 0);
@@ -56,7 +55,6 @@ class WrittenTrajectory {
     close();
     return path_;
   }
-  const std::string& folder() const { return folder_; }
 
  private:
   WrittenTrajectory& checked(const std::function<void(std::int32_t&)>& step) {
