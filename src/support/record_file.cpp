@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t frame_bytes = 4;
 constexpr std::int64_t first_reach = 1024;
-constexpr std::int64_t longest_reach = 64 * 1024;
+constexpr std::int64_t longest_reach = std::int64_t{64} * 1024;
 constexpr std::size_t straight_read = 4096;   // payloads from here on bypass the buffer
 constexpr std::size_t pending_limit = 65536;  // bytes that wait before they are written
 
