@@ -9,23 +9,17 @@
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "state/rdf_settings.h"
+#include "trajectory/model_frame.h"
 
 namespace pathstat {
 namespace {
 
 constexpr std::int32_t model_class = 13;
-constexpr std::int32_t atoms_without_images = 1;
 constexpr std::size_t most_names_a_model = 20;
 
 std::vector<std::int32_t> atoms_of(std::int32_t model) {
-  std::int32_t count = 0;
   std::int32_t error = 0;
-  kvd_mod_numatoms_(model, atoms_without_images, count, error);
-  if (error != 0 || count < 1) return {};
-  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
-  kvd_mod_atomlist_(model, atoms_without_images, atoms, count, error);
-  atoms.resize(error == 0 ? static_cast<std::size_t>(std::clamp<std::int64_t>(count, 0, std::ssize(atoms))) : 0);
-  return atoms;
+  return atoms_of_model(model, error, ModelAtoms::stored);
 }
 
 /// Collects distinct names until the room is used up.

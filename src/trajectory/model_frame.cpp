@@ -1,6 +1,7 @@
 #include "trajectory/model_frame.h"
 
 #include <algorithm>
+#include <new>
 
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
@@ -9,7 +10,7 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t atoms_with_images = 3;
+constexpr std::int32_t no_memory = 1;
 
 }  // namespace
 
@@ -29,15 +30,21 @@ void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, s
   if (error == 0) kva_ud_doublevecsetmagnitude_(model, name, 1, error);
 }
 
-std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error) {
+std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error, ModelAtoms which) {
+  const auto selector = static_cast<std::int32_t>(which);
   std::int32_t count = 0;
-  kvd_mod_numatoms_(model, atoms_with_images, count, error);
+  kvd_mod_numatoms_(model, selector, count, error);
   if (error != 0 || count < 1) return {};
-  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
-  kvd_mod_atomlist_(model, atoms_with_images, atoms, count, error);
-  if (error != 0) return {};
-  atoms.resize(static_cast<std::size_t>(std::clamp<std::int64_t>(count, 0, std::ssize(atoms))));
-  return atoms;
+  try {
+    std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
+    kvd_mod_atomlist_(model, selector, atoms, count, error);
+    if (error != 0) return {};
+    atoms.resize(static_cast<std::size_t>(std::clamp<std::int64_t>(count, 0, std::ssize(atoms))));
+    return atoms;
+  } catch (const std::bad_alloc&) {
+    error = no_memory;
+    return {};
+  }
 }
 
 std::vector<std::int32_t> atoms_by_identifier(std::span<const std::int32_t> atoms,

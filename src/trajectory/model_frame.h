@@ -27,8 +27,13 @@ void set_model_cell(std::int32_t model, std::int32_t periodic_type, const CellVe
 void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, std::string_view name,
                       std::span<const double> vectors, std::int32_t& error);
 
-/// All atoms of a model, images included, in the Core's order; empty on an error.
-std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error);
+/// Which atoms of a model are meant: as they are stored, or with their symmetry images.
+enum class ModelAtoms : std::int32_t { stored = 1, with_images = 3 };
+
+/// The atoms of a model, in the Core's order; empty on an error.
+/// @param error  the Core's; 1 if there is no memory for as many as it counts
+std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error,
+                                         ModelAtoms which = ModelAtoms::with_images);
 
 /// For each identifier the first atom that bears it.
 /// @param status  0; 1 if the Core does not answer, an identifier has no atom, or one stands twice
