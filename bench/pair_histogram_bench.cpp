@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "correlation/pair_histogram.h"
+#include "pairs/pair_histogram.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "properties/moments.h"
+#include "reports/moments.h"
 #include "support/number_format.h"
 #include "support/sorting.h"
 

@@ -1,4 +1,4 @@
-#include "correlation/transforms.h"
+#include "transforms/transforms.h"
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "correlation/real_transform.h"
+#include "transforms/real_transform.h"
 
 namespace pathstat {
 namespace {

@@ -5,8 +5,8 @@ import re
 import subprocess
 import sys
 
-LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "plots", "trajectory", "properties",
-          "correlation", "shell"]
+LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "plots", "trajectory", "catalogue",
+          "extraction", "reports", "transforms", "correlation", "pairs", "shell"]
 DESK_MAY_INCLUDE = {"desk", "trajectory", "structure", "services", "coreapi", "corelink", "state", "support"}
 INCLUDE = re.compile(r'^\s*#include "([^"]+)"', re.M)
 HABITS = [

@@ -10,8 +10,8 @@
 #include "coreapi/operations.h"
 #include "correlation/correlation_cache.h"
 #include "correlation/origin_groups.h"
+#include "extraction/scratch_file.h"
 #include "plots/graph.h"
-#include "properties/scratch_file.h"
 #include "services/file_units.h"
 #include "support/named_memory.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "coreapi/operations.h"
-#include "properties/scratch_format.h"
+#include "extraction/scratch_format.h"
 #include "services/file_names.h"
 #include "support/plain_array.h"
 #include "support/record_file.h"

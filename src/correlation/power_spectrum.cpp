@@ -11,10 +11,10 @@
 #include "coreapi/operations.h"
 #include "correlation/column_plots.h"
 #include "correlation/correlation_series.h"
-#include "correlation/transforms.h"
 #include "correlation/velocity_autocorrelation.h"
 #include "plots/graph.h"
 #include "support/named_memory.h"
+#include "transforms/transforms.h"
 
 namespace pathstat {
 namespace {

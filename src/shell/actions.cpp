@@ -4,9 +4,9 @@
 #include <cstdlib>
 
 #include "coreapi/operations.h"
+#include "extraction/extraction.h"
 #include "plots/labels.h"
-#include "properties/extraction.h"
-#include "properties/profile.h"
+#include "reports/profile.h"
 #include "shell/analysis.h"
 #include "shell/analysis_state.h"
 #include "state/analysis_settings.h"

@@ -5,11 +5,11 @@
 #include <limits>
 #include <string>
 
+#include "catalogue/catalogue.h"
+#include "catalogue/catalogue_mask.h"
+#include "catalogue/catalogue_rows.h"
 #include "coreapi/operations.h"
 #include "plots/saved_handles.h"
-#include "properties/catalogue.h"
-#include "properties/catalogue_mask.h"
-#include "properties/catalogue_rows.h"
 #include "services/file_names.h"
 #include "shell/analysis.h"
 #include "state/analysis_settings.h"

@@ -2,8 +2,8 @@
 #include <charconv>
 #include <optional>
 
+#include "catalogue/derived_data.h"
 #include "plots/saved_handles.h"
-#include "properties/derived_data.h"
 #include "services/text_operations.h"
 #include "shell/analysis_state.h"
 #include "shell/arguments.h"

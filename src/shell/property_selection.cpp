@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "properties/catalogue.h"
-#include "properties/catalogue_mask.h"
+#include "catalogue/catalogue.h"
+#include "catalogue/catalogue_mask.h"
 #include "services/text_operations.h"
 #include "shell/actions.h"
 #include "shell/arguments.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <variant>
 
-#include "correlation/rdf_names.h"
-#include "properties/catalogue.h"
-#include "properties/catalogue_mask.h"
+#include "catalogue/catalogue.h"
+#include "catalogue/catalogue_mask.h"
+#include "pairs/rdf_names.h"
 #include "services/file_names.h"
 #include "shell/analysis.h"
 #include "shell/analysis_state.h"

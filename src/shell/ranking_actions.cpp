@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-#include "properties/catalogue.h"
-#include "properties/extraction.h"
-#include "properties/ranking.h"
+#include "catalogue/catalogue.h"
+#include "extraction/extraction.h"
+#include "reports/ranking.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 

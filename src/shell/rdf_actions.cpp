@@ -1,8 +1,8 @@
 #include "shell/rdf_actions.h"
 
-#include "correlation/radial_distribution.h"
-#include "correlation/rdf_names.h"
-#include "correlation/structure_factor.h"
+#include "pairs/radial_distribution.h"
+#include "pairs/rdf_names.h"
+#include "pairs/structure_factor.h"
 #include "plots/graph.h"
 #include "shell/analysis_state.h"
 #include "state/analysis_settings.h"

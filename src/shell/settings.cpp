@@ -4,9 +4,9 @@
 #include <array>
 #include <string>
 
-#include "correlation/rdf_names.h"
-#include "properties/catalogue.h"
-#include "properties/catalogue_mask.h"
+#include "catalogue/catalogue.h"
+#include "catalogue/catalogue_mask.h"
+#include "pairs/rdf_names.h"
 #include "shell/analysis_state.h"
 #include "shell/arguments.h"
 #include "shell/messages.h"

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string>
 
+#include "catalogue/catalogue_mask.h"
+#include "catalogue/derived_data.h"
 #include "coreapi/operations.h"
 #include "plots/saved_handles.h"
-#include "properties/catalogue_mask.h"
-#include "properties/derived_data.h"
 #include "services/file_names.h"
 #include "shell/actions.h"
 #include "shell/analysis_state.h"

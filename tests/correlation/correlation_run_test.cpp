@@ -10,7 +10,7 @@
 #include "correlation/displacement.h"
 #include "correlation/moving_atoms.h"
 #include "correlation/velocity_autocorrelation.h"
-#include "properties/scratch_format.h"
+#include "extraction/scratch_format.h"
 #include "services/file_units.h"
 #include "support/named_memory.h"
 #include "support/record_file.h"

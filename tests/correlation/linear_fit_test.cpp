@@ -5,8 +5,8 @@
 
 #include <cmath>
 
-#include "properties/recording_core.h"
-#include "properties/scratch_format.h"
+#include "extraction/scratch_format.h"
+#include "recording_core.h"
 #include "services/work_directory.h"
 
 namespace pathstat {

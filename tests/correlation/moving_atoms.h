@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "properties/recording_core.h"
+#include "recording_core.h"
 #include "services/work_directory.h"
 #include "support/logical.h"
 #include "trajectory/binary_trajectory.h"

@@ -7,8 +7,8 @@
 #include <numbers>
 #include <sstream>
 
-#include "properties/recording_core.h"
-#include "properties/scratch_format.h"
+#include "extraction/scratch_format.h"
+#include "recording_core.h"
 #include "services/work_directory.h"
 
 namespace pathstat {

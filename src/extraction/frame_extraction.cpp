@@ -1,0 +1,200 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "catalogue/catalogue.h"
+#include "extraction/extraction.h"
+#include "extraction/frame_points.h"
+#include "extraction/scratch_file.h"
+#include "services/file_names.h"
+#include "state/analysis_settings.h"
+#include "support/named_memory.h"
+#include "trajectory/front_end.h"
+#include "trajectory/open_trajectory.h"
+
+namespace pathstat {
+namespace {
+
+/// Numbers that a frame has of a row.
+enum class Extent { one, six, per_molecule };
+
+/// Where a row's numbers come from in a frame.
+struct FrameSource {
+  std::int32_t id;
+  std::int32_t key;
+  Extent extent = Extent::one;
+};
+
+constexpr auto frame_sources = std::to_array<FrameSource>({
+    {1, 400049},
+    {2, 400025},
+    {3, 400050},
+    {4, 400036},
+    {5, 400035},
+    {6, 400144},
+    {101, 400026},
+    {102, 400027},
+    {103, 400028},
+    {104, 400029},
+    {105, 400147},
+    {106, 400031},
+    {107, 400030},
+    {108, 400032},
+    {109, 400033},
+    {110, 400034},
+    {111, 400106},
+    {112, 400107},
+    {113, 400108},
+    {114, 400109},
+    {115, 400111},
+    {116, 400112},
+    {117, 400113},
+    {118, 400114},
+    {119, 400115},
+    {120, 400116},
+    {121, 400110},
+    {122, 400174},
+    {123, 400179},
+    {124, 400178},
+    {201, 400020},
+    {202, 400068},
+    {203, 400063},
+    {204, 400064},
+    {205, 400085, Extent::six},
+    {206, 400149, Extent::six},
+    {207, 400064},
+    {208, 400151},
+    {902, 400117, Extent::per_molecule},
+    {904, 400118, Extent::per_molecule},
+    {905, 400119, Extent::per_molecule},
+    {906, 400120, Extent::per_molecule},
+    {907, 400121, Extent::per_molecule},
+    {909, 400133, Extent::per_molecule},
+    {910, 400154, Extent::per_molecule},
+    {911, 400134, Extent::per_molecule},
+    {914, 400122, Extent::per_molecule},
+    {915, 400123, Extent::per_molecule},
+    {916, 400124, Extent::per_molecule},
+    {917, 400125, Extent::per_molecule},
+    {918, 400127, Extent::per_molecule},
+    {919, 400128, Extent::per_molecule},
+    {920, 400129, Extent::per_molecule},
+    {921, 400130, Extent::per_molecule},
+    {922, 400131, Extent::per_molecule},
+    {923, 400132, Extent::per_molecule},
+    {924, 400126, Extent::per_molecule},
+});
+
+constexpr std::int32_t molecule_count_key = 200177;
+
+/// One series on its way to its file.
+struct Series {
+  std::size_t row;
+  FrameSource source;
+  std::int32_t width;   ///< numbers per frame
+  std::int32_t offset;  ///< place in the common row of all series, from 0
+  std::int32_t status = 0;
+};
+
+/// The numbers of a frame that are written: of stress and cell, those along periodic directions only.
+struct Slice {
+  std::int32_t first;  ///< from 1
+  std::int32_t values;
+};
+
+Slice slice_of(const Series& series) {
+  if (series.source.extent != Extent::six) return {1, series.width};
+  switch (trj_gui_i_.periodicity) {
+    case 1:
+      return {3, 1};
+    case 2:
+      return {2, 3};
+    default:
+      return {1, 6};
+  }
+}
+
+bool is_missing(const CatalogueTable& table, std::size_t row) {
+  return table.is_wanted(row) && (!table.on_disk[row] || !kvs_fil_exists_(property_file(table.extensions[row])));
+}
+
+/// The wanted rows whose files are missing, side by side in one common row. A row without numbers is left out.
+std::vector<Series> missing_series(const OpenTrajectory& trajectory) {
+  const CatalogueTable table = property_table();
+  std::vector<Series> missing;
+  std::int32_t offset = 0;
+  for (std::size_t row = 0; row < table.size(); ++row) {
+    const auto source = std::ranges::find(frame_sources, table.ids[row], &FrameSource::id);
+    if (source == frame_sources.end() || !is_missing(table, row)) continue;
+    std::int32_t width = source->extent == Extent::six ? 6 : 1;
+    if (source->extent == Extent::per_molecule) width = trajectory.integer(molecule_count_key, 0);
+    if (width < 1 || width > std::numeric_limits<std::int32_t>::max() - offset) continue;
+    missing.push_back({row, *source, width, offset});
+    offset += width;
+  }
+  return missing;
+}
+
+/// Turns the trajectory's numbers into those of the catalogue.
+void convert(std::int32_t id, std::span<double> numbers) {
+  constexpr std::int32_t cell_parameters = 206;
+  constexpr std::int32_t density = 207;
+  if (id == cell_parameters) {
+    for (double& angle : numbers.last(3)) angle *= degrees_per_radian;
+  } else if (id == density) {
+    numbers[0] = trj_gui_d_.model_mass * density_factor / numbers[0];
+  }
+}
+
+/// Fetches the numbers of one series in the frame that is loaded; the first failure stays with the series.
+void fetch(const OpenTrajectory& trajectory, Series& series, std::span<double> common_row) {
+  if (series.status != 0) return;
+  const auto numbers =
+      common_row.subspan(static_cast<std::size_t>(series.offset), static_cast<std::size_t>(series.width));
+  std::int32_t count = 0;
+  trj_dvalue_(trajectory.handle(), series.source.key, numbers, count, series.status);
+  if (series.status == 0) convert(series.source.id, numbers);
+}
+
+void write(const Series& series, const FramePoints& points, std::span<const double> table, std::int32_t stride,
+           std::int32_t& status) {
+  const auto [first, values] = slice_of(series);
+  const std::string file = property_file(property_table().extensions[series.row]);
+  writescratchfile_(kind_frames, file, points.numbers(), points.x(), table, values, stride, series.offset + first, {},
+                    {}, {}, status);
+  if (status == 0) property_table().on_disk[series.row] = true;
+}
+
+}  // namespace
+
+void propsdatatodisktrj_(std::string_view file, std::int32_t& status) {
+  const OpenTrajectory trajectory(file, trj_gui_i_.trajectory_model, status);
+  if (status != 0) return;
+  std::vector<Series> missing = missing_series(trajectory);
+  if (missing.empty()) return;
+  const std::int32_t stride = missing.back().offset + missing.back().width;
+  FramePoints points(chosen_frames(), status);
+  if (status != 0 || points.size() == 0) return;
+  const NamedBlock<double> table("pathstat/DTD/DataVals", std::int64_t{points.size()} * stride, status);
+  for (std::int32_t k = 0; k < points.size() && status == 0; ++k) {
+    points.read(trajectory, k, status);
+    const auto row_length = static_cast<std::size_t>(stride);
+    const auto common_row = table.span().subspan(static_cast<std::size_t>(k) * row_length, row_length);
+    for (Series& series : missing) {
+      if (status == 0) fetch(trajectory, series, common_row);
+    }
+  }
+  std::int32_t first_failure = 0;
+  for (const Series& series : missing) {
+    if (status != 0) return;
+    if (series.status == 0) write(series, points, table.span(), stride, status);
+    if (first_failure == 0) first_failure = series.status;
+  }
+  if (status == 0) status = first_failure;
+}
+
+}  // namespace pathstat

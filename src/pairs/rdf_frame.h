@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "pairs/radial_distribution.h"
+#include "pairs/rdf_blocks.h"
+
+namespace pathstat {
+
+/// A fractional coordinate in the cell, 0 to 1; both ends stay as they are.
+double folded(double fraction);
+
+/// What each bin of a histogram of pairs is to be multiplied with, apart from the mean volume.
+///
+/// "PARTIAL": one over pairs times the volume 4 pi r^2 dr of the shell at the middle of the bin; "TOTAL": one over
+/// pairs. @return false for any other text
+bool normalise_rdf(std::string_view normalization, double pairs, double interval, std::span<double> norm);
+
+/// Adds one configuration to the running means, from xyz_in and the cell vectors of gr_d_.
+/// @param frame   number of the configuration, from 1
+/// @param status  0; 1 a cell so small that its images cannot be counted; that of the cell's matrices or of no memory
+void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status);
+
+}  // namespace pathstat

@@ -1,0 +1,141 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "coreapi/operations.h"
+#include "pairs/rdf_atoms.h"
+#include "pairs/rdf_frame.h"
+#include "pairs/rdf_sources.h"
+#include "state/analysis_settings.h"
+#include "state/rdf_settings.h"
+#include "support/identifier_index.h"
+#include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
+
+namespace pathstat {
+namespace {
+
+void read_model(const RdfRequest& request, std::int32_t& status) {
+  std::int32_t error = 0;
+  kvd_mod_numatoms_(request.model, with_images, gr_i_.model_atoms, error);
+  if (error == 0) kvd_mod_periodictype_(request.model, gr_i_.periodic_type, error);
+  if (error != 0) status = 1;
+  if (status != 0 || request.set_type != rdf_between::selected) return;
+  std::int32_t selected = 0;
+  kvd_sel_numselected_(request.model, atom_class, selected, error);
+  if (error != 0 || selected < 1) status = refuse_rdf("PATHSTAT_ERROR_72");
+}
+
+void open(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
+  blocks.trajectory.emplace(request.file, request.model, status);
+  if (status == 0) gr_i_.trj_handle = blocks.trajectory->handle();
+  if (status == 0) status = blocks.trajectory->attach_status();
+  if (status != 0) return;
+  std::int32_t type = 0;
+  trj_ivalue_(gr_i_.trj_handle, trajectory_key::periodic_type, type, status);
+  if (status == 0 && type != gr_i_.periodic_type) status = refuse_rdf("PATHSTAT_ERROR_86");
+  if (status == 0) trj_lvalue_(gr_i_.trj_handle, trajectory_key::cell_varies, gr_l_.cell_varies, status);
+  if (status == 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_atoms, gr_i_.moved_count, status);
+  if (status == 0 && gr_i_.moved_count < 0) status = 1;
+}
+
+/// Puts the coordinates of atoms that no frame holds behind those of the moved ones.
+void place_fixed(std::span<const std::int32_t> fixed, RdfBlocks& blocks, std::int32_t& status) {
+  const std::int64_t atoms = gr_i_.moved_count + std::ssize(fixed);
+  blocks.xyz_in.make(3 * std::max<std::int64_t>(atoms, gr_i_.model_atoms), status);
+  if (status != 0 || fixed.empty()) return;
+  const NamedBlock<std::int32_t> movable("PathStat/gr/iWork2", std::ssize(fixed), status);
+  if (status != 0) return;
+  std::int32_t error = 0;
+  kvd_ismovable_(fixed, movable.span(), error);
+  if (error != 0 || std::ranges::any_of(movable.span(), [](std::int32_t flag) { return flag != 0; })) {
+    status = refuse_rdf("PATHSTAT_ERROR_87");
+    return;
+  }
+  const auto behind = blocks.xyz_in.span().subspan(3 * static_cast<std::size_t>(gr_i_.moved_count));
+  kvd_xyz_(fixed, behind.first(3 * fixed.size()), error);
+  if (error != 0) status = 1;
+}
+
+/// Finds where in a frame each listed atom stands.
+void find_places(RdfBlocks& blocks, std::int32_t& status) {
+  const NamedBlock<std::int32_t> moved("PathStat/gr/TrjAtIds", gr_i_.moved_count, status);
+  if (status != 0) return;
+  std::int32_t count = 0;
+  if (gr_i_.moved_count > 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_ids, moved.span(), count, status);
+  if (status != 0) return;
+  const IdentifierIndex in_frame(moved.span(), status);
+  if (status != 0) return;
+  const NamedBlock<std::int32_t> identifiers("PathStat/gr/AtIds", gr_i_.atom_count, status);
+  if (status != 0) return;
+  const NamedBlock<std::int32_t> fixed("PathStat/gr/iWork1", gr_i_.atom_count, status);
+  if (status != 0) return;
+  blocks.index_list.make(gr_i_.atom_count, status);
+  if (status != 0) return;
+
+  const auto atoms = blocks.at_oids.span();
+  std::int32_t error = 0;
+  kvd_id_(atoms, identifiers.span(), error);
+  if (error != 0) status = 1;
+  std::int32_t fixed_count = 0;
+  for (std::size_t i = 0; i < atoms.size(); ++i) {
+    const std::int32_t place = in_frame.find(identifiers.span()[i]);
+    blocks.index_list.span()[i] = place >= 0 ? place : gr_i_.moved_count + fixed_count;
+    if (place < 0) fixed.span()[static_cast<std::size_t>(fixed_count++)] = atoms[i];
+  }
+  if (status == 0) place_fixed(fixed.span().first(static_cast<std::size_t>(fixed_count)), blocks, status);
+}
+
+void read_frame(std::int32_t frame, RdfBlocks& blocks, std::int32_t& status) {
+  const std::int32_t handle = gr_i_.trj_handle;
+  trj_readframe_(handle, frame, status);
+  std::int32_t count = 0;
+  const auto moved = blocks.xyz_in.span().first(3 * static_cast<std::size_t>(gr_i_.moved_count));
+  if (status == 0 && !moved.empty()) trj_dvalue_(handle, trajectory_key::movable_positions, moved, count, status);
+  if (status != 0 || gr_i_.periodic_type == periodic_type::none) return;
+  std::array<double, 6> w{};
+  trj_dvalue_(handle, trajectory_key::cell, w, count, status);
+  gr_d_.a = {w[0], w[5], w[4]};
+  gr_d_.b = {0.0, w[1], w[3]};
+  gr_d_.c = {0.0, 0.0, w[2]};
+}
+
+}  // namespace
+
+void initrdftrj_(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
+  gr_i_.trj_handle = -1;
+  status = 0;
+  read_model(request, status);
+  if (status == 0) list_rdf_atoms(request, request.model, trajectory_refusals, blocks, status);
+  if (status == 0) open(request, blocks, status);
+  if (status == 0) find_places(blocks, status);
+  blocks.xyz.make(3 * std::int64_t{gr_i_.atom_count}, status);
+  if (status == 0) set_rdf_norm(request, blocks, status);
+  start_rdf_mean(gr_i_.periodic_type);
+}
+
+void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, double& offset, std::int32_t& status) {
+  status = request.first < 1 || request.step < 1 ? 1 : 0;
+  if (status != 0) return;
+  start_rdf_mean(gr_i_.periodic_type);
+  kvu_int_reportprogress_(0.0F);
+  const std::int32_t between_shows =
+      std::max<std::int32_t>(1, static_cast<std::int32_t>(request.total_frames / (std::int64_t{50} * request.step)));
+  std::int32_t done = 0;
+  bool interrupted = false;
+  for (std::int64_t frame = request.first; frame <= request.last; frame += request.step) {
+    interrupted = rdf_interrupted(done);
+    if (interrupted) break;
+    read_frame(static_cast<std::int32_t>(frame), blocks, status);
+    if (status == 0) dordfconfig_(request, done + 1, blocks, status);
+    if (status != 0) return;
+    ++done;
+    show_rdf_progress(request, blocks, done, request.total_frames / request.step, between_shows,
+                      frame + request.step > request.last);
+  }
+  if (interrupted && done > 0) show_rdf_progress(request, blocks, done, done, done + 1, true);
+  scale = done > 0 ? blocks.pairs / (gr_d_.mean_volume * gr_i_.model_atoms) : 0.0;
+  offset = static_cast<double>(gr_i_.self_count) / gr_i_.model_atoms;
+}
+
+}  // namespace pathstat

@@ -1,0 +1,164 @@
+#include "catalogue/catalogue_mask.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "catalogue/catalogue.h"
+#include "recording_core.h"
+#include "state/analysis_settings.h"
+
+namespace pathstat {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Ids = std::set<std::int32_t>;
+
+class CatalogueMask : public testing::Test {
+ protected:
+  CatalogueMask() {
+    trj_gui_l_ = {};
+    trj_gui_i_ = {};
+    trj_gui_c_.input_source = from_trajectory;
+    std::int32_t status = 7;
+    trj_propinit_(status);
+    EXPECT_EQ(status, 0);
+    trj_gui_l_.trajectory_loaded = true;
+    trj_gui_l_.has_time_axis = true;
+    trj_gui_i_.trajectory_model = 77;
+  }
+  ~CatalogueMask() override {
+    trj_gui_l_ = {};
+    trj_gui_i_ = {};
+    trj_gui_c_ = {};
+  }
+
+  void trajectory(std::int32_t reader_code, std::int32_t version, std::int32_t periodicity) {
+    trj_gui_i_.reader_code = reader_code;
+    trj_gui_i_.format_version = version;
+    trj_gui_i_.periodicity = periodicity;
+  }
+  /// The models that are selected, by periodic type; object k + 1 is model k.
+  void select_models(std::vector<std::int32_t> types) {
+    trj_gui_c_.input_source = from_selected_models;
+    core_.answers["kvD_SEL_NumSelected"] = [n = types.size()](const auto&) {
+      return RecordingCore::Answer{{static_cast<std::int32_t>(n)}, {}, {}};
+    };
+    core_.answers["kvD_SEL_FindSelected"] = [n = types.size()](const auto&) {
+      RecordingCore::Answer answer;
+      for (std::size_t k = 0; k < n; ++k) answer.integers.push_back(static_cast<std::int32_t>(k + 1));
+      answer.integers.push_back(static_cast<std::int32_t>(n));
+      return answer;
+    };
+    core_.answers["kvD_MOD_PeriodicType"] = [types](const auto& inputs) {
+      return RecordingCore::Answer{{types.at(std::stoul(inputs[0]) - 1)}, {}, {}};
+    };
+  }
+  void mask() {
+    std::int32_t status = 7;
+    maskprops_("", true, status);
+    EXPECT_EQ(status, 0);
+  }
+  static Ids offered(const CatalogueTable& table) {
+    Ids ids;
+    for (std::size_t row = 0; row < table.size(); ++row) {
+      if (table.selectable[row] && table.can_be_used[row]) ids.insert(table.ids[row]);
+    }
+    return ids;
+  }
+  static Ids selectable() {
+    Ids ids;
+    const auto table = property_table();
+    for (std::size_t row = 0; row < table.size(); ++row) {
+      if (table.selectable[row]) ids.insert(table.ids[row]);
+    }
+    return ids;
+  }
+
+  RecordingCore core_;
+};
+
+TEST_F(CatalogueMask, cross_terms_of_a_binary_file_begin_with_version_2010) {
+  trajectory(reader::binary, 2002, 0);
+  mask();
+  for (const std::int32_t id : {111, 116, 122, 123, 124}) EXPECT_FALSE(selectable().contains(id)) << id;
+  EXPECT_TRUE(selectable().contains(202)) << "no cell: a radius of gyration";
+  trajectory(reader::binary, 2010, 3);
+  mask();
+  for (const std::int32_t id : {111, 116, 122, 123, 124}) EXPECT_TRUE(selectable().contains(id)) << id;
+  EXPECT_FALSE(selectable().contains(117)) << "history only";
+  EXPECT_FALSE(selectable().contains(202));
+}
+
+TEST_F(CatalogueMask, fluctuations_follow_ensemble_and_thermostat) {
+  trajectory(reader::binary, 2010, 3);
+  trj_gui_i_.thermostat = 2;
+  trj_gui_i_.ensemble = 2;
+  mask();
+  EXPECT_EQ(offered(fluctuation_table()), (Ids{803, 806, 901}));
+  EXPECT_EQ(fluctuation_table().colours[3], -5) << "two curves: a walk along the wheel";
+  EXPECT_EQ(fluctuation_table().colours[6], -13);
+  EXPECT_EQ(fluctuation_table().colours[1], 3);
+  trj_gui_i_.ensemble = 3;
+  mask();
+  EXPECT_EQ(offered(fluctuation_table()), (Ids{801, 802, 803, 804, 805, 806, 807, 808, 809, 810, 901}));
+  EXPECT_EQ(fluctuation_table().colours[3], 5);
+  trj_gui_i_.thermostat = 1;
+  mask();
+  EXPECT_EQ(offered(fluctuation_table()), Ids{901});
+  trj_gui_l_.has_time_axis = false;
+  mask();
+  EXPECT_THAT(offered(fluctuation_table()), IsEmpty());
+}
+
+TEST_F(CatalogueMask, selected_models_offer_what_one_of_them_has) {
+  select_models({101, 101});
+  mask();
+  EXPECT_EQ(offered(property_table()), (Ids{206, 208, 301, 302}));
+  select_models({100, 0});
+  mask();
+  EXPECT_EQ(offered(property_table()), (Ids{202, 204, 207, 301, 302})) << "no cell: the last two differ";
+  select_models({0, 100, 100});
+  mask();
+  EXPECT_EQ(offered(property_table()), (Ids{202, 204, 206, 207, 301, 302}));
+  EXPECT_FALSE(trj_gui_l_.any_property_selected) << "the total energy cannot be had";
+}
+
+TEST_F(CatalogueMask, a_selection_that_no_model_serves_is_taken_back) {
+  select_models({101});
+  const auto table = property_table();
+  const auto row_of = [&](std::int32_t id) {
+    return static_cast<std::size_t>(std::ranges::find(table.ids, id) - table.ids.begin());
+  };
+  for (const std::int32_t id : {202, 204, 206, 208}) table.selected[row_of(id)] = true;
+  std::int32_t status = 7;
+  checkprops_(status);
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(core_.messages(), ElementsAre("Volume any of the selected models PATHSTAT_WARN_13",
+                                            "Radius of Gyration any of the selected models PATHSTAT_WARN_13"));
+  EXPECT_FALSE(table.selected[row_of(202)]);
+  EXPECT_FALSE(table.selected[row_of(204)]);
+  EXPECT_TRUE(table.selected[row_of(206)]) << "a layer has a cell";
+  EXPECT_TRUE(table.selected[row_of(208)]);
+}
+
+struct Freedom {
+  std::int32_t movable, fixed, periodicity;
+  double degrees;
+};
+class DegreesOfFreedom : public testing::TestWithParam<Freedom> {};
+TEST_P(DegreesOfFreedom, leave_out_what_the_whole_system_keeps) {
+  const auto& [movable, fixed, periodicity, degrees] = GetParam();
+  EXPECT_EQ(degrees_of_freedom(movable, fixed, periodicity), degrees);
+}
+INSTANTIATE_TEST_SUITE_P(cases, DegreesOfFreedom,
+                         testing::Values(Freedom{10, 0, 3, 27}, Freedom{10, 2, 3, 30}, Freedom{1, 0, 0, 0},
+                                         Freedom{2, 0, 0, 1}, Freedom{3, 0, 0, 3}, Freedom{1, 1, 0, 3},
+                                         Freedom{900000000, 0, 1, 2699999997.0}));
+
+}  // namespace
+}  // namespace pathstat
