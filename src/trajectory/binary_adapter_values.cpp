@@ -9,6 +9,7 @@
 #include "support/plain_array.h"
 #include "trajectory/binary_adapter.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/value_delivery.h"
 
 namespace pathstat {
 
@@ -68,14 +69,6 @@ std::int32_t open_status() { return xgraftrj_l_.xgraf_open ? 0 : binary_status::
 std::int32_t translated(std::int32_t status) {
   if (status == binary_status::not_present || status == binary_status::unknown_key) return no_such_key;
   return status == binary_status::too_small ? too_small : status;
-}
-
-/// Gives values to the caller as far as there is room.
-template <class T>
-void deliver(std::span<const T> values, std::span<T> out, std::int32_t& count, std::int32_t& status) {
-  count = static_cast<std::int32_t>(std::min<std::size_t>(values.size(), INT32_MAX));
-  std::copy_n(values.begin(), std::min(values.size(), out.size()), out.begin());
-  if (status == 0 && values.size() > out.size()) status = too_small;
 }
 
 std::size_t numbers_of(std::int32_t atoms) { return 3 * static_cast<std::size_t>(atoms); }

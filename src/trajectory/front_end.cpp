@@ -6,6 +6,7 @@
 #include "state/analysis_settings.h"
 #include "support/text_field.h"
 #include "trajectory/binary_adapter.h"
+#include "trajectory/history_adapter.h"
 
 namespace pathstat {
 
@@ -25,7 +26,16 @@ constexpr std::array<Ending, 5> endings{{
 }};
 
 /// The reader of a format; null for one that can't be read.
-const TrajectoryReader* reader_of(std::int32_t format) { return format == reader::binary ? &binary_reader : nullptr; }
+const TrajectoryReader* reader_of(std::int32_t format) {
+  switch (format) {
+    case reader::history:
+      return &history_reader;
+    case reader::binary:
+      return &binary_reader;
+    default:
+      return nullptr;
+  }
+}
 
 std::int32_t format_of(std::string_view name) {
   for (const Ending& ending : endings) {

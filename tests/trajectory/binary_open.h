@@ -77,8 +77,8 @@ class Opened {
 /// A file that goes when the test ends.
 class FileOnDisk {
  public:
-  explicit FileOnDisk(std::span<const std::byte> content = {})
-      : path_(testing::TempDir() + "binary_" + std::to_string(::getpid()) + "_" + std::to_string(++made_) + ".trj") {
+  explicit FileOnDisk(std::span<const std::byte> content = {}, const std::string& ending = ".trj")
+      : path_(testing::TempDir() + "file_" + std::to_string(::getpid()) + "_" + std::to_string(++made_) + ending) {
     if (!content.empty()) replace(content);
   }
   FileOnDisk(const FileOnDisk&) = delete;
