@@ -2,17 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
-#include <limits>
 #include <span>
 #include <string>
 
 #include "coreapi/operations.h"
 #include "correlation/frame_file.h"
 #include "correlation/frame_spacing.h"
-#include "services/file_names.h"
-#include "services/file_units.h"
-#include "services/unit_paths.h"
 #include "support/identifier_index.h"
 #include "support/named_memory.h"
 #include "support/searching.h"
@@ -24,7 +19,6 @@ namespace pathstat {
 namespace {
 
 constexpr std::int32_t atom_class = 3;
-constexpr std::int32_t words_per_atom = 6;
 constexpr std::int32_t no_memory = -1;  ///< as the named blocks have it
 
 void show(std::string_view message) {
@@ -107,21 +101,6 @@ NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std
   return list;
 }
 
-/// The cache on a unit of its own, empty and without a name. @param status  0, or that to give to the caller
-FileUnit open_cache(std::string_view file, std::int32_t atoms, std::int32_t& status) {
-  const bool fits = atoms <= std::numeric_limits<std::int32_t>::max() / words_per_atom;
-  FileUnit unit;
-  if (fits) unit = FileUnit(file, {.record_words = words_per_atom * atoms}, status);
-  if (status == unit_error::none_free) {
-    show("PATHSTAT_ERROR_12");
-  } else if (!unit) {
-    status = cache_status::not_written;
-  } else {
-    std::remove(unit_path(file).c_str());
-  }
-  return unit;
-}
-
 /// What a frame passes through on its way into the cache.
 struct FrameArrays {
   NamedBlock<double> delivered;
@@ -185,8 +164,8 @@ bool read_frame(const OpenTrajectory& trajectory, const FrameRange& range, std::
 
 /// Copies the frames, until one fails; parameters and status as those of setupcorrl_.
 void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, const FrameArrays& arrays,
-                 std::span<const std::int32_t> places, const FrameFile& file, const AxesOut& axes,
-                 std::int32_t& frames_done, bool& velocities_present, double& frame_spacing, std::int32_t& status) {
+                 std::span<const std::int32_t> places, FrameSink& cache, const AxesOut& axes, std::int32_t& frames_done,
+                 bool& velocities_present, double& frame_spacing, std::int32_t& status) {
   FrameSpacing spacing;
   for (std::int32_t k = 1; k <= range.count; ++k) {
     if (!read_frame(trajectory, range, k, arrays.delivered.span(), velocities_present, status)) {
@@ -205,7 +184,7 @@ void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, cons
       return;
     }
     arrays.split(places, axes);
-    if (!file.write(k, axes)) {
+    if (!cache.write(k, axes)) {
       status = cache_status::not_written;
       return;
     }
@@ -215,15 +194,13 @@ void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, cons
 
 }  // namespace
 
-void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_view trajectory_file, std::int32_t model,
-                 std::int32_t& frames_done, std::int32_t& atoms, bool& velocities_present, double& frame_spacing,
-                 bool want_velocities, std::int32_t first, std::int32_t last, std::int32_t step,
-                 std::string_view selection, std::int32_t& status) {
-  unit = frames_done = atoms = status = 0;
+void setupcorrl_(FrameSink& cache, std::string_view trajectory_file, std::int32_t model, std::int32_t& frames_done,
+                 std::int32_t& atoms, bool& velocities_present, double& frame_spacing, bool want_velocities,
+                 std::int32_t first, std::int32_t last, std::int32_t step, std::string_view selection,
+                 std::int32_t& status) {
+  frames_done = atoms = status = 0;
   frame_spacing = 0.0;
   velocities_present = true;
-  std::int32_t error = 0;
-  if (kvs_fil_exists_(cache_file)) kvs_fil_delete_(cache_file, error);
   const OpenTrajectory trajectory(trajectory_file, model, status);
   if (status == 0) status = trajectory.attach_status();
   if (status != 0) return;
@@ -243,16 +220,15 @@ void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_vi
   if (selected) places = selected_places(model, moved.span(), status);
   if (status != 0) return;
   const auto cached = selected ? static_cast<std::int32_t>(places.size()) : atoms;
-  FileUnit cache = open_cache(cache_file, cached, status);
-  unit = cache.release();
+  step = std::max(step, 1);
+  const auto count = static_cast<std::int32_t>(std::max<std::int64_t>((std::int64_t{last} - first + step) / step, 0));
+  status = cache.open(cached, count);
   if (status != 0) return;
 
-  step = std::max(step, 1);
-  const auto count = (std::int64_t{last} - first + step) / step;
-  const FrameRange range{first, step, static_cast<std::int32_t>(std::max<std::int64_t>(count, 0)), want_velocities,
-                         flag(trajectory, trajectory_key::velocities_unusable)};
-  copy_frames(trajectory, range, arrays, places.span(), FrameFile(unit, cached),
-              arrays.axes(static_cast<std::size_t>(cached)), frames_done, velocities_present, frame_spacing, status);
+  const FrameRange range{first, step, count, want_velocities, flag(trajectory, trajectory_key::velocities_unusable)};
+  copy_frames(trajectory, range, arrays, places.span(), cache, arrays.axes(static_cast<std::size_t>(cached)),
+              frames_done, velocities_present, frame_spacing, status);
+  if (status == 0 && !cache.finish()) status = cache_status::not_written;
   if (status == 0) atoms = cached;
 }
 

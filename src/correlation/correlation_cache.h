@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "correlation/frame_sink.h"
+
 namespace pathstat {
 
 namespace cache_status {
@@ -14,20 +16,18 @@ constexpr std::int32_t not_written = 5;
 constexpr std::int32_t uneven_spacing = 6;  ///< PATHSTAT_ERROR_61 has been shown
 }  // namespace cache_status
 
-/// Copies positions or velocities of the chosen frames and atoms of a trajectory into a file of fixed records, one per
-/// frame, as FrameFile reads it. The file has no name any more when this returns: it is gone as soon as the unit is
-/// closed, in whichever way the process ends.
+/// Copies positions or velocities of the chosen frames and atoms of a trajectory into a cache.
 ///
-/// @param unit                out: the unit of the cache, which the caller closes; 0 if there is none
+/// @param cache               opened here, once all that is to come into it is known
 /// @param frames_done         out: frames written; on a frame that cannot be read, its place from 1 on
 /// @param atoms               out: atoms per record
 /// @param velocities_present  out: of the last frame read, when velocities are wanted
 /// @param frame_spacing       out: between the last two frames, ps
 /// @param selection           "ALL", or "SELECTED" for those atoms selected in the Core that move
-/// @param status              out: 0, one of cache_status, or the status of the trajectory or of an allocation
-void setupcorrl_(std::int32_t& unit, std::string_view cache_file, std::string_view trajectory_file, std::int32_t model,
-                 std::int32_t& frames_done, std::int32_t& atoms, bool& velocities_present, double& frame_spacing,
-                 bool want_velocities, std::int32_t first, std::int32_t last, std::int32_t step,
-                 std::string_view selection, std::int32_t& status);
+/// @param status              out: 0, one of cache_status, or the status of the cache, the trajectory or an allocation
+void setupcorrl_(FrameSink& cache, std::string_view trajectory_file, std::int32_t model, std::int32_t& frames_done,
+                 std::int32_t& atoms, bool& velocities_present, double& frame_spacing, bool want_velocities,
+                 std::int32_t first, std::int32_t last, std::int32_t step, std::string_view selection,
+                 std::int32_t& status);
 
 }  // namespace pathstat

@@ -8,20 +8,25 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <limits>
 
-#include "services/file_units.h"
+#include "coreapi/operations.h"
+#include "correlation/correlation_cache.h"
+#include "services/file_names.h"
+#include "services/unit_paths.h"
 
 namespace pathstat {
 namespace {
 
-using Transfer = ssize_t (*)(int, const iovec*, int);
+using Transfer = ssize_t (*)(int, const iovec*, int, off_t);
 
-/// Moves the bytes of all parts from or to the file's position on.
-bool move_all(Transfer transfer, int descriptor, std::span<iovec> parts) {
+/// Moves the bytes of all parts from or to the file's place.
+bool move_all(Transfer transfer, int descriptor, std::int64_t place, std::span<iovec> parts) {
   while (!parts.empty()) {
-    const ssize_t moved = transfer(descriptor, parts.data(), static_cast<int>(parts.size()));
+    const ssize_t moved = transfer(descriptor, parts.data(), static_cast<int>(parts.size()), place);
     if (moved < 0 && errno == EINTR) continue;
     if (moved <= 0) return false;
+    place += moved;
     auto left = static_cast<std::size_t>(moved);
     while (!parts.empty() && left >= parts[0].iov_len) {
       left -= parts[0].iov_len;
@@ -36,10 +41,51 @@ iovec part_of(const double* values, std::size_t count) {
   return {const_cast<double*>(values), count * sizeof(double)};  // the system's type serves reading and writing
 }
 
+void show(std::string_view message) {
+  std::int32_t error = 0;
+  kvu_msg_display_(2, message, error);
+}
+
 }  // namespace
 
-FrameFile::FrameFile(std::int32_t unit, std::int64_t atoms) : atoms_(atoms) {
-  if (std::FILE* stream = unit_reader(unit)) descriptor_ = ::fileno(stream);
+FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32_t& status) {
+  status = 0;
+  if (kvs_fil_exists_(file)) kvs_fil_delete_(file, status);
+  FileUnit unit(file, {.record_words = record_words}, status);
+  if (status == unit_error::none_free) {
+    show("PATHSTAT_ERROR_12");
+  } else if (!unit) {
+    status = cache_status::not_written;
+  } else {
+    std::remove(unit_path(file).c_str());
+  }
+  return unit;
+}
+
+int cache_descriptor(std::int32_t unit) {
+  std::FILE* const stream = unit_reader(unit);
+  return stream == nullptr ? -1 : ::fileno(stream);
+}
+
+bool write_values(int descriptor, std::int64_t place, std::span<const double> values) {
+  iovec part = part_of(values.data(), values.size());
+  return move_all(::pwritev, descriptor, place, std::span(&part, 1));
+}
+
+bool read_values(int descriptor, std::int64_t place, std::span<double> values) {
+  iovec part = part_of(values.data(), values.size());
+  return move_all(::preadv, descriptor, place, std::span(&part, 1));
+}
+
+FrameFile::FrameFile(std::int32_t unit, std::int64_t atoms) : descriptor_(cache_descriptor(unit)), atoms_(atoms) {}
+
+std::int32_t RecordCache::open(std::int32_t atoms, std::int32_t) {
+  constexpr std::int32_t words_per_atom = 6;
+  if (atoms > std::numeric_limits<std::int32_t>::max() / words_per_atom) return cache_status::not_written;
+  std::int32_t status = 0;
+  unit_ = open_cache(file_, words_per_atom * atoms, status);
+  atoms_ = atoms;
+  return status;
 }
 
 bool FrameFile::write(std::int64_t record, const Axes& frame) const {
@@ -47,21 +93,22 @@ bool FrameFile::write(std::int64_t record, const Axes& frame) const {
   const auto atoms = static_cast<std::size_t>(atoms_);
   std::ranges::transform(std::array{frame.x, frame.y, frame.z}, parts.begin(),
                          [&](auto axis) { return part_of(axis.data(), atoms); });
-  return ::lseek(descriptor_, offset(record), SEEK_SET) >= 0 && move_all(::writev, descriptor_, parts);
+  return move_all(::pwritev, descriptor_, offset(record), parts);
 }
 
 bool FrameFile::read(std::int64_t first, std::int64_t count, const AxesOut& frames, std::size_t stride) const {
   constexpr std::size_t records_at_once = 64;
   std::array<iovec, 3 * records_at_once> parts;
   const auto atoms = static_cast<std::size_t>(atoms_);
-  if (::lseek(descriptor_, offset(first), SEEK_SET) < 0) return false;
+  std::int64_t place = offset(first);
   const auto end = static_cast<std::size_t>(count) * stride;
   for (std::size_t at = 0; at < end;) {
     std::size_t used = 0;
     for (; used < parts.size() && at < end; at += stride) {
       for (const auto& axis : {frames.x, frames.y, frames.z}) parts[used++] = part_of(axis.data() + at, atoms);
     }
-    if (!move_all(::readv, descriptor_, std::span(parts).first(used))) return false;
+    if (!move_all(::preadv, descriptor_, place, std::span(parts).first(used))) return false;
+    place += static_cast<std::int64_t>(used / 3) * offset(2);
   }
   return true;
 }

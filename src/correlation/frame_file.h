@@ -2,8 +2,11 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "correlation/correlation_kernels.h"
+#include "correlation/frame_sink.h"
+#include "services/file_units.h"
 
 namespace pathstat {
 
@@ -19,6 +22,17 @@ struct AxesOut {
   }
   operator Axes() const { return {x, y, z}; }
 };
+
+/// A cache on a unit of its own, empty and without a name: it is gone as soon as the unit is closed, in whichever way
+/// the process ends.
+/// @param status  0, cache_status::not_written, or unit_error::none_free after its message
+FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32_t& status);
+
+/// The unit's file for the functions below; -1 if it is not open.
+int cache_descriptor(std::int32_t unit);
+/// Move values to or from a place in bytes. False if not all of them were moved.
+bool write_values(int descriptor, std::int64_t place, std::span<const double> values);
+bool read_values(int descriptor, std::int64_t place, std::span<double> values);
 
 /// The records of a cache on a file unit: record k, from 1, holds the x of all atoms, then y, then z, as 64-bit floats
 /// in the byte order of the process.
@@ -38,8 +52,23 @@ class FrameFile {
  private:
   std::int64_t offset(std::int64_t record) const { return (record - 1) * 24 * atoms_; }
 
-  int descriptor_ = -1;
+  int descriptor_;
   std::int64_t atoms_;
+};
+
+/// Keeps frames as the records of a FrameFile.
+class RecordCache : public FrameSink {
+ public:
+  explicit RecordCache(std::string_view file) : file_(file) {}
+
+  std::int32_t open(std::int32_t atoms, std::int32_t frames) override;
+  bool write(std::int32_t record, const Axes& frame) override { return frames().write(record, frame); }
+  FrameFile frames() const { return {unit_.number(), atoms_}; }
+
+ private:
+  std::string_view file_;
+  FileUnit unit_;
+  std::int32_t atoms_ = 0;
 };
 
 }  // namespace pathstat

@@ -21,6 +21,8 @@ struct OriginSeries {
 
   std::int64_t count() const { return frames < 2 ? 0 : (frames + step - 2) / step; }
   std::int64_t record(std::int64_t origin) const { return 1 + origin * step; }
+  /// Origins that have a record this lag behind them.
+  std::int64_t pairs(std::int64_t lag) const { return lag > frames - 2 ? 0 : (frames - 2 - lag) / step + 1; }
   /// The record behind the last one that this origin is paired with.
   std::int64_t end(std::int64_t origin) const {
     return record(origin) + intervals < frames ? record(origin) + intervals : frames;

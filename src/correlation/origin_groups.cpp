@@ -2,11 +2,15 @@
 
 #include <algorithm>
 
+#include "support/parallel.h"
+
 namespace pathstat {
 namespace {
 
 /// Atoms of a block: ten origins and a later frame stay well within the second cache.
 constexpr std::size_t atoms_together = 256;
+/// Later frames of a piece of work for one thread.
+constexpr std::int64_t records_together = 16;
 constexpr std::int64_t bytes_per_atom = 24;
 constexpr std::size_t values_per_line = 8;
 /// Sums of a group at most, to bound the memory of very long correlations.
@@ -85,8 +89,17 @@ bool OriginGroups::find_origins(std::int64_t first_origin, std::int64_t count) {
   return true;
 }
 
+/// Shared among the threads by ranges of later frames, which have sums of their own.
 void OriginGroups::add_pairs(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first,
                              std::int64_t end) {
+  for_blocks((end - first + records_together - 1) / records_together, [&](std::int64_t block, std::size_t) {
+    const std::int64_t from = first + block * records_together;
+    add_pairs_of(first_origin, origins, from, std::min(from + records_together, end));
+  });
+}
+
+void OriginGroups::add_pairs_of(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first,
+                                std::int64_t end) {
   for (std::size_t atom = 0; atom < atoms_; atom += atoms_together) {
     const std::size_t block = std::min(atoms_together, atoms_ - atom);
     for (std::int64_t record = first; record < end; ++record) {

@@ -45,6 +45,8 @@ class OriginGroups {
   bool find_origins(std::int64_t first_origin, std::int64_t count);
   void add_pairs(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
 
+  void add_pairs_of(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
+
   /// Room for frames one behind the other. Each axis of each frame begins on a line of the processor's cache.
   struct FrameBlocks {
     std::array<NamedBlock<double>, 3> blocks;

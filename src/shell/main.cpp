@@ -8,6 +8,7 @@
 #include "shell/fatal_signals.h"
 #include "shell/input_loop.h"
 #include "shell/program_arguments.h"
+#include "shell/threads.h"
 #include "support/named_memory.h"
 
 namespace {
@@ -36,6 +37,7 @@ int main(int argc, char** argv) {
   main_argv = argv;
   install_signal_handlers();
   uf_LineBufferTextportOutput();
+  start_threads();
   set_memory_error_sink(show_memory_error);
   set_memory_failure_hook(report_allocation_failure);
   register_application(

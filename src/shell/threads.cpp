@@ -8,6 +8,7 @@
 
 #include "corelink/environment.h"
 #include "corelink/host_name.h"
+#include "support/parallel.h"
 
 namespace pathstat {
 namespace {
@@ -38,6 +39,8 @@ ThreadPool& pool() {
 
 }  // namespace
 
+void start_threads() { set_thread_count(pool().threads); }
+
 std::int32_t kvZ_COM_GetNProc() { return pool().processors; }
 
 std::int32_t kvZ_COM_GetNThreads() {
@@ -55,6 +58,7 @@ std::int32_t kvZ_COM_SetNThreadsF(std::int32_t count) {
   if (count != threads) {
     if (trace) std::printf("kvZ_COM_SetNThreads: creating %d threads\n", count);
     threads = count;
+    set_thread_count(count);
   }
   return count;
 }

@@ -4,7 +4,10 @@
 
 namespace pathstat {
 
-// The count of threads that is told to the Core. The analysis itself runs on one thread.
+// The count of threads that share the work of an analysis, as it is told to the Core.
+
+/// Takes over the starting count for the work that comes.
+void start_threads();
 
 /// The number of processors.
 std::int32_t kvZ_COM_GetNProc();

@@ -5,6 +5,10 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <numeric>
+#include <random>
 
 #include "correlation/correlation_cache.h"
 #include "correlation/displacement.h"
@@ -13,6 +17,7 @@
 #include "extraction/scratch_format.h"
 #include "services/file_units.h"
 #include "support/named_memory.h"
+#include "support/parallel.h"
 #include "support/record_file.h"
 
 namespace pathstat {
@@ -256,6 +261,153 @@ TEST_F(CorrelationRun, the_cache_has_no_name_while_it_is_in_use) {
   };
   EXPECT_EQ(run(run_msd_, {.intervals = 2, .frames = 5}), 0);
   EXPECT_FALSE(progress().empty());
+}
+
+// Long runs, whose sums are made by transforms.
+
+constexpr std::int32_t long_frames = 5000;
+constexpr std::size_t long_atoms = 21;  // the last batch is not full
+
+/// Atoms far from the origin that diffuse by 0.01 A and drift, and velocities that decay in ten frames.
+Motion wandering(double drift = 0.0) {
+  Motion motion{long_frames, {}, static_cast<std::int32_t>(long_atoms), {}};
+  for (std::int32_t id = 1; id <= motion.all_atoms; ++id) motion.moved_ids.push_back(id);
+  std::mt19937 generator(11);
+  std::normal_distribution<double> normal;
+  std::vector<std::array<Vector, long_atoms>> places(long_frames), velocities(long_frames);
+  for (std::size_t frame = 0; frame < places.size(); ++frame) {
+    for (std::size_t atom = 0; atom < long_atoms; ++atom) {
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double before = frame == 0 ? 3000.0 : places[frame - 1][atom][axis];
+        const double speed = frame == 0 ? 0.0 : velocities[frame - 1][atom][axis];
+        places[frame][atom][axis] = before + 0.01 * normal(generator) + drift;
+        velocities[frame][atom][axis] = 0.9 * speed + normal(generator);
+      }
+    }
+  }
+  motion.position = [places](std::size_t atom, std::int32_t frame) {
+    return places[static_cast<std::size_t>(frame)][atom];
+  };
+  motion.velocity = [velocities](std::size_t atom, std::int32_t frame) {
+    return velocities[static_cast<std::size_t>(frame)][atom];
+  };
+  return motion;
+}
+
+/// The seven columns at a lag by their definition, in 80-bit floats.
+std::array<long double, 7> by_definition(const Motion& motion, bool of_velocities, std::int32_t step,
+                                         std::int32_t lag) {
+  constexpr std::array<std::array<std::size_t, 2>, 6> axes{{{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}}};
+  std::array<long double, 7> sums{};
+  long double count = 0;
+  for (std::int32_t origin = 0; origin + lag < motion.frames - 1; origin += step) {
+    for (std::size_t atom = 0; atom < motion.moved_ids.size(); ++atom, ++count) {
+      const auto& vector = of_velocities ? motion.velocity : motion.position;
+      const Vector u = vector(atom, origin);
+      const Vector w = vector(atom, origin + lag);
+      for (std::size_t k = 0; k < axes.size(); ++k) {
+        const auto [a, b] = axes[k];
+        const auto cross = 0.5L * (static_cast<long double>(u[a]) * w[b] + static_cast<long double>(u[b]) * w[a]);
+        const auto moved = (static_cast<long double>(w[a]) - u[a]) * (static_cast<long double>(w[b]) - u[b]);
+        sums[k] += of_velocities ? cross : moved;
+      }
+    }
+  }
+  for (auto& sum : sums) sum /= count;
+  sums[6] = sums[0] + sums[1] + sums[2];
+  return sums;
+}
+
+void expect_definition(const Table& table, const Motion& motion, bool of_velocities, std::int32_t step) {
+  for (const std::int32_t lag : {0, 1, 3, 101, 2500, 4998}) {
+    const auto wanted = by_definition(motion, of_velocities, step, lag);
+    const auto columns = static_cast<std::size_t>(table.head.values);
+    for (std::size_t k = 0; k < columns; ++k) {
+      const auto value = table.values[static_cast<std::size_t>(lag) * columns + k];
+      const auto exact = static_cast<double>(wanted[columns == 1 ? 6 : k]);
+      const double scale =
+          std::max(std::abs(exact), columns == 1 ? 0.0 : 0.1 * std::abs(static_cast<double>(wanted[6])));
+      EXPECT_NEAR(value, exact, 1e-10 * scale) << "lag " << lag << " column " << k << " step " << step;
+    }
+  }
+}
+
+std::string bytes_of(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(CorrelationRun, long_runs_are_as_the_definition_has_them) {
+  for (const double drift : {0.0, 5.0}) {  // with drift, short lags drown in the rounding of a transform
+    const Motion motion = wandering(drift);
+    make(motion);
+    for (const std::int32_t step : {1, 3}) {
+      const Choice choice{
+          .intervals = long_frames - 1, .frames = long_frames, .origin_step = step, .anisotropic = step == 3};
+      EXPECT_EQ(run(run_msd_, choice), 0);
+      expect_definition(read_table("PathStat.msd"), motion, false, step);
+      if (drift > 0.0) continue;
+      EXPECT_EQ(run(run_vac_, choice), 0);
+      expect_definition(read_table("PathStat.vac"), motion, true, step);
+    }
+  }
+}
+
+TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
+  make(wandering());
+  ::setenv("PATHSTAT_TRACE", "1", 1);
+  struct Way {
+    Choice choice;
+    const char* words;
+  };
+  for (const auto& [choice, words] : {
+           Way{{.intervals = 4999, .frames = 5000}, "correlation: transforms, 21 atoms, 5000 frames"},
+           Way{{.intervals = 20, .frames = 5000}, "correlation: pairs of frames"},
+           Way{{.intervals = 4999, .frames = 5000, .origin_step = 500}, "correlation: pairs of frames"},
+           Way{{.intervals = 1000, .frames = 1001}, "correlation: pairs of frames"},
+       }) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(run(run_msd_, choice), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith(words));
+  }
+  ::unsetenv("PATHSTAT_TRACE");
+}
+
+TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
+  make(wandering());
+  for (const std::int32_t intervals : {20, long_frames - 1}) {
+    for (const bool anisotropic : {false, true}) {
+      std::string first;
+      for (const int threads : {1, 2, 3, 8}) {
+        for (const char* memory : {"1", "256"}) {
+          ::setenv("PATHSTAT_CACHE_MIB", memory, 1);
+          set_thread_count(threads);
+          EXPECT_EQ(run(run_msd_, {.intervals = intervals, .frames = long_frames, .anisotropic = anisotropic}), 0);
+          const std::string bytes = bytes_of("PathStat.msd");
+          if (first.empty()) first = bytes;
+          EXPECT_TRUE(bytes == first) << threads << " threads, " << memory << " MiB, " << intervals << " lags";
+        }
+      }
+    }
+  }
+  ::unsetenv("PATHSTAT_CACHE_MIB");
+}
+
+TEST_F(CorrelationRun, an_interrupted_long_run_keeps_the_atoms_that_are_done) {
+  constexpr std::size_t done = 64;  // the first piece of work for two threads
+  Motion motion{2000, std::vector<std::int32_t>(200), 200, {}};
+  std::iota(motion.moved_ids.begin(), motion.moved_ids.end(), 1);
+  motion.position = [](std::size_t atom, std::int32_t frame) { return Vector{atom < done ? 0.5 * frame : 0.0, 0, 0}; };
+  make(motion);
+  set_thread_count(2);
+  core_.answers["kvU_INT_RequestCoreInterrupt"] = [](const Inputs&) { return Answer{{1}, {}, {}}; };
+  EXPECT_EQ(run(run_msd_, {.intervals = 1999, .frames = 2000, .monitor = true}), 0);
+  EXPECT_TRUE(available_);
+  EXPECT_EQ(progress().size(), 2);
+  const Table table = read_table("PathStat.msd");
+  for (std::size_t lag = 100; lag < table.values.size(); lag += 100) {
+    EXPECT_NEAR(table.values[lag], 0.25 * static_cast<double>(lag * lag), 1e-6) << lag;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "correlation/batch_store.h"
+#include "correlation/correlation_run.h"
+#include "correlation/correlation_table.h"
+#include "correlation/spectral_sums.h"
+
+namespace pathstat {
+
+/// True if transforms cost less than the pairs of frames do, and enough to notice.
+bool transforms_pay(const SpectralShape& shape, std::int64_t atoms);
+
+/// Fills the table by transforms, batch by batch of the atoms. While it grows, and after an interrupt, it holds the
+/// means over the atoms that are done. Lags whose rounding might show are summed pair by pair at the end.
+///
+/// @param kernel  of the columns that the shape asks for
+/// @param plots   drawn while the table grows; may be null
+/// @return false if the cache can't be read
+bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel kernel, std::int64_t atoms,
+                       CorrelationTable& table, TablePlots* plots);
+
+}  // namespace pathstat
