@@ -44,6 +44,8 @@ using Run = std::int32_t (*)();
 
 /// What may run inside what, when the Core sends a command while another one waits for a reply. An analysis holds the
 /// open trajectory and named blocks, so that neither a second one nor a change of the shown frame may come between.
+/// Words of a held button are free: they decline a step themselves, which stops the repeats, and take the end of the
+/// press.
 enum class Nesting : std::uint8_t { analysis, frames, free };
 
 /// Does something; without a routine its engine is not there yet.

@@ -1,6 +1,4 @@
 #include <cmath>
-#include <cstdio>
-#include <string>
 
 #include "shell/analysis.h"
 #include "shell/analysis_state.h"
@@ -49,16 +47,16 @@ class Command {
       if (row.holds()) continue;
       return wanted == Guard::source_is_trajectory ? refuse(row.key, action.source_word) : refuse(row.key);
     }
-    if (action.run == nullptr) return decline("not available yet");
+    if (action.run == nullptr) return decline(row_.word, "not available yet");
     if (action.nesting == Nesting::free) return action.run();
-    if (RunningAnalysis::any()) return decline("another analysis is running");
+    if (RunningAnalysis::any()) return decline(row_.word, another_analysis_runs);
     if (action.nesting == Nesting::frames) return action.run();
     const RunningAnalysis running;
     return action.run();
   }
 
   std::int32_t operator()(const TextSetting& setting) const {
-    if (setting.rebuilds && RunningAnalysis::any()) return decline("another analysis is running");
+    if (setting.rebuilds && RunningAnalysis::any()) return decline(row_.word, another_analysis_runs);
     std::int32_t status = 0;
     kvz_argfillstring_(TextField(setting.field), 1, 0, setting.allowed, status);
     if (status > 0) return status;
@@ -91,11 +89,6 @@ class Command {
   std::int32_t operator()(const Label&) const { return 0; }
 
  private:
-  std::int32_t decline(const char* why) const {
-    std::printf("%s: %s\n", std::string(row_.word).c_str(), why);
-    return refused;
-  }
-
   const CommandWord& row_;
 };
 

@@ -48,22 +48,21 @@ void store(const FrameRange& range, std::int32_t place) {
   trj_gui_i_.current_frame = place;
 }
 
-/// Takes over a range; the shown frame moves with the current place.
+/// Takes over a range; the shown frame moves with the current place. A frame that cannot be put on the model does not
+/// keep the range back.
 std::int32_t apply(const FrameRange& range) {
+  std::int32_t status = done;
   const std::int32_t place = std::clamp(trj_gui_i_.current_frame, 1, range.count());
   if (trj_gui_l_.trajectory_loaded) {
     const std::int32_t shown = frame_at(trj_gui_i_.current_frame);
     const std::int32_t wanted = (place - 1) * range.step + range.first;
     if (!have_trajectory_model(false)) return refused;
-    if (shown != wanted) {
-      const std::int32_t status = put_frame_on_model(wanted);
-      if (status != 0) return status;
-    }
+    if (shown != wanted) status = put_frame_on_model(wanted);
     drop_marks_and_cache(place);
     drop_results();
   }
   store(range, place);
-  return done;
+  return status;
 }
 
 std::int32_t set_first(std::int32_t frame) {

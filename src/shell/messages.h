@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
 #include "coreapi/operations.h"
@@ -21,5 +22,13 @@ std::int32_t refuse(std::string_view key, const Arguments&... arguments) {
   kvu_msg_display_(2, key, error);
   return 1;
 }
+
+/// Prints why a word does nothing now and gives the result of a failed command.
+inline std::int32_t decline(std::string_view word, const char* why) {
+  std::printf("%.*s: %s\n", static_cast<int>(word.size()), word.data(), why);
+  return 1;
+}
+
+constexpr const char* another_analysis_runs = "another analysis is running";
 
 }  // namespace pathstat

@@ -9,6 +9,7 @@
 #include "shell/arguments.h"
 #include "shell/frame_actions.h"
 #include "shell/messages.h"
+#include "shell/running_analysis.h"
 #include "shell/shown_frame.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
@@ -51,6 +52,23 @@ void allow_marks() {
   allowgraphinteraction_(true, status);
 }
 
+std::int32_t stop_repeats(std::int32_t result) {
+  kvu_gui_supressrepeats_();
+  return result;
+}
+
+/// Presses of a held button that have ended; one can end while a call of a step waits for the Core.
+std::int32_t ended_presses = 0;
+
+void set_step_state(std::int32_t direction) { trj_gui_c_.step_state = direction > 0 ? "F" : direction < 0 ? "B" : ""; }
+
+std::int32_t end_stepping() {
+  ++ended_presses;
+  set_step_state(0);
+  update_panel("TOG");
+  return done;
+}
+
 /// What every way of moving the shown frame begins with: a trajectory, its model, the Core's word on bonds, marks.
 bool open_frame_work(bool move_cache) {
   if (!trj_gui_l_.trajectory_loaded || !have_trajectory_model(move_cache)) return false;
@@ -59,10 +77,7 @@ bool open_frame_work(bool move_cache) {
   return true;
 }
 
-void set_step_state(std::int32_t direction) {
-  if (direction > 0) trj_gui_c_.step_state = "F";
-  if (direction < 0) trj_gui_c_.step_state = "B";
-}
+constexpr std::int32_t fewest_frames_to_step = 2;
 
 bool prepare_stepping(std::int32_t direction, bool tells_panel) {
   if (!open_frame_work(trj_gui_l_.frame_cache_ready)) return false;
@@ -70,9 +85,16 @@ bool prepare_stepping(std::int32_t direction, bool tells_panel) {
     set_step_state(direction);
     update_panel("TOG");
   }
-  if (trj_frames_.frames_in_range < 2) return false;
+  if (trj_frames_.frames_in_range < fewest_frames_to_step) return false;
   trj_gui_i_.step_direction = direction;
   return have_frame_cache();
+}
+
+/// A press goes on by the cache that it started with, unless a change of the range or another trajectory has dropped
+/// it.
+bool can_go_on(std::int32_t fewest_frames) {
+  if (!trj_gui_l_.trajectory_loaded) return false;
+  return trj_gui_l_.frame_cache_ready || (trj_frames_.frames_in_range >= fewest_frames && have_frame_cache());
 }
 
 /// A run that starts at the end which it moves to begins anew from the other one.
@@ -93,50 +115,45 @@ std::int32_t step(std::string_view mode) {
   std::int32_t status = 0;
   shownextframe_(state.current_frame, trj_frames_.frames_in_range, state.step_direction, mode,
                  state.bond_recalculation_permitted != 0, status);
-  if (status != 0) state.current_frame = std::clamp(before, 1, trj_frames_.frames_in_range);
-  return status;
+  // A command that the Core nests in the step may have made the range shorter.
+  const std::int32_t place = status == 0 ? state.current_frame : before;
+  state.current_frame = std::clamp(place, 1, trj_frames_.frames_in_range);
+  return status == 0 ? done : stop_repeats(status);
 }
 
-std::int32_t stop_repeats(std::int32_t result) {
-  kvu_gui_supressrepeats_();
-  return result;
-}
-
-std::int32_t step_repeatedly(std::int32_t direction) {
+std::int32_t step_repeatedly(std::string_view word, std::int32_t direction) {
   Phase phase = Phase::running;
   const std::int32_t status = read_phase(phase);
   if (status > 0) return stop_repeats(status);
-  if (phase == Phase::end) {
-    trj_gui_c_.step_state = "";
-    update_panel("TOG");
-    return done;
-  }
+  if (phase == Phase::end) return end_stepping();
+  if (RunningAnalysis::any()) return stop_repeats(decline(word, another_analysis_runs));
+  const std::int32_t ended_before = ended_presses;
   if (phase == Phase::start) {
     if (!prepare_stepping(direction, true)) return stop_repeats(refused);
     restart_at_end(direction);
   }
-  if (!trj_gui_l_.trajectory_loaded) return stop_repeats(refused);
+  if (!can_go_on(fewest_frames_to_step)) return stop_repeats(refused);
   if (trj_gui_i_.step_delay_ms > 0) kvs_msecsleep_(trj_gui_i_.step_delay_ms);
   const std::int32_t stepped = step(trj_gui_c_.stepping_mode.view());
-  if (stepped != 0) kvu_gui_supressrepeats_();
-  set_step_state(trj_gui_i_.step_direction);
+  set_step_state(ended_presses == ended_before ? trj_gui_i_.step_direction : 0);
   update_panel("TEX,TOG");
   return stepped;
 }
 
-std::int32_t show_neighbour(std::int32_t direction) {
+std::int32_t show_neighbour(std::string_view word, std::int32_t direction) {
   Phase phase = Phase::running;
   const std::int32_t status = read_phase(phase);
-  if (status > 0) return status;
-  if (phase == Phase::start && !prepare_stepping(direction, false)) return stop_repeats(refused);
+  if (status > 0) return stop_repeats(status);
   if (phase == Phase::end) return done;
-  if (!trj_gui_l_.trajectory_loaded) return stop_repeats(refused);
+  if (RunningAnalysis::any()) return stop_repeats(decline(word, another_analysis_runs));
+  if (phase == Phase::start && !prepare_stepping(direction, false)) return stop_repeats(refused);
+  if (!can_go_on(fewest_frames_to_step)) return stop_repeats(refused);
   return step("LOOP AT END");
 }
 
 /// Shows an entry of the range. @return 1 if there is no such entry or it cannot be had
 std::int32_t show_entry(std::int32_t entry, bool marks) {
-  if (!trj_gui_l_.trajectory_loaded || trj_frames_.frames_in_range < 2) return done;
+  if (!trj_gui_l_.trajectory_loaded || trj_frames_.frames_in_range < fewest_frames_to_step) return done;
   if (!have_trajectory_model(trj_gui_l_.frame_cache_ready)) return refused;
   allow_marks();
   take_bond_permission();
@@ -195,16 +212,16 @@ std::int32_t show_picked(const Pick& pick) {
   showtrjframe_(entry, trj_gui_i_.bond_recalculation_permitted != 0, status);
   kvg_redisplaymodels_(0, 0);
   update_panel("TEX");
-  return status;
+  return status == 0 ? done : stop_repeats(status);
 }
 
 }  // namespace
 
-std::int32_t frame_step_forwards() { return step_repeatedly(1); }
-std::int32_t frame_step_backwards() { return step_repeatedly(-1); }
+std::int32_t frame_step_forwards() { return step_repeatedly("FRAME_STEP_FORWARDS", 1); }
+std::int32_t frame_step_backwards() { return step_repeatedly("FRAME_STEP_BACKWARDS", -1); }
 std::int32_t frame_step_stop() { return stop_repeats(done); }
-std::int32_t show_next_frame() { return show_neighbour(1); }
-std::int32_t show_previous_frame() { return show_neighbour(-1); }
+std::int32_t show_next_frame() { return show_neighbour("SHOW_NEXT_FRAME", 1); }
+std::int32_t show_previous_frame() { return show_neighbour("SHOW_PREVIOUS_FRAME", -1); }
 
 std::int32_t current_frame_number() {
   std::int32_t entry = 0;
@@ -229,11 +246,11 @@ std::int32_t structure_from_plot() {
   const std::int32_t status = read_pick(pick);
   if (status != done) return status;
   const Phase phase = phase_of(pick.event.view());
-  if (phase == Phase::start && !(open_frame_work(trj_gui_l_.frame_cache_ready) && have_frame_cache())) {
-    return stop_repeats(refused);
-  }
   if (phase == Phase::end) return done;
-  return trj_gui_l_.trajectory_loaded ? show_picked(pick) : stop_repeats(refused);
+  if (RunningAnalysis::any()) return stop_repeats(decline("ANALYSIS_STRUCTURE_FROM_PLOT", another_analysis_runs));
+  const bool starts = phase == Phase::start;
+  if (starts && !(open_frame_work(trj_gui_l_.frame_cache_ready) && have_frame_cache())) return stop_repeats(refused);
+  return can_go_on(1) ? show_picked(pick) : stop_repeats(refused);
 }
 
 std::int32_t extract_frame() { return put_frame_on_model(trj_extract_); }

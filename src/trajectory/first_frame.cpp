@@ -28,9 +28,7 @@ void refuse(std::string_view key, std::int32_t& status) {
 class FirstFrame {
  public:
   FirstFrame(std::string_view file, std::int32_t model, std::int32_t& status)
-      : model_(model), trajectory_(file, model, status, OpenProblem::left_to_caller) {
-    if (status == 0) status = trajectory_.attach_status();
-  }
+      : model_(model), trajectory_(file, model, status, OpenProblem::left_to_caller) {}
 
   void apply(std::span<const std::int32_t> model_atoms, std::int32_t file_type, std::int32_t& status) {
     check(model_atoms, status);
@@ -46,13 +44,11 @@ class FirstFrame {
 
  private:
   void check(std::span<const std::int32_t> model_atoms, std::int32_t& status) {
-    trj_ivalue_(trajectory_.handle(), trajectory_key::periodic_type, type_, status);
-    if (status == 0) trj_ivalue_(trajectory_.handle(), trajectory_key::movable_atoms, movable_, status);
-    if (status != 0) return;
-    std::int32_t model_type = 0;
-    kvd_mod_periodictype_(model_, model_type, status);
-    if (status == 0 && model_type != type_) return refuse("PATHSTAT_ERROR_103", status);
-    if (movable_ < 0 || movable_ > std::ssize(model_atoms)) refuse("PATHSTAT_ERROR_104", status);
+    const Misfit misfit = misfit_of(trajectory_, model_, type_);
+    if (misfit == Misfit::periodicity) return refuse("PATHSTAT_ERROR_103", status);
+    if (misfit == Misfit::atoms) return refuse("PATHSTAT_ERROR_104", status);
+    trj_ivalue_(trajectory_.handle(), trajectory_key::movable_atoms, movable_, status);
+    if (status == 0 && (movable_ < 0 || movable_ > std::ssize(model_atoms))) refuse("PATHSTAT_ERROR_104", status);
   }
 
   /// The model's atoms in the order of the trajectory.

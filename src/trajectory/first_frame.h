@@ -10,7 +10,7 @@ namespace pathstat {
 ///
 /// @param file_type  of the file that the model came from: 1 structured, 14 coordinates
 /// @param status  0; 1 after PATHSTAT_ERROR_102 (the model is empty), 103 (another periodic type), 104 (the trajectory
-///                has more atoms than the model, or others); that of the reader
+///                has the atoms of another model); that of the reader
 void trjfixatoms_(std::string_view file, std::int32_t file_type, std::int32_t model, std::int32_t& status);
 
 }  // namespace pathstat

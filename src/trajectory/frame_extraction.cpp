@@ -37,8 +37,10 @@ class Extraction {
 
   void run(std::int32_t frame, ExtractionMode mode, std::int32_t& status) {
     find_atoms(status);
-    if (status == 0) open(status);
-    if (status == 0) read_header(mode, status);
+    if (status == 0) trajectory_.emplace(file_, model_, status);
+    if (status != 0) return;
+    const Misfit misfit = misfit_of(*trajectory_, model_, periodic_type_);
+    if (mode == ExtractionMode::apply) check(misfit, status);
     if (status == 0) trj_readframe_(trajectory_->handle(), frame, status);
     if (status != 0) return;
     read_cell();
@@ -55,20 +57,11 @@ class Extraction {
     if (status != 0 || atoms_.empty()) refuse("PATHSTAT_ERROR_102", status);
   }
 
-  void open(std::int32_t& status) {
-    trajectory_.emplace(file_, model_, status);
-    if (status == 0) status = trajectory_->attach_status();
-  }
-
-  void read_header(ExtractionMode mode, std::int32_t& status) {
-    trj_ivalue_(trajectory_->handle(), trajectory_key::periodic_type, periodic_type_, status);
-    if (status != 0) return;
-    std::int32_t model_type = 0;
-    std::int32_t error = 0;
-    kvd_mod_periodictype_(model_, model_type, error);
-    if (mode == ExtractionMode::apply && model_type != periodic_type_) return refuse("PATHSTAT_ERROR_103", status);
+  void check(Misfit misfit, std::int32_t& status) {
+    if (misfit == Misfit::periodicity) return refuse("PATHSTAT_ERROR_103", status);
+    if (misfit == Misfit::atoms) return refuse("PATHSTAT_ERROR_104", status);
     trj_ivalue_(trajectory_->handle(), trajectory_key::movable_atoms, movable_, status);
-    if (status == 0 && movable_ > std::ssize(atoms_)) refuse("PATHSTAT_ERROR_104", status);
+    if (status == 0 && (movable_ < 0 || movable_ > std::ssize(atoms_))) refuse("PATHSTAT_ERROR_104", status);
   }
 
   void read_cell() {
@@ -85,6 +78,11 @@ class Extraction {
     std::int32_t status = 0;
     trj_dvalue_(trajectory_->handle(), key, number, status);
     return status == 0 ? number : 0.0;
+  }
+
+  /// Without a model that fits only the atoms that move are known.
+  std::int32_t atoms_in_file() const {
+    return trajectory_->integer(trajectory_key::all_atoms, trajectory_->integer(trajectory_key::movable_atoms, 0));
   }
 
   double cell_size() const {
@@ -105,7 +103,7 @@ class Extraction {
     const std::size_t lines = status == 0 ? static_cast<std::size_t>(std::clamp(count, 0, most_comments)) : 0;
     const FrameReport values{
         .frame = frame,
-        .atoms = static_cast<std::int32_t>(atoms_.size()),
+        .atoms = atoms_in_file(),
         .periodic_type = periodic_type_,
         .time = value(400017),
         .time_step = value(400022),
@@ -148,7 +146,8 @@ class Extraction {
     trj_ivalue_(trajectory_->handle(), trajectory_key::movable_ids, ids.span().first(moving), count, status);
     if (status != 0) return;
     const auto atoms = atoms_by_identifier(atoms_, ids.span().first(moving), status);
-    if (status == 0) set_model_cell(model_, periodic_type_, cell_, status);
+    if (status != 0) return refuse("PATHSTAT_ERROR_104", status);
+    set_model_cell(model_, periodic_type_, cell_, status);
     if (status == 0) trj_dvalue_(trajectory_->handle(), trajectory_key::movable_positions, vectors, count, status);
     if (status == 0) kvd_setxyz_(atoms, vectors, status);
     if (status == 0) apply_vectors(trajectory_key::movable_velocities, "Velocity", atoms, vectors, status);

@@ -4,6 +4,7 @@
 
 #include "coreapi/operations.h"
 #include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 
@@ -29,6 +30,15 @@ std::int32_t OpenTrajectory::integer(std::int32_t key, std::int32_t absent) cons
   std::int32_t status = 0;
   trj_ivalue_(handle_, key, value, status);
   return status == 0 ? value : absent;
+}
+
+Misfit misfit_of(const OpenTrajectory& trajectory, std::int32_t model, std::int32_t& type) {
+  std::int32_t model_type = 0;
+  std::int32_t untold = 0;
+  trj_ivalue_(trajectory.handle(), trajectory_key::periodic_type, type, untold);
+  if (untold == 0) kvd_mod_periodictype_(model, model_type, untold);
+  if (untold == 0 && model_type != type) return Misfit::periodicity;
+  return untold == 0 && trajectory.attach_status() == 0 ? Misfit::none : Misfit::atoms;
 }
 
 }  // namespace pathstat

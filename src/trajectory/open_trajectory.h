@@ -30,4 +30,11 @@ class OpenTrajectory {
   bool is_open_ = false;
 };
 
+/// Why a model is not that of a trajectory.
+enum class Misfit { none, periodicity, atoms };
+
+/// Holds a model against an open trajectory that was attached to it.
+/// @param type  the trajectory's periodic type; left alone if the reader does not tell it without a model that fits
+Misfit misfit_of(const OpenTrajectory& trajectory, std::int32_t model, std::int32_t& type);
+
 }  // namespace pathstat

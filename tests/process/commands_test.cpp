@@ -155,6 +155,13 @@ TEST(Load, refuses_a_model_that_does_not_fit) {
   std::filesystem::copy_file(EXAMPLES_DIR "/argon/argon.qfx", desk.work() / "run.qfx");
   EXPECT_EQ(desk.run("TRAJECTORY", path.string()), 50015);
   EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_112"));
+
+  EXPECT_EQ(desk.run("FIRST_FRAME_NO", "3"), 1) << "the frame cannot be shown";
+  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_103"));
+  EXPECT_EQ(desk.value("FIRST_FRAME_NO"), "     3") << "the range holds all the same";
+  EXPECT_EQ(desk.run("FRAME_INFO"), 0);
+  EXPECT_THAT(desk.output, Contains(HasSubstr("Frame No     :           3")));
+  EXPECT_THAT(desk.output, Contains(HasSubstr("No of atoms  :          14")));
 }
 
 TEST(Reset, asks_first) {

@@ -60,6 +60,11 @@ class ThreeFrames : public testing::Test {
     desk.server.on("kvU_GUI_SupressRepeats", [this](const OperationCall&, OperationReply&) { ++stops; });
   }
   std::string current() { return desk.value("CURRENT_FRAME_NUMBER"); }
+  std::int32_t pick(const char* x, const char* event) {
+    const auto& handle = *desk.graphs.info(desk.graphs.shown_graphs().back());
+    return desk.run("ANALYSIS_STRUCTURE_FROM_PLOT",
+                    "\"" + handle.name + "\" " + std::to_string(handle.version) + " " + x + " 0 " + event);
+  }
 
   DeskWithProcess desk;
   int stops = 0;
@@ -127,12 +132,6 @@ TEST_F(ThreeFrames, a_range_of_one_frame_cannot_be_stepped) {
 
 TEST_F(ThreeFrames, picks_show_the_frame_and_mark_it) {
   ASSERT_EQ(desk.run("PROFILE"), 0);
-  const auto graph = desk.graphs.shown_graphs().back();
-  const auto& handle = *desk.graphs.info(graph);
-  const auto pick = [&](const char* x, const char* event) {
-    return desk.run("ANALYSIS_STRUCTURE_FROM_PLOT",
-                    "\"" + handle.name + "\" " + std::to_string(handle.version) + " " + x + " 0 " + event);
-  };
   EXPECT_EQ(pick("1.2", "START"), 0);
   EXPECT_EQ(current(), "      3");
   EXPECT_EQ(shown_frame(desk, {100, 110, 120}), 120);
@@ -184,7 +183,59 @@ TEST_F(ThreeFrames, what_the_core_nests_in_a_step_leaves_the_cache_whole) {
   EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "HOLD"), 0);
   EXPECT_EQ(current(), "      3");
   EXPECT_THAT(in_showing, ElementsAre(1, 0));
+  EXPECT_EQ(desk.value("FRAME_STEP_FORWARDS"), "N") << "the press has ended within its step";
 }
+
+/// A press that goes on behind a change of the range or of the trajectory, by its word.
+class GoingOn : public ThreeFrames, public testing::WithParamInterface<const char*> {
+ protected:
+  void SetUp() override {
+    ThreeFrames::SetUp();
+    ASSERT_EQ(desk.run("PROFILE"), 0);
+    ASSERT_EQ(go_on("1.1", "START"), 0);
+    ASSERT_EQ(shown_frame(desk, {100, 110, 120}), 110);
+  }
+  std::int32_t go_on(const char* x, const char* phase) {
+    return GetParam() == std::string_view("a drag") ? pick(x, phase) : desk.run(GetParam(), phase);
+  }
+};
+
+TEST_P(GoingOn, shows_frames_of_the_new_range) {
+  for (const auto& [word, value] : {std::pair{"INCREMENT_NO", "1"}, {"FIRST_FRAME_NO", "1"}, {"LAST_FRAME_NO", "9"}}) {
+    ASSERT_EQ(desk.run(word, value), 0);
+  }
+  ASSERT_EQ(desk.run("PROFILE"), 0);
+  EXPECT_EQ(go_on("0.02", "HOLD"), 0);
+  EXPECT_EQ(current(), "      3");
+  EXPECT_EQ(shown_frame(desk, {3, 110, 120}), 3);
+}
+
+TEST_P(GoingOn, moves_the_model_of_the_new_trajectory_alone) {
+  const auto old_model = desk.model.current_model();
+  ASSERT_EQ(desk.load_example("argon"), 0);
+  ASSERT_EQ(desk.run("PROFILE"), 0);
+  const auto first = shown_positions(desk);
+  EXPECT_EQ(go_on("99", "HOLD"), 0);
+  EXPECT_NE(shown_positions(desk), first);
+  ASSERT_NE(desk.model.current_model(), old_model);
+  desk.model.set_current_model(old_model);
+  EXPECT_EQ(shown_frame(desk, {1, 100, 110, 120}), 110);
+}
+
+TEST_P(GoingOn, is_stopped_without_a_step_while_an_analysis_runs) {
+  std::vector<std::int32_t> nested;
+  desk.server.on("kvP_GRF_SetAspectRatio", [&](const OperationCall&, OperationReply&) {
+    nested = {go_on("1.2", "START"), go_on("1.2", "HOLD"), go_on("1.2", "END")};
+  });
+  stops = 0;
+  ASSERT_EQ(desk.run("PROFILE"), 0);
+  EXPECT_THAT(nested, ElementsAre(1, 1, 0));
+  EXPECT_EQ(stops, 2);
+  EXPECT_EQ(current(), "      2");
+  EXPECT_EQ(desk.value("FRAME_STEP_FORWARDS"), "N") << "the end of the press is taken";
+}
+
+INSTANTIATE_TEST_SUITE_P(presses, GoingOn, testing::Values("FRAME_STEP_FORWARDS", "SHOW_NEXT_FRAME", "a drag"));
 
 TEST_F(ThreeFrames, a_frame_can_be_reported_and_extracted) {
   ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "2"), 0);

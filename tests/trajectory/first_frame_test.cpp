@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "in_process_core.h"
+#include "trajectory/frame_extraction.h"
 #include "trajectory/model_check.h"
 #include "trajectory/written_trajectory.h"
 
@@ -19,10 +20,10 @@ constexpr std::int32_t structured_file = 1, coordinate_file = 14;
 
 class FirstFrame : public testing::Test {
  protected:
-  /// Four atoms 4, 3, 2, 1, of which 4 and 2 move.
-  std::int32_t import(std::int32_t type = 100) {
+  /// Four atoms, of which the first and the third move.
+  std::int32_t import(std::int32_t type = 100, const char* ids = "4 3 2 1") {
     std::ofstream(model_path) << "(1 Model four\n (A I PeriodicType " << type
-                              << ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (4 3 2 1))\n"
+                              << ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" << ids << "))\n"
                               << " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
                               << " (A I Movable (1 0 1 0))\n)\n";
     return core.import(model_path);
@@ -60,11 +61,24 @@ TEST_F(FirstFrame, a_model_of_coordinates_learns_what_moves) {
 }
 
 TEST_F(FirstFrame, a_model_that_does_not_fit_is_left_alone) {
-  const std::int32_t flat = import(0);
-  trajectory.set(1058, {9, 9, 9, 0, 0, 0}).set(1071, {2, 2, 2, 4, 4, 4}).frame();
-  EXPECT_NE(fix(trajectory.path(), structured_file, flat), 0);
-  EXPECT_EQ(data(flat).positions[0], (Vector3{0, 0, 0}));
-  EXPECT_FALSE(core.messages.empty());
+  WrittenTrajectory other_count{5, {2, 4}, 3};
+  for (auto* written : {&trajectory, &other_count}) {
+    written->set(1058, {9, 9, 9, 0, 0, 0}).set(1071, {2, 2, 2, 4, 4, 4}).frame();
+  }
+  const std::int32_t fitting = import(), flat = import(0), other_ids = import(100, "7 3 2 1");
+  for (const auto& [file, model, key] : {std::tuple{&trajectory, flat, "PATHSTAT_ERROR_103"},
+                                         {&trajectory, other_ids, "PATHSTAT_ERROR_104"},
+                                         {&other_count, fitting, "PATHSTAT_ERROR_104"}}) {
+    core.messages.clear();
+    EXPECT_EQ(fix(file->path(), structured_file, model), 1);
+    std::int32_t status = 0;
+    extractfromframe_(file->path(), model, 1, 1, ExtractionMode::apply, status);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(data(model).positions[0], (Vector3{0, 0, 0}));
+    EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_112", key, "PATHSTAT_ERROR_112", key));
+    extractfromframe_(file->path(), model, 1, 1, ExtractionMode::report, status);
+    EXPECT_EQ(status, 0);
+  }
   core.messages.clear();
   EXPECT_NE(fix(trajectory.path(), structured_file, 0), 0);
   EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_102"));
