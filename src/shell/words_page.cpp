@@ -110,7 +110,8 @@ std::string command_words_page() {
 std::string command_words_list() {
   std::string list;
   for (const auto& row : command_words()) {
-    list += std::string(row.word) + '\t' + arguments_in_words(row) + '\t' + std::string(row.meaning) + '\n';
+    list += std::string(row.word) + '\t' + arguments_in_words(row) + '\t' + std::string(row.meaning) + '\t' +
+            guards_in_words(row) + '\n';
   }
   return list;
 }

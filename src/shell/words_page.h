@@ -15,7 +15,7 @@ std::string guards_in_words(const CommandWord& row);
 /// The page of all command words, in Markdown.
 std::string command_words_page();
 
-/// One line a word for programs: word, arguments, meaning, with tabs between them.
+/// One line a word for programs: word, arguments, meaning, what must hold, with tabs between them.
 std::string command_words_list();
 
 }  // namespace pathstat

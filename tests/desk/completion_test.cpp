@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "desk/advice/word_table.h"
 #include "desk/cli/command_help.h"
 
 namespace pathstat::desk {

@@ -145,6 +145,28 @@ TEST_F(Program, ends_as_its_lines_do_from_a_file_and_from_the_input) {
   EXPECT_EQ(run("shell --program /bin/true <lines"), 3);
 }
 
+TEST_F(Program, tells_a_newcomer_why_a_line_failed_and_what_passed_in_silence) {
+  EXPECT_EQ(script("@stop-on-error no\nRDF\n" + butane +
+                   "LAST_FRAME_NO 100000\nSELECT_PROPERTIES Temprature\nPROFILE now\n"
+                   "MSD_MAX_INTERVAL_NO 100000\nEXTREMA_NUMBER 5\n"),
+            1);
+  for (const auto* told :
+       {"lines:2: RDF failed with status 1\n    no trajectory is loaded",
+        "lines:4: LAST_FRAME_NO failed with status 1\n    100000 is above 1000, the last frame of the file",
+        "lines:5: warning: SELECT_PROPERTIES does not know \"Temprature\": did you mean Temperature?",
+        "lines:6: PROFILE failed with status 1\n    No property is selected",
+        "    PROFILE takes no argument: \"now\" is passed over",
+        "lines:7: warning: MSD_MAX_INTERVAL_NO is 999 now, not 100000: "}) {
+    EXPECT_THAT(trouble, HasSubstr(told));
+  }
+  EXPECT_THAT(trouble, Not(HasSubstr("lines:8"))) << "nothing is wrong with the last line";
+  EXPECT_THAT(report(), HasSubstr("did you mean Temperature?"));
+  EXPECT_THAT(output, Not(HasSubstr("revision")));
+  EXPECT_EQ(run("run lines --verbose"), 1);
+  EXPECT_THAT(output, HasSubstr("revision"));
+  EXPECT_THAT(trouble, HasSubstr("PATHSTAT_MSG_30: No property is selected"));
+}
+
 TEST_F(Program, leaves_the_table_of_a_profile_as_the_engine_logged_it) {
   ASSERT_EQ(script(butane + "SELECT_PROPERTIES \"Total Energy\" Temperature\nSTATISTICS_PLOT no\n"
                             "STATISTICS_FILENAME energies\nSTATISTICS_FILE yes\nPROFILE\n"),

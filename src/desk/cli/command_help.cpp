@@ -6,38 +6,14 @@
 #include <cctype>
 #include <vector>
 
+#include "desk/advice/word_table.h"
 #include "desk/script/script.h"
 
 namespace pathstat::desk {
 namespace {
 
-/// One line a word: word, arguments and meaning with tabs between.
-constexpr std::string_view list =
-#include <command_help.inc>
-    ;
-
 constexpr std::size_t width_of_words = 32;
 constexpr std::size_t words_in_a_row = 3;
-
-std::string_view take_to(std::string_view& text, char mark) {
-  const auto end = std::min(text.find(mark), text.size());
-  const auto taken = text.substr(0, end);
-  text.remove_prefix(std::min(end + 1, text.size()));
-  return taken;
-}
-
-std::vector<CommandHelp> read_list() {
-  std::vector<CommandHelp> rows;
-  for (auto rest = list; !rest.empty();) {
-    auto line = take_to(rest, '\n');
-    CommandHelp row;
-    row.word = take_to(line, '\t');
-    row.arguments = take_to(line, '\t');
-    row.meaning = line;
-    rows.push_back(row);
-  }
-  return rows;
-}
 
 std::string folded(std::string_view text) {
   std::string lower(text);
@@ -59,6 +35,12 @@ std::string all_in_short() {
   return text + "\nLines for pathdesk itself:\n" + desk_lines_help();
 }
 
+std::string help_of(const CommandHelp& row) {
+  auto text = fmt::format("{}\n  {}\n  Arguments: {}\n", row.word, row.meaning, row.arguments);
+  if (!row.needs.empty()) text += fmt::format("  Needs: {}\n", row.needs);
+  return text;
+}
+
 std::string matching(std::string_view topic) {
   const auto wanted = folded(topic);
   std::string text;
@@ -71,17 +53,6 @@ std::string matching(std::string_view topic) {
 
 }  // namespace
 
-std::span<const CommandHelp> command_helps() {
-  static const auto rows = read_list();
-  return rows;
-}
-
-const CommandHelp* find_command_help(std::string_view word) {
-  const auto rows = command_helps();
-  const auto row = std::find_if(rows.begin(), rows.end(), [&](const CommandHelp& each) { return each.word == word; });
-  return row == rows.end() ? nullptr : &*row;
-}
-
 std::string help_text(std::string_view topic) {
   if (topic.empty()) return all_in_short();
   std::string text;
@@ -92,7 +63,7 @@ std::string help_text(std::string_view topic) {
   std::string word(topic);
   std::transform(word.begin(), word.end(), word.begin(), [](unsigned char c) { return std::toupper(c); });
   const auto* row = find_command_help(word);
-  return row ? fmt::format("{}\n  {}\n  Arguments: {}\n", row->word, row->meaning, row->arguments) : matching(topic);
+  return row ? help_of(*row) : matching(topic);
 }
 
 }  // namespace pathstat::desk

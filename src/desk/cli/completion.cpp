@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "desk/cli/command_help.h"
+#include "desk/advice/word_table.h"
 #include "desk/messages/message.h"
 #include "desk/script/script.h"
 
@@ -85,21 +85,6 @@ const std::array<Followers, 8>& followers() {
        true},
   }};
   return rows;
-}
-
-/// The values that the help of a word lists: those of "yes or no" and of "one of A, B".
-Words listed_values(std::string_view arguments) {
-  if (arguments == "yes or no") return {"yes", "no"};
-  constexpr std::string_view lead = "one of ", between = ", ";
-  if (!arguments.starts_with(lead)) return {};
-  arguments.remove_prefix(lead.size());
-  Words values;
-  while (!arguments.empty()) {
-    const auto end = std::min(arguments.find(between), arguments.size());
-    values.emplace_back(arguments.substr(0, end));
-    arguments.remove_prefix(std::min(end + between.size(), arguments.size()));
-  }
-  return values;
 }
 
 Words values_of(const std::string& word, const CompletionSources& sources) {

@@ -66,6 +66,8 @@ void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
       ->option_text("DIR");
   run->add_option("--program", options.program, "The pathstat program; the one beside pathdesk without it")
       ->option_text("PATH");
+  run->add_flag("--verbose", options.verbose,
+                "Shows the keys and arguments of messages too, and where pathstat starts and ends");
   run->footer(script_help());
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <sstream>
@@ -40,19 +39,8 @@ std::string indented(std::string_view text) {
   return all;
 }
 
-/// A message as the list of a failed command's messages shows it.
-std::string in_full(const Message& message) {
-  std::string line = message.key.empty() ? message.text : fmt::format("{}: {}", message.key, message.text);
-  std::string arguments;
-  for (const auto& argument : message.arguments) arguments += (arguments.empty() ? "" : ", ") + shown(argument);
-  return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
-}
-
-std::string without_blanks(std::string_view text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(' ') - first + 1));
-}
+/// What the process prints where it starts and ends.
+constexpr std::array<std::string_view, 2> start_and_end_lines{"pathstat  :  revision", "Close external process: "};
 
 std::string first_value(const WordAnswer& answer) {
   return answer.values.empty() ? std::string{} : without_blanks(answer.values.front());
@@ -92,6 +80,7 @@ LineRunner::LineRunner(LineSource source, const RunPlace& place)
       session_(
           server_, [this](std::string_view line) { take_line(line); }, [] { return interrupts() >= 2; }),
       output_({.folder = place.output, .formats = place.formats, .scratch = place.private_folder}),
+      adviser_(state_sources()),
       stop_on_error_(source_.stop_on_error) {
   record_.script = source_.name;
   record_.program = place.program;
@@ -119,6 +108,7 @@ std::string LineRunner::start() {
 }
 
 void LineRunner::take_message(const Message& message) {
+  if (asked_) return;
   record_.note(message);
   const bool held = message.kind == MessageKind::error || message.kind == MessageKind::warning;
   if (held)
@@ -128,11 +118,17 @@ void LineRunner::take_message(const Message& message) {
 }
 
 void LineRunner::take_line(std::string_view line) {
+  const auto begins = [&](std::string_view start) { return line.starts_with(start); };
+  if (!place_.verbose && std::any_of(start_and_end_lines.begin(), start_and_end_lines.end(), begins)) return;
   record_.note(PrintedLine{std::string(line)});
   console_.print(line);
 }
 
 void LineRunner::take_returned(const std::string& text) {
+  if (asked_) {
+    *asked_ = text;
+    return;
+  }
   record_.note(ReturnedText{text});
   console_.print(text);
 }
@@ -177,7 +173,8 @@ LineEnd LineRunner::run(const ScriptLine& line) {
     report_failure(line, problem);
   } else {
     for (const auto& message : held_) {
-      console_.complain((message.kind == MessageKind::error ? "error: " : "warning: ") + message.text);
+      const auto* kind = message.kind == MessageKind::error ? "error" : "warning";
+      console_.complain(fmt::format("{}{}: {}", where(line), kind, message.text));
     }
   }
   if (source_.pictures_at_once) write_graphs();
@@ -187,9 +184,22 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   return step.failed ? LineEnd::failed : LineEnd::done;
 }
 
+/// What stands in front of a sentence about a line; nothing for a line that is typed.
+std::string LineRunner::where(const ScriptLine& line) const {
+  return source_.place.empty() ? std::string{} : fmt::format("{}:{}: ", source_.place, line.number);
+}
+
+/// A message as the list of a failed command's messages shows it.
+std::string LineRunner::in_full(const Message& message) const {
+  if (!place_.verbose) return message.text;
+  std::string line = message.key.empty() ? message.text : fmt::format("{}: {}", message.key, message.text);
+  std::string arguments;
+  for (const auto& argument : message.arguments) arguments += (arguments.empty() ? "" : ", ") + shown(argument);
+  return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
+}
+
 void LineRunner::report_failure(const ScriptLine& line, const std::string& problem) {
-  const auto where = source_.place.empty() ? std::string{} : fmt::format("{}:{}: ", source_.place, line.number);
-  console_.complain(where + problem);
+  console_.complain(where(line) + problem);
   for (const auto& note : record_.steps.back().notes) {
     const auto* message = std::get_if<Message>(&note);
     if (message && message->kind != MessageKind::table) console_.complain(indented(in_full(*message)));
@@ -239,10 +249,7 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (session_.lost()) stopped_ = line.word == "STOP" && session_.ended_well();
   if (stopped_) return {};
   if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_table_name();
-  const auto is_lower = [](unsigned char c) { return std::islower(c) != 0; };
-  if (!problem.empty() && std::any_of(line.word.begin(), line.word.end(), is_lower)) {
-    problem += "; command words are written in capitals";
-  }
+  if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
   return problem;
 }
 
@@ -253,6 +260,51 @@ std::string LineRunner::send(std::string_view word, std::string_view arguments) 
   auto& kept = record_.steps.back().status;
   if (kept.value_or(0) == 0) kept = *status;
   return *status == 0 ? std::string{} : fmt::format("{} failed with status {}", word, *status);
+}
+
+/// Tells what there is to say of a command that has just ended.
+void LineRunner::advise(std::string_view word, std::string_view arguments) {
+  const auto status = record_.steps.back().status.value_or(0);
+  const auto messages = held_;
+  for (auto& advice : adviser_.about({word, arguments, status, messages})) {
+    take_message({advice.kind, 1, {}, {}, std::move(advice.text)});
+  }
+}
+
+StateSources LineRunner::state_sources() {
+  return {.answer = [this](const std::string& word) { return ask_word(word); },
+          .returned = [this](const std::string& key) { return ask_returned(key); },
+          .cell_width = [this] { return cell_width(); },
+          .selected_atoms = [this] { return model_.selected_atoms(); },
+          .model_atoms =
+              [this] {
+                const auto* model = model_.model(model_.current_model());
+                return model ? model->data.positions.size() : 0;
+              }};
+}
+
+WordAnswer LineRunner::ask_word(const std::string& word) {
+  std::string nowhere;
+  asked_ = &nowhere;
+  const auto answers = session_.request(std::span(&word, 1));
+  asked_ = nullptr;
+  return answers ? answers->front() : WordAnswer{};
+}
+
+std::string LineRunner::ask_returned(const std::string& key) {
+  std::string text;
+  asked_ = &text;
+  session_.command("GET", key);
+  asked_ = nullptr;
+  return text;
+}
+
+/// The smallest distance between the faces of the current model's cell, across directions that repeat; 0 without one.
+double LineRunner::cell_width() const {
+  const auto* model = model_.model(model_.current_model());
+  if (!model || periodic_directions(model->data.periodic_type) != 3) return 0;
+  const Lattice lattice(model->data.periodic_type, model->data.cell);
+  return std::min({lattice.width(0), lattice.width(1), lattice.width(2)});
 }
 
 /// The process completes the name of its table file; the file is to be found under the name that it tells.

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/advice/advice.h"
 #include "desk/graphs/graph_store.h"
 #include "desk/link/core_session.h"
 #include "desk/model/data_model.h"
@@ -35,6 +36,7 @@ struct RunPlace {
   std::filesystem::path output;
   OutputFormats formats;
   Protocol protocol = Protocol::unix_socket;
+  bool verbose = false;  ///< shows what is of use to find faults: keys of messages, where the process starts and ends
 };
 
 /// How a line ended.
@@ -86,6 +88,13 @@ class LineRunner {
   std::string run_kind(const ScriptLine& line);
   std::string run_command(const ScriptLine& line);
   std::string send(std::string_view word, std::string_view arguments);
+  void advise(std::string_view word, std::string_view arguments);
+  StateSources state_sources();
+  WordAnswer ask_word(const std::string& word);
+  std::string ask_returned(const std::string& key);
+  double cell_width() const;
+  std::string where(const ScriptLine& line) const;
+  std::string in_full(const Message& message) const;
   std::string select_atoms(const std::vector<std::string>& words);
   std::string settle_answer(const std::vector<std::string>& words);
   std::string request(const std::vector<std::string>& words);
@@ -105,10 +114,12 @@ class LineRunner {
   UserInterface interface_;
   CoreSession session_;
   RunOutput output_;
+  Adviser adviser_;
   std::vector<Message> held_;         ///< errors and warnings of the line that runs
   std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
   std::set<std::int32_t> seen_graphs_;
   std::set<std::filesystem::path> tables_;
+  std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state
   bool repeats_ended_ = false;
   bool stop_on_error_;
   bool stopped_ = false;

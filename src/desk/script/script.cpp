@@ -6,8 +6,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <numeric>
 #include <optional>
+
+#include "desk/advice/nearest.h"
 
 namespace pathstat::desk {
 namespace {
@@ -110,22 +111,6 @@ constexpr auto helps = [] {
   return all;
 }();
 
-/// The number of single changes that turn one text into the other.
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const auto changed = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
 /// The line whose name is nearest to how these words begin; the end of a name may be missing.
 const DeskLineHelp& nearest(const Words& words) {
   const auto away = [&](const DeskLineHelp& row) {
@@ -158,6 +143,7 @@ void read_command(ScriptLine& line) {
 struct Token {
   std::size_t first = 0, end = 0;  ///< what lies between the marks, if it has any
   std::size_t next = 0;            ///< behind the closing mark
+  char mark = '\0';                ///< that opens it; 0 for a word without
 };
 
 std::optional<Token> next_token(std::string_view text, std::size_t from) {
@@ -165,7 +151,7 @@ std::optional<Token> next_token(std::string_view text, std::size_t from) {
   if (from >= text.size()) return std::nullopt;
   if (const char closing = closing_mark(text[from])) {
     const auto end = std::min(text.find(closing, from + 1), text.size());
-    return Token{from + 1, end, std::min(end + 1, text.size())};
+    return Token{from + 1, end, std::min(end + 1, text.size()), text[from]};
   }
   const auto end = std::min(text.find_first_of(blanks, from), text.size());
   return Token{from, end, end};
@@ -181,6 +167,13 @@ std::vector<std::string> words_of(std::string_view text) {
     words.emplace_back(text.substr(token->first, token->end - token->first));
   }
   return words;
+}
+
+char open_mark(std::string_view text) {
+  for (auto token = next_token(text, 0); token; token = next_token(text, token->next)) {
+    if (token->mark != '\0' && token->end == text.size()) return token->mark;
+  }
+  return '\0';
 }
 
 Script read_script(std::string_view text, int first_number) {

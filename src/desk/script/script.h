@@ -33,6 +33,9 @@ Script read_script(std::string_view text, int first_number = 1);
 /// The words of a text: separated by blanks, a word with blanks between quotes.
 std::vector<std::string> words_of(std::string_view text);
 
+/// The mark of a text that opens one in quotes or braces and does not close it; 0 if all are closed.
+char open_mark(std::string_view text);
+
 /// The arguments of a command with a path in them, a relative one taken as relative to `folder`. Other commands, and
 /// names that begin with a variable or the home folder, keep their arguments.
 std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder);

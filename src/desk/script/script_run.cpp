@@ -82,7 +82,8 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
                  .private_folder = {},
                  .output = options.output,
                  .formats = options.formats,
-                 .protocol = options.protocol};
+                 .protocol = options.protocol,
+                 .verbose = options.verbose};
   std::string error;
   if (error = find_program(place.program); !error.empty()) return complain(error);
   if (error = make_writable(place.output); !error.empty()) return complain(error);

@@ -25,6 +25,7 @@ struct RunOptions {
   std::filesystem::path program;         ///< empty: pathstat beside this program
   OutputFormats formats;
   Protocol protocol = Protocol::unix_socket;
+  bool verbose = false;  ///< shows what is of use to find faults
 };
 
 /// Makes what a run needs, starts the process, has the body run lines, and writes what came of them. What goes wrong is

@@ -1,0 +1,235 @@
+#include "desk/advice/advice.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <map>
+
+#include "desk/advice/nearest.h"
+#include "desk/advice/trajectory_advice.h"
+#include "desk/advice/word_table.h"
+#include "desk/link/work_directory.h"
+
+namespace pathstat::desk {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// A run of 200 frames, 0.02 ps apart, as its process answers.
+struct Fake {
+  std::map<std::string, WordAnswer> answers{
+      {"FIRST_FRAME_NO", {{"   150"}, {}}},
+      {"LAST_FRAME_NO", {{"   200"}, {}}},
+      {"INCREMENT_NO", {{"     1"}, {}}},
+      {"FIRST_FRAME_TIME", {{"         2.98000"}, {}}},
+      {"LAST_FRAME_TIME", {{"         3.98000"}, {}}},
+      {"INCREMENT_TIME", {{"         0.02000"}, {}}},
+      {"MIN_FIT_TIME", {{"  0.50000     "}, {}}},
+      {"MAX_FIT_TIME", {{"  2.0000     "}, {}}},
+      {"MSD_MAX_INTERVAL", {{"  1.0000     "}, {}}},
+      {"MSD_MAX_INTERVAL_NO", {{"    50"}, {}}},
+      {"MSD_ATOMS", {{"SELECTED"}, {}}},
+      {"RDF_CUTOFF", {{"50.00000"}, {}}},
+      {"RDF_INTERVAL", {{" 0.05000"}, {}}},
+      {"RDF_BETWEEN", {{"ALL ATOMS"}, {}}},
+      {"RDF_FOR", {{"TRAJECTORY"}, {}}},
+      {"ANALYSIS_INPUT_SOURCE", {{"TRAJECTORY"}, {}}},
+      {"SELECT_PROPERTIES", {{}, {"ENERGY TOTALS,     Total Energy,     Temperature,     < Dipole Vector >"}}},
+  };
+  std::map<std::string, std::string> returned{{"TRAJECTORY_FILE_NAME", "argon.trj"}, {"NUMBER_OF_FRAMES", "200"}};
+
+  StateSources sources() {
+    return {.answer = [this](const std::string& word) { return answers[word]; },
+            .returned = [this](const std::string& key) { return returned[key]; },
+            .cell_width = [] { return 29.0; },
+            .selected_atoms = [] { return std::size_t{216}; }};
+  }
+  std::vector<std::string> about(const EndedCommand& command) {
+    std::vector<std::string> texts;
+    Adviser adviser(sources());
+    for (const auto& advice : adviser.about(command)) texts.push_back(advice.text);
+    return texts;
+  }
+};
+
+struct AdviceCase {
+  const char* word;
+  const char* arguments;
+  int status;
+  const char* text;
+};
+
+TEST(Advice, says_why_a_command_failed_that_the_process_does_not_explain) {
+  for (const auto& [word, arguments, status, text] :
+       {AdviceCase{"LAST_FRAME_NO", "1000", 1, "1000 is above 200, the last frame of the file"},
+        AdviceCase{"LAST_FRAME_NO", "100", 1,
+                   "100 is below 150, the present FIRST_FRAME_NO: lower FIRST_FRAME_NO first"},
+        AdviceCase{"LAST_FRAME_NO", "end", 1, "LAST_FRAME_NO: \"end\" is neither a whole number nor LAST"},
+        AdviceCase{"LAST_FRAME_TIME", "100", 1, "100 ps is above 3.98 ps, the time of the last frame of the file"},
+        AdviceCase{"FIRST_FRAME_TIME", "-1", 1001, "-1 ps is below 0 ps, the time of the first frame of the file"},
+        AdviceCase{"INCREMENT_NO", "52", 1002, "52 is above 51, the length of the range in frames"},
+        AdviceCase{"INCREMENT_TIME", "0.001", 1, "0.001 ps is below 0.02 ps, the time between two frames of the file"},
+        AdviceCase{"MSD_MAX_INTERVAL", "0.001", 1, "0.001 ps is below 0.02 ps, one step of the range"},
+        AdviceCase{"MIN_FIT_TIME", "3", 1002, "3 ps is above 2 ps, the present MAX_FIT_TIME: raise MAX_FIT_TIME first"},
+        AdviceCase{"MAX_FIT_TIME", "0.1", 1001,
+                   "0.1 ps is below 0.5 ps, the present MIN_FIT_TIME: lower MIN_FIT_TIME first"},
+        AdviceCase{"K_SPACE_INTERVAL", "0", 1, "K_SPACE_INTERVAL must be above 0"},
+        AdviceCase{"RDF_FOR", "trajectry", 1003, "RDF_FOR takes one of TRAJECTORY, MODEL; did you mean TRAJECTORY?"},
+        AdviceCase{"EXTREMA", "", 1005, "EXTREMA takes one of HIGHEST, LOWEST"},
+        AdviceCase{"PROFLE", "", 1, "did you mean PROFILE?"},
+        AdviceCase{"profile", "", 1, "command words are written in capitals: PROFILE"},
+        AdviceCase{
+            "PROPERTY", "Temperatur", -1,
+            "no property is called \"Temperatur\" in capitals: did you mean TEMPERATURE?, and none is selected now"}}) {
+    EXPECT_THAT(Fake().about({word, arguments, status}), ElementsAre(text)) << word << ' ' << arguments;
+  }
+}
+
+TEST(Advice, warns_of_mistakes_that_pass_in_silence) {
+  for (const auto& [word, arguments, status, text] :
+       {AdviceCase{"SELECT_PROPERTIES", "\"Total Energy\" Temprature", 0,
+                   "SELECT_PROPERTIES does not know \"Temprature\": did you mean Temperature?"},
+        AdviceCase{"SELECT_PROPERTIES", "Total Energy", 0,
+                   "a name with blanks stands in quotes: SELECT_PROPERTIES \"Total Energy\""},
+        AdviceCase{"SELECT_PROPERTIES", "Charm", 0,
+                   "SELECT_PROPERTIES does not know \"Charm\"; @request SELECT_PROPERTIES lists the names"},
+        AdviceCase{"FIRST_FRAME_NO", "150.5", 0, "FIRST_FRAME_NO: \"150.5\" is not a whole number and is taken as 150"},
+        AdviceCase{"MAX_FIT_TIME", "2ps", 0, "MAX_FIT_TIME: \"2ps\" is not a number and is taken as 2"},
+        AdviceCase{"STATISTICS_TEXT", "on", 0, "STATISTICS_TEXT: \"on\" is taken as no: write yes or no"},
+        AdviceCase{"STATISTICS_TEXT", "2", 0, "STATISTICS_TEXT: \"2\" is taken as yes: write yes or no"},
+        AdviceCase{"PROFILE", "now please", 0, "PROFILE takes no argument: \"now please\" is passed over"},
+        AdviceCase{
+            "RDF_CUTOFF", "50", 0,
+            "50 Å is above 14.5 Å, half the width of the cell, beyond which atoms meet images of their own neighbours"},
+        AdviceCase{"MSD_MAX_INTERVAL", "100", 0,
+                   "MSD_MAX_INTERVAL is 1 now, not 100: 100 ps is above 1 ps, the longest lag (one frame less than the "
+                   "range has)"},
+        AdviceCase{"RDF_INTERVAL", "0.04", 0, "RDF_INTERVAL is 0.05 now, not 0.04"}}) {
+    auto texts = Fake().about({word, arguments, status});
+    std::erase(texts, "nothing is selected now");
+    EXPECT_THAT(texts, ElementsAre(text)) << word << ' ' << arguments;
+  }
+  EXPECT_THAT(Fake().about({"RDF_BETWEEN", "ALL ATOMS", 1003}),
+              ElementsAre(HasSubstr("in quotes: RDF_BETWEEN \"ALL ATOMS\""), HasSubstr("RDF_BETWEEN takes one of")));
+  EXPECT_THAT(Fake().about({"TRAJECTORY", "\"a b.trj", 1}),
+              testing::Contains("the mark \" is not closed: everything behind it is one text"));
+}
+
+TEST(Advice, says_nothing_of_lines_that_are_right) {
+  for (const auto& [word, arguments, status, unused] :
+       {AdviceCase{"SELECT_PROPERTIES", "'Total Energy' temperature \"< Dipole Vector >\"", 0, ""},
+        AdviceCase{"FIRST_FRAME_NO", "+150", 0, ""}, AdviceCase{"LAST_FRAME_NO", "last", 0, ""},
+        AdviceCase{"STATISTICS_TEXT", "No", 0, ""}, AdviceCase{"PROFILE", "", 0, ""},
+        AdviceCase{"MAX_FIT_TIME", "2.00001", 0, ""}, AdviceCase{"MSD_MAX_INTERVAL", "1.009", 0, ""},
+        AdviceCase{"RDF_INTERVAL", "5e-2", 0, ""}, AdviceCase{"RDF_TYPE", "O H", 0, ""},
+        AdviceCase{"GET", "FRAME_STEP", 0, ""}}) {
+    auto fake = Fake();
+    if (std::string(word) == "MAX_FIT_TIME") fake.answers["MSD_MAX_INTERVAL"].values = {"2.0"};
+    EXPECT_THAT(fake.about({word, arguments, status}), IsEmpty()) << word << ' ' << arguments;
+  }
+}
+
+TEST(Advice, says_what_must_come_first_without_a_trajectory) {
+  Fake fake;
+  fake.returned.clear();
+  fake.answers["ANALYSIS_INPUT_SOURCE"].values = {"SELECTED MODELS"};
+  for (const auto* word : {"LAST_FRAME_NO", "MSD_MAX_INTERVAL", "EXTRACT_FRAME_TIME"}) {
+    EXPECT_THAT(fake.about({word, "3", 1}), ElementsAre("no trajectory is loaded: load one with TRAJECTORY first"));
+  }
+  EXPECT_THAT(fake.about({"RDF", "", 1}), ElementsAre(HasSubstr("no trajectory is loaded")));
+  EXPECT_THAT(fake.about({"RDF", "", 0}),
+              testing::Contains("this is the radial distribution of models as they are: no trajectory is loaded"));
+  const std::vector<Message> told{{MessageKind::error, 2, "PATHSTAT_MSG_30", {}, "No property is selected."}};
+  EXPECT_THAT(fake.about({"PROFILE", "", 1, told}), IsEmpty());
+  EXPECT_THAT(fake.about({"PROFILE", "", 1}), ElementsAre(HasSubstr("PROFILE needs: a property is selected")));
+}
+
+TEST(Advice, names_the_words_by_number_where_frames_carry_no_times) {
+  Fake fake;
+  fake.answers["INCREMENT_TIME"].values = {std::string(16, ' ')};
+  EXPECT_THAT(fake.about({"LAST_FRAME_TIME", "3", 1}),
+              ElementsAre("the frames of this trajectory carry no times: use LAST_FRAME_NO"));
+  EXPECT_THAT(fake.about({"BLOCK_WIDTH", "3", 1}),
+              ElementsAre("the frames of this trajectory carry no times: use BLOCK_WIDTH_NO"));
+}
+
+TEST(Advice, says_of_which_displacement_a_line_is) {
+  Fake fake;
+  Adviser adviser(fake.sources());
+  EXPECT_THAT(adviser.about({"LINEAR_FIT", "", 0}), IsEmpty());
+  adviser.about({"MSD", "", 0});
+  fake.answers["MSD_ATOMS"].values = {"ALL"};
+  fake.answers["INCREMENT_NO"].values = {"2"};
+  const auto advice = adviser.about({"LINEAR_FIT", "", 0});
+  ASSERT_EQ(advice.size(), 1u);
+  EXPECT_EQ(advice[0].kind, MessageKind::note);
+  EXPECT_EQ(advice[0].text, "LINEAR_FIT: of the displacement of the 216 selected atoms, frames 150 to 200");
+  adviser.forget_results();
+  EXPECT_THAT(adviser.about({"LINEAR_FIT", "", 0}), IsEmpty());
+}
+
+TEST(Advice, warns_once_of_a_cut_off_that_stood_before_the_model_came) {
+  Fake fake;
+  Adviser adviser(fake.sources());
+  EXPECT_EQ(adviser.about({"RDF", "", 0}).size(), 1u);
+  EXPECT_THAT(adviser.about({"RDF", "", 0}), IsEmpty());
+}
+
+TEST(Advice, knows_words_that_are_one_or_two_letters_off) {
+  const std::vector<std::string> words{"Temperature", "Pressure", "MSD", "RDF"};
+  for (const auto& [wanted, meant] : {std::pair{"temprature", "Temperature"},
+                                      {"Temperatrue", "Temperature"},
+                                      {"Presure", "Pressure"},
+                                      {"msd", "MSD"},
+                                      {"MSF", ""},
+                                      {"Pressings", ""},
+                                      {"", ""}}) {
+    EXPECT_EQ(nearest(wanted, words), meant) << wanted;
+  }
+  EXPECT_EQ(distance("abcd", "acbd"), 1u);
+  EXPECT_EQ(distance("kitten", "sitting"), 3u);
+}
+
+TEST(Advice, every_word_of_the_table_has_a_shape_that_its_help_tells) {
+  std::size_t plain_texts = 0;
+  for (const auto& row : command_helps()) {
+    const auto [form, most] = argument_shape(row);
+    EXPECT_EQ(form == ArgumentForm::none, row.arguments == "none") << row.word;
+    plain_texts += form == ArgumentForm::text;
+  }
+  EXPECT_LT(plain_texts, 10u);  // names of properties, files and phases of a press
+  EXPECT_TRUE(takes_time(*find_command_help("MAX_FIT_TIME")));
+  EXPECT_FALSE(takes_time(*find_command_help("RDF_CUTOFF")));
+}
+
+TEST(TrajectoryAdvice, says_why_a_file_cannot_be_loaded_and_what_was_meant) {
+  std::string error;
+  const PrivateDirectory folder(error);
+  ASSERT_EQ(error, "");
+  const auto write = [&](const char* name, std::string_view text) { std::ofstream(folder.path() / name) << text; };
+  write("empty.trj", "");
+  write("text.trj", "this is a letter, and not a short one either, but long enough to be a head of a file\n");
+  write("cut.trj", std::string_view("\0\0\0TMDTR\0\0\x07\xda\0\0", 14));
+  write("points.xyz", "3\n");
+  write("model.qfx", "(1 Model a\n");
+  for (const auto& [name, text] : {std::pair{"empty.trj", "empty.trj is an empty file"},
+                                   {"text.trj", "text.trj is no trajectory: it holds text"},
+                                   {"cut.trj", "cut.trj is no trajectory: its head is damaged, or cut off"},
+                                   {"points.xyz", "points.xyz is there, but not of a kind that can be loaded; "},
+                                   {"model.qfx", "model.qfx holds a model; "},
+                                   {"emty.trj", "did you mean empty.trj?"},
+                                   {"emty", "did you mean empty?"},
+                                   {"water.trj", " holds cut.trj, empty.trj, text.trj"},
+                                   {"deep/water.trj", "there is no folder "},
+                                   {".", "is a folder, not a trajectory"}}) {
+    EXPECT_THAT(why_not_loaded(folder.path() / name, 0), HasSubstr(text)) << name;
+  }
+  const std::filesystem::path argon = EXAMPLES_DIR "/argon/argon";
+  EXPECT_EQ(why_not_loaded(argon, 500), "");
+  EXPECT_EQ(why_not_loaded(argon, 14), "the trajectory is of 500 atoms, and the model has 14");
+}
+
+}  // namespace
+}  // namespace pathstat::desk
