@@ -276,6 +276,7 @@ void check_trajectory(const Case& now, std::vector<std::string>& all) {
     if (auto text = why_not_loaded(now.words[0], now.present.model_atoms()); !text.empty())
       all.push_back(std::move(text));
   }
+  if (has_key(now, "PATHSTAT_ERROR_47")) all.emplace_back("the file breaks off inside its first frame");
   const auto frames = now.present.frames_in_file();
   if (has_key(now, "PATHSTAT_WARN_7") && frames) {
     all.push_back(fmt::format("{} whole frame{} left of it", *frames, *frames == 1 ? " is" : "s are"));
@@ -317,6 +318,15 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
   }
   if (command.word == "RDF" || command.word == "RDF_CUTOFF") told_cutoff_ = present.number("RDF_CUTOFF").value_or(0);
   return all;
+}
+
+std::optional<std::string> constant_in_words(const Message& message) {
+  constexpr double rounding = 1e-12;
+  if (message.key != "PATHSTAT_MSG_61" || message.arguments.size() < 2) return std::nullopt;
+  const auto* mean = std::get_if<double>(&message.arguments[0]);
+  const auto* deviation = std::get_if<double>(&message.arguments[1]);
+  if (!mean || !deviation || *deviation <= 0 || *deviation >= rounding * std::abs(*mean)) return std::nullopt;
+  return fmt::format("  constant           {:>#14.7g}\n  (its spread of {:.1g} is rounding alone)", *mean, *deviation);
 }
 
 }  // namespace pathstat::desk

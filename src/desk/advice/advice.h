@@ -49,6 +49,10 @@ class Adviser {
   double told_cutoff_ = 0;                         ///< the cut-off that RDF was last warned of
 };
 
+/// Statistics whose spread is nothing but rounding, a standard deviation below 1e-12 of the mean, told as those of a
+/// constant; none for other messages.
+std::optional<std::string> constant_in_words(const Message& message);
+
 /// What is odd about the arguments of a word as they are written, whatever the state.
 std::vector<std::string> oddities(std::string_view word, std::string_view arguments);
 

@@ -89,7 +89,7 @@ const std::array<Followers, 8>& followers() {
 
 Words values_of(const std::string& word, const CompletionSources& sources) {
   const auto* help = find_command_help(word);
-  if (!help || help->arguments == "none") return {};
+  if (!help || help->arguments == "none" || takes_path(word)) return {};
   auto values = sources.allowed_values(word);
   return values.empty() ? listed_values(help->arguments) : values;
 }
@@ -107,7 +107,7 @@ Words all_candidates(const Words& before, const CompletionSources& sources) {
 }  // namespace
 
 Completion completion_of(const Words& before, std::string_view begun, const CompletionSources& sources) {
-  if (before.size() == 1 && takes_path(before[0])) return {.candidates = {}, .files = true};
+  if (before.size() == 1 && before[0] == "TRAJECTORY") return {.candidates = {}, .files = true};
   auto words = all_candidates(before, sources);
   std::erase_if(words, [&](const std::string& word) {
     return word.size() < begun.size() || ::strncasecmp(word.c_str(), begun.data(), begun.size()) != 0;

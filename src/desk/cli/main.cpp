@@ -1,11 +1,16 @@
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "desk/advice/nearest.h"
+#include "desk/advice/trajectory_advice.h"
 #include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
 #include "desk/cli/shell.h"
@@ -71,6 +76,48 @@ void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->footer(script_help());
 }
 
+/// The names of the options of a program and its parts.
+std::vector<std::string> option_names(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const auto* option : app.get_options()) {
+    for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  for (const auto* part : app.get_subcommands(nullptr)) {
+    for (auto& name : option_names(*part)) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+/// What was probably meant by arguments that could not be read: a file without the word that says what to do with it,
+/// or a word or an option with a wrong letter. Empty if nothing comes near.
+std::string meant_by(const CLI::App& app, std::span<char* const> arguments) {
+  if (arguments.empty()) return {};
+  const std::string first = arguments[0];
+  std::vector<std::string> parts;
+  for (const auto* part : app.get_subcommands(nullptr)) parts.push_back(part->get_name());
+  if (!first.starts_with('-') && std::find(parts.begin(), parts.end(), first) == parts.end()) {
+    if (auto meant = did_you_mean(first, parts); !meant.empty()) return fmt::format("there is no {}; {}", first, meant);
+    switch (kind_of_file(first)) {
+      case FileKind::text:
+        return fmt::format("to run a script: pathdesk run {}", first);
+      case FileKind::trajectory:
+      case FileKind::model:
+        return fmt::format("to see what a file holds: pathdesk info {}", first);
+      default:
+        return fmt::format("{} is neither a file nor any of {}", first, fmt::join(parts, ", "));
+    }
+  }
+  const auto known = option_names(app);
+  for (const std::string argument : arguments) {
+    const auto name = argument.substr(0, argument.find('='));
+    if (!name.starts_with("--") || std::find(known.begin(), known.end(), name) != known.end()) continue;
+    if (auto meant = did_you_mean(name, known); !meant.empty()) {
+      return fmt::format("there is no option {}; {}", name, meant);
+    }
+  }
+  return {};
+}
+
 int main_of(int argc, char** argv) {
   CLI::App app(about, "pathdesk");
   app.set_version_flag("--version", "pathdesk " PATHSTAT_VERSION);
@@ -93,7 +140,11 @@ int main_of(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? exit_code::success : exit_code::not_run;
+    const bool wrong = error.get_exit_code() != 0;
+    const auto meant = wrong ? meant_by(app, std::span(argv + 1, static_cast<std::size_t>(argc) - 1)) : std::string{};
+    if (meant.empty()) return app.exit(error) == 0 ? exit_code::success : exit_code::not_run;
+    fmt::print(stderr, "pathdesk: {}\n", meant);
+    return exit_code::not_run;
   }
   options.formats = formats_of(words.formats);
   options.protocol = protocol_words.at(words.protocol);

@@ -1,12 +1,19 @@
 #include "desk/cli/shell.h"
 
 #include <fmt/format.h>
+#include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <string>
 
+#include "desk/advice/nearest.h"
+#include "desk/advice/word_table.h"
 #include "desk/cli/command_help.h"
 #include "desk/cli/line_editor.h"
 #include "desk/script/interrupts.h"
@@ -18,6 +25,59 @@ constexpr const char* prompt = "pathdesk> ";
 constexpr std::string_view welcome =
     "Commands run as they are typed; help lists them, the tab key completes them, Ctrl-C interrupts one, Ctrl-D ends.";
 
+/// Takes a line for an answer, without editing and history. @return none at the end of the input, and when the
+/// interrupt key is hit
+std::optional<std::string> read_answer() {
+  std::string line;
+  for (;;) {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    const int ready = ::poll(&input, 1, -1);
+    if (interrupts() > 0) return std::nullopt;
+    if (ready < 0) continue;
+    char c = 0;
+    if (::read(STDIN_FILENO, &c, 1) != 1) return std::nullopt;
+    if (c == '\n' || c == '\r') return line;
+    line += c;
+  }
+}
+
+/// The choice that an answer names by its number or by how it begins; 0 if it names none.
+std::int32_t choice_named(const std::string& answer, const Question& question) {
+  const auto count = static_cast<std::int32_t>(question.choices.size());
+  std::int32_t number = 0, found = 0;
+  const auto [end, status] = std::from_chars(answer.data(), answer.data() + answer.size(), number);
+  if (status == std::errc{} && end == answer.data() + answer.size()) return number <= count ? std::max(number, 0) : 0;
+  for (std::int32_t k = count; k >= 1; --k) {
+    const auto& name = question.choices[static_cast<std::size_t>(k) - 1];
+    if (same_in_any_case(std::string_view(name).substr(0, answer.size()), answer)) found = k;
+  }
+  return found;
+}
+
+/// Asks a question of the process. Who turns away from it takes the last choice, which changes the least.
+std::optional<std::int32_t> ask(Console& console, const Question& question) {
+  const auto count = static_cast<std::int32_t>(question.choices.size());
+  if (count == 0) return std::nullopt;
+  const auto usual = question.unsettled < 1 ? count : question.unsettled;
+  std::string text = question.text;
+  for (std::int32_t k = 1; k <= count; ++k) {
+    text += fmt::format("\n  {}  {}", k, question.choices[static_cast<std::size_t>(k) - 1]);
+  }
+  console.print(text);
+  for (;;) {
+    fmt::print("Choice [{}]: ", usual);
+    std::fflush(stdout);
+    const auto answer = read_answer();
+    if (!answer) {
+      console.print("");
+      return count;
+    }
+    if (answer->empty()) return usual;
+    if (const auto choice = choice_named(*answer, question); choice > 0) return choice;
+    console.complain(fmt::format("type a number from 1 to {}, or how a choice begins", count));
+  }
+}
+
 /// Lines that are typed, one after the other.
 class Shell {
  public:
@@ -25,6 +85,7 @@ class Shell {
 
   int run() {
     runner_.console().print(welcome);
+    runner_.answer_with([this](const Question& question) { return ask(runner_.console(), question); });
     LineEditor editor([this](const auto& before, auto begun) { return completion_of(before, begun, sources()); },
                       history_path());
     while (!ended_) {
@@ -54,12 +115,27 @@ class Shell {
     } else if (words.size() == 1 && (words[0] == "quit" || words[0] == "exit")) {
       ended_ = true;
     } else {
-      const auto script = read_script(text, number_);
+      const auto script = read_script(shows_value(words) ? fmt::format("@request {}", words[0]) : text, number_);
       for (const auto& problem : script.problems) {
         runner_.console().complain(problem.substr(problem.find(' ') + 1));
       }
       if (script.problems.empty() && !script.lines.empty()) follow(runner_.run(script.lines[0]));
     }
+  }
+
+  /// True for the name of a setting alone: who types it wants to see what it is.
+  static bool shows_value(const std::vector<std::string>& words) {
+    const auto* row = words.size() == 1 ? find_command_help(words[0]) : nullptr;
+    return row && is_setting(*row);
+  }
+
+  /// Goes on with another process where this one was lost. @return false if there is none to be had
+  bool goes_on() {
+    runner_.console().complain("pathstat was lost: " + runner_.loss());
+    const auto problem = runner_.start_again();
+    if (problem.empty()) return true;
+    runner_.console().complain("pathdesk: no other pathstat: " + problem);
+    return false;
   }
 
   void follow(LineEnd end) {
@@ -71,13 +147,14 @@ class Shell {
         code_ = exit_code::command_failed;
         break;
       case LineEnd::interrupted:
-        if (interrupts() < 2) {
+        if (interrupts() < 2 && !runner_.lost()) {
           runner_.console().complain("interrupted; what is done is kept");
           return forget_interrupts();
         }
         code_ = exit_code::interrupted;
         break;
       case LineEnd::lost:
+        if (goes_on()) return;
         code_ = exit_code::process_lost;
         runner_.end_with(runner_.loss());
         break;

@@ -43,6 +43,7 @@ Figure figure_of(const GraphStore& store, std::int32_t handle) {
   figure.graph = handle;
   figure.heading = typeset(info.name);
   if (info.version > 1) figure.heading += fmt::format(" ({})", info.version);
+  if (!graph.remark.empty()) figure.heading += fmt::format(" ({})", graph.remark);
   figure.x_text = axis_text(graph.x_label, graph.title);
   figure.y_text = graph.labels == title_on_y_axis ? axis_text(graph.title, {}) : axis_text(graph.y_label, graph.title);
   figure.aspect_ratio = graph.aspect_ratio;

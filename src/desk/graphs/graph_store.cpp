@@ -129,6 +129,15 @@ std::int32_t GraphStore::set_aspect_ratio(std::int32_t graph, float ratio) {
   return 0;
 }
 
+std::int32_t GraphStore::set_remark(std::int32_t graph, std::string remark) {
+  const auto* handle = of_kind(graph, PlotKind::graph);
+  if (!handle) return no_such_handle;
+  auto& changed = graphs_[handle->place];
+  changed.remark = std::move(remark);
+  changed.revision = ++changes_;
+  return 0;
+}
+
 std::int32_t GraphStore::set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs) {
   const auto* handle = of_kind(viewer, PlotKind::viewer);
   if (!handle) return no_such_handle;

@@ -54,6 +54,7 @@ struct Graph {
   std::vector<std::int32_t> sets;  ///< handles
   float aspect_ratio = 0;          ///< width over height; 0 where it is not set
   bool shown = false;              ///< was in the list of a viewer
+  std::string remark;              ///< what pathdesk says of it beside its title
   std::uint64_t revision = 0;      ///< of the last change, that of its data sets aside
 };
 
@@ -92,6 +93,8 @@ class GraphStore {
   /// Lays a graph out: everything but the aspect ratio, which keeps its value.
   std::int32_t set_graph_method(std::int32_t graph, Graph layout);
   std::int32_t set_aspect_ratio(std::int32_t graph, float ratio);
+  /// Puts a remark behind the heading of a graph.
+  std::int32_t set_remark(std::int32_t graph, std::string remark);
   std::int32_t set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs);
   /// The graphs that a viewer shows, in order; empty for another kind of handle.
   std::span<const std::int32_t> graph_list(std::int32_t viewer) const;

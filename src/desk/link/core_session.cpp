@@ -82,6 +82,7 @@ std::string CoreSession::start(const SessionOptions& options) {
                                           {"RJSERVER", listener.name()}}});
   if (!error.empty()) return error;
   follower_ = std::make_unique<OutputFollower>(output, output_);
+  connection_ = {};  // nothing of a process before this one is left in its buffers
   stream_ = std::make_unique<Stream>(connection_);
   lost_ = false;
 

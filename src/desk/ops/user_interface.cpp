@@ -14,20 +14,39 @@ constexpr std::size_t most_arguments = 64;
 
 constexpr std::int32_t not_available = 1;
 
-std::vector<std::string> items_of(std::string_view path) {
-  std::vector<std::string> items;
-  while (!path.empty()) {
-    const auto end = std::min(path.find(':'), path.size());
-    if (end > 0) items.emplace_back(path.substr(0, end));
-    path.remove_prefix(std::min(end + 1, path.size()));
+/// The pieces of a text between marks, but for empty ones.
+std::vector<std::string> pieces_of(std::string_view text, char mark) {
+  std::vector<std::string> pieces;
+  while (!text.empty()) {
+    const auto end = std::min(text.find(mark), text.size());
+    if (end > 0) pieces.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
-  return items;
+  return pieces;
+}
+
+std::string answer_in_words(const Question& question, std::int32_t choice) {
+  if (choice < 1) return "(not asked)";
+  const auto place = static_cast<std::size_t>(choice) - 1;
+  return place < question.choices.size() ? fmt::format("Answer {}: {}", choice, question.choices[place])
+                                         : fmt::format("Answer {}", choice);
+}
+
+/// Nobody has answered: how a script does.
+std::string how_to_answer(std::string_view key, const Question& question) {
+  std::string others;
+  for (std::size_t k = 0; k < question.choices.size(); ++k) {
+    if (static_cast<std::int32_t>(k) + 1 == question.unsettled) continue;
+    others += fmt::format("{}{} for \"{}\"", others.empty() ? "" : ", ", k + 1, question.choices[k]);
+  }
+  if (others.empty()) return {};
+  return fmt::format(" (unless a line in front says otherwise: @answer {} with {})", key, others);
 }
 
 /// The items of a path variable of this process's environment.
 std::vector<std::string> environment_items(const std::string& name) {
   const char* value = std::getenv(name.c_str());
-  return items_of(value ? value : "");
+  return pieces_of(value ? value : "", ':');
 }
 
 void do_nothing(const OperationCall&, OperationReply&) {}
@@ -62,18 +81,19 @@ std::int32_t UserInterface::display_status(std::int32_t code, std::string_view r
 
 std::int32_t UserInterface::ask(const std::string& key, std::string_view options, std::int32_t unsettled) {
   auto message = message_of(2, key, take_arguments());
-  const auto settled = answers_.find(key);
-  const auto choice = settled == answers_.end() ? unsettled : settled->second;
   const auto* row = find_message(options);
-  auto names = row ? row->text : std::string_view{};
-  for (std::int32_t k = 1; k < choice && !names.empty(); ++k) {
-    names.remove_prefix(std::min(names.find('|'), names.size() - 1) + 1);
+  const Question question{message.text, pieces_of(row ? row->text : std::string_view{}, '|'), unsettled};
+  const auto settled = answers_.find(key);
+  std::optional<std::int32_t> chosen;
+  if (settled != answers_.end()) {
+    chosen = settled->second;
+  } else if (events_.choose) {
+    chosen = events_.choose(question);
   }
-  const auto name = names.substr(0, names.find('|'));
+  const auto choice = chosen.value_or(unsettled);
   message.kind = MessageKind::note;
-  message.text += choice < 1     ? std::string(" (not asked)")
-                  : name.empty() ? fmt::format(" Answer {}", choice)
-                                 : fmt::format(" Answer {}: {}", choice, name);
+  message.text += " " + answer_in_words(question, choice);
+  if (!chosen) message.text += how_to_answer(key, question);
   show(message);
   return choice;
 }

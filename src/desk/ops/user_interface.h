@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,13 @@
 #include "desk/ops/operation_server.h"
 
 namespace pathstat::desk {
+
+/// A dialog of the process that waits for an answer.
+struct Question {
+  std::string text;
+  std::vector<std::string> choices;
+  std::int32_t unsettled = 1;  ///< the choice without an answer; below 1: none of them
+};
 
 /// Where the operations of the interface families lead: what the process shows, asks and reports. Every member may be
 /// left empty.
@@ -21,12 +29,14 @@ struct InterfaceEvents {
   std::function<void(const std::string& text)> returned;  ///< the return list of a command
   std::function<bool()> interrupted;                      ///< true: the process should stop what it does
   std::function<void()> repeats_end{};                    ///< a held button is to do nothing more
+  /// Asks the user a question. @return the choice from 1, or none if it is not answered
+  std::function<std::optional<std::int32_t>(const Question& question)> choose{};
   /// Values are out of date: those of one word, or of all that begin as the text does in front of its "*".
   std::function<void(const std::string& words)> values_changed{};
 };
 
-/// The user's side of the Core without a user: queued message arguments, dialogs with answers that are settled
-/// beforehand, and the modal states.
+/// The user's side of the Core: queued message arguments, dialogs with answers that are settled beforehand or asked
+/// for, and the modal states.
 class UserInterface {
  public:
   explicit UserInterface(InterfaceEvents events) : events_(std::move(events)) {}
@@ -39,7 +49,8 @@ class UserInterface {
   void display_text(std::int32_t severity, std::string text);
   /// Shows a status of the process's routines. @return the severity it was shown with, 1 to 3
   std::int32_t display_status(std::int32_t code, std::string_view routine);
-  /// The choice that is settled for the question, else `unsettled`. The queued arguments are those of the question.
+  /// The choice that is settled for the question, else the one that the user makes, else `unsettled`, which is told
+  /// then. The queued arguments are those of the question.
   std::int32_t ask(const std::string& key, std::string_view options, std::int32_t unsettled);
   void report_status(std::string_view key);
   void report_progress(double fraction);

@@ -26,6 +26,7 @@ void Console::complain(std::string_view text) { write(stderr, text); }
 void Console::set_activity(std::string activity) {
   clear();
   activity_ = std::move(activity);
+  started_ = std::chrono::steady_clock::now();
 }
 
 void Console::draw(const std::string& line) {
@@ -37,7 +38,9 @@ void Console::draw(const std::string& line) {
 
 void Console::show_progress(double fraction) {
   const auto done = static_cast<int>(std::lround(fraction * bar_width));
-  draw(fmt::format("{} [{:=<{}}{: <{}}] {:3.0f} %", activity_, "", done, "", bar_width - done, 100 * fraction));
+  const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - started_;
+  draw(fmt::format("{} [{:=<{}}{: <{}}] {:3.0f} % {}", activity_, "", done, "", bar_width - done, 100 * fraction,
+                   time_left(fraction, spent.count())));
 }
 
 void Console::show_status(std::string_view text) {
@@ -50,6 +53,15 @@ void Console::clear() {
   fmt::print(stderr, "\r\x1b[K");
   std::fflush(stderr);
   drawn_ = false;
+}
+
+std::string time_left(double fraction, double seconds) {
+  constexpr double least_fraction = 0.01, least_seconds = 1;
+  if (fraction < least_fraction || fraction >= 1 || seconds < least_seconds) return {};
+  const auto left = std::lround(seconds * (1 - fraction) / fraction);
+  if (left >= 3600) return fmt::format("{} h {:02} min left", left / 3600, left / 60 % 60);
+  if (left >= 60) return fmt::format("{} min {:02} s left", left / 60, left % 60);
+  return fmt::format("{} s left", left);
 }
 
 }  // namespace pathstat::desk

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -18,8 +19,9 @@ class Console {
   void print(std::string_view text);
   void complain(std::string_view text);
 
-  /// What runs now; stands in front of the progress.
+  /// What begins to run now; stands in front of the progress.
   void set_activity(std::string activity);
+  /// Shows how far it has come, and how long the rest will take if it goes on like that.
   void show_progress(double fraction);
   void show_status(std::string_view text);
   /// Takes the progress line away.
@@ -32,6 +34,13 @@ class Console {
   bool terminal_;
   bool drawn_ = false;
   std::string activity_;
+  std::chrono::steady_clock::time_point started_{};
 };
+
+/// "1 h 05 min left", "2 min 30 s left" or "12 s left"; empty where too little is done to tell.
+///
+/// @param fraction  share of the work that is done
+/// @param seconds   that it took
+std::string time_left(double fraction, double seconds);
 
 }  // namespace pathstat::desk

@@ -9,7 +9,9 @@
 #include <charconv>
 #include <chrono>
 #include <sstream>
+#include <utility>
 
+#include "desk/advice/word_table.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
@@ -64,6 +66,13 @@ std::string in_quotes(std::string_view text) {
   return fmt::format("{0}{1}{0}", mark, text);
 }
 
+/// True for an analysis that works on one frame after the other, so that its progress counts them.
+bool works_by_frames(std::string_view word) {
+  constexpr std::array<std::string_view, 8> words{"PROFILE",      "DISTRIBUTION", "RUNNING_AVERAGE", "BLOCK_AVERAGE",
+                                                  "FIND_EXTREMA", "FIND_MAXIMA",  "FIND_MINIMA",     "RDF"};
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
 std::string joined(const std::vector<std::string>& items) {
   std::string all;
   for (const auto& item : items) all += (all.empty() ? "" : ", ") + item;
@@ -95,11 +104,20 @@ LineRunner::LineRunner(LineSource source, const RunPlace& place)
 
 InterfaceEvents LineRunner::events() {
   return {.message = [this](const Message& message) { take_message(message); },
-          .progress = [this](double fraction) { console_.show_progress(fraction); },
+          .progress =
+              [this](double fraction) {
+                done_ = fraction;
+                console_.show_progress(fraction);
+              },
           .status = [this](const std::string& text) { console_.show_status(text); },
           .returned = [this](const std::string& text) { take_returned(text); },
           .interrupted = [] { return interrupts() > 0; },
           .repeats_end = [this] { repeats_ended_ = true; },
+          .choose =
+              [this](const Question& question) {
+                console_.clear();
+                return choose_ ? choose_(question) : std::nullopt;
+              },
           .values_changed = [this](const std::string& words) { refresh_values(words); }};
 }
 
@@ -107,8 +125,9 @@ std::string LineRunner::start() {
   return session_.start({place_.program, place_.work, place_.private_folder, place_.protocol});
 }
 
-void LineRunner::take_message(const Message& message) {
+void LineRunner::take_message(Message message) {
   if (asked_) return;
+  if (auto text = constant_in_words(message)) message.text = std::move(*text);
   record_.note(message);
   const bool held = message.kind == MessageKind::error || message.kind == MessageKind::warning;
   if (held)
@@ -157,6 +176,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   record_.steps.push_back({.line = line.number, .text = line.text, .status = {}, .notes = {}, .graphs = {}});
   held_.clear();
   frame_.reset();
+  done_ = 0;
   console_.set_activity(line.text);
   const auto start = Clock::now();
   const auto problem = run_kind(line);
@@ -169,6 +189,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   for (const auto graph : store_.shown_graphs()) {
     if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
   }
+  if (interrupts() > 0) mark_interrupted(step, line);
   if (step.failed) {
     report_failure(line, problem);
   } else {
@@ -198,11 +219,27 @@ std::string LineRunner::in_full(const Message& message) const {
   return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
 }
 
+/// Says in the titles of the graphs and in the report how far an interrupted analysis has come.
+void LineRunner::mark_interrupted(StepRecord& step, const ScriptLine& line) {
+  if (session_.lost() || done_ <= 0 || done_ >= 1) return;
+  const auto frames = number_in(without_blanks(ask_returned("NUMBER_OF_FRAMES_SELECTED")));
+  const auto text = works_by_frames(line.word) && frames
+                        ? fmt::format("interrupted after {:.0f} of {:.0f} frames", done_ * *frames, *frames)
+                        : fmt::format("interrupted after {:.0f} % of the work", 100 * done_);
+  for (const auto graph : step.graphs) store_.set_remark(graph, text);
+  take_message({MessageKind::warning, 1, {}, {}, fmt::format("{}: {}", line.word, text)});
+}
+
 void LineRunner::report_failure(const ScriptLine& line, const std::string& problem) {
   console_.complain(where(line) + problem);
+  std::string last;
   for (const auto& note : record_.steps.back().notes) {
     const auto* message = std::get_if<Message>(&note);
-    if (message && message->kind != MessageKind::table) console_.complain(indented(in_full(*message)));
+    if (!message || message->kind == MessageKind::table) continue;
+    auto text = in_full(*message);
+    // Routines that call each other may all tell of the same thing.
+    if (text != last) console_.complain(indented(text));
+    last = std::move(text);
   }
 }
 
@@ -250,6 +287,7 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (stopped_) return {};
   if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_table_name();
   if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
+  if (problem.empty()) keep_setting(line);
   return problem;
 }
 
@@ -260,6 +298,43 @@ std::string LineRunner::send(std::string_view word, std::string_view arguments) 
   auto& kept = record_.steps.back().status;
   if (kept.value_or(0) == 0) kept = *status;
   return *status == 0 ? std::string{} : fmt::format("{} failed with status {}", word, *status);
+}
+
+void LineRunner::keep_setting(const ScriptLine& line) {
+  const auto* row = find_command_help(line.word);
+  if (line.word == "RESET") settings_.clear();
+  if (!row || !is_setting(*row)) return;
+  std::erase_if(settings_, [&](const ScriptLine& kept) { return kept.word == line.word; });
+  settings_.push_back(line);
+}
+
+std::string LineRunner::start_again() {
+  adviser_.forget_results();
+  if (auto problem = start(); !problem.empty()) return problem;
+  // The model is still there: the trajectory goes with it. It comes first, as what is set depends on it.
+  const auto choose = std::exchange(choose_, [](const Question& question) -> std::optional<std::int32_t> {
+    constexpr std::int32_t use_current_model = 2;
+    return question.choices.size() > 2 ? use_current_model : question.unsettled;
+  });
+  auto lines = settings_;
+  std::stable_partition(lines.begin(), lines.end(), [](const auto& line) { return line.word == "TRAJECTORY"; });
+  std::string lost;
+  std::size_t repeated = 0;
+  for (const auto& line : lines) {
+    const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
+    const auto status = session_.lost() ? std::nullopt : session_.command(line.word, arguments);
+    if (status == 0) {
+      ++repeated;
+    } else {
+      lost += fmt::format("\n    {}", line.text);
+    }
+  }
+  choose_ = choose;
+  if (session_.lost()) return session_.loss();
+  console_.print(fmt::format("A new pathstat runs; {} line{} repeated. Results have to be calculated again.", repeated,
+                             repeated == 1 ? " was" : "s were"));
+  if (!lost.empty()) console_.complain("These did not come back:" + lost);
+  return {};
 }
 
 /// Tells what there is to say of a command that has just ended.
@@ -349,8 +424,13 @@ std::string LineRunner::request(const std::vector<std::string>& words) {
   if (!answers) return "the request was not answered: " + session_.loss();
   for (std::size_t k = 0; k < words.size(); ++k) {
     const auto& answer = (*answers)[k];
+    const auto* help = find_command_help(words[k]);
     auto text = fmt::format("{} = {}", words[k], spelled(answer.values));
-    if (!answer.ranges.empty()) text += fmt::format("\n  of: {}", spelled(answer.ranges));
+    if (!answer.ranges.empty()) {
+      text += fmt::format("\n  of: {}", spelled_choices(answer.ranges));
+    } else if (help && argument_shape(*help).form != ArgumentForm::none) {
+      text += fmt::format("\n  takes: {}", help->arguments);
+    }
     take_returned(text);
   }
   return {};
@@ -410,13 +490,7 @@ std::string LineRunner::pick(const std::vector<std::string>& words) {
 std::vector<std::string> LineRunner::allowed_values(const std::string& word) {
   const auto answers = session_.request(std::span(&word, 1));
   if (!answers) return {};
-  // Items that are set in can be chosen, unless they stand in angle brackets; those that are not are their headings.
-  auto items = items_of(answers->front().ranges);
-  const auto is_set_in = [](const std::string& item) { return item.front() == ' '; };
-  if (std::any_of(items.begin(), items.end(), is_set_in)) std::erase_if(items, std::not_fn(is_set_in));
-  for (auto& item : items) item = without_blanks(item);
-  std::erase_if(items, [](const std::string& item) { return item.front() == '<'; });
-  return items;
+  return choices_of(answers->front().ranges);
 }
 
 std::vector<std::string> LineRunner::graph_names() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -56,10 +57,16 @@ class LineRunner {
 
   /// Starts the process. @return empty, or what went wrong
   std::string start();
+  /// Starts another process in the place of one that was lost, loads the trajectory into it and gives it the settings
+  /// that were made so far. What does not come back is told. @return empty, or what went wrong
+  std::string start_again();
+  /// Has dialogs of the process answered; without it, and where it has no answer, they take their default.
+  void answer_with(std::function<std::optional<std::int32_t>(const Question&)> choose) { choose_ = std::move(choose); }
   LineEnd run(const ScriptLine& line);
   bool stops_on_error() const { return stop_on_error_; }
   /// Why the run ends ahead of its lines, for the report.
   void end_with(std::string why) { record_.ending = std::move(why); }
+  bool lost() const { return session_.lost(); }
   /// How the process was lost.
   const std::string& loss() const { return session_.loss(); }
   /// Writes what came of the lines and ends the process. @return false if something could not be written
@@ -76,7 +83,7 @@ class LineRunner {
 
  private:
   InterfaceEvents events();
-  void take_message(const Message& message);
+  void take_message(Message message);
   void take_line(std::string_view line);
   void take_returned(const std::string& text);
   void refresh_values(std::string_view words);
@@ -89,6 +96,8 @@ class LineRunner {
   std::string run_command(const ScriptLine& line);
   std::string send(std::string_view word, std::string_view arguments);
   void advise(std::string_view word, std::string_view arguments);
+  void keep_setting(const ScriptLine& line);
+  void mark_interrupted(StepRecord& step, const ScriptLine& line);
   StateSources state_sources();
   WordAnswer ask_word(const std::string& word);
   std::string ask_returned(const std::string& key);
@@ -115,6 +124,9 @@ class LineRunner {
   CoreSession session_;
   RunOutput output_;
   Adviser adviser_;
+  std::function<std::optional<std::int32_t>(const Question&)> choose_;
+  std::vector<ScriptLine> settings_;  ///< the last line that went well of each word that sets something, in order
+  double done_ = 0;                   ///< share of the work of the line that runs, as last reported
   std::vector<Message> held_;         ///< errors and warnings of the line that runs
   std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
   std::set<std::int32_t> seen_graphs_;

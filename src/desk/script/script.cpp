@@ -15,6 +15,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
 constexpr std::string_view blanks = " \t\r\f\v";
 
 std::string_view stripped(std::string_view text) {
@@ -178,6 +179,7 @@ char open_mark(std::string_view text) {
 
 Script read_script(std::string_view text, int first_number) {
   Script script;
+  if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
   for (int number = first_number; !text.empty(); ++number) {
     const auto end = std::min(text.find('\n'), text.size());
     const auto content = stripped(without_comment(text.substr(0, end)));

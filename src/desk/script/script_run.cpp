@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "desk/advice/trajectory_advice.h"
 #include "desk/link/work_directory.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script.h"
@@ -19,10 +20,30 @@ int complain(const std::string& problem) {
   return exit_code::not_run;
 }
 
+/// Why a file is no script; empty for one that may be.
+std::string why_no_script(const fs::path& path) {
+  const auto name = path.string();
+  switch (kind_of_file(path)) {
+    case FileKind::missing:
+      return fmt::format("there is no script {}", name);
+    case FileKind::folder:
+      return fmt::format("{} is a folder, not a script", name);
+    case FileKind::trajectory:
+      return fmt::format(
+          "{0} is a trajectory, not a script; try pathdesk info {0}, or write a script that begins with TRAJECTORY {0}",
+          name);
+    case FileKind::model:
+      return fmt::format("{0} is a model, not a script; try pathdesk info {0}", name);
+    case FileKind::binary:
+      return fmt::format("{} is not a text, and so not a script", name);
+    case FileKind::text:
+      return {};
+  }
+  return {};
+}
+
 std::string read_file(const fs::path& path, std::string& text) {
-  std::error_code error;
-  if (!fs::exists(path, error)) return fmt::format("there is no script {}", path.string());
-  if (fs::is_directory(path, error)) return fmt::format("{} is a folder, not a script", path.string());
+  if (auto problem = why_no_script(path); !problem.empty()) return problem;
   std::ifstream file(path, std::ios::binary);
   text.assign(std::istreambuf_iterator<char>(file), {});
   return file ? std::string{} : fmt::format("the script {} cannot be read", path.string());
