@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 
 namespace pathstat {
@@ -15,7 +16,7 @@ ModelSelection::ModelSelection(std::string_view models_label, std::string_view t
   std::int32_t selected = 0;
   std::int32_t error = 0;
   kvd_root_(root, error);
-  kvd_sel_numselected_(root, model_class, selected, error);
+  count_selected(root, model_class, selected, error);
   is_current_model_ = selected < 1;
   models_ = NamedBlock<std::int32_t>(models_label, std::max(selected, 1), status);
   if (status != 0) return;

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "correlation/frame_file.h"
 #include "correlation/frame_spacing.h"
@@ -69,7 +70,7 @@ NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std
                                          std::int32_t& status) {
   std::int32_t selected = 0;
   std::int32_t error = 0;
-  kvd_sel_numselected_(model, atom_class, selected, error);
+  count_selected(model, atom_class, selected, error);
   if (selected < 1) {
     status = cache_status::selection_unusable;
     return {};

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "support/named_memory.h"
 #include "support/vectors.h"
@@ -35,7 +36,7 @@ void calcradgyr_(std::int32_t model, double& radius, std::int32_t& status) {
   status = 0;
   std::int32_t count = 0;
   std::int32_t error = 0;
-  kvd_mod_numatoms_(model, with_images, count, error);
+  count_atoms(model, with_images, count, error);
   if (error != 0 || count < 1) return;
   NamedBlock<std::int32_t> atoms("pathstat/RGR/Atoms", count, status);
   if (status != 0) return;

@@ -24,6 +24,11 @@ constexpr std::int32_t between_two = 2;  ///< each pair of list 1 with list 2 co
 void cellrange_(std::int32_t periodic_type, const Vector3& a, const Vector3& b, const Vector3& c, double cutoff,
                 std::int32_t& ia, std::int32_t& ib, std::int32_t& ic);
 
+/// Widens the ranges of a periodic question to all images that can hold a pair: cellrange_ has the cell's two lengths
+/// the other way round for slabs, and takes the atoms to lie within one cell. Ranges are never made narrower, and stay
+/// as they are where atoms are so far apart that a million images would be needed.
+void widen_repeats(PairCount& pairs);
+
 /// Adds the distances of all pairs, through all images in the given ranges, to a histogram.
 ///
 /// A distance r below the cutoff goes to bin trunc(r / interval), from 0, and beyond the last bin to the last. There is
@@ -31,7 +36,7 @@ void cellrange_(std::int32_t periodic_type, const Vector3& a, const Vector3& b, 
 /// set, each atom also counts once for each image of its own.
 ///
 /// Pairs are found by cells, so that the cost grows with the pairs within the cutoff, and counted as integers. The
-/// counts are those of count_pairs_plainly(), to which small questions go.
+/// counts are those of count_pairs_plainly(), to which small questions go, and the atoms beyond 1e9 Å of others.
 ///
 /// @param search  work space, which keeps its memory from call to call
 /// @param status  0; 1 unknown set mode, no bins, or a cutoff or interval that is none; 2 no memory. Nothing is added

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/pair_histogram.h"
 #include "state/rdf_settings.h"
@@ -43,7 +44,9 @@ class Candidates {
   std::int32_t molecules() const { return molecules_; }
 
  private:
-  void make_room(std::int64_t count, std::int32_t& status) {
+  void make_room(std::int32_t count, std::int32_t& status) {
+    if (!is_object_count(count)) status = failed;
+    if (status != 0) return;
     atoms_.release();
     atoms_ = NamedBlock<std::int32_t>("PathStat/gr/iWork1", count, status);
     if (status != 0) return;
@@ -76,8 +79,9 @@ class Candidates {
 
   void list_selected(std::int32_t& status) {
     std::int32_t listed = 0, error = 0;
-    kvd_sel_numselected_(model_, atom_class, listed, error);
-    make_room(std::max(listed, 0), status);
+    count_selected(model_, atom_class, listed, error);
+    if (error != 0) status = failed;
+    make_room(listed, status);
     if (status != 0) return;
     kvd_sel_findselected_(model_, atom_class, atoms_.span(), listed, error);
     take_count(listed, error, status);
@@ -139,6 +143,8 @@ class Candidates {
   }
 
   void make_molecule_room(std::int32_t count, std::int32_t& status) {
+    if (!is_object_count(count)) status = failed;
+    if (status != 0) return;
     molecule_.release();
     molecule_ = NamedBlock<std::int32_t>("PathStat/gr/iWork2", count, status);
     if (status != 0) return;

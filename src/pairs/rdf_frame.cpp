@@ -27,6 +27,7 @@ void count_pairs(PairCount& pairs, RdfBlocks& blocks, std::int32_t& status) {
   auto& [ia, ib, ic] = pairs.repeats;
   const auto& [a, b, c] = pairs.vectors;
   cellrange_(pairs.periodic_type, a, b, c, pairs.cutoff, ia, ib, ic);
+  widen_repeats(pairs);
   status = image_count(pairs) > most_images ? 1 : 0;
   if (status == 0) calculaterdf_(pairs, blocks.work.span(), blocks.search, status);
 }

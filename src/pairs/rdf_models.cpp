@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <numeric>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/rdf_atoms.h"
 #include "pairs/rdf_frame.h"
@@ -40,7 +41,7 @@ void read_cell(std::int32_t model, std::int32_t& status) {
 /// Lists the atoms of a model and reads where they are.
 void setuprdfmodel_(const RdfRequest& request, std::int32_t model, RdfBlocks& blocks, std::int32_t& status) {
   std::int32_t error = 0;
-  kvd_mod_numatoms_(model, with_images, gr_i_.model_atoms, error);
+  count_atoms(model, with_images, gr_i_.model_atoms, error);
   if (error != 0) status = 1;
   if (status == 0) list_rdf_atoms(request, model, model_refusals, blocks, status);
   blocks.xyz.make(3 * std::int64_t{gr_i_.atom_count}, status);
@@ -91,10 +92,8 @@ void dordfmodel_(const RdfRequest& request, RdfBlocks& blocks, double& scale, do
   kvu_int_reportprogress_(0.0F);
   const std::int32_t between_shows = std::max<std::int32_t>(1, gr_i_.model_count / 50);
   std::int32_t done = 0;
-  bool interrupted = false;
   for (const std::int32_t model : blocks.models->models()) {
-    interrupted = rdf_interrupted(done);
-    if (interrupted) break;
+    if (rdf_interrupted(done)) break;
     setuprdfmodel_(request, model, blocks, status);
     if (status == 0) dordfconfig_(request, done + 1, blocks, status);
     const double volume = status == 0 ? model_volume(status) : 1.0;
@@ -104,7 +103,6 @@ void dordfmodel_(const RdfRequest& request, RdfBlocks& blocks, double& scale, do
     offset += (static_cast<double>(gr_i_.self_count) / gr_i_.model_atoms - offset) / done;
     show_rdf_progress(request, blocks, done, gr_i_.model_count, between_shows, done == gr_i_.model_count);
   }
-  if (interrupted && done > 0) show_rdf_progress(request, blocks, done, done, done + 1, true);
 }
 
 }  // namespace pathstat

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "state/rdf_settings.h"
@@ -74,7 +75,7 @@ std::vector<std::int32_t> models_in_question(std::string_view source, std::int32
   std::int32_t root = 0;
   std::int32_t count = 0;
   kvd_root_(root, error);
-  kvd_sel_numselected_(root, model_class, count, error);
+  count_selected(root, model_class, count, error);
   if (error == 0 && count > 0) {
     std::vector<std::int32_t> models(static_cast<std::size_t>(count));
     kvd_sel_findselected_(root, model_class, models, count, error);

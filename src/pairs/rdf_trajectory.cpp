@@ -2,6 +2,7 @@
 #include <array>
 #include <cstddef>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/rdf_atoms.h"
 #include "pairs/rdf_frame.h"
@@ -17,12 +18,12 @@ namespace {
 
 void read_model(const RdfRequest& request, std::int32_t& status) {
   std::int32_t error = 0;
-  kvd_mod_numatoms_(request.model, with_images, gr_i_.model_atoms, error);
+  count_atoms(request.model, with_images, gr_i_.model_atoms, error);
   if (error == 0) kvd_mod_periodictype_(request.model, gr_i_.periodic_type, error);
   if (error != 0) status = 1;
   if (status != 0 || request.set_type != rdf_between::selected) return;
   std::int32_t selected = 0;
-  kvd_sel_numselected_(request.model, atom_class, selected, error);
+  count_selected(request.model, atom_class, selected, error);
   if (error != 0 || selected < 1) status = refuse_rdf("PATHSTAT_ERROR_72");
 }
 
@@ -122,10 +123,7 @@ void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, doub
   const std::int32_t between_shows =
       std::max<std::int32_t>(1, static_cast<std::int32_t>(request.total_frames / (std::int64_t{50} * request.step)));
   std::int32_t done = 0;
-  bool interrupted = false;
-  for (std::int64_t frame = request.first; frame <= request.last; frame += request.step) {
-    interrupted = rdf_interrupted(done);
-    if (interrupted) break;
+  for (std::int64_t frame = request.first; frame <= request.last && !rdf_interrupted(done); frame += request.step) {
     read_frame(static_cast<std::int32_t>(frame), blocks, status);
     if (status == 0) dordfconfig_(request, done + 1, blocks, status);
     if (status != 0) return;
@@ -133,7 +131,6 @@ void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, doub
     show_rdf_progress(request, blocks, done, request.total_frames / request.step, between_shows,
                       frame + request.step > request.last);
   }
-  if (interrupted && done > 0) show_rdf_progress(request, blocks, done, done, done + 1, true);
   scale = done > 0 ? blocks.pairs / (gr_d_.mean_volume * gr_i_.model_atoms) : 0.0;
   offset = static_cast<double>(gr_i_.self_count) / gr_i_.model_atoms;
 }

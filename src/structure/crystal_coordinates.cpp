@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "structure/crystal_cell.h"
 #include "structure/crystal_vectors.h"
@@ -80,7 +81,7 @@ void kva_cry_density_(std::int32_t model, double& density, std::int32_t& status)
   std::int32_t periodic_type = 0, atoms = 0;
   kvd_mod_periodictype_(model, periodic_type, status);
   if (status == 0 && periodic_type != 100) status = 1;
-  if (status == 0) kvd_mod_numatoms_(model, with_images, atoms, status);
+  if (status == 0) count_atoms(model, with_images, atoms, status);
   if (status != 0) return;
   if (atoms < 1) {
     density = 0;

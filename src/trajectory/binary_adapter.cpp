@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "services/file_names.h"
 #include "state/analysis_settings.h"
@@ -171,7 +172,7 @@ bool append_fixed_atoms(std::int32_t model) {
 
 bool fits_model(std::int32_t model) {
   std::int32_t atoms = 0, type = 0, error = 0;
-  kvd_mod_numatoms_(model, with_images, atoms, error);
+  count_atoms(model, with_images, atoms, error);
   if (error == 0) kvd_mod_periodictype_(model, type, error);
   if (error != 0 || atoms != xgraftrj_i_.xgraf_total_atoms || type != xgraftrj_i_.xgraf_period_type) return false;
   if (!make_arrays()) return false;

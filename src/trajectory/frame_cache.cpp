@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "services/file_names.h"
 #include "state/analysis_settings.h"
@@ -252,7 +253,7 @@ void checkcacheatoms_(std::int32_t& status) {
     kvd_validateoid_(TrjCacheModel, valid, error);
     if (error != 0 || valid == 0) return false;
     std::int32_t atoms = 0;
-    kvd_mod_numatoms_(TrjCacheModel, 3, atoms, error);
+    count_atoms(TrjCacheModel, 3, atoms, error);
     if (error != 0 || atoms != TrjCacheNP1Atoms) return false;
     const auto objects = TrjCacheAtObjs;  // a nested command may let go of the cache
     std::vector<std::int32_t> flags(objects.size());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "support/identifier_index.h"
@@ -33,7 +34,7 @@ void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, s
 std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t& error, ModelAtoms which) {
   const auto selector = static_cast<std::int32_t>(which);
   std::int32_t count = 0;
-  kvd_mod_numatoms_(model, selector, count, error);
+  count_atoms(model, selector, count, error);
   if (error != 0 || count < 1) return {};
   try {
     std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));

@@ -149,6 +149,63 @@ TEST(PairHistogram, atoms_that_are_nowhere_are_in_no_pair) {
   expect_same_counts(pairs, 60, *search);
 }
 
+TEST(PairHistogram, far_atoms_keep_their_pairs_and_leave_the_others_theirs) {
+  std::mt19937_64 random(8);
+  const auto search = std::make_unique<PairSearch>();
+  for (const double far : {2e9, 1e160, 1e250, 1.7e308}) {
+    for (const std::int32_t set_mode : {pair_sets::within_one, pair_sets::between_two}) {
+      SCOPED_TRACE(far);
+      auto atoms = place(random, 400, cubic, Placing::random), others = place(random, 300, cubic, Placing::random);
+      for (const std::size_t at : {0, 300}) atoms[at] = far;
+      atoms[301] = atoms[1] + 1.0;
+      atoms[302] = atoms[2];
+      std::copy_n(&atoms[300], 3, &others[90]);
+      auto pairs = question({"without cell", 0, cubic}, 3.0, set_mode);
+      pairs.list1 = atoms;
+      pairs.list2 = others;
+      std::vector<double> plain(60), chosen(60);
+      std::int32_t status = -1;
+      count_pairs_plainly(pairs, plain, status);
+      calculaterdf_(pairs, chosen, *search, status);
+      EXPECT_EQ(status, 0);
+      EXPECT_EQ(chosen, plain);
+      EXPECT_GE(plain[20], 1.0);
+    }
+  }
+}
+
+/// Far wider ranges find no pair that the widened ones lack.
+TEST(PairHistogram, widened_ranges_lose_no_pair) {
+  std::mt19937_64 random(9);
+  const CellCase oblong[]{
+      {"slab", 101, {{{1, 0, 0}, {0, 14, 0}, {0, 0, 4.3}}}},
+      {"slab on its side", 101, {{{1, 0, 0}, {0, 4.3, 0}, {0, 2, 14}}}},
+      {"triclinic", 100, {{{14, 0.5, 0.2}, {-3, 4, 1}, {2, -4, 6}}}},
+      {"chain", 102, {{{1, 0, 0}, {0, 1, 0}, {0.5, 1, 4}}}},
+  };
+  for (const auto& shape : oblong) {
+    for (const auto placing : {Placing::random, Placing::beyond_cell}) {
+      for (const std::int32_t set_mode : {pair_sets::within_one, pair_sets::between_two}) {
+        SCOPED_TRACE(shape.name);
+        const auto atoms = place(random, 20, shape.cell, placing), others = place(random, 15, shape.cell, placing);
+        auto pairs = question(shape, 9.0, set_mode);
+        pairs.list1 = atoms;
+        pairs.list2 = others;
+        auto all = pairs;
+        all.repeats = shape.periodic_type == 100   ? std::array{12, 12, 12}
+                      : shape.periodic_type == 101 ? std::array{0, 12, 12}
+                                                   : std::array{0, 0, 12};
+        widen_repeats(pairs);
+        std::vector<double> counted(180), expected(180);
+        std::int32_t status = -1;
+        count_pairs_plainly(pairs, counted, status);
+        count_pairs_plainly(all, expected, status);
+        EXPECT_EQ(counted, expected);
+      }
+    }
+  }
+}
+
 /// Shells of the face-centred cubic lattice: neighbours at sqrt(k/2) lattice constants, k = 1, 2, 3, ...
 TEST(PairHistogram, face_centred_cubic_lattice_has_its_shells) {
   constexpr std::int32_t neighbours[]{12, 6, 24, 12, 24, 8, 48, 6, 36, 24};

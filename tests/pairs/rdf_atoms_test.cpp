@@ -5,6 +5,7 @@
 
 #include <map>
 
+#include "coreapi/object_counts.h"
 #include "pairs/pair_histogram.h"
 #include "recording_core.h"
 #include "state/rdf_settings.h"
@@ -89,6 +90,26 @@ TEST_F(RdfAtoms, stand_by_set_and_molecule_with_the_cells_that_make_molecules_wh
   EXPECT_EQ(gr_i_.set1_count, 1);
   EXPECT_EQ(gr_i_.set2_count, 3);
   EXPECT_EQ(gr_i_.self_count, 0);
+}
+
+TEST_F(RdfAtoms, of_a_count_that_no_core_has_are_refused) {
+  constexpr std::int32_t absurd = 2147483647;
+  core.answers["kvD_SEL_NumSelected"] = core.answers["kvD_MOD_NumAtoms"] = [](const Inputs&) {
+    return Answer{{absurd}, {}, {}};
+  };
+  list({.set_type = rdf_between::selected}, 0);
+  EXPECT_EQ(status, 1);
+  status = 0;
+  core.answers["kvA_CON_MolecularList"] = [](const Inputs& in) {
+    EXPECT_EQ(in[1], "4") << "the room is that of the model";
+    return Answer{{101, 102, 103, 104, absurd, 1, 1, 1, 1, 1}, {}, {}};
+  };
+  list({.components = true}, 0);
+  EXPECT_EQ(status, 1);
+  std::int32_t error = 0, count = -1;
+  count_atoms(9, with_images, count, error);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(error, impossible_count);
 }
 
 TEST_F(RdfAtoms, of_a_selection_are_parents_and_find_their_molecules_by_a_walk) {

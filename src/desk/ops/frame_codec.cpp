@@ -4,6 +4,8 @@
 
 #include <type_traits>
 
+#include "coreapi/object_counts.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -120,7 +122,7 @@ std::string read_call(ByteStream& stream, const OperationRow& row, std::vector<S
     if (!read_slot(stream, slot, lengths, value)) return cut_short(row);
     if (!is_length(slot)) continue;
     const auto length = std::get<std::int32_t>(value);
-    if (length < 0 || length > most_objects) return fmt::format("a call of {} has a length of {}", row.name, length);
+    if (!is_object_count(length)) return fmt::format("a call of {} has a length of {}", row.name, length);
     lengths.note(slot, value);
   }
   return {};

@@ -9,9 +9,6 @@
 
 namespace pathstat::desk {
 
-/// The most objects, points or bytes that a count or a capacity of a frame may ask for.
-constexpr std::int32_t most_objects = 100'000'000;
-
 /// Reads what follows the binding number of a call: the two frame words and the inputs in the order of the row.
 ///
 /// @param inputs  one value for each slot of the row's `sends`
