@@ -7,13 +7,29 @@
 #include <string>
 #include <string_view>
 
+#include "corelink/fixed_text.h"
+
 namespace pathstat {
+
+namespace {
+
+bool is_traced(const char* switch_name) {
+  const char* trace = std::getenv(switch_name);
+  return trace != nullptr && std::string_view(trace) == "ON";
+}
+
+bool fields_are_traced() { return is_traced("GETENV_DEBUG"); }
+
+std::string without_padding(std::string_view field) {
+  return std::string(field.substr(0, field.find_last_not_of(' ') + 1));
+}
+
+}  // namespace
 
 const char* COM_getenv(const char* name) { return std::getenv(name); }
 
 void COM_setenv(const char* name, const char* value) {
-  const char* trace = std::getenv("ENV_DEBUG");
-  if (trace != nullptr && std::string_view(trace) == "ON") std::printf("COM_setenv: %s=%s\n", name, value);
+  if (is_traced("ENV_DEBUG")) std::printf("COM_setenv: %s=%s\n", name, value);
   const int result = ::setenv(name, value, 1);
   if (result == 0) return;
   if (errno == ENOMEM) {
@@ -25,6 +41,32 @@ void COM_setenv(const char* name, const char* value) {
 }
 
 void COM_unsetenv(const char* name) { COM_setenv(name, ""); }
+
+const char* getenv_of_field(std::string_view name) {
+  const std::string variable = without_padding(name);
+  const char* value = std::getenv(variable.c_str());
+  if (fields_are_traced()) {
+    std::printf("com_getenv: %s%s%s\n", variable.c_str(), value == nullptr ? " is not set" : "=",
+                value == nullptr ? "" : value);
+  }
+  return value;
+}
+
+void com_getenv_fortran_(std::string_view name, std::span<char> value) {
+  const char* found = getenv_of_field(name);
+  const std::string_view text = found == nullptr ? "" : found;
+  const bool fits = text.size() <= value.size();
+  kvS_STR_CopyC2F(value, fits ? text : "");
+  if (fits) return;
+  std::fprintf(stderr, "com_getenv: value of %s has %zu characters, and the field %zu\n", without_padding(name).c_str(),
+               text.size(), value.size());
+}
+
+void com_setenv_fortran_(std::string_view name, std::string_view value) {
+  const std::string variable = without_padding(name), text = without_padding(value);
+  if (fields_are_traced()) std::printf("com_setenv: %s=%s\n", variable.c_str(), text.c_str());
+  COM_setenv(variable.c_str(), text.c_str());
+}
 
 std::int32_t COM_getnumenv(const char* name, std::int32_t default_value) {
   if (name == nullptr) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
+#include <string_view>
 
 namespace pathstat {
 
@@ -12,6 +14,19 @@ void COM_setenv(const char* name, const char* value);
 
 /// Sets the variable to the empty text.
 void COM_unsetenv(const char* name);
+
+// By address: names and values are fields, of which trailing blanks are no part. GETENV_DEBUG set to "ON" traces them
+// on standard output, as ENV_DEBUG does COM_setenv.
+
+/// The value of the variable that a field names, null if it is unset.
+const char* getenv_of_field(std::string_view name);
+
+/// The same into a field, blank-padded; blanks if the variable is unset. A value that the field has no room for is told
+/// on standard error and gives blanks.
+void com_getenv_fortran_(std::string_view name, std::span<char> value);
+
+/// Sets a variable by COM_setenv.
+void com_setenv_fortran_(std::string_view name, std::string_view value);
 
 /// The variable's decimal value, or `default_value` if it is unset. A value that is no number above 0 is told on
 /// standard error and gives the default.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -16,24 +17,32 @@
 namespace pathstat {
 namespace {
 
-constexpr std::size_t chunk_bytes = 65536;
+/// Arrays up to so many bytes are turned on the stack.
+constexpr std::size_t small_array_bytes = 4096;
 
 bool sent(Connection& record, std::span<const std::byte> bytes) { return PNC_send(record, bytes) != 0; }
 
-/// Sends an array in blocks that are turned to the wire's byte order; characters go as they stand.
+/// Turns an array to the wire's byte order and sends it as one block.
+template <class T>
+std::int32_t send_turned(Connection& record, std::span<const T> values, std::span<std::byte> room) {
+  store_big_endian(values, room.data());
+  return sent(record, room.first(values.size_bytes())) ? 0 : 1;
+}
+
+/// Sends an array as one block; characters go as they stand.
 template <class T>
 std::int32_t send_buffered(Connection& record, std::span<const T> values) {
   if (typed_log_on()) log_sent(record, values);
+  if (values.empty()) return 0;
   if constexpr (sizeof(T) == 1) return sent(record, std::as_bytes(values)) ? 0 : 1;
-  constexpr std::size_t chunk = chunk_bytes / sizeof(T);
-  std::array<std::byte, chunk_bytes> turned;
-  while (!values.empty()) {
-    const auto part = values.first(std::min(values.size(), chunk));
-    store_big_endian(part, turned.data());
-    if (!sent(record, std::span(turned).first(part.size_bytes()))) return 1;
-    values = values.subspan(part.size());
+  std::array<std::byte, small_array_bytes> small;
+  if (values.size_bytes() <= small.size()) return send_turned(record, values, small);
+  const std::unique_ptr<std::byte[]> large(new (std::nothrow) std::byte[values.size_bytes()]);
+  if (large == nullptr) {
+    PLE_error("PD_send: no memory for %zu bytes", values.size_bytes());
+    return 1;
   }
-  return 0;
+  return send_turned(record, values, std::span(large.get(), values.size_bytes()));
 }
 
 template <class T>

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <optional>
 
+#include "corelink/environment.h"
 #include "services/file_host.h"
 
 namespace pathstat {
@@ -21,7 +21,7 @@ constexpr int deepest_path_variable = 8;
 bool exists_expanded(std::string_view name, int depth);
 
 std::string environment_value(std::string_view name) {
-  const char* value = std::getenv(std::string(name).c_str());
+  const char* value = getenv_of_field(name);
   return value == nullptr ? std::string() : std::string(value);
 }
 

@@ -4,15 +4,15 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 
+#include "corelink/environment.h"
 #include "services/file_host.h"
 
 namespace pathstat {
 namespace {
 
 std::string variable_directory(std::string_view name) {
-  const char* value = std::getenv(std::string(name).c_str());
+  const char* value = getenv_of_field(name);
   const std::string_view known = trimmed(value == nullptr ? "" : value);
   std::string directory(known.empty() ? "." : known);
   if (directory.back() != '/') directory += '/';

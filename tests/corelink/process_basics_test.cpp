@@ -41,6 +41,27 @@ TEST(Environment, number_must_be_positive) {
   }
 }
 
+TEST(Environment, fields_and_their_trace) {
+  const ScopedVariable trace("GETENV_DEBUG", "ON");
+  const ScopedVariable variable("SOME_NAME", nullptr);
+  std::string field(6, '#');
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  com_getenv_fortran_("SOME_NAME  ", field);
+  EXPECT_EQ(field, "      ");
+  com_setenv_fortran_("SOME_NAME  ", "value   ");
+  EXPECT_STREQ(COM_getenv("SOME_NAME"), "value");
+  com_getenv_fortran_("SOME_NAME", field);
+  EXPECT_EQ(field, "value ");
+  com_getenv_fortran_("SOME_NAME", std::span(field).first(4));
+  EXPECT_EQ(field, "    e ");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "com_getenv: SOME_NAME is not set\ncom_setenv: SOME_NAME=value\ncom_getenv: SOME_NAME=value\n"
+            "com_getenv: SOME_NAME=value\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "com_getenv: value of SOME_NAME has 5 characters, and the field 4\n");
+}
+
 TEST(FixedText, field_and_terminated_text) {
   struct Case {
     std::string source;

@@ -46,6 +46,13 @@ TEST(TypedValues, an_array_of_many_blocks_arrives_as_sent) {
   EXPECT_TRUE(received == sent);
 }
 
+TEST(TypedValues, an_array_of_any_length_is_one_block_of_the_transport) {
+  TestPeer peer(SOCK_SEQPACKET);
+  const std::vector<std::int32_t> values(20000, 1);
+  EXPECT_EQ(PD_send_int(peer.connection, values), 0);
+  EXPECT_EQ(peer.read().size(), values.size() * 4);
+}
+
 struct TextCase {
   std::string wire;
   std::int32_t result;
