@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <numbers>
 
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_import.h"
 #include "desk/report/model_text.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/history_adapter.h"
+#include "trajectory/history_file.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat::desk {
 namespace {
@@ -26,31 +30,33 @@ int complain(const std::string& problem) {
   return cannot_be_read;
 }
 
-/// A value of a frame that a reader looks for.
+/// A value of a frame that a reader looks for, by the key of all trajectories and that of the binary ones.
 struct FrameValue {
   std::int32_t key;
+  std::int32_t binary_key;
   std::string_view name;
   std::string_view unit;
 };
 
 constexpr std::array frame_values{
-    FrameValue{1032, "total energy", "kcal/mol"},
-    FrameValue{1006, "potential energy", "kcal/mol"},
-    FrameValue{1034, "kinetic energy", "kcal/mol"},
-    FrameValue{1007, "bond energy", "kcal/mol"},
-    FrameValue{1008, "angle energy", "kcal/mol"},
-    FrameValue{1009, "torsion energy", "kcal/mol"},
-    FrameValue{1010, "inversion energy", "kcal/mol"},
-    FrameValue{1011, "van der Waals energy", "kcal/mol"},
-    FrameValue{1012, "Coulomb energy", "kcal/mol"},
-    FrameValue{1013, "hydrogen bond energy", "kcal/mol"},
-    FrameValue{1014, "restraint energy", "kcal/mol"},
-    FrameValue{1001, "temperature", "K"},
-    FrameValue{1036, "pressure", "GPa"},
-    FrameValue{1037, "volume", "Å³"},
-    FrameValue{1047, "radius of gyration", "Å"},
-    FrameValue{1058, "cell", "Å"},
-    FrameValue{1063, "pressure tensor", "GPa"},
+    FrameValue{400049, 1032, "total energy", "kcal/mol"},
+    FrameValue{400025, 1006, "potential energy", "kcal/mol"},
+    FrameValue{400050, 1034, "kinetic energy", "kcal/mol"},
+    FrameValue{400026, 1007, "bond energy", "kcal/mol"},
+    FrameValue{400027, 1008, "angle energy", "kcal/mol"},
+    FrameValue{400028, 1009, "torsion energy", "kcal/mol"},
+    FrameValue{400029, 1010, "inversion energy", "kcal/mol"},
+    FrameValue{400030, 1011, "van der Waals energy", "kcal/mol"},
+    FrameValue{400031, 1012, "Coulomb energy", "kcal/mol"},
+    FrameValue{400032, 1013, "hydrogen bond energy", "kcal/mol"},
+    FrameValue{400033, 1014, "restraint energy", "kcal/mol"},
+    FrameValue{400020, 1001, "temperature", "K"},
+    FrameValue{400057, 1036, "pressure", "GPa"},
+    FrameValue{400058, 1037, "volume", "Å³"},
+    FrameValue{400068, 1047, "radius of gyration", "Å"},
+    FrameValue{400078, 1058, "cell", "Å"},
+    FrameValue{400149, 0, "cell angles", "°"},
+    FrameValue{400084, 1063, "pressure tensor", "GPa"},
 };
 
 /// What the flags F7, F6, F2, F5 and F3 say of how the run was made, as the sum of 1, 2, 4, 8 and 16.
@@ -77,56 +83,149 @@ std::string_view run_kind(const BinaryFlags& flags) {
   return kind == run_kinds.end() ? "not known" : kind->name;
 }
 
-/// An open binary trajectory.
+/// An open trajectory of one of the forms.
 class OpenTrajectory {
  public:
-  explicit OpenTrajectory(const std::string& path) { kvA_TRJ_OpenRead(path, binary_mode::read, handle_, status_); }
-  ~OpenTrajectory() {
-    std::int32_t ignored = 0;
-    if (handle_ != 0) kvA_TRJ_Close(handle_, ignored);
-  }
+  OpenTrajectory() = default;
+  virtual ~OpenTrajectory() = default;
   OpenTrajectory(const OpenTrajectory&) = delete;
   OpenTrajectory& operator=(const OpenTrajectory&) = delete;
 
-  std::int32_t status() const { return status_; }
-  const TrjStruct& state() const { return *binary_trajectory(handle_); }
-  std::int32_t read(std::int32_t frame) {
+  /// That of the open.
+  virtual std::int32_t status() const = 0;
+  virtual std::int32_t read(std::int32_t frame) = 0;
+  virtual bool is_end(std::int32_t status) const = 0;
+  /// The numbers of a value in the current frame; none if the file does not hold it.
+  virtual std::vector<double> values(const FrameValue& value) const = 0;
+  /// Of the current frame, ps.
+  virtual std::vector<double> time() const = 0;
+  virtual void print_head() const = 0;
+  /// What the frames hold beside their values.
+  virtual void print_arrays() const = 0;
+};
+
+std::string counted_atoms(std::int32_t all, std::int32_t movable) {
+  return all > movable ? fmt::format("{}, of which {} move", all, movable) : fmt::format("{}", movable);
+}
+
+class BinaryTrajectory : public OpenTrajectory {
+ public:
+  explicit BinaryTrajectory(const std::string& path) { kvA_TRJ_OpenRead(path, binary_mode::read, handle_, status_); }
+  ~BinaryTrajectory() override {
+    std::int32_t ignored = 0;
+    if (handle_ != 0) kvA_TRJ_Close(handle_, ignored);
+  }
+
+  std::int32_t status() const override { return status_; }
+  std::int32_t read(std::int32_t frame) override {
     std::int32_t status = 0;
     kvA_TRJ_ReadFrame(handle_, frame, status);
     return status;
   }
-  /// The numbers of a key in the current frame; none if the file does not hold it.
-  std::vector<double> values(std::int32_t key) const {
-    std::array<double, 6> numbers{};
-    std::int32_t count = 0, status = 0;
-    kvA_TRJ_ValueDouble(handle_, key, numbers, count, status);
-    return status == 0 ? std::vector<double>(numbers.begin(), numbers.begin() + count) : std::vector<double>{};
+  bool is_end(std::int32_t status) const override { return status == binary_status::end_of_file; }
+  std::vector<double> values(const FrameValue& value) const override { return numbers(value.binary_key); }
+  std::vector<double> time() const override { return numbers(1000); }
+
+  void print_head() const override {
+    const BinaryHeader& head = state().header;
+    fact("kind", fmt::format("{}, version {}", head.magic, head.version()));
+    for (const auto* texts : {&head.titles, &head.comments}) {
+      for (const auto& text : *texts) {
+        if (!trimmed(text).empty()) fact(texts == &head.titles ? "title" : "comment", trimmed(text));
+      }
+    }
+    fact("made at", run_kind(head.flags));
+    fact("periodic directions", fmt::format("{}", head.flags[0]));
+    fact("atoms", counted_atoms(head.total, head.movable));
+    if (head.groups != 1) fact("groups", fmt::format("{} (only one can be analysed)", head.groups));
+  }
+  void print_arrays() const override {
+    fact("velocities", state().frame.has(AtomGroup::velocities) ? "yes" : "no");
+    fact("forces", state().frame.has(AtomGroup::forces) ? "yes" : "no");
   }
 
  private:
+  const TrjStruct& state() const { return *binary_trajectory(handle_); }
+  std::vector<double> numbers(std::int32_t key) const {
+    std::array<double, 6> found{};
+    std::int32_t count = 0, status = 0;
+    kvA_TRJ_ValueDouble(handle_, key, found, count, status);
+    return status == 0 ? std::vector<double>(found.begin(), found.begin() + count) : std::vector<double>{};
+  }
+
   std::int32_t handle_ = 0;
   std::int32_t status_ = 0;
 };
 
-void print_head(const BinaryHeader& head) {
-  fact("kind", fmt::format("{}, version {}", head.magic, head.version()));
-  for (const auto* texts : {&head.titles, &head.comments}) {
-    for (const auto& text : *texts) {
-      if (!trimmed(text).empty()) fact(texts == &head.titles ? "title" : "comment", trimmed(text));
-    }
+class HistoryTrajectory : public OpenTrajectory {
+ public:
+  explicit HistoryTrajectory(const std::string& path) { openhistrajectory_(path, 1, handle_, status_); }
+  ~HistoryTrajectory() override {
+    std::int32_t ignored = 0;
+    closehis_(handle_, ignored);
   }
-  fact("made at", run_kind(head.flags));
-  fact("periodic directions", fmt::format("{}", head.flags[0]));
-  fact("atoms", head.total > head.movable ? fmt::format("{}, of which {} move", head.total, head.movable)
-                                          : fmt::format("{}", head.movable));
-  if (head.groups != 1) fact("groups", fmt::format("{} (only one can be analysed)", head.groups));
-}
+
+  std::int32_t status() const override { return status_; }
+  std::int32_t read(std::int32_t frame) override {
+    std::int32_t status = 0;
+    readhisframe_(handle_, frame, status);
+    return status;
+  }
+  bool is_end(std::int32_t status) const override { return status == trajectory_status::end_of_file; }
+  /// The cell and the stress as the file holds them: they need no model.
+  std::vector<double> values(const FrameValue& value) const override {
+    const auto& cell = histrj_d_.cell;
+    if (value.key == trajectory_key::cell) return {cell.begin(), cell.begin() + 3};
+    if (value.key == trajectory_key::cell_parameters) return cell[0] != 0 ? degrees(cell) : std::vector<double>{};
+    return value.key == trajectory_key::stress ? stress() : numbers(value.key);
+  }
+  std::vector<double> time() const override { return numbers(trajectory_key::time); }
+
+  void print_head() const override {
+    const auto& his = histrj_i_;
+    fact("kind", fmt::format("history, version {:.2f}", histrj_d_.his_version));
+    constexpr std::array<std::string_view, 3> names{"title", "comment", "comment"};
+    for (std::size_t k = 0; k < names.size(); ++k) {
+      if (!histrj_c_.lines[k].str().empty()) fact(names[k], histrj_c_.lines[k].str());
+    }
+    fact("atoms", counted_atoms(his.his_atoms, his.his_movable));
+    fact("molecules", fmt::format("{}", his.his_molecules));
+    fact("residues", fmt::format("{}", his.his_residues));
+    fact("bonds", fmt::format("{}", his.his_bonds));
+    fact("force field types", fmt::format("{}", his.his_ff_types));
+    fact("energy components", fmt::format("{}", his.his_components));
+  }
+  void print_arrays() const override { fact("velocities", "yes"); }
+
+ private:
+  static std::vector<double> degrees(const std::array<double, 6>& cell) {
+    std::vector<double> angles(cell.begin() + 3, cell.end());
+    for (double& angle : angles) angle *= 180 / std::numbers::pi;
+    return angles;
+  }
+  static std::vector<double> stress() {
+    std::array<double, 9> tensor{};
+    get_history_energies(HistoryEnergy::stress, 0, tensor);
+    std::vector<double> six{tensor[0], tensor[4], tensor[8], tensor[5], tensor[2], tensor[1]};
+    for (double& value : six) value *= history_pressure_unit;
+    return six;
+  }
+  std::vector<double> numbers(std::int32_t key) const {
+    double found = 0;
+    std::int32_t count = 0, status = 0;
+    gethisdatadble_(handle_, key, std::span(&found, 1), count, status);
+    return status == 0 ? std::vector<double>{found} : std::vector<double>{};
+  }
+
+  std::int32_t handle_ = 0;
+  std::int32_t status_ = 0;
+};
 
 /// The values of the current frame, one list for each row of frame_values.
 std::vector<std::vector<double>> all_values(const OpenTrajectory& trajectory) {
   std::vector<std::vector<double>> all;
   all.reserve(frame_values.size());
-  for (const auto& row : frame_values) all.push_back(trajectory.values(row.key));
+  for (const auto& row : frame_values) all.push_back(trajectory.values(row));
   return all;
 }
 
@@ -152,26 +251,23 @@ void print_values(OpenTrajectory& trajectory, std::int32_t frames) {
     fmt::print("    {:<22}{} ({}) {}\n", frame_values[k].name, numbers_of(first[k]), numbers_of(last[k]),
                frame_values[k].unit);
   }
-  const auto& frame = trajectory.state().frame;
-  fact("velocities", frame.has(AtomGroup::velocities) ? "yes" : "no");
-  fact("forces", frame.has(AtomGroup::forces) ? "yes" : "no");
+  trajectory.print_arrays();
 }
 
-int print_trajectory(const std::string& path) {
-  OpenTrajectory trajectory(path);
+int print_trajectory(const std::string& path, OpenTrajectory&& trajectory) {
   if (trajectory.status() != 0) {
     return complain(fmt::format("{} is not a trajectory that can be read (status {})", path, trajectory.status()));
   }
   fmt::print("{}: trajectory\n", path);
-  print_head(trajectory.state().header);
+  trajectory.print_head();
   std::int32_t frames = 0, status = 0;
   double first_time = 0, last_time = 0;
   while ((status = trajectory.read(frames + 1)) == 0) {
-    const auto time = trajectory.values(1000);
+    const auto time = trajectory.time();
     last_time = time.empty() ? 0 : time[0];
     if (frames++ == 0) first_time = last_time;
   }
-  const bool broken = status != binary_status::end_of_file;
+  const bool broken = !trajectory.is_end(status);
   fact("frames", fmt::format("{}{}", frames, broken ? " (the file breaks off there)" : ""));
   if (frames > 1) {
     fact("times", fmt::format("{:.6g} to {:.6g} ps, every {:.6g} ps", first_time, last_time,
@@ -200,10 +296,14 @@ int print_file_info(const std::string& path) {
   if (!fs::exists(path, error)) return complain(fmt::format("there is no file {}", path));
   if (fs::is_directory(path, error)) return complain(fmt::format("{} is a folder", path));
   const auto extension = fs::path(path).extension().string();
-  if (extension == ".trj" || extension == ".qtrj" || extension == ".atrj") return print_trajectory(path);
+  if (extension == ".trj" || extension == ".qtrj" || extension == ".atrj") {
+    return print_trajectory(path, BinaryTrajectory(path));
+  }
+  if (extension == ".his" || extension == ".fhis") return print_trajectory(path, HistoryTrajectory(path));
   if (extension == ".qfx") return print_models(path, read_model_file(path));
   if (extension == ".car" || extension == ".cor") return print_models(path, read_coordinate_file(path));
-  return complain(fmt::format("{} is neither a trajectory (.trj, .qtrj, .atrj) nor a model (.qfx, .car, .cor)", path));
+  return complain(
+      fmt::format("{} is neither a trajectory (.trj, .qtrj, .atrj, .his, .fhis) nor a model (.qfx, .car, .cor)", path));
 }
 
 }  // namespace pathstat::desk
