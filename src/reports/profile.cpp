@@ -12,6 +12,7 @@
 #include "plots/graph.h"
 #include "plots/labels.h"
 #include "reports/averages.h"
+#include "reports/catalogue_row.h"
 #include "reports/column_names.h"
 #include "reports/printed_line.h"
 #include "reports/profile_plots.h"
@@ -33,24 +34,6 @@ struct ReportOrder {
   bool has_time_axis = trj_gui_l_.has_time_axis;
   bool of_selected_models = trj_gui_c_.input_source == from_selected_models;
   bool calculate_histogram = trj_gui_l_.calculate_histogram;
-};
-
-/// A row of the catalogue as it stands when its report begins.
-struct ReportedRow {
-  std::int32_t id;
-  std::int32_t colour;
-  std::string name;
-  std::string short_name;
-  std::string units;
-  std::string extension;
-
-  explicit ReportedRow(const CatalogueTable& table, std::size_t row)
-      : id(table.ids[row]),
-        colour(table.colours[row]),
-        name(table.names[row].view()),
-        short_name(table.short_names[row].view()),
-        units(table.units[row].view()),
-        extension(table.extensions[row].view()) {}
 };
 
 /// The named blocks of the report. They grow and shrink with the property at hand.
@@ -116,7 +99,7 @@ struct ReportedSeries {
 };
 
 /// True if the whole file of the row is in the blocks.
-bool read_series(const ReportedRow& row, const ReportOrder& order, ReportBlocks& blocks, ReportedSeries& series,
+bool read_series(const CatalogueRow& row, const ReportOrder& order, ReportBlocks& blocks, ReportedSeries& series,
                  std::int32_t& status) {
   const std::string file = property_file(row.extension);
   std::int32_t extra_count = 0;
@@ -152,7 +135,7 @@ void average_blocks(const ReportOrder& order, ReportBlocks& blocks, ReportedSeri
   }
 }
 
-void count_bins(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, ReportedSeries& series,
+void count_bins(const ReportOrder& order, const CatalogueRow& row, ReportBlocks& blocks, ReportedSeries& series,
                 std::int32_t& status) {
   const std::int32_t bins = order.settings.number_of_bins;
   ReportBlocks::refit(blocks.work, std::max(bins, series.frames), status);
@@ -168,7 +151,7 @@ void count_bins(const ReportOrder& order, const ReportedRow& row, ReportBlocks& 
 }
 
 /// Turns the series in the blocks into what the mode asks for.
-void reduce(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, ReportedSeries& series,
+void reduce(const ReportOrder& order, const CatalogueRow& row, ReportBlocks& blocks, ReportedSeries& series,
             std::int32_t& status) {
   switch (order.mode) {
     case running_average_mode:
@@ -182,7 +165,7 @@ void reduce(const ReportOrder& order, const ReportedRow& row, ReportBlocks& bloc
   }
 }
 
-void plot(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, const ReportedSeries& series,
+void plot(const ReportOrder& order, const CatalogueRow& row, ReportBlocks& blocks, const ReportedSeries& series,
           std::int32_t& status) {
   const PlottedSeries plotted{row.id,     row.name,      row.short_name, row.units,
                               row.colour, series.values, series.points,  blocks.table.span()};
@@ -198,16 +181,7 @@ void plot(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks
                order.mode == profile_mode, status);
 }
 
-/// Tells once that the viewer takes no more graphs, and keeps later properties from making any.
-void close_full_list() {
-  std::int32_t& graph_count = trj_gui_i_.plot_graph_count;
-  constexpr auto most_graphs = static_cast<std::int32_t>(most_plot_graphs);
-  if (graph_count != most_graphs) return;
-  print_line("PATHSTAT_MSG_3", most_graphs);
-  ++graph_count;
-}
-
-ResultSeries result_of(const ReportOrder& order, const ReportedRow& row, const ReportBlocks& blocks,
+ResultSeries result_of(const ReportOrder& order, const CatalogueRow& row, const ReportBlocks& blocks,
                        const ReportedSeries& series) {
   return {row.id,
           row.name,
@@ -222,7 +196,7 @@ ResultSeries result_of(const ReportOrder& order, const ReportedRow& row, const R
           blocks.bin_data.span()};
 }
 
-void report_row(const ReportOrder& order, const ReportedRow& row, ReportBlocks& blocks, ReportTable& table,
+void report_row(const ReportOrder& order, const CatalogueRow& row, ReportBlocks& blocks, ReportTable& table,
                 std::int32_t& status) {
   if (order.mode == profile_mode && is_measure(row.id) && order.of_selected_models) {
     return print_line("PATHSTAT_ERROR_80", row.name);
@@ -248,7 +222,7 @@ void report_rows(const ReportOrder& order, ReportBlocks& blocks, ReportTable& ta
   for (std::size_t row = 0; row < property_table().size() && status == 0; ++row) {
     const CatalogueTable catalogue = property_table();
     if (!catalogue.selected[row] || !catalogue.on_disk[row]) continue;
-    report_row(order, ReportedRow(catalogue, row), blocks, table, status);
+    report_row(order, CatalogueRow(catalogue, row), blocks, table, status);
   }
 }
 

@@ -14,6 +14,7 @@
 #include "plots/graph.h"
 #include "plots/labels.h"
 #include "plots/saved_handles.h"
+#include "reports/printed_line.h"
 #include "support/named_memory.h"
 #include "support/text_field.h"
 
@@ -266,6 +267,14 @@ std::string_view x_label_of(std::int32_t kind, bool has_time_axis) {
 }
 
 }  // namespace
+
+void close_full_list() {
+  std::int32_t& graph_count = trj_gui_i_.plot_graph_count;
+  constexpr auto most_graphs = static_cast<std::int32_t>(most_plot_graphs);
+  if (graph_count != most_graphs) return;
+  print_line("PATHSTAT_MSG_3", most_graphs);
+  ++graph_count;
+}
 
 void plotprofile_(const PlottedSeries& series, std::span<float> xy, bool has_time_axis, std::int32_t mode,
                   std::int32_t& plot_graph_count, PlotGraphList& plot_graph_list, std::int32_t kind, bool save,

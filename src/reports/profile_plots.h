@@ -24,6 +24,9 @@ struct PlottedSeries {
 /// The graphs that the running command has made.
 using PlotGraphList = std::array<std::int32_t, most_plot_graphs>;
 
+/// Tells once that the viewer takes no more graphs, and keeps later series of the command from making any.
+void close_full_list();
+
 /// Draws the columns of a series as curves: two graphs for stress and cell parameters, three for vectors, one for
 /// everything else. Nothing is drawn once the list has no room for the property's graphs.
 ///

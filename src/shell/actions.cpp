@@ -6,6 +6,7 @@
 #include "coreapi/operations.h"
 #include "extraction/extraction.h"
 #include "plots/labels.h"
+#include "reports/fluctuations.h"
 #include "reports/profile.h"
 #include "shell/analysis.h"
 #include "shell/analysis_state.h"
@@ -25,12 +26,24 @@ std::int32_t report_properties(std::int32_t mode) {
   return extracted != 0 ? extracted : reported;
 }
 
+std::int32_t report_fluctuations(std::int32_t mode) {
+  std::int32_t extracted = 0;
+  datatodisk_(trj_frames_c_.trj_file_name, trj_gui_c_.input_source, "FLUCTUATIONS", extracted);
+  std::int32_t reported = 0;
+  fluctuations_(mode, reported);
+  return extracted != 0 ? extracted : reported;
+}
+
 }  // namespace
 
 std::int32_t profile() { return report_properties(profile_mode); }
 std::int32_t running_average() { return report_properties(running_average_mode); }
 std::int32_t block_average() { return report_properties(block_average_mode); }
 std::int32_t distribution() { return report_properties(distribution_mode); }
+
+std::int32_t calculate_fluctuations() { return report_fluctuations(whole_run_mode); }
+std::int32_t running_average_fluctuations() { return report_fluctuations(running_average_mode); }
+std::int32_t block_average_fluctuations() { return report_fluctuations(block_average_mode); }
 
 std::int32_t reset() {
   constexpr std::int32_t agreed = 1;

@@ -19,6 +19,10 @@ std::int32_t running_average();
 std::int32_t block_average();
 std::int32_t distribution();
 
+std::int32_t calculate_fluctuations();
+std::int32_t running_average_fluctuations();
+std::int32_t block_average_fluctuations();
+
 std::int32_t reset();
 std::int32_t stop();
 std::int32_t free_volume();
