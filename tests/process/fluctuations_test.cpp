@@ -103,7 +103,10 @@ TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
                      "\"Isobaric Heat Capacity (Cp)\" \"Isothermal Compressibility\" \"Volume Expansivity\""),
             0);
   ASSERT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
-  const Series enthalpy = log.column("Enthalpy"), volume = log.column("Volume"), temperature = log.column("Temp");
+  const Series volume = log.column("Volume"), temperature = log.column("Temp");
+  // The trajectory's enthalpy is that of the pressure which the run was held at, 1 atm.
+  Series enthalpy = log.column("TotEng");
+  for (std::size_t k = 0; k < log.count; ++k) enthalpy[k] += pa_of_atmosphere / pa_a3_per_kcal * volume[k];
   const auto expected = [&](std::size_t count) {
     const double t = mean(temperature, count), v = mean(volume, count);
     return Series{1e9 * covariance(volume, volume, count) / (v * gas * t * pa_a3_per_kcal),

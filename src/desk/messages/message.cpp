@@ -3,7 +3,12 @@
 #include <fmt/args.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <unordered_map>
+
+#include "desk/messages/label_units.h"
 
 namespace pathstat::desk {
 namespace {
@@ -24,17 +29,41 @@ std::string bracketed(const std::vector<MessageArgument>& arguments, std::size_t
   return list.empty() ? list : list + "]";
 }
 
+/// Without the sign that some ways to no number have.
+double plain(double value) { return std::isnan(value) ? std::abs(value) : value; }
+
+constexpr std::string_view headings_of_one_column[] = {"PATHSTAT_MSG_7", "PATHSTAT_MSG_57"};
+
+/// The arguments of a heading, with its unit behind each label that has one.
+std::vector<MessageArgument> with_units(std::string_view key, std::vector<MessageArgument> arguments) {
+  if (std::ranges::find(headings_of_one_column, key) == std::end(headings_of_one_column)) return arguments;
+  for (auto& argument : arguments) {
+    auto* label = std::get_if<std::string>(&argument);
+    const auto unit = label == nullptr ? std::string_view{} : unit_of_label(*label);
+    if (unit.empty()) continue;
+    label->erase(label->find_last_not_of(' ') + 1);
+    *label += fmt::format(" [{}]", unit);
+  }
+  return arguments;
+}
+
 }  // namespace
 
 std::string shown(const MessageArgument& argument) {
   if (const auto* text = std::get_if<std::string>(&argument)) return fmt::format("\"{}\"", *text);
-  if (const auto* number = std::get_if<double>(&argument)) return fmt::format("{:.9g}", *number);
+  if (const auto* number = std::get_if<double>(&argument)) return fmt::format("{:.9g}", plain(*number));
   return fmt::format("{}", std::get<std::int32_t>(argument));
 }
 
 std::string filled(std::string_view text, const std::vector<MessageArgument>& arguments) {
   fmt::dynamic_format_arg_store<fmt::format_context> store;
-  for (const auto& argument : arguments) std::visit([&](const auto& value) { store.push_back(value); }, argument);
+  for (const auto& argument : arguments) {
+    if (const auto* number = std::get_if<double>(&argument)) {
+      store.push_back(plain(*number));
+    } else {
+      std::visit([&](const auto& value) { store.push_back(value); }, argument);
+    }
+  }
   try {
     return fmt::vformat(text, store) + bracketed(arguments, places(text));
   } catch (const fmt::format_error&) {
@@ -62,7 +91,7 @@ const StatusRow* find_status(std::int32_t code) {
 Message message_of(std::int32_t severity, std::string_view key, std::vector<MessageArgument> arguments) {
   const auto* row = find_message(key);
   Message message{row ? row->kind : MessageKind::note, severity, std::string(key), std::move(arguments), {}};
-  message.text = filled(row ? row->text : key, message.arguments);
+  message.text = filled(row ? row->text : key, with_units(key, message.arguments));
   return message;
 }
 
