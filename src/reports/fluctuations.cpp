@@ -175,8 +175,10 @@ class FluctuationColumns {
     FluctuationBlocks::refit(blocks_.columns, std::int64_t{frames_} * values_, status);
   }
 
-  void tell_single_frame() const {
-    if (frames_ == 1) std::puts("Fluctuations: the range has one frame, so that every variance is 0");
+  void tell_single_frame() {
+    if (frames_ != 1 || told_) return;
+    told_ = true;
+    std::puts("Fluctuations: the range has one frame, so that every variance is 0");
   }
 
   void average(std::span<const Moment> moments, std::int32_t& status) {
@@ -243,6 +245,7 @@ class FluctuationColumns {
   const FluctuationOrder& order_;
   FluctuationBlocks& blocks_;
   std::string extension_;  // of the file at hand
+  bool told_ = false;
   std::int32_t frames_ = 0;
   std::int32_t values_ = 0;
   std::int32_t entries_ = 0;
@@ -272,7 +275,8 @@ class FluctuationReport {
   void report_rows(std::int32_t& status) {
     for (std::size_t row = 0; row < fluctuation_table().size() && status == 0; ++row) {
       const CatalogueTable catalogue = fluctuation_table();
-      if (!catalogue.is_wanted(row)) continue;
+      // What could not be extracted now may have left an old file.
+      if (!catalogue.is_wanted(row) || !catalogue.on_disk[row]) continue;
       report(CatalogueRow(catalogue, row), status);
     }
   }

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <regex>
 #include <set>
 
@@ -105,6 +106,19 @@ TEST(Message, loses_no_argument_that_the_text_has_no_place_for_or_that_does_not_
   EXPECT_EQ(filled("File {0}.", {std::string("a"), 7}), "File a. [7]");
   EXPECT_EQ(filled("{0:>8.2f}", {std::string("a")}), "{0:>8.2f} [\"a\"]");
   EXPECT_EQ(filled("{0} of {1}", {3}), "{0} of {1} [3]");
+  EXPECT_EQ(filled("{0:>5.3g}", {-std::numeric_limits<double>::quiet_NaN()}), "  nan");
+}
+
+TEST(MessageCatalogue, headings_tell_the_units_of_response_properties) {
+  const auto heading = [](const char* label) {
+    const auto text = message_of(2, "PATHSTAT_MSG_7", {std::string("TIME"), std::string(label)}).text;
+    return text.substr(text.find_first_not_of(' ', text.find("TIME") + 4));
+  };
+  EXPECT_EQ(heading("Cp"), "Cp [cal/(mol K)]");
+  EXPECT_EQ(heading("Cv - Total Energy               "), "Cv - Total Energy [cal/(mol K)]");
+  EXPECT_EQ(heading("Gamma_v - Pressure-Kinetic"), "Gamma_v - Pressure-Kinetic [GPa/K]");
+  EXPECT_EQ(heading("Dielectric Constant"), "Dielectric Constant");
+  EXPECT_EQ(heading("mu of something"), "mu of something");
   EXPECT_EQ(message_of(2, "NO_SUCH_KEY", {1.5, std::string("x")}).text, "NO_SUCH_KEY [1.5, \"x\"]");
 }
 

@@ -155,7 +155,7 @@ class Fluctuations : public WorkDirectory {
     ASSERT_EQ(status, 0);
     for (const auto id : ids) {
       const std::size_t row = fluctuation_row_of(id);
-      fluctuation_table().selected[row] = fluctuation_table().selectable[row] = true;
+      fluctuation_table().selected[row] = fluctuation_table().selectable[row] = fluctuation_table().on_disk[row] = true;
     }
   }
   void forget_rows() {
