@@ -17,6 +17,8 @@ ModelSelection::ModelSelection(std::string_view models_label, std::string_view t
   std::int32_t error = 0;
   kvd_root_(root, error);
   count_selected(root, model_class, selected, error);
+  if (error != 0) status = error;
+  if (status != 0) return;
   is_current_model_ = selected < 1;
   models_ = NamedBlock<std::int32_t>(models_label, std::max(selected, 1), status);
   if (status != 0) return;

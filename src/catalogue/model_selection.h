@@ -15,7 +15,8 @@ constexpr std::int32_t model_class = 13;
 /// the models and their periodic types side by side.
 class ModelSelection {
  public:
-  /// @param status  0; 1 if a selection of this label lives, whose owner waits for the Core; or that of the allocation
+  /// @param status  0; 1 if a selection of this label lives, whose owner waits for the Core; that of a count
+  ///                that is none, or of the allocation
   ModelSelection(std::string_view models_label, std::string_view types_label, std::int32_t& status);
 
   std::span<const std::int32_t> models() const { return models_.span(); }

@@ -3,6 +3,7 @@
 #include <new>
 #include <vector>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "services/file_names.h"
 #include "services/file_units.h"
@@ -61,7 +62,7 @@ std::vector<std::int32_t> atoms_in_order(std::int32_t model) {
 
 bool fits_model(std::int32_t model) {
   std::int32_t atoms = 0, error = 0;
-  kvd_mod_numatoms_(model, stored_only, atoms, error);
+  count_atoms(model, stored_only, atoms, error);
   if (error == 0) kvd_mod_periodictype_(model, histrj_i_.his_period_type, error);
   if (error != 0 || atoms != histrj_i_.his_atoms) return false;
   const auto ordered = atoms_in_order(model);

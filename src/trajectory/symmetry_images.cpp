@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_coordinates.h"
@@ -41,7 +42,7 @@ std::int32_t space_group(std::int32_t model, std::int32_t& operators) {
 SymmetryImages::SymmetryImages(std::string_view labels, std::int32_t model, std::span<const std::int32_t> stored,
                                std::int32_t& status) try {
   std::int32_t atoms = 0;
-  kvd_mod_numatoms_(model, with_images, atoms, status);
+  count_atoms(model, with_images, atoms, status);
   if (status == 0) read_operators(labels, model, status);
   if (atoms < std::ssize(stored)) status = failed;
   if (status != 0) return;
