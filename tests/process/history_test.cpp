@@ -155,6 +155,21 @@ TEST_F(SmallHistory, gives_times_and_the_components_of_its_version) {
   EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_MSG_2")) << "rows of molecules are not offered";
 }
 
+TEST_F(SmallHistory, takes_a_coordinate_file_where_there_is_no_model_file) {
+  write(desk.work() / "other.his", history_file(plan, 3));
+  std::ofstream(desk.work() / "other.car") << "a title\nPBC OFF\nmodel\ndate\n"
+                                              "C1 0 0 0 MOL 1 c3 C 0\nC2 5 6 7 MOL 1 c3 C 0\nC3 0 5 0 MOL 1 c3 C 0\n"
+                                              "end\nend\n";
+  ASSERT_EQ(desk.run("TRAJECTORY", (desk.work() / "other.his").string()), 0);
+  ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "2"), 0);
+  const auto& model = desk.model.model(desk.model.current_model())->data;
+  EXPECT_EQ(model.positions[0],
+            (Vector3{vector_number(2, 1, 1, 0), vector_number(2, 1, 1, 1), vector_number(2, 1, 1, 2)}));
+  EXPECT_EQ(model.positions[1], (Vector3{5, 6, 7})) << "it does not move";
+  EXPECT_EQ(model.positions[2][0], vector_number(2, 1, 3, 0));
+  EXPECT_THAT(model.movable, testing::ElementsAre(1, 0, 1));
+}
+
 TEST_F(SmallHistory, that_is_cut_keeps_its_whole_frames) {
   const auto whole = history_file(plan, 5);
   ASSERT_EQ(load(whole.part(0, whole.size() - 3)), 0);
