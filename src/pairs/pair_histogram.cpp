@@ -189,19 +189,21 @@ void add_pairs_of_far(const PairCount& pairs, const PartedAtoms& first, const Pa
   });
 }
 
-void add_pairs_by_search(const PairCount& pairs, std::span<double> histogram, PairSearch& search) {
-  const auto counts = search.count(pairs, histogram.size());
+void add_pairs_by_search(const PairCount& pairs, std::span<double> histogram, PairSearch& search,
+                         const std::function<void()>& meanwhile) {
+  const auto counts = search.count(pairs, histogram.size(), meanwhile);
   const double weight = weight_of(pairs.set_mode);
   for (std::size_t bin = 0; bin < counts.size(); ++bin) histogram[bin] += weight * static_cast<double>(counts[bin]);
 }
 
 /// The search for what is near, and the definition for the rest.
-void add_parted_pairs(const PairCount& pairs, std::span<double> histogram, PairSearch& search) {
+void add_parted_pairs(const PairCount& pairs, std::span<double> histogram, PairSearch& search,
+                      const std::function<void()>& meanwhile) {
   const PartedAtoms first(pairs.list1), second(others_of(pairs));
   PairCount near = pairs;
   near.list1 = first.near;
   near.list2 = second.near;
-  add_pairs_by_search(near, histogram, search);
+  add_pairs_by_search(near, histogram, search, meanwhile);
   add_pairs_of_far(pairs, first, second, histogram);
 }
 
@@ -254,16 +256,20 @@ void count_pairs_plainly(const PairCount& pairs, std::span<double> histogram, st
   add_all_pairs(pairs, histogram);
 }
 
-void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSearch& search, std::int32_t& status) {
-  if (is_small(pairs, histogram.size())) return count_pairs_plainly(pairs, histogram, status);
+void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSearch& search, std::int32_t& status,
+                   const std::function<void()>& meanwhile) {
+  if (is_small(pairs, histogram.size())) {
+    count_pairs_plainly(pairs, histogram, status);
+    if (status == 0 && meanwhile) meanwhile();
+    return;
+  }
   status = status_of(pairs, histogram);
-  if (status != 0) return;
   if (status != 0) return;
   try {
     if (any_far(pairs.list1) || any_far(others_of(pairs))) {
-      add_parted_pairs(pairs, histogram, search);
+      add_parted_pairs(pairs, histogram, search, meanwhile);
     } else {
-      add_pairs_by_search(pairs, histogram, search);
+      add_pairs_by_search(pairs, histogram, search, meanwhile);
     }
   } catch (const std::bad_alloc&) {
     status = no_memory;

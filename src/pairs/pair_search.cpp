@@ -4,9 +4,13 @@
 #include <cmath>
 
 #include "pairs/pair_histogram.h"
+#include "support/parallel.h"
 
 namespace pathstat {
 namespace {
+
+/// Columns of a piece of work for one thread.
+constexpr std::int64_t columns_together = 16;
 
 double greatest_coordinate(const CellColumns& cells) {
   double greatest = 0.0;
@@ -18,94 +22,121 @@ double greatest_coordinate(const CellColumns& cells) {
 
 }  // namespace
 
-std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::size_t bins) {
-  one_set_ = pairs.set_mode == pair_sets::within_one;
-  limit_ = pairs.cutoff * pairs.cutoff;
-  interval_ = pairs.interval;
-  counts_.assign(bins, 0);
-  if (!one_set_) second_.sort(pairs.list2, pairs.cutoff);
-  first_.sort(pairs.list1, pairs.cutoff, one_set_ ? CellColumns::longest_axis : second_.along());
-  // Sums and products of coordinates are off by some 1e-16 of the greatest.
-  reach_ = pairs.cutoff + 1e-12 * (pairs.cutoff + greatest_coordinate(first_) + greatest_coordinate(others()));
-  // Within one set, an image and its opposite show the same pairs: those up to the zero image stand for all.
-  bool is_wanted = true;
-  for_each_image(pairs, [&](const Vector3& translation, bool is_zero) {
-    if (is_wanted) add_image({translation, is_zero});
-    if (is_zero && one_set_) is_wanted = false;
-  });
-  sort_into_bins();
-  return counts_;
-}
-
-void PairSearch::add_image(const ImageOf& image) {
-  for (std::size_t k = 0; k < 3; ++k) {
-    const auto mine = first_.box(k), theirs = others().box(k);
-    const double shift = image.translation[k];
-    if (!(mine.low + shift < theirs.high + reach_ && mine.high + shift > theirs.low - reach_)) return;
-  }
-  const std::size_t columns = first_.columns(0) * first_.columns(1);
-  for (std::size_t column = 0; column < columns; ++column) add_column(column, image);
-}
-
-void PairSearch::add_column(std::size_t column, const ImageOf& image) {
-  const CellColumns& other = others();
+void ColumnPairs::add_column(const SearchCells& cells, std::size_t column, const SearchImage& image) {
+  const CellColumns& other = cells.others;
   const auto box = other.box(other.along());
   const double along = image.translation[other.along()];
-  const auto atoms = first_.atoms_between(column, box.low - reach_ - along, box.high + reach_ - along);
+  const auto atoms = cells.first.atoms_between(column, box.low - cells.reach - along, box.high + cells.reach - along);
   if (atoms.first == atoms.last) return;
   std::array<CellColumns::Run, 2> near;
   for (std::size_t k = 0; k < 2; ++k) {
-    const auto stretch = first_.stretch(k, first_.place(column, k));
+    const auto stretch = cells.first.stretch(k, cells.first.place(column, k));
     const double across = image.translation[other.across(k)];
-    near[k] = other.columns_between(k, stretch.low + across - reach_, stretch.high + across + reach_);
+    near[k] = other.columns_between(k, stretch.low + across - cells.reach, stretch.high + across + cells.reach);
   }
   for (std::size_t first = near[0].first; first < near[0].last; ++first) {
     for (std::size_t second = near[1].first; second < near[1].last; ++second) {
-      add_columns(column, atoms, other.column(first, second), image);
+      add_columns(cells, column, atoms, other.column(first, second), image);
     }
   }
 }
 
-void PairSearch::add_columns(std::size_t column, CellColumns::Run atoms, std::size_t other_column,
-                             const ImageOf& image) {
+void ColumnPairs::add_columns(const SearchCells& cells, std::size_t column, CellColumns::Run atoms,
+                              std::size_t other_column, const SearchImage& image) {
   // Without an image a pair is met once by looking at later columns, and at later atoms in the column itself.
-  const bool once = one_set_ && image.is_zero;
+  const bool once = cells.one_set && image.is_zero;
   if (once && other_column < column) return;
-  const CellColumns& other = others();
-  const std::span<const double> axes[]{first_.axis(0), first_.axis(1), first_.axis(2)};
+  const CellColumns& other = cells.others;
+  const std::span<const double> axes[]{cells.first.axis(0), cells.first.axis(1), cells.first.axis(2)};
   for (; atoms.first < atoms.last; atoms.first += at_once) {
     const std::size_t count = std::min(atoms.last - atoms.first, at_once);
-    const auto search = other.search_of(other_column, image.translation, reach_, first_, atoms.first);
+    const auto search = other.search_of(other_column, image.translation, cells.reach, cells.first, atoms.first);
     vectors_.cells_near(search, count, first_cells_.data(), last_cells_.data());
     for (std::size_t k = 0; k < count; ++k) {
       if (first_cells_[k] >= last_cells_[k]) continue;
       const std::size_t i = atoms.first + k;
       auto run = other.atoms_of(other_column, first_cells_[k], last_cells_[k]);
       if (once && other_column == column) run.first = std::max(run.first, i + 1);
-      const PairAtom atom{{axes[0][i], axes[1][i], axes[2][i]}, image.translation, first_.order()[i]};
-      add_run(atom, run, one_set_ && !image.is_zero);
+      const PairAtom atom{{axes[0][i], axes[1][i], axes[2][i]}, image.translation, cells.first.order()[i]};
+      add_run(cells, atom, run, cells.one_set && !image.is_zero);
     }
   }
 }
 
-void PairSearch::add_run(const PairAtom& atom, CellColumns::Run run, bool either_moves) {
-  const CellColumns& other = others();
+void ColumnPairs::add_run(const SearchCells& cells, const PairAtom& atom, CellColumns::Run run, bool either_moves) {
+  const CellColumns& other = cells.others;
   const auto squares_below = either_moves ? vectors_.within_one : vectors_.between_two;
   while (run.first < run.last) {
     const std::size_t length = std::min(run.last - run.first, longest_run);
     const PairOthers some{&other.axis(0)[run.first], &other.axis(1)[run.first], &other.axis(2)[run.first],
                           &other.order()[run.first], length};
-    found_ += squares_below(atom, some, limit_, &squares_[found_]);
+    found_ += squares_below(atom, some, cells.limit, &squares_[found_]);
     if (found_ >= enough) sort_into_bins();
     run.first += length;
   }
 }
 
-void PairSearch::sort_into_bins() {
+std::span<const std::int64_t> ColumnPairs::counts() {
+  sort_into_bins();
+  return counts_;
+}
+
+void ColumnPairs::sort_into_bins() {
   const auto last_bin = static_cast<double>(counts_.size() - 1);
   vectors_.bins(squares_.data(), found_, interval_, last_bin, bins_.data());
   for (std::size_t k = 0; k < found_; ++k) ++counts_[static_cast<std::size_t>(bins_[k])];
   found_ = 0;
+}
+
+/// Those whose boxes are within reach. Within one set, an image and its opposite show the same pairs: those up to the
+/// zero image stand for all.
+void PairSearch::choose_images(const PairCount& pairs, const SearchCells& cells) {
+  images_.clear();
+  bool is_wanted = true;
+  for_each_image(pairs, [&](const Vector3& translation, bool is_zero) {
+    bool is_near = is_wanted;
+    for (std::size_t k = 0; k < 3; ++k) {
+      const auto mine = cells.first.box(k), theirs = cells.others.box(k);
+      is_near = is_near && mine.low + translation[k] < theirs.high + cells.reach &&
+                mine.high + translation[k] > theirs.low - cells.reach;
+    }
+    if (is_near) images_.push_back({translation, is_zero});
+    if (is_zero && cells.one_set) is_wanted = false;
+  });
+}
+
+std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::size_t bins,
+                                                const std::function<void()>& meanwhile) {
+  const bool one_set = pairs.set_mode == pair_sets::within_one;
+  if (!one_set) second_.sort(pairs.list2, pairs.cutoff);
+  first_.sort(pairs.list1, pairs.cutoff, one_set ? CellColumns::longest_axis : second_.along());
+  const CellColumns& others = one_set ? first_ : second_;
+  // Sums and products of coordinates are off by some 1e-16 of the greatest.
+  const double rounding = 1e-12 * (pairs.cutoff + greatest_coordinate(first_) + greatest_coordinate(others));
+  const SearchCells cells{first_, others, one_set, pairs.cutoff + rounding, pairs.cutoff * pairs.cutoff};
+  choose_images(pairs, cells);
+
+  workers_.clear();
+  for (std::size_t k = 0; k < thread_count(); ++k) {
+    workers_.push_back(std::make_unique<ColumnPairs>(vectors_, pairs.interval, bins));
+  }
+  const auto columns = static_cast<std::int64_t>(first_.columns(0) * first_.columns(1));
+  const std::int64_t pieces = (columns + columns_together - 1) / columns_together;
+  const auto images = static_cast<std::int64_t>(images_.size());
+  ParallelBlocks counting(pieces * images, [&](std::int64_t block, std::size_t worker) {
+    const SearchImage& image = images_[static_cast<std::size_t>(block / pieces)];
+    const std::int64_t first = block % pieces * columns_together;
+    for (std::int64_t column = first; column < std::min(first + columns_together, columns); ++column) {
+      workers_[worker]->add_column(cells, static_cast<std::size_t>(column), image);
+    }
+  });
+  if (meanwhile) meanwhile();
+  counting.finish();
+  counts_.assign(bins, 0);
+  for (const auto& worker : workers_) {
+    std::ranges::transform(counts_, worker->counts(), counts_.begin(), std::plus<>{});
+  }
+  return counts_;
 }
 
 }  // namespace pathstat

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -12,33 +14,40 @@
 
 namespace pathstat {
 
-/// Counts pairs by distance, searching cells for those within the cutoff. It counts the pairs that the definition of
-/// count_pairs_plainly() counts, each in the same bin, but for an atom's own images. Keeps its memory between counts.
-class PairSearch {
- public:
-  explicit PairSearch(const PairVectors& vectors = pair_vectors()) : vectors_(vectors) {}
+/// An image of a cell that atoms are seen in.
+struct SearchImage {
+  Vector3 translation;
+  bool is_zero;
+};
 
-  /// @return the number of pairs in each bin; lives until the next count. Without memory std::bad_alloc is thrown.
-  std::span<const std::int64_t> count(const PairCount& pairs, std::size_t bins);
+/// The two sets of a search in their cells; within one set both are the same.
+struct SearchCells {
+  const CellColumns& first;
+  const CellColumns& others;
+  bool one_set;
+  double reach;  ///< the cutoff, and what rounding may add to it
+  double limit;  ///< the square of the cutoff
+};
+
+/// Counts the pairs of some columns: what one thread of a search works with.
+class ColumnPairs {
+ public:
+  ColumnPairs(const PairVectors& vectors, double interval, std::size_t bins)
+      : vectors_(vectors), interval_(interval), counts_(bins) {}
+
+  /// Counts what the atoms of a column of the first set see in an image of the others.
+  void add_column(const SearchCells& cells, std::size_t column, const SearchImage& image);
+  /// The number of pairs in each bin.
+  std::span<const std::int64_t> counts();
 
  private:
-  struct ImageOf {
-    Vector3 translation;
-    bool is_zero;
-  };
-  void add_image(const ImageOf& image);
-  void add_column(std::size_t column, const ImageOf& image);
-  void add_columns(std::size_t column, CellColumns::Run atoms, std::size_t other_column, const ImageOf& image);
-  void add_run(const PairAtom& atom, CellColumns::Run others, bool either_moves);
+  void add_columns(const SearchCells& cells, std::size_t column, CellColumns::Run atoms, std::size_t other_column,
+                   const SearchImage& image);
+  void add_run(const SearchCells& cells, const PairAtom& atom, CellColumns::Run others, bool either_moves);
   void sort_into_bins();
-  const CellColumns& others() const { return one_set_ ? first_ : second_; }
 
   const PairVectors& vectors_;
-  CellColumns first_, second_;
-  bool one_set_ = true;
-  double reach_ = 0.0;  // the cutoff, and what rounding may add to it
-  double limit_ = 0.0;
-  double interval_ = 0.0;
+  double interval_;
 
   static constexpr std::size_t at_once = 256;
   std::array<std::int32_t, at_once> first_cells_, last_cells_;
@@ -48,6 +57,27 @@ class PairSearch {
   std::size_t found_ = 0;
   std::array<double, enough + longest_run + vector_lanes> squares_;
   std::array<std::int32_t, enough + longest_run> bins_;
+  std::vector<std::int64_t> counts_;
+};
+
+/// Counts pairs by distance, searching cells for those within the cutoff. It counts the pairs that the definition of
+/// count_pairs_plainly() counts, each in the same bin, but for an atom's own images. Keeps its memory between counts.
+class PairSearch {
+ public:
+  explicit PairSearch(const PairVectors& vectors = pair_vectors()) : vectors_(vectors) {}
+
+  /// @param meanwhile  called on this thread while others count; may be empty
+  /// @return the number of pairs in each bin; lives until the next count. Without memory std::bad_alloc is thrown.
+  std::span<const std::int64_t> count(const PairCount& pairs, std::size_t bins,
+                                      const std::function<void()>& meanwhile = {});
+
+ private:
+  void choose_images(const PairCount& pairs, const SearchCells& cells);
+
+  const PairVectors& vectors_;
+  CellColumns first_, second_;
+  std::vector<SearchImage> images_;
+  std::vector<std::unique_ptr<ColumnPairs>> workers_;
   std::vector<std::int64_t> counts_;
 };
 

@@ -23,13 +23,14 @@ PairCount question(const RdfRequest& request) {
 }
 
 /// Counts the pairs in all images of a lattice that are within the cutoff.
-void count_pairs(PairCount& pairs, RdfBlocks& blocks, std::int32_t& status) {
+void count_pairs(PairCount& pairs, RdfBlocks& blocks, std::int32_t& status,
+                 const std::function<void()>& meanwhile = {}) {
   auto& [ia, ib, ic] = pairs.repeats;
   const auto& [a, b, c] = pairs.vectors;
   cellrange_(pairs.periodic_type, a, b, c, pairs.cutoff, ia, ib, ic);
   widen_repeats(pairs);
   status = image_count(pairs) > most_images ? 1 : 0;
-  if (status == 0) calculaterdf_(pairs, blocks.work.span(), blocks.search, status);
+  if (status == 0) calculaterdf_(pairs, blocks.work.span(), blocks.search, status, meanwhile);
 }
 
 void take_volume(std::int32_t frame, RdfBlocks& blocks, std::int32_t& status) {
@@ -136,7 +137,8 @@ bool normalise_rdf(std::string_view normalization, double pairs, double interval
   return true;
 }
 
-void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status) {
+void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status,
+                  const std::function<void()>& meanwhile) {
   status = 0;
   if (gr_l_.periodic) take_volume(frame, blocks, status);
   if (status != 0) return;
@@ -151,7 +153,7 @@ void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& bloc
   pairs.list1 = atoms.first(3 * static_cast<std::size_t>(gr_i_.set1_count));
   pairs.list2 = atoms.subspan(pairs.list1.size());
   std::ranges::fill(blocks.work.span(), 0.0);
-  count_pairs(pairs, blocks, status);
+  count_pairs(pairs, blocks, status, meanwhile);
   if (status != 0) return;
   add_to_mean(frame, blocks, blocks.total.span());
   if (!request.components) return;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
@@ -87,19 +88,38 @@ void find_places(RdfBlocks& blocks, std::int32_t& status) {
   if (status == 0) place_fixed(fixed.span().first(static_cast<std::size_t>(fixed_count)), blocks, status);
 }
 
-void read_frame(std::int32_t frame, RdfBlocks& blocks, std::int32_t& status) {
-  const std::int32_t handle = gr_i_.trj_handle;
-  trj_readframe_(handle, frame, status);
-  std::int32_t count = 0;
-  const auto moved = blocks.xyz_in.span().first(3 * static_cast<std::size_t>(gr_i_.moved_count));
-  if (status == 0 && !moved.empty()) trj_dvalue_(handle, trajectory_key::movable_positions, moved, count, status);
-  if (status != 0 || gr_i_.periodic_type == periodic_type::none) return;
-  std::array<double, 6> w{};
-  trj_dvalue_(handle, trajectory_key::cell, w, count, status);
-  gr_d_.a = {w[0], w[5], w[4]};
-  gr_d_.b = {0.0, w[1], w[3]};
-  gr_d_.c = {0.0, 0.0, w[2]};
-}
+/// A frame as it was read, while the one before it may still be counted.
+class FrameAhead {
+ public:
+  FrameAhead() : positions_(3 * static_cast<std::size_t>(gr_i_.moved_count)) {}
+
+  void read(std::int64_t frame) {
+    const std::int32_t handle = gr_i_.trj_handle;
+    trj_readframe_(handle, static_cast<std::int32_t>(frame), status_);
+    std::int32_t count = 0;
+    if (status_ == 0 && !positions_.empty()) {
+      trj_dvalue_(handle, trajectory_key::movable_positions, positions_, count, status_);
+    }
+    if (status_ != 0 || gr_i_.periodic_type == periodic_type::none) return;
+    trj_dvalue_(handle, trajectory_key::cell, cell_, count, status_);
+  }
+
+  /// Makes it the configuration. @return its status
+  std::int32_t take(RdfBlocks& blocks) const {
+    if (status_ != 0) return status_;
+    std::ranges::copy(positions_, blocks.xyz_in.span().begin());
+    if (gr_i_.periodic_type == periodic_type::none) return 0;
+    gr_d_.a = {cell_[0], cell_[5], cell_[4]};
+    gr_d_.b = {0.0, cell_[1], cell_[3]};
+    gr_d_.c = {0.0, 0.0, cell_[2]};
+    return 0;
+  }
+
+ private:
+  std::vector<double> positions_;
+  std::array<double, 6> cell_{};
+  std::int32_t status_ = 0;
+};
 
 }  // namespace
 
@@ -123,9 +143,15 @@ void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, doub
   const std::int32_t between_shows =
       std::max<std::int32_t>(1, static_cast<std::int32_t>(request.total_frames / (std::int64_t{50} * request.step)));
   std::int32_t done = 0;
+  FrameAhead ahead;
   for (std::int64_t frame = request.first; frame <= request.last && !rdf_interrupted(done); frame += request.step) {
-    read_frame(static_cast<std::int32_t>(frame), blocks, status);
-    if (status == 0) dordfconfig_(request, done + 1, blocks, status);
+    if (done == 0) ahead.read(frame);
+    status = ahead.take(blocks);
+    const std::int64_t next = frame + request.step;
+    const auto read_next = [&] {
+      if (next <= request.last) ahead.read(next);
+    };
+    if (status == 0) dordfconfig_(request, done + 1, blocks, status, read_next);
     if (status != 0) return;
     ++done;
     show_rdf_progress(request, blocks, done, request.total_frames / request.step, between_shows,
