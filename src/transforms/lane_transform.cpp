@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <numbers>
+#include <utility>
 
 namespace pathstat {
 namespace {
@@ -96,7 +97,26 @@ template <std::size_t Radix>
   }
 }
 
-/// The same where all but the first part is 0.
+/// The way back through a stage: the conjugate of everything, by its real and imaginary parts in each other's place.
+template <std::size_t Radix>
+[[gnu::always_inline]] inline void run_back(LaneComplex* data, std::size_t part, const std::complex<double>* twiddles) {
+  for (std::size_t j = 0; j < part; ++j) {
+    Value z[Radix];
+    load(data[j], z[0]);
+    std::swap(z[0].re, z[0].im);
+    for (std::size_t q = 1; q < Radix; ++q) {
+      Value y;
+      load(data[j + q * part], y);
+      const double c = twiddles[(Radix - 1) * j + q - 1].real();
+      const double s = twiddles[(Radix - 1) * j + q - 1].imag();
+      z[q] = {y.im * c - y.re * s, y.im * s + y.re * c};
+    }
+    butterfly(z);
+    for (std::size_t m = 0; m < Radix; ++m) store({z[m].im, z[m].re}, data[j + m * part]);
+  }
+}
+
+/// A stage where all but the first part is 0.
 template <std::size_t Radix>
 [[gnu::always_inline]] inline void spread_first_part(LaneComplex* data, std::size_t part,
                                                      const std::complex<double>* twiddles) {
@@ -107,18 +127,22 @@ template <std::size_t Radix>
   }
 }
 
-[[gnu::always_inline]] inline void dispatch_stage(std::size_t radix, bool first_part_only, LaneComplex* data,
-                                                  std::size_t part, const std::complex<double>* twiddles) {
-  switch (radix) {
-    case 2:
-      return first_part_only ? spread_first_part<2>(data, part, twiddles) : run_stage<2>(data, part, twiddles);
-    case 3:
-      return first_part_only ? spread_first_part<3>(data, part, twiddles) : run_stage<3>(data, part, twiddles);
-    case 4:
-      return first_part_only ? spread_first_part<4>(data, part, twiddles) : run_stage<4>(data, part, twiddles);
-    default:
-      return first_part_only ? spread_first_part<5>(data, part, twiddles) : run_stage<5>(data, part, twiddles);
-  }
+enum class Way { there, from_first_part, back };
+
+template <std::size_t Radix>
+[[gnu::always_inline]] inline void run_one(Way way, LaneComplex* data, std::size_t part,
+                                           const std::complex<double>* twiddles) {
+  if (way == Way::there) return run_stage<Radix>(data, part, twiddles);
+  if (way == Way::back) return run_back<Radix>(data, part, twiddles);
+  spread_first_part<Radix>(data, part, twiddles);
+}
+
+[[gnu::always_inline]] inline void dispatch_stage(std::size_t radix, Way way, LaneComplex* data, std::size_t part,
+                                                  const std::complex<double>* twiddles) {
+  if (radix == 2) return run_one<2>(way, data, part, twiddles);
+  if (radix == 3) return run_one<3>(way, data, part, twiddles);
+  if (radix == 4) return run_one<4>(way, data, part, twiddles);
+  run_one<5>(way, data, part, twiddles);
 }
 
 [[gnu::always_inline]] inline void products(std::span<const LaneComplex> a, std::span<const LaneComplex> b,
@@ -134,13 +158,13 @@ template <std::size_t Radix>
   }
 }
 
-using RunStage = void (*)(std::size_t, bool, LaneComplex*, std::size_t, const std::complex<double>*);
+using RunStage = void (*)(std::size_t, Way, LaneComplex*, std::size_t, const std::complex<double>*);
 using AddProducts = void (*)(std::span<const LaneComplex>, std::span<const LaneComplex>,
                              std::span<std::complex<double>>);
 
-void plain_stage(std::size_t radix, bool first_part_only, LaneComplex* data, std::size_t part,
+void plain_stage(std::size_t radix, Way way, LaneComplex* data, std::size_t part,
                  const std::complex<double>* twiddles) {
-  dispatch_stage(radix, first_part_only, data, part, twiddles);
+  dispatch_stage(radix, way, data, part, twiddles);
 }
 void plain_products(std::span<const LaneComplex> a, std::span<const LaneComplex> b,
                     std::span<std::complex<double>> sums) {
@@ -153,9 +177,9 @@ struct Kernels {
 };
 
 #if defined(__x86_64__)
-[[gnu::target("avx2,fma")]] void wide_stage(std::size_t radix, bool first_part_only, LaneComplex* data,
+[[gnu::target("avx2,fma")]] void wide_stage(std::size_t radix, Way way, LaneComplex* data,
                                             std::size_t part, const std::complex<double>* twiddles) {
-  dispatch_stage(radix, first_part_only, data, part, twiddles);
+  dispatch_stage(radix, way, data, part, twiddles);
 }
 [[gnu::target("avx2,fma")]] void wide_products(std::span<const LaneComplex> a, std::span<const LaneComplex> b,
                                                std::span<std::complex<double>> sums) {
@@ -196,12 +220,27 @@ double cost_of(std::size_t length, std::span<const std::size_t> radices) {
   return per_element * static_cast<double>(length);
 }
 
-/// e^(-2 pi i numerator / length), numerator below length, to full accuracy.
+/// All e^(-2 pi i k / length), each from the sine and cosine of an angle in the first octant, where rounding is least.
 template <class Real>
-std::complex<Real> root_of_unity(std::size_t numerator, std::size_t length) {
-  const auto angle =
-      -2.0L * std::numbers::pi_v<long double> * static_cast<long double>(numerator) / static_cast<long double>(length);
-  return {static_cast<Real>(std::cos(angle)), static_cast<Real>(std::sin(angle))};
+std::vector<std::complex<Real>> roots_of_unity(std::size_t length) {
+  constexpr Real pi = std::numbers::pi_v<Real>;
+  std::vector<std::complex<Real>> roots;
+  roots.reserve(length);
+  for (std::size_t k = 0; k < length; ++k) {
+    std::size_t eighths = 8 * k;  // of which 8 x length make a turn
+    const bool below = eighths > 4 * length;
+    if (below) eighths = 8 * length - eighths;
+    const bool left = eighths > 2 * length;
+    if (left) eighths = 4 * length - eighths;
+    const bool steep = eighths > length;
+    if (steep) eighths = 2 * length - eighths;
+    const Real angle = pi * static_cast<Real>(eighths) / static_cast<Real>(4 * length);
+    Real cos = std::cos(angle);
+    Real sin = std::sin(angle);
+    if (steep) std::swap(cos, sin);
+    roots.emplace_back(left ? -cos : cos, below ? sin : -sin);
+  }
+  return roots;
 }
 
 /// Elements that stay in the second cache while the stages below a part run on it.
@@ -223,14 +262,15 @@ LanePlan::LanePlan(std::int64_t least) {
     length_ = length;
     chosen = radices;
   }
+  const auto roots = roots_of_unity<double>(length_);
   std::size_t part = length_;
   for (const std::size_t radix : chosen) {
-    const std::size_t whole = part;
+    const std::size_t turn = length_ / part;
     part /= radix;
     Stage stage{radix, part, {}};
     stage.twiddles.reserve((radix - 1) * part);
     for (std::size_t j = 0; j < part; ++j) {
-      for (std::size_t q = 1; q < radix; ++q) stage.twiddles.push_back(root_of_unity<double>(j * q, whole));
+      for (std::size_t q = 1; q < radix; ++q) stage.twiddles.push_back(roots[j * q * turn]);
     }
     stages_.push_back(std::move(stage));
   }
@@ -242,34 +282,41 @@ double LanePlan::cost() const {
   return per_element * static_cast<double>(length_);
 }
 
+void LanePlan::run(std::size_t stage, std::span<LaneComplex> data) const {
+  const Stage& s = stages_[stage];
+  const std::size_t whole = s.radix * s.part;
+  for (std::size_t at = 0; at < data.size(); at += whole) {
+    kernels().stage(s.radix, Way::there, data.data() + at, s.part, s.twiddles.data());
+  }
+}
+
 void LanePlan::transform(std::span<LaneComplex> data, std::size_t filled) const {
   // Stage by stage while the parts are larger than the cache, then part by part through all that is left.
-  std::size_t first_small = 0;
-  const RunStage run = kernels().stage;
-  const auto run_on = [&](std::size_t stage, std::size_t at, bool first_part_only) {
-    const Stage& s = stages_[stage];
-    run(s.radix, first_part_only, data.data() + at, s.part, s.twiddles.data());
-  };
-  for (; first_small < stages_.size() && stages_[first_small].part * stages_[first_small].radix > elements_in_cache;
-       ++first_small) {
-    const std::size_t whole = stages_[first_small].part * stages_[first_small].radix;
-    const bool rest_is_zero = first_small == 0 && filled <= stages_[0].part;
-    for (std::size_t at = 0; at < data.size(); at += whole) run_on(first_small, at, rest_is_zero);
+  std::size_t stage = 0;
+  if (filled <= stages_[0].part) {
+    const Stage& first = stages_[stage++];
+    kernels().stage(first.radix, Way::from_first_part, data.data(), first.part, first.twiddles.data());
   }
-  if (first_small == stages_.size()) return;
-  const std::size_t piece = stages_[first_small].part * stages_[first_small].radix;
+  while (stage < stages_.size() && stages_[stage].radix * stages_[stage].part > elements_in_cache) run(stage++, data);
+  if (stage == stages_.size()) return;
+  const std::size_t piece = stages_[stage].radix * stages_[stage].part;
   for (std::size_t at = 0; at < data.size(); at += piece) {
-    for (std::size_t stage = first_small; stage < stages_.size(); ++stage) {
-      const std::size_t whole = stages_[stage].part * stages_[stage].radix;
-      for (std::size_t inner = at; inner < at + piece; inner += whole) run_on(stage, inner, false);
+    for (std::size_t k = stage; k < stages_.size(); ++k) run(k, data.subspan(at, piece));
+  }
+}
+
+void LanePlan::back(std::span<LaneComplex> data) const {
+  for (auto stage = stages_.rbegin(); stage != stages_.rend(); ++stage) {
+    const std::size_t whole = stage->radix * stage->part;
+    for (std::size_t at = 0; at < data.size(); at += whole) {
+      kernels().stage(stage->radix, Way::back, data.data() + at, stage->part, stage->twiddles.data());
     }
   }
 }
 
 void LanePlan::back(std::span<std::complex<long double>> data) const {
-  std::vector<std::complex<long double>> turns;
-  turns.reserve(length_);
-  for (std::size_t j = 0; j < length_; ++j) turns.push_back(std::conj(root_of_unity<long double>(j, length_)));
+  auto turns = roots_of_unity<long double>(length_);
+  for (auto& turn : turns) turn = std::conj(turn);
   std::array<std::complex<long double>, largest_radix> z;
   for (auto stage = stages_.rbegin(); stage != stages_.rend(); ++stage) {
     const std::size_t radix = stage->radix;
@@ -284,6 +331,16 @@ void LanePlan::back(std::span<std::complex<long double>> data) const {
           data[at + j + m * part] = sum;
         }
       }
+    }
+  }
+}
+
+void multiply_lanes(std::span<LaneComplex> a, std::span<const LaneComplex> b) {
+  for (std::size_t j = 0; j < a.size(); ++j) {
+    for (std::size_t k = 0; k < lanes_together; ++k) {
+      const double re = a[j].re[k] * b[j].re[k] - a[j].im[k] * b[j].im[k];
+      a[j].im[k] = a[j].re[k] * b[j].im[k] + a[j].im[k] * b[j].re[k];
+      a[j].re[k] = re;
     }
   }
 }

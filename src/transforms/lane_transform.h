@@ -36,6 +36,8 @@ class LanePlan {
   /// @param data  length() elements, of which those from `filled` on are 0
   void transform(std::span<LaneComplex> data, std::size_t filled) const;
 
+  /// The same sequences, times the length, from frequencies in the plan's order.
+  void back(std::span<LaneComplex> data) const;
   /// The sum over k of X(k) e^(2 pi i j k / L), in 80-bit floats where the platform has them, to keep rounding out of
   /// what is done once only.
   /// @param data  length() elements, in the plan's order before and in that of j behind
@@ -49,9 +51,14 @@ class LanePlan {
     std::vector<std::complex<double>> twiddles;  ///< part by part element, for q = 1 ... radix-1
   };
 
+  void run(std::size_t stage, std::span<LaneComplex> data) const;
+
   std::size_t length_ = 1;
   std::vector<Stage> stages_;
 };
+
+/// Puts the product a b in the place of a.
+void multiply_lanes(std::span<LaneComplex> a, std::span<const LaneComplex> b);
 
 /// Adds the sum over the lanes of conj(a) b to each element.
 void add_lane_products(std::span<const LaneComplex> a, std::span<const LaneComplex> b,

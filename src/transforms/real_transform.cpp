@@ -1,15 +1,21 @@
 #include "transforms/real_transform.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <utility>
+#include <vector>
+
+#include "transforms/lane_transform.h"
 
 namespace pathstat {
 namespace {
 
 constexpr double two_pi = 6.283185307179586;
+/// Beyond it a convolution costs less than a factor's own square.
+constexpr std::size_t largest_direct_radix = 128;
 
 /// A whole number out of the factor table.
 std::int64_t whole(double value) { return static_cast<std::int64_t>(value + (value < 0 ? -0.5 : 0.5)); }
@@ -181,9 +187,8 @@ std::size_t factorise(std::int64_t length, std::span<double> factors) {
   return count;
 }
 
-/// Twiddles all parts, then puts the sum of parts j and p-j in the place of j, and their difference in that of p-j.
-void fold_parts(std::size_t radix, std::size_t points, std::size_t groups, std::span<double> data,
-                std::span<const double> twiddles) {
+void twiddle_parts(std::size_t radix, std::size_t points, std::size_t groups, std::span<double> data,
+                   std::span<const double> twiddles) {
   const std::size_t part = points * groups;
   for (std::size_t j = 1; j < radix; ++j) {
     const double* twiddle = twiddles.data() + points * (j - 1);
@@ -196,6 +201,10 @@ void fold_parts(std::size_t radix, std::size_t points, std::size_t groups, std::
       }
     }
   }
+}
+
+/// Puts the sum of parts j and p-j in the place of j, and their difference in that of p-j.
+void fold_parts(std::size_t radix, std::size_t part, std::span<double> data) {
   for (std::size_t j = 1; 2 * j < radix; ++j) {
     double* a = data.data() + part * j;
     double* b = data.data() + part * (radix - j);
@@ -230,6 +239,55 @@ void combine_parts(std::size_t radix, std::size_t part, const double* folded, do
       for (std::size_t i = 0; i < part; ++i) even[i] += cos * a[i];
       if (q == 0) continue;
       for (std::size_t i = 0; i < part; ++i) odd[i] += sin * b[i];
+    }
+  }
+}
+
+/// What fold_parts and combine_parts make of the parts, for a large prime: the transform of its length as a convolution
+/// with a chirp (L. I. Bluestein, A linear filtering approach to the computation of the discrete Fourier transform,
+/// 1970). Eight elements of the parts are two in each of the lanes, as a real and an imaginary part.
+void combine_by_chirp(std::size_t radix, std::size_t part, const double* parts, double* sums) {
+  const LanePlan plan(static_cast<std::int64_t>(2 * radix - 1));
+  std::vector<Complex> chirp(radix);
+  for (std::size_t j = 0; j < radix; ++j) {
+    const double angle = two_pi / 2.0 * static_cast<double>(j * j % (2 * radix)) / static_cast<double>(radix);
+    chirp[j] = {std::cos(angle), std::sin(angle)};
+  }
+  std::vector<LaneComplex> filter(plan.length());
+  for (std::size_t j = 0; j < radix; ++j) {
+    filter[j].re.fill(chirp[j].re / static_cast<double>(plan.length()));
+    filter[j].im.fill(chirp[j].im / static_cast<double>(plan.length()));
+    if (j > 0) filter[plan.length() - j] = filter[j];
+  }
+  plan.transform(filter, plan.length());
+  std::vector<LaneComplex> data(plan.length());
+  for (std::size_t first = 0; first < part; first += 2 * lanes_together) {
+    const std::size_t count = std::min(part - first, 2 * lanes_together);
+    std::ranges::fill(data, LaneComplex{});
+    for (std::size_t j = 0; j < radix; ++j) {
+      std::array<double, 2 * lanes_together> z{};
+      std::copy_n(parts + part * j + first, count, z.begin());
+      for (std::size_t k = 0; k < lanes_together; ++k) {
+        const Complex turn = turned({z[k], z[k + lanes_together]}, chirp[j].re, chirp[j].im);
+        data[j].re[k] = turn.re;
+        data[j].im[k] = turn.im;
+      }
+    }
+    plan.transform(data, radix);
+    multiply_lanes(data, filter);
+    plan.back(data);
+    const auto at = [&](std::size_t q, std::size_t k) {
+      return turned({data[q].re[k], data[q].im[k]}, chirp[q].re, chirp[q].im);
+    };
+    for (std::size_t q = 0; 2 * q < radix; ++q) {
+      const std::size_t mirrored = (radix - q) % radix;
+      for (std::size_t k = 0; k < count; ++k) {
+        const bool is_real = k < lanes_together;
+        const Complex y = at(q, k % lanes_together);
+        const Complex mirror = at(mirrored, k % lanes_together);
+        sums[part * mirrored + first + k] = 0.5 * (is_real ? mirror.im - y.im : y.re - mirror.re);
+        sums[part * q + first + k] = 0.5 * (is_real ? y.re + mirror.re : y.im + mirror.im);
+      }
     }
   }
 }
@@ -320,8 +378,13 @@ void fft8trf_(std::int64_t radix, StageShape shape, std::span<double> data, std:
   const auto parts = static_cast<std::size_t>(radix);
   const auto points = static_cast<std::size_t>(shape.points);
   const auto groups = static_cast<std::size_t>(shape.groups);
-  fold_parts(parts, points, groups, data, twiddles);
-  combine_parts(parts, points * groups, data.data(), scratch.data(), table);
+  twiddle_parts(parts, points, groups, data, twiddles);
+  if (parts > largest_direct_radix) {
+    combine_by_chirp(parts, points * groups, data.data(), scratch.data());
+  } else {
+    fold_parts(parts, points * groups, data);
+    combine_parts(parts, points * groups, data.data(), scratch.data(), table);
+  }
   spread_parts(parts, points, groups, scratch.data(), data.data());
 }
 

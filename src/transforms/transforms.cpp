@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <new>
 #include <string_view>
 
 #include "coreapi/operations.h"
@@ -24,7 +25,7 @@ using MakeTables = void (*)(std::int64_t, std::span<double>);
 using Transform = void (*)(std::span<const double>, std::span<double>, std::span<double>);
 
 void transform(std::span<const double> input, std::span<double> output, std::int64_t work_per_point,
-               std::string_view too_short, MakeTables make_tables, Transform run) {
+               std::string_view too_short, MakeTables make_tables, Transform run) try {
   if (input.size() < shortest) return show(too_short);
   const auto n = static_cast<std::int64_t>(input.size());
   std::int32_t status = 0;
@@ -32,6 +33,8 @@ void transform(std::span<const double> input, std::span<double> output, std::int
   if (status != 0) return show("PATHSTAT_ERROR_34");
   make_tables(n, work.span());
   run(input, output, work.span());
+} catch (const std::bad_alloc&) {
+  show("PATHSTAT_ERROR_34");
 }
 
 /// The real transform of all of `data` with what its tables are followed by.

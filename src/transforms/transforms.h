@@ -4,7 +4,7 @@
 #include <span>
 
 // Cosine, sine and radial transforms of any length, not normalised. Sequences count from 1 in the formulas; a length
-// whose prime factors are 2, 3 and 5 is fast, a large prime factor p costs O(p) per element.
+// whose prime factors are 2, 3 and 5 is fast; another prime factor p costs O(p) per element, and a large one O(log p).
 namespace pathstat {
 
 /// Cosine transform of an even sequence: X(i) = x(1) + (-1)^(i-1) x(n) + sum over k = 2 ... n-1 of
