@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <map>
 #include <span>
@@ -53,6 +54,7 @@ OutputFormats formats_of(const std::vector<std::string>& words) {
 struct RunWords {
   std::vector<std::string> formats{"svg", "png", "tsv", "html"};
   std::string protocol = "unix";
+  int threads = 0;  ///< 0: as pathstat has it by itself
 };
 
 /// The options of every run.
@@ -66,6 +68,9 @@ void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->add_option("--protocol", words.protocol, "How pathstat connects: by a private socket, or by a loopback port")
       ->check(CLI::IsMember(protocol_words))
       ->option_text("unix|tcp");
+  run->add_option("--threads", words.threads, "Processors that an analysis uses; all without it")
+      ->check(CLI::Range(1, 256))
+      ->option_text("N");
   run->add_option("--workdir", options.work_directory,
                   "Folder where pathstat works, kept after the run; without it one is made and removed")
       ->option_text("DIR");
@@ -148,6 +153,7 @@ int main_of(int argc, char** argv) {
   }
   options.formats = formats_of(words.formats);
   options.protocol = protocol_words.at(words.protocol);
+  if (words.threads > 0) ::setenv("MP_SET_NUMTHREADS", std::to_string(words.threads).c_str(), 1);  // pathstat inherits it
   if (run->parsed()) return run_script(options, file);
   if (shell->parsed()) return run_shell(options);
   if (info->parsed()) return print_file_info(file);
