@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -38,6 +39,9 @@ class BatchStore : public FrameSink {
   /// @param file    of the cache, made only if it is needed
   /// @param memory  bytes that may be taken; what a single batch needs is taken in any case
   BatchStore(std::string_view file, std::int64_t memory) : file_(file), memory_(memory) {}
+
+  /// Leaves so many bytes of the memory to others; before it is opened.
+  void spare(std::int64_t bytes) { memory_ = std::max(memory_ - bytes, memory_ / 4); }
 
   std::int32_t open(std::int32_t atoms, std::int32_t frames) override;
   bool write(std::int32_t record, const Axes& frame) override;

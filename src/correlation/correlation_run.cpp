@@ -16,6 +16,7 @@
 #include "correlation/origin_groups.h"
 #include "correlation/spectral_run.h"
 #include "support/named_memory.h"
+#include "support/parallel.h"
 
 namespace pathstat {
 namespace {
@@ -39,6 +40,7 @@ class RoutedCache : public FrameSink {
         kind_.of_velocities,
         request_.anisotropic};
     by_transforms_ = transforms_pay(shape_, atoms);
+    if (by_transforms_) batches_.spare(SpectralSums::bytes(shape_, thread_count()));
     const std::int32_t status = sink().open(atoms, frames);
     if (status == 0 && std::getenv("PATHSTAT_TRACE") != nullptr) trace(atoms);
     return status;

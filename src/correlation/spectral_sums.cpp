@@ -26,6 +26,12 @@ LanePlan plan_for(const OriginSeries& series) {
   return LanePlan(series.count() + (series.intervals + series.step - 1) / series.step);
 }
 
+/// Interleaved series that lags reach.
+std::size_t series_of(const OriginSeries& series) {
+  return static_cast<std::size_t>(
+      std::min({series.step, std::max<std::int64_t>(series.intervals, 1), std::max<std::int64_t>(series.frames, 1)}));
+}
+
 /// The mean of each atom along an axis, as a 32-bit float.
 std::array<double, atoms_in_batch> means(const AtomBatch& batch, std::size_t axis, std::size_t records) {
   std::array<double, atoms_in_batch> sums{};
@@ -42,8 +48,7 @@ std::array<double, atoms_in_batch> means(const AtomBatch& batch, std::size_t axi
 SpectralSums::SpectralSums(const SpectralShape& shape, std::size_t workers)
     : shape_(shape),
       records_(static_cast<std::size_t>(std::max<std::int64_t>(shape.series.frames - 1, 0))),
-      series_count_(static_cast<std::size_t>(
-          std::min({shape.series.step, std::max<std::int64_t>(shape.series.intervals, 1), shape.series.frames}))),
+      series_count_(series_of(shape.series)),
       plan_(plan_for(shape.series)),
       workers_(workers) {
   const auto sized = [&](Sums& sums) {
@@ -241,6 +246,16 @@ SpectralSums::Lags SpectralSums::lags(std::int64_t atoms) const {
   }
   judge(atoms, lags);
   return lags;
+}
+
+std::int64_t SpectralSums::bytes(const SpectralShape& shape, std::size_t workers) {
+  const std::size_t series = series_of(shape.series);
+  const std::size_t points = series * plan_for(shape.series).length();
+  const std::size_t sums = shape.products() * (points * sizeof(std::complex<double>) +
+                                               static_cast<std::size_t>(shape.series.frames) * sizeof(double));
+  const std::size_t data = (shape.anisotropic ? axes : 1) * points * sizeof(LaneComplex);
+  const std::size_t at_the_end = 2 * points / series * sizeof(std::complex<long double>);
+  return static_cast<std::int64_t>(workers * (sums + data) + sums + at_the_end);
 }
 
 double SpectralSums::cost_per_atom(const SpectralShape& shape) {

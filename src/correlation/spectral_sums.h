@@ -52,6 +52,8 @@ class SpectralSums {
   /// @param atoms  transformed so far
   Lags lags(std::int64_t atoms) const;
 
+  /// Bytes that the sums of so many workers take, and the lags at the end.
+  static std::int64_t bytes(const SpectralShape& shape, std::size_t workers);
   /// Operations that an atom costs, in units of a pair of frames of one atom by a pair kernel.
   static double cost_per_atom(const SpectralShape& shape);
 

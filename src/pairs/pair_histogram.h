@@ -40,8 +40,8 @@ void widen_repeats(PairCount& pairs);
 /// counts are those of count_pairs_plainly(), to which small questions go, and the atoms beyond 1e9 Å of others.
 ///
 /// @param search  work space, which keeps its memory from call to call
-/// @param status     0; 1 unknown set mode, no bins, or a cutoff or interval that is none; 2 no memory. Nothing is added
-/// unless it is 0
+/// @param status     0; 1 unknown set mode, no bins, or a cutoff or interval that is none; 2 no memory. Nothing is
+/// added unless it is 0
 /// @param meanwhile  called on this thread while others count, once if the status is 0; may be empty
 void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSearch& search, std::int32_t& status,
                    const std::function<void()>& meanwhile = {});

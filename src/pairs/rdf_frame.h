@@ -20,7 +20,8 @@ bool normalise_rdf(std::string_view normalization, double pairs, double interval
 
 /// Adds one configuration to the running means, from xyz_in and the cell vectors of gr_d_.
 /// @param frame   number of the configuration, from 1
-/// @param status     0; 1 a cell so small that its images cannot be counted; that of the cell's matrices or of no memory
+/// @param status     0; 1 a cell so small that its images cannot be counted; that of the cell's matrices or of no
+/// memory
 /// @param meanwhile  called while other threads count, once if the status is 0; may be empty
 void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status,
                   const std::function<void()>& meanwhile = {});

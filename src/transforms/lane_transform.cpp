@@ -177,8 +177,8 @@ struct Kernels {
 };
 
 #if defined(__x86_64__)
-[[gnu::target("avx2,fma")]] void wide_stage(std::size_t radix, Way way, LaneComplex* data,
-                                            std::size_t part, const std::complex<double>* twiddles) {
+[[gnu::target("avx2,fma")]] void wide_stage(std::size_t radix, Way way, LaneComplex* data, std::size_t part,
+                                            const std::complex<double>* twiddles) {
   dispatch_stage(radix, way, data, part, twiddles);
 }
 [[gnu::target("avx2,fma")]] void wide_products(std::span<const LaneComplex> a, std::span<const LaneComplex> b,

@@ -43,8 +43,8 @@ void fft6trf_(StageShape shape, std::span<const double> input, std::span<double>
 void fft7trf_(StageShape shape, std::span<const double> input, std::span<double> output,
               std::span<const double> twiddles);
 
-/// The stage of any odd radix, in O(radix) per element, and in O(log radix) for large ones. The number of points is odd, as it is behind the factors 2
-/// and 4.
+/// The stage of any odd radix, in O(radix) per element, and in O(log radix) for large ones. The number of points is
+/// odd, as it is behind the factors 2 and 4.
 /// @param data   input and result
 /// @param table  2 x radix elements, filled with sines and cosines
 void fft8trf_(std::int64_t radix, StageShape shape, std::span<double> data, std::span<double> scratch,

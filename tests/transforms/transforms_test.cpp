@@ -107,8 +107,8 @@ void expect_near(const std::vector<double>& found, const std::vector<double>& wa
 
 /// All short lengths, primes, powers and products that mix the stages in every order.
 std::vector<std::size_t> lengths() {
-  std::vector<std::size_t> all{128,  512,  1024, 243,  625,    343,        121, 720,
-                               1155, 2310, 997,  1009, 8 * 81, 2 * 7 * 11, 2048, 4 * 137, 13 * 137, 15 * 139};
+  std::vector<std::size_t> all{128,  512, 1024, 243,    625,        343,  121,     720,      1155,
+                               2310, 997, 1009, 8 * 81, 2 * 7 * 11, 2048, 4 * 137, 13 * 137, 15 * 139};
   for (std::size_t n = 1; n <= 70; ++n) all.push_back(n);
   return all;
 }
