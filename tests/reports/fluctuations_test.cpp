@@ -219,7 +219,7 @@ Rows random_run(const EnsembleCase& of, std::size_t frames) {
 void expect_near(const std::vector<double>& found, std::size_t& at, const std::vector<double>& wanted) {
   for (const double value : wanted) {
     ASSERT_LT(at, found.size());
-    EXPECT_NEAR(found[at++], value, 1e-9 * std::abs(value));
+    EXPECT_NEAR(found[at++], value, 1e-10 * std::abs(value));
   }
 }
 
