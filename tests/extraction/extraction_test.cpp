@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@
 #include "services/work_directory.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
+#include "trajectory/history_writer.h"
 
 namespace pathstat {
 namespace {
@@ -64,13 +66,17 @@ class Extraction : public WorkDirectory {
   }
 
   void load(const std::string& run, std::int32_t atoms, std::int32_t periodic_type, std::int32_t frames) {
-    file_ = EXAMPLES_DIR "/" + run + "/" + run + ".trj";
+    load_file(EXAMPLES_DIR "/" + run + "/" + run + ".trj", reader::binary, atoms, periodic_type, frames);
+  }
+  void load_file(const std::string& file, std::int32_t reader_code, std::int32_t atoms, std::int32_t periodic_type,
+                 std::int32_t frames) {
+    file_ = file;
     core_.answers["kvD_MOD_NumAtoms"] = [atoms](const auto&) { return RecordingCore::Answer{{atoms}, {}, {}}; };
     core_.answers["kvD_MOD_PeriodicType"] = [periodic_type](const auto&) {
       return RecordingCore::Answer{{periodic_type}, {}, {}};
     };
     trj_gui_c_.input_source = from_trajectory;
-    trj_gui_i_.reader_code = reader::binary;
+    trj_gui_i_.reader_code = reader_code;
     trj_gui_i_.trajectory_model = 1;
     trj_gui_l_.has_time_axis = true;
     trj_gui_l_.trajectory_loaded = true;
@@ -118,6 +124,27 @@ TEST_F(Extraction, walks_the_chosen_frames_and_leaves_what_is_there) {
   std::filesystem::remove("PathStat_prf.te");
   ASSERT_EQ(extract(), 0);
   EXPECT_EQ(series_in("./PathStat_prf.te").points, 3) << "missing, so made again";
+}
+
+TEST_F(Extraction, of_a_history_run_gives_each_molecule_a_value) {
+  using namespace testing_bytes;
+  const HistoryPlan plan{.version = 2.6, .atoms = 4, .movable = {1, 2, 3, 4}, .molecules = 2};
+  const auto bytes = history_file(plan, 3);
+  std::ofstream("run.his", std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.all().data()), static_cast<std::streamsize>(bytes.size()));
+  load_file("./run.his", reader::history, 4, periodic_type::none, 3);
+  EXPECT_EQ(trj_gui_i_.molecule_count, 2);
+  select({902, 911});
+  ASSERT_EQ(extract(), 0);
+  const EnergyPlaces at(plan);
+  const auto potential = series_in("./PathStat_prf.mpe"), hydrogen = series_in("./PathStat_prf.mhb_e");
+  ASSERT_EQ(potential.values, 2);
+  ASSERT_EQ(hydrogen.table.size(), 6U);
+  for (std::size_t k = 0; k < 6; ++k) {
+    const int frame = static_cast<int>(k / 2) + 1;
+    EXPECT_EQ(potential.table[k], energy_number(frame, at.potential_of + k % 2));
+    EXPECT_EQ(hydrogen.table[k], energy_number(frame, at.components_of + std::size_t{2} * 16 + k % 2));
+  }
 }
 
 TEST_F(Extraction, of_a_frame_that_cannot_be_read_writes_nothing) {
