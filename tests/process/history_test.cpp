@@ -186,6 +186,36 @@ TEST_F(SmallHistory, of_a_layer_or_of_another_name_is_refused) {
   EXPECT_THAT(desk.take_keys(), Contains("Traj_OpenProblem"));
 }
 
+TEST(HistoryOfACrystal, moves_the_symmetry_images_with_their_atoms_and_the_cell) {
+  DeskWithProcess desk;
+  const HistoryPlan plan;
+  Bytes file = history_head(plan);
+  for (int number = 1; number <= 3; ++number) {
+    auto frame = numbered_frame(plan, number);
+    frame.cell[0] = frame.vectors[0] = 8 + number;
+    frame.cell[1] = frame.vectors[4] = 16;
+    frame.cell[2] = frame.vectors[8] = 32;
+    frame.positions = {1.0 + number, 2, 3, 2, 5, 7};
+    file.add(number == 1 ? history_first_frame(plan, frame) : history_later_frame(frame));
+  }
+  write(desk.work() / "crystal.his", file);
+  std::ofstream(desk.work() / "crystal.qfx")
+      << "(1 Model crystal\n (A I PeriodicType 100)\n (A V Cell ((8 0 0) (0 16 0) (0 0 32)))\n (A I AtomId (7 8))\n"
+         " (A C Element (C C))\n (A V XYZ ((1 2 3) (2 5 7)))\n"
+         " (A D Rotation (1 0 0 0 1 0 0 0 1  -1 0 0 0 -1 0 0 0 1  -1 0 0 0 1 0 0 0 -1  1 0 0 0 -1 0 0 0 -1))\n"
+         " (A D Translation (0 0 0  0.5 0 0.5  0 0.5 0.5  0.5 0.5 0))\n)\n";
+  ASSERT_EQ(desk.run("TRAJECTORY", (desk.work() / "crystal.his").string()), 0);
+  ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "2"), 0);
+  // The cell is 10 x 16 x 32 in this frame; the model lists the images operator by operator.
+  const std::vector<Vector3> expected{{3, 2, 3},    {2, 5, 7},   {-3 + 5, -2, 3 + 16}, {-2 + 5, -5, 7 + 16},
+                                      {-3, 10, 13}, {-2, 13, 9}, {3 + 5, -2 + 8, -3},  {2 + 5, -5 + 8, -7}};
+  const auto found = shown(desk);
+  ASSERT_EQ(found.size(), expected.size());
+  for (std::size_t atom = 0; atom < found.size(); ++atom) {
+    for (std::size_t axis = 0; axis < 3; ++axis) EXPECT_NEAR(found[atom][axis], expected[atom][axis], 1e-9) << atom;
+  }
+}
+
 TEST(HistoryExample, is_the_binary_run_in_the_other_form) {
   HistoryOfRun run(example_file("butane", ".trj"), 500);
   const Bytes made = run.example();
