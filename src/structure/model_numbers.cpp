@@ -1,7 +1,10 @@
 #include "structure/model_numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
+
+#include "support/parallel.h"
 
 namespace pathstat {
 
@@ -20,9 +23,11 @@ void append_general(std::string& text, double value, int digits) {
   text.append(buffer, end);
 }
 
+/// Characters that one thread reads at a time.
+constexpr std::size_t piece_length = 1 << 17;
+
 template <class Number>
-bool read(std::string_view text, std::vector<Number>& values) {
-  values.clear();
+bool read_piece(std::string_view text, std::vector<Number>& values) {
   const char* at = text.data();
   const char* const end = at + text.size();
   while (true) {
@@ -35,6 +40,39 @@ bool read(std::string_view text, std::vector<Number>& values) {
     values.push_back(value);
     at = behind;
   }
+}
+
+/// The pieces of a text, none of which ends within a number.
+std::vector<std::string_view> pieces_of(std::string_view text) {
+  std::vector<std::string_view> pieces;
+  while (!text.empty()) {
+    std::size_t length = std::min(piece_length, text.size());
+    while (length < text.size() && !parts_numbers(text[length])) ++length;
+    pieces.push_back(text.substr(0, length));
+    text.remove_prefix(length);
+  }
+  return pieces;
+}
+
+template <class Number>
+bool read(std::string_view text, std::vector<Number>& values) {
+  values.clear();
+  if (text.size() <= piece_length) return read_piece(text, values);
+  const auto pieces = pieces_of(text);
+  std::vector<std::vector<Number>> workers(thread_count());
+  std::vector<char> sound(workers.size());
+  bool all = true;
+  for_blocks(
+      std::ssize(pieces),
+      [&](std::int64_t piece, std::size_t worker) {
+        workers[worker].clear();
+        sound[worker] = read_piece(pieces[static_cast<std::size_t>(piece)], workers[worker]);
+      },
+      [&](std::int64_t, std::size_t worker) {
+        if (all) values.insert(values.end(), workers[worker].begin(), workers[worker].end());
+        all = all && sound[worker] != 0;
+      });
+  return all;
 }
 
 }  // namespace

@@ -190,6 +190,16 @@ void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join) {
   }
 }
 
+void for_pieces(std::size_t count, std::size_t length,
+                const std::function<void(std::size_t first, std::size_t end)>& run) {
+  const std::size_t pieces = (count + length - 1) / length;
+  if (pieces == 1) return run(0, count);
+  for_blocks(static_cast<std::int64_t>(pieces), [&](std::int64_t piece, std::size_t) {
+    const std::size_t first = static_cast<std::size_t>(piece) * length;
+    run(first, std::min(first + length, count));
+  });
+}
+
 void end_parallel_work() { pool().end(); }
 
 }  // namespace pathstat

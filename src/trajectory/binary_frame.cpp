@@ -3,20 +3,26 @@
 #include <algorithm>
 
 #include "support/big_endian.h"
+#include "support/parallel.h"
 
 namespace pathstat {
 namespace {
 
 constexpr std::array groups{AtomGroup::positions, AtomGroup::velocities, AtomGroup::forces};
 
+/// Atoms that one thread turns at a time; fewer are not worth a second one.
+constexpr std::size_t atoms_together = 32768;
+
 /// Turns three packed axes into interleaved doubles, in one pass over the memory.
 template <class T>
 void interleave(const std::byte* x, const std::byte* y, const std::byte* z, std::size_t atoms, double* out) {
-  for (std::size_t k = 0; k < atoms; ++k) {
-    out[3 * k] = load_big_endian<T>(x + k * sizeof(T));
-    out[3 * k + 1] = load_big_endian<T>(y + k * sizeof(T));
-    out[3 * k + 2] = load_big_endian<T>(z + k * sizeof(T));
-  }
+  for_pieces(atoms, atoms_together, [=](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k) {
+      out[3 * k] = load_big_endian<T>(x + k * sizeof(T));
+      out[3 * k + 1] = load_big_endian<T>(y + k * sizeof(T));
+      out[3 * k + 2] = load_big_endian<T>(z + k * sizeof(T));
+    }
+  });
 }
 
 template <class T>

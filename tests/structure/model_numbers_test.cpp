@@ -80,5 +80,20 @@ TEST(ModelNumbers, what_is_no_number_is_refused) {
   }
 }
 
+TEST(ModelNumbers, long_values_are_read_in_pieces_up_to_the_first_fault) {
+  std::string text;
+  for (std::int32_t k = 0; k < 100'000; ++k) text += std::to_string(k) + (k % 3 == 2 ? ")(" : " ");
+  std::vector<std::int32_t> integers;
+  EXPECT_TRUE(read_numbers(text, integers));
+  std::vector<std::int32_t> wanted(100'000);
+  std::iota(wanted.begin(), wanted.end(), 0);
+  EXPECT_EQ(integers, wanted);
+  text[text.find(" 70000 ") + 3] = 'x';
+  text[text.find(" 90001 ") + 3] = 'x';
+  EXPECT_FALSE(read_numbers(text, integers));
+  wanted.resize(70'000);
+  EXPECT_EQ(integers, wanted);
+}
+
 }  // namespace
 }  // namespace pathstat
