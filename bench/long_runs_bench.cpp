@@ -86,9 +86,6 @@ void pairs_on_threads(benchmark::State& state) {
   std::int32_t status = 0;
   for (auto _ : state) calculaterdf_(pairs, histogram, *search, status);
 }
-BENCHMARK(pairs_on_threads)
-    ->ArgsProduct({{11000, 1000000}, {1, 2}})
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
+BENCHMARK(pairs_on_threads)->ArgsProduct({{11000, 1000000}, {1, 2}})->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -42,7 +42,8 @@ class ParallelBlocks {
 void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join = {});
 
 /// The same for pieces of a range, 0 ... count, of `length` each.
-void for_pieces(std::size_t count, std::size_t length, const std::function<void(std::size_t first, std::size_t end)>& run);
+void for_pieces(std::size_t count, std::size_t length,
+                const std::function<void(std::size_t first, std::size_t end)>& run);
 
 /// No block begins any more, and this waits for those that run: for the end of the process, before what they work on
 /// goes away. What is asked for afterwards runs on the calling thread.

@@ -13,6 +13,7 @@
 namespace pathstat::desk {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -177,13 +178,25 @@ TEST(Advice, warns_once_of_a_cut_off_that_stood_before_the_model_came) {
   EXPECT_THAT(adviser.about({"RDF", "", 0}), IsEmpty());
 }
 
+TEST(Advice, tells_a_spread_of_rounding_alone_as_a_constant) {
+  const auto statistics = [](double mean, double deviation) {
+    return constant_in_words(message_of(2, "PATHSTAT_MSG_61", {mean, deviation, -1.0, -2.0, mean, mean}));
+  };
+  EXPECT_THAT(statistics(1.359958, 2.4e-15).value_or(""), AllOf(HasSubstr("constant"), HasSubstr("1.359958")));
+  EXPECT_EQ(statistics(-1.359958, 2.4e-12), std::nullopt);
+  EXPECT_EQ(statistics(0, 1e-20), std::nullopt);
+  EXPECT_EQ(constant_in_words(message_of(2, "PATHSTAT_MSG_65", {1, "a", 0.0})), std::nullopt);
+}
+
 TEST(Advice, knows_words_that_are_one_or_two_letters_off) {
   const std::vector<std::string> words{"Temperature", "Pressure", "MSD", "RDF"};
   for (const auto& [wanted, meant] : {std::pair{"temprature", "Temperature"},
                                       {"Temperatrue", "Temperature"},
                                       {"Presure", "Pressure"},
                                       {"msd", "MSD"},
-                                      {"MSF", ""},
+                                      {"MSF", "MSD"},
+                                      {"RFD", "RDF"},
+                                      {"MS", ""},
                                       {"Pressings", ""},
                                       {"", ""}}) {
     EXPECT_EQ(nearest(wanted, words), meant) << wanted;

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "desk/advice/word_table.h"
+#include <map>
+
+#include "desk/advice/word_groups.h"
 #include "desk/cli/command_help.h"
 
 namespace pathstat::desk {
@@ -56,9 +58,20 @@ TEST(Completion, offers_what_may_stand_at_each_place_of_a_line) {
   EXPECT_THAT(completion_of({"@answer"}, "", sources).candidates, Not(Contains("PATHSTAT_DLG_2"))) << "its answers";
 }
 
+TEST(WordGroups, hold_each_word_once) {
+  std::map<std::string_view, int> times;
+  for (const auto& group : word_groups()) {
+    EXPECT_FALSE(group.words.empty()) << group.name;
+    for (const auto* row : group.words) ++times[row->word];
+  }
+  EXPECT_EQ(times.size(), command_helps().size());
+  for (const auto& [word, count] : times) EXPECT_EQ(count, 1) << word;
+}
+
 TEST(Completion, leaves_names_of_files_to_the_editor) {
   EXPECT_TRUE(completion_of({"TRAJECTORY"}, "a", sources).files);
   EXPECT_FALSE(completion_of({"PROFILE"}, "a", sources).files);
+  EXPECT_FALSE(completion_of({"STATISTICS_FILENAME"}, "a", sources).files) << "trajectories are no tables";
   EXPECT_FALSE(completion_of({"TRAJECTORY", "a.trj"}, "a", sources).files);
 }
 
@@ -76,7 +89,10 @@ TEST(CommandHelp, answers_by_word_by_line_and_by_search) {
   const auto meaning = std::string(find_command_help("MSD_ATOMS")->meaning);
   EXPECT_EQ(help_text("msd_atoms"), "MSD_ATOMS\n  " + meaning + "\n  Arguments: one of ALL, SELECTED\n");
   EXPECT_THAT(help_text("@select"), AllOf(HasSubstr("@select atoms all"), HasSubstr("@select models all")));
-  EXPECT_THAT(help_text("diffusion"), HasSubstr("LINEAR_FIT"));
+  EXPECT_THAT(help_text("diffusion"), AllOf(HasSubstr("LINEAR_FIT"), HasSubstr("MSD_ATOMS"), Not(HasSubstr("VAC"))));
+  EXPECT_THAT(help_text("Temperature"), AllOf(HasSubstr("SELECT_PROPERTIES"), HasSubstr("PROFILE")));
+  EXPECT_THAT(help_text("temprature"), HasSubstr("did you mean temperature?"));
+  EXPECT_THAT(help_text("profile"), HasSubstr("Needs: a property is selected"));
   EXPECT_THAT(help_text("xyzzy"), HasSubstr("no word about xyzzy"));
   EXPECT_THAT(help_text(""), AllOf(HasSubstr("  PROFILE"), HasSubstr("@pick GRAPH")));
 }

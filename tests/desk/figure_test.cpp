@@ -67,6 +67,16 @@ TEST_F(Figures, have_names_unlike_each_other_also_where_case_does_not_count) {
   EXPECT_EQ(figures[1].heading, "S(k) (2)");
 }
 
+TEST_F(Figures, tell_a_remark_behind_the_title_and_are_drawn_again_for_it) {
+  add_graph("Profile", {add_set("a", {1, 2})});
+  const auto before = store_.revision(shown_[0]);
+  EXPECT_EQ(store_.set_remark(shown_[0], "interrupted after 57 of 200 frames"), 0);
+  EXPECT_EQ(figures_of(store_)[0].heading, "Profile (interrupted after 57 of 200 frames)");
+  EXPECT_EQ(figures_of(store_)[0].name, "Profile");
+  EXPECT_GT(store_.revision(shown_[0]), before);
+  EXPECT_NE(store_.set_remark(1000, ""), 0);
+}
+
 TEST_F(Figures, leave_out_graphs_that_no_viewer_showed) {
   store_.write("never shown", 101);
   EXPECT_TRUE(figures_of(store_).empty());

@@ -2,6 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
+#include "desk/script/answer_text.h"
+#include "desk/script/console.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -53,6 +58,45 @@ TEST(Script, numbers_lines_as_they_stand_in_the_file) {
   ASSERT_EQ(script.lines.size(), 2u);
   EXPECT_EQ(script.lines[0].number, 3);
   EXPECT_EQ(script.lines[1].number, 5);
+}
+
+TEST(Script, passes_over_a_byte_order_mark_and_carriage_returns) {
+  const auto script = read_script("\xef\xbb\xbfTRAJECTORY a.trj\r\nPROFILE\r\n");
+  ASSERT_EQ(script.lines.size(), 2u);
+  EXPECT_EQ(script.lines[0].word, "TRAJECTORY");
+  EXPECT_EQ(script.lines[0].arguments, "a.trj");
+  EXPECT_EQ(script.lines[1].text, "PROFILE");
+}
+
+TEST(Script, finds_a_mark_that_is_not_closed) {
+  for (const auto& [text, mark] : {std::pair{"\"Total Energy", '"'},
+                                   {"a 'b", '\''},
+                                   {"{a b", '{'},
+                                   {"\"a\"", '\0'},
+                                   {"it's", '\0'},
+                                   {"\"a\"b", '\0'},
+                                   {"", '\0'}}) {
+    EXPECT_EQ(open_mark(text), mark) << text;
+  }
+}
+
+TEST(Answers, offer_what_can_be_had_and_no_heading_of_nothing) {
+  const std::vector<std::string> ranges{"BULK,     Pressure,     Volume,DIPOLE,     < Magnitude >,MEASUREMENTS"};
+  EXPECT_THAT(choices_of(ranges), ElementsAre("Pressure", "Volume"));
+  EXPECT_EQ(spelled_choices(ranges), "BULK, Pressure, Volume");
+  EXPECT_THAT(choices_of({"ALL,SELECTED"}), ElementsAre("ALL", "SELECTED"));
+  EXPECT_EQ(spelled_choices({"MEASUREMENTS,  < Distance >"}), "MEASUREMENTS");
+}
+
+TEST(TimeLeft, is_told_when_enough_is_done) {
+  for (const auto& [fraction, seconds, text] : {std::tuple{0.5, 12.0, "12 s left"},
+                                                {0.25, 50.0, "2 min 30 s left"},
+                                                {0.1, 433.0, "1 h 04 min left"},
+                                                {0.005, 10.0, ""},
+                                                {0.5, 0.5, ""},
+                                                {1.0, 10.0, ""}}) {
+    EXPECT_EQ(time_left(fraction, seconds), text) << fraction;
+  }
 }
 
 struct ProblemCase {

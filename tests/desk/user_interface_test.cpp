@@ -73,6 +73,34 @@ TEST_F(UserInterfaceTest, answers_dialogs_as_settled_and_else_by_their_default) 
   EXPECT_EQ(choice("kvU_MOD_GetOption", "StatFilePrompt", "StatFileOptions", 0), 1);
 }
 
+TEST(Dialogs, ask_the_user_unless_the_answer_is_settled_and_tell_how_to_answer_where_nobody_does) {
+  std::vector<std::string> told;
+  std::vector<Question> asked;
+  std::optional<std::int32_t> answer = 2;
+  UserInterface ui({.message = [&](const Message& message) { told.push_back(message.text); },
+                    .progress = {},
+                    .status = {},
+                    .returned = {},
+                    .interrupted = {},
+                    .choose =
+                        [&](const Question& question) {
+                          asked.push_back(question);
+                          return answer;
+                        }});
+  EXPECT_EQ(ui.ask("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", 1), 2);
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_THAT(asked[0].choices, testing::ElementsAre("Import the model file", "Use the current model", "Cancel"));
+  EXPECT_EQ(asked[0].unsettled, 1);
+  EXPECT_THAT(told.back(), testing::EndsWith("Answer 2: Use the current model"));
+  answer.reset();
+  EXPECT_EQ(ui.ask("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", 1), 1);
+  EXPECT_THAT(told.back(),
+              HasSubstr("(the default; @answer PATHSTAT_DLG_1 takes another: 2 for \"Use the current model\""));
+  ui.settle_answer("PATHSTAT_DLG_1", 3);
+  EXPECT_EQ(ui.ask("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", 1), 3);
+  EXPECT_EQ(asked.size(), 2u);
+}
+
 TEST_F(UserInterfaceTest, keeps_a_modal_state_for_each_class) {
   EXPECT_EQ(serve("kvU_TLS_GetModalState", {9, 50}).outputs[0], SlotValue(std::string("DEFAULT")));
   serve("kvU_TLS_SetModalState", {9, std::string("ANALYSIS_PICK")});

@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -194,7 +196,17 @@ TEST_F(Program, tells_of_command_words) {
   EXPECT_THAT(output, HasSubstr("Arguments: one of ALL, SELECTED"));
 }
 
-/// All that the program writes to its terminal until it ends, when these keys are typed.
+/// Ends the process that the program runs, in the middle of everything.
+void kill_child_of(pid_t program) {
+  std::ifstream children("/proc/" + std::to_string(program) + "/task/" + std::to_string(program) + "/children");
+  pid_t child = 0;
+  if (children >> child) ::kill(child, SIGKILL);
+}
+
+/// Stands in the keys for the loss of the process.
+constexpr char kill_key = '\x1c';
+
+/// All that the program writes to its terminal until it ends, when these keys are typed, a line for each prompt.
 std::string typed(const std::string& keys, const fs::path& state, int& status) {
   int terminal = -1;
   const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -213,10 +225,16 @@ std::string typed(const std::string& keys, const fs::path& state, int& status) {
     const auto got = ::read(terminal, block.data(), block.size());
     if (got <= 0) break;
     shown.append(block.data(), static_cast<std::size_t>(got));
+    const auto next_prompt = [&] {
+      return std::min(shown.find("pathdesk> ", prompts), shown.find("Choice [", prompts));
+    };
     // A line is typed when the prompt for it has come.
-    for (auto at = shown.find("pathdesk> ", prompts); at != std::string::npos && sent < keys.size();
-         at = shown.find("pathdesk> ", prompts)) {
+    for (auto at = next_prompt(); at != std::string::npos && sent < keys.size(); at = next_prompt()) {
       prompts = at + 1;
+      if (keys[sent] == kill_key) {
+        kill_child_of(child);
+        ++sent;
+      }
       const auto end = std::min(keys.find('\r', sent), keys.size() - 1) + 1;
       if (::write(terminal, keys.data() + sent, end - sent) < 0) break;
       sent = end;
@@ -225,6 +243,52 @@ std::string typed(const std::string& keys, const fs::path& state, int& status) {
   ::close(terminal);
   ::waitpid(child, &status, 0);
   return shown;
+}
+
+TEST_F(Program, asks_what_a_script_is_told_and_shows_the_value_of_a_word_alone) {
+  int status = -1;
+  const auto shown = typed("LAST_FRAME_NO\r" + butane.substr(0, butane.size() - 1) +
+                               "\rEXTREMA_NUMBER 7\rRESET\rx\r2\r"
+                               "EXTREMA_NUMBER\rRESET\rres\rEXTREMA_NUMBER\r\x04",
+                           folder(), status);
+  EXPECT_THAT(shown, HasSubstr("takes: integer from the first frame"));
+  EXPECT_THAT(shown, HasSubstr("  1  Reset\r\n  2  Leave as it is\r\nChoice [1]: "));
+  EXPECT_THAT(shown, HasSubstr("type a number from 1 to 2"));
+  const auto kept = shown.find("EXTREMA_NUMBER = 7"), reset = shown.find("EXTREMA_NUMBER = ", kept + 1);
+  EXPECT_NE(kept, std::string::npos) << shown;
+  ASSERT_NE(reset, std::string::npos) << shown;
+  EXPECT_NE(shown.substr(reset, 18), "EXTREMA_NUMBER = 7");
+}
+
+TEST_F(Program, goes_on_with_its_settings_when_the_process_is_lost) {
+  int status = -1;
+  const auto shown =
+      typed(butane.substr(0, butane.size() - 1) + "\rLAST_FRAME_NO 50\rFIRST_FRAME_NO 7\rEXTREMA_NUMBER 7\r" +
+                kill_key + "PROFILE\rEXTREMA_NUMBER\rFIRST_FRAME_NO\rLAST_FRAME_NO\r\x04",
+            folder(), status);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_THAT(shown, HasSubstr("PROFILE did not end"));
+  EXPECT_THAT(shown, HasSubstr("A new pathstat runs; 4 lines were repeated."));
+  for (const auto* value : {"EXTREMA_NUMBER = 7", "FIRST_FRAME_NO = 7", "LAST_FRAME_NO = 50"}) {
+    EXPECT_THAT(shown, HasSubstr(value));
+  }
+}
+
+TEST_F(Program, says_in_one_line_what_a_file_is_that_is_no_script) {
+  write_script("EXTREMA_NUMBER 5\n");
+  for (const auto& [arguments, told] :
+       {std::pair{"run '" EXAMPLES_DIR "/butane/butane.trj'",
+                  "butane.trj is a trajectory, not a script; try pathdesk info"},
+        {"run '" EXAMPLES_DIR "/butane/butane.qfx'", "butane.qfx is a model, not a script"},
+        {"run '" PATHDESK_PROGRAM "'", "is not a text, and so not a script"},
+        {"lines", "to run a script: pathdesk run lines"},
+        {"'" EXAMPLES_DIR "/butane/butane.trj'", "to see what a file holds: pathdesk info"},
+        {"runn lines", "there is no runn; did you mean run?"},
+        {"run lines --fromat tsv", "there is no option --fromat; did you mean --format?"}}) {
+    EXPECT_EQ(run(arguments), 2) << arguments;
+    EXPECT_THAT(trouble, HasSubstr(told));
+    EXPECT_EQ(std::count(trouble.begin(), trouble.end(), '\n'), 1) << trouble;
+  }
 }
 
 TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_one) {

@@ -260,7 +260,7 @@ void check_needs(const Case& now, std::vector<std::string>& all) {
   if (!now.failed() || now.told() || !all.empty()) return;
   if (!now.row.needs.empty()) {
     all.push_back(fmt::format("{} needs: {}", now.command.word, now.row.needs));
-  } else if (now.shape.most > 0) {
+  } else if (is_number_form(now.shape.form)) {
     all.push_back(fmt::format("{} takes {}", now.command.word, now.row.arguments));
   }
 }
@@ -278,7 +278,7 @@ void check_trajectory(const Case& now, std::vector<std::string>& all) {
   }
   if (has_key(now, "PATHSTAT_ERROR_47")) all.emplace_back("the file breaks off inside its first frame");
   const auto frames = now.present.frames_in_file();
-  if (has_key(now, "PATHSTAT_WARN_7") && frames) {
+  if (!now.failed() && has_key(now, "PATHSTAT_WARN_7") && frames) {
     all.push_back(fmt::format("{} whole frame{} left of it", *frames, *frames == 1 ? " is" : "s are"));
   }
 }

@@ -14,7 +14,7 @@ namespace {
 char folded(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
 /// How many letters of a text may be wrong for it still to mean another one.
-std::size_t most_wrong(std::size_t length) { return length <= 3 ? 0 : length <= 5 ? 1 : 2; }
+std::size_t most_wrong(std::size_t length) { return length <= 2 ? 0 : length <= 5 ? 1 : 2; }
 
 }  // namespace
 

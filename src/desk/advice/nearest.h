@@ -12,8 +12,8 @@ namespace pathstat::desk {
 /// another one, or two neighbours changed round.
 std::size_t distance(std::string_view a, std::string_view b);
 
-/// The candidate that is meant by a text with one or two wrong letters; in a text of up to three letters none may be
-/// wrong but its case. @return empty if no candidate is that near
+/// The candidate that is meant by a text with one or two wrong letters: one in a text of three to five, none in a
+/// shorter one but its case. @return empty if no candidate is that near
 std::string nearest(std::string_view wanted, std::span<const std::string> candidates);
 
 /// "did you mean NAME?", or nothing.

@@ -51,6 +51,9 @@ std::string help_of(const CommandHelp& row) {
 std::string nothing_about(std::string_view topic) {
   std::vector<std::string> words;
   for (const auto& row : command_helps()) words.emplace_back(row.word);
+  for (const auto& group : word_groups()) {
+    for (auto& word : words_of(group.about)) words.push_back(std::move(word));
+  }
   const auto meant = did_you_mean(topic, words);
   return fmt::format("There is no word about {}{}; help lists all words.\n", topic, meant.empty() ? "" : ": " + meant);
 }

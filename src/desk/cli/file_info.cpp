@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <numbers>
 
+#include "desk/advice/trajectory_advice.h"
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_import.h"
 #include "desk/report/model_text.h"
@@ -256,7 +257,8 @@ void print_values(OpenTrajectory& trajectory, std::int32_t frames) {
 
 int print_trajectory(const std::string& path, OpenTrajectory&& trajectory) {
   if (trajectory.status() != 0) {
-    return complain(fmt::format("{} is not a trajectory that can be read (status {})", path, trajectory.status()));
+    const auto why = why_not_loaded(path, 0);
+    return complain(why.empty() ? fmt::format("{} cannot be read (status {})", path, trajectory.status()) : why);
   }
   fmt::print("{}: trajectory\n", path);
   trajectory.print_head();

@@ -131,7 +131,7 @@ class Shell {
 
   /// Goes on with another process where this one was lost. @return false if there is none to be had
   bool goes_on() {
-    runner_.console().complain("pathstat was lost: " + runner_.loss());
+    runner_.console().complain("pathstat was lost: another one is started");
     const auto problem = runner_.start_again();
     if (problem.empty()) return true;
     runner_.console().complain("pathdesk: no other pathstat: " + problem);

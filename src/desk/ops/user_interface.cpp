@@ -40,7 +40,7 @@ std::string how_to_answer(std::string_view key, const Question& question) {
     others += fmt::format("{}{} for \"{}\"", others.empty() ? "" : ", ", k + 1, question.choices[k]);
   }
   if (others.empty()) return {};
-  return fmt::format(" (unless a line in front says otherwise: @answer {} with {})", key, others);
+  return fmt::format(" (the default; @answer {} takes another: {})", key, others);
 }
 
 /// The items of a path variable of this process's environment.

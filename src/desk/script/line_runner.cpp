@@ -235,7 +235,8 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
   std::string last;
   for (const auto& note : record_.steps.back().notes) {
     const auto* message = std::get_if<Message>(&note);
-    if (!message || message->kind == MessageKind::table) continue;
+    // Tables and notes have been shown as they came.
+    if (!message || message->kind == MessageKind::table || message->kind == MessageKind::note) continue;
     auto text = in_full(*message);
     // Routines that call each other may all tell of the same thing.
     if (text != last) console_.complain(indented(text));
@@ -318,8 +319,9 @@ std::string LineRunner::start_again() {
   });
   auto lines = settings_;
   std::stable_partition(lines.begin(), lines.end(), [](const auto& line) { return line.word == "TRAJECTORY"; });
-  std::string lost;
+  std::string lost, nowhere;
   std::size_t repeated = 0;
+  asked_ = &nowhere;
   for (const auto& line : lines) {
     const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
     const auto status = session_.lost() ? std::nullopt : session_.command(line.word, arguments);
@@ -329,6 +331,7 @@ std::string LineRunner::start_again() {
       lost += fmt::format("\n    {}", line.text);
     }
   }
+  asked_ = nullptr;
   choose_ = choose;
   if (session_.lost()) return session_.loss();
   console_.print(fmt::format("A new pathstat runs; {} line{} repeated. Results have to be calculated again.", repeated,
