@@ -11,6 +11,7 @@
 #include "state/analysis_settings.h"
 #include "state/rdf_settings.h"
 #include "structure/crystal_maths.h"
+#include "trajectory/frame_cell.h"
 
 namespace pathstat {
 namespace {
@@ -23,18 +24,17 @@ bool any_atom_selected(std::span<const std::int32_t> models, std::int32_t& statu
   return error == 0 && std::ranges::any_of(counts.span(), [](std::int32_t count) { return count > 0; });
 }
 
-/// The cell of a model; a has no part in a slab's period but stands across it.
 void read_cell(std::int32_t model, std::int32_t& status) {
-  std::int32_t error = 0;
-  if (gr_i_.periodic_type == periodic_type::three_dimensional) {
-    kvd_mod_3dcellvector_(model, gr_d_.a, gr_d_.b, gr_d_.c, error);
-  } else if (gr_i_.periodic_type == periodic_type::two_dimensional) {
-    kvd_mod_2dcellvector_(model, gr_d_.b, gr_d_.c, error);
-    dvecprod_(gr_d_.b, gr_d_.c, gr_d_.a);
-    dvecnorm_(gr_d_.a, gr_d_.a);
-  } else if (gr_l_.periodic) {
-    status = refuse_rdf("PATHSTAT_ERROR_88");
+  const std::int32_t type = gr_i_.periodic_type;
+  if (type != periodic_type::three_dimensional && type != periodic_type::two_dimensional) {
+    if (gr_l_.periodic) status = refuse_rdf("PATHSTAT_ERROR_88");
+    return;
   }
+  std::int32_t error = 0;
+  const CellVectors cell = cell_of_model(model, type, error);
+  gr_d_.a = cell.a;
+  gr_d_.b = cell.b;
+  gr_d_.c = cell.c;
   if (error != 0) status = 1;
 }
 

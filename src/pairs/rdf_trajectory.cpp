@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include "state/analysis_settings.h"
 #include "state/rdf_settings.h"
 #include "support/identifier_index.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/front_end.h"
 #include "trajectory/trajectory_keys.h"
 
@@ -101,7 +101,7 @@ class FrameAhead {
       trj_dvalue_(handle, trajectory_key::movable_positions, positions_, count, status_);
     }
     if (status_ != 0 || gr_i_.periodic_type == periodic_type::none) return;
-    trj_dvalue_(handle, trajectory_key::cell, cell_, count, status_);
+    cell_ = cell_of_frame(handle, status_);
   }
 
   /// Makes it the configuration. @return its status
@@ -109,15 +109,15 @@ class FrameAhead {
     if (status_ != 0) return status_;
     std::ranges::copy(positions_, blocks.xyz_in.span().begin());
     if (gr_i_.periodic_type == periodic_type::none) return 0;
-    gr_d_.a = {cell_[0], cell_[5], cell_[4]};
-    gr_d_.b = {0.0, cell_[1], cell_[3]};
-    gr_d_.c = {0.0, 0.0, cell_[2]};
+    gr_d_.a = cell_.a;
+    gr_d_.b = cell_.b;
+    gr_d_.c = cell_.c;
     return 0;
   }
 
  private:
   std::vector<double> positions_;
-  std::array<double, 6> cell_{};
+  CellVectors cell_{};
   std::int32_t status_ = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "shell/correlation_actions.h"
 
+#include <algorithm>
+
 #include "correlation/displacement.h"
 #include "correlation/linear_fit.h"
 #include "correlation/power_spectrum.h"
@@ -30,7 +32,8 @@ std::int32_t correlate(Correlation run, const Choice& choice, Logical& done) {
   const PlotTransaction plots;
   bool available = false;
   std::int32_t status = 0;
-  run(choice.intervals, trj_frames_.frames_in_range, trj_frames_c_.trj_file_name, trj_gui_i_.trajectory_model,
+  const std::int32_t intervals = std::max(1, choice.intervals);  // half a range of one frame is none
+  run(intervals, trj_frames_.frames_in_range, trj_frames_c_.trj_file_name, trj_gui_i_.trajectory_model,
       trj_frames_.first_frame, trj_frames_.last_frame, trj_frames_.frame_step, choice.monitor, choice.atoms,
       choice.origin_step, choice.anisotropic, available, status);
   done = available;

@@ -99,9 +99,10 @@ std::int32_t with_time(double low, ToCount to_count, std::int32_t (*set)(std::in
   return trj_gui_l_.has_time_axis ? set(to_count(time_ps)) : refused;
 }
 
-/// The number of a frame, or LAST in letters of either case.
+/// The number of a frame, with or without a sign, or LAST in letters of either case.
 std::optional<std::int32_t> frame_number(std::string_view text) {
   if (STR_CaseCmp(text, "LAST") == 0) return trj_frames_.frames_in_file;
+  if (text.starts_with('+') && text.substr(1, 1) != "-") text.remove_prefix(1);
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;

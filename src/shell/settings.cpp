@@ -46,8 +46,10 @@ std::int32_t as_frames(double time_ps, WithCount with_count) {
   return frames < 1 ? refused : with_count(frames);
 }
 
-/// The longest interval is one frame less than the range.
-std::int32_t cut_interval(std::int32_t frames) { return std::min(frames, trj_frames_.frames_in_range - 1); }
+/// The longest interval is one frame less than the range, but never less than one.
+std::int32_t cut_interval(std::int32_t frames) {
+  return std::max(1, std::min(frames, trj_frames_.frames_in_range - 1));
+}
 
 double time_of_frames(std::int32_t frames) { return frames * trj_frames_.frame_step * trj_frames_.frame_time_step; }
 

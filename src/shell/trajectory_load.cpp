@@ -111,20 +111,24 @@ bool use_current_model(bool is_clear) {
   return !is_clear;
 }
 
-/// Brings in the model of a new trajectory, asking the user where there is a choice.
-bool bring_model(const std::string& path, const ModelFile& file, bool found) {
-  enum Choice : std::int32_t { import_file = 1, use_current = 2 };
+bool current_model_is_clear() {
   std::int32_t current = 0;
   std::int32_t clear = 0;
   std::int32_t error = 0;
   kvd_mod_current_(current, error);
   kvd_mod_isclear_(current, clear, error);
-  const bool is_clear = current == 0 || clear != 0;
+  return current == 0 || clear != 0;
+}
+
+/// Brings in the model of a new trajectory, asking the user where there is a choice.
+bool bring_model(const std::string& path, const ModelFile& file, bool found, bool is_clear) {
+  enum Choice : std::int32_t { import_file = 1, use_current = 2 };
   if (!found) {
     refuse("Traj_NoSuchFile", std::string_view(file.path), std::string_view(path));
     return use_current_model(is_clear);
   }
   std::int32_t choice = import_file;
+  std::int32_t error = 0;
   if (!is_clear) kvu_dlg_getoption_("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", choice, import_file, error);
   switch (choice) {
     case import_file:
@@ -138,13 +142,14 @@ bool bring_model(const std::string& path, const ModelFile& file, bool found) {
 
 /// Makes the model of the trajectory current: the one it had, where it is loaded again, or a new one.
 bool settle_model(const std::string& path, const ModelFile& file, bool found) {
+  const bool is_clear = current_model_is_clear();
   if (trj_gui_c_.last_trajectory == path) {
     std::int32_t error = 0;
     kvd_mod_setcurrent_(trj_gui_i_.trajectory_model, error);
     refuse("PATHSTAT_MSG_66", std::string_view(path));
     return true;
   }
-  return bring_model(path, file, found);
+  return bring_model(path, file, found, is_clear);
 }
 
 bool periodicity_fits(const std::string& path, std::int32_t model) {

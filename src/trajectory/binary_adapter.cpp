@@ -219,6 +219,7 @@ void attachxgrafmodels_(std::int32_t, std::span<const std::int32_t> models, std:
     status = fits_model(models[0]) ? 0 : refused("PATHSTAT_ERROR_112", attach_refused);
   }
   xgraftrj_l_.xgraf_attached = status == 0;
+  xgraf_model = status == 0 ? models[0] : 0;
 }
 
 void readxgrafframe_(std::int32_t, std::int32_t frame, std::int32_t& status) {

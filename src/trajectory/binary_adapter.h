@@ -24,6 +24,9 @@ struct XgrafTrjI {
 };
 inline XgrafTrjI xgraftrj_i_;
 
+/// The model that the open trajectory is attached to.
+inline std::int32_t xgraf_model = 0;
+
 struct XgrafTrjL {
   Logical xgraf_open;
   Logical xgraf_attached;

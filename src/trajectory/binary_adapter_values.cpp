@@ -9,6 +9,7 @@
 #include "support/plain_array.h"
 #include "trajectory/binary_adapter.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/value_delivery.h"
 
 namespace pathstat {
@@ -121,35 +122,36 @@ double conserved_energy(Frame& frame) {
   return energy;
 }
 
-struct CellVectors {
-  Vector3 a, b, c;
-};
+/// The cell of the frame as it is stored, or that of the attached model where frames do not carry one.
+CellVectors stored_cell(std::int32_t& status) {
+  const auto numbers = Frame(status).six(1058);
+  if (status != binary_status::not_present || !xgraftrj_l_.xgraf_attached) return vectors_of_cell(numbers);
+  const std::int32_t type = xgraftrj_i_.xgraf_period_type;
+  return type == periodic_type::one_dimensional ? CellVectors{} : cell_of_model(xgraf_model, type, status);
+}
 
 /// The cell's vectors along its periodic directions, and unit vectors along the others.
-CellVectors cell_vectors(Frame& frame) {
-  const auto c = frame.six(1058);
-  CellVectors cell{{1, 0, 0}, {0, 1, 0}, {0, 0, c[2]}};
-  if (xgraftrj_i_.xgraf_period_type == periodic_type::three_dimensional) cell.a = {c[0], c[5], c[4]};
-  if (xgraftrj_i_.xgraf_period_type != periodic_type::one_dimensional) cell.b = {0, c[1], c[3]};
+CellVectors cell_vectors(std::int32_t& status) {
+  CellVectors cell = stored_cell(status);
+  if (xgraftrj_i_.xgraf_period_type != periodic_type::three_dimensional) cell.a = {1, 0, 0};
+  if (xgraftrj_i_.xgraf_period_type == periodic_type::one_dimensional) cell.b = {0, 1, 0};
   return cell;
 }
 
 void get_cell_matrix(std::span<double> out, std::int32_t& count, std::int32_t& status) {
-  Matrix3 matrix{};
-  if (xgraftrj_i_.xgraf_period_type != periodic_type::none) {
-    Frame frame(status);
-    const auto c = frame.six(1058);
-    matrix = {c[0], c[5], c[4], 0, c[1], c[3], 0, 0, c[2]};
-    if (!frame.ok()) return;
-  }
+  CellVectors cell;
+  if (xgraftrj_i_.xgraf_period_type != periodic_type::none) cell = stored_cell(status);
+  if (status != 0) return;
+  const auto& [a, b, c] = cell;
+  const Matrix3 matrix{a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]};
   deliver<double>(matrix, out, count, status);
 }
 
 void get_cell_parameters(std::span<double> out, std::int32_t& count, std::int32_t& status) {
   if (xgraftrj_i_.xgraf_period_type == periodic_type::none) status = not_periodic;
-  Frame frame(status);
-  const auto [a, b, c] = cell_vectors(frame);
-  if (!frame.ok()) return;
+  if (status != 0) return;
+  const auto [a, b, c] = cell_vectors(status);
+  if (status != 0) return;
   std::array<double, 6> p{};
   kva_cry_3dcelltoparam_(a, b, c, p[0], p[1], p[2], p[3], p[4], p[5], status);
   if (status == 0) deliver<double>(p, out, count, status);
@@ -157,9 +159,9 @@ void get_cell_parameters(std::span<double> out, std::int32_t& count, std::int32_
 
 void get_cell_area(std::span<double> out, std::int32_t& count, std::int32_t& status) {
   if (xgraftrj_i_.xgraf_period_type != periodic_type::two_dimensional) status = not_two_dimensional;
-  Frame frame(status);
-  const auto [a, b, c] = cell_vectors(frame);
-  if (!frame.ok()) return;
+  if (status != 0) return;
+  const auto [a, b, c] = cell_vectors(status);
+  if (status != 0) return;
   double area = 0;
   kva_cry_3dabctocellvolume_(a, b, c, area, status);
   deliver<double>(std::span(&area, 1), out, count, status);

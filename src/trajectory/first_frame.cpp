@@ -1,12 +1,12 @@
 #include "trajectory/first_frame.h"
 
-#include <array>
 #include <new>
 
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "support/identifier_index.h"
 #include "support/named_memory.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
 #include "trajectory/open_trajectory.h"
@@ -66,10 +66,8 @@ class FirstFrame {
 
   void set_cell(std::int32_t& status) {
     if (type_ == periodic_type::none) return;
-    std::array<double, 6> numbers{};
-    std::int32_t count = 0;
-    trj_dvalue_(trajectory_.handle(), trajectory_key::cell, numbers, count, status);
-    if (status == 0) set_model_cell(model_, type_, vectors_of_cell(numbers), status);
+    const CellVectors cell = cell_of_frame(trajectory_.handle(), status);
+    if (status == 0) set_model_cell(model_, type_, cell, status);
   }
 
   void set_positions(std::int32_t& status) {

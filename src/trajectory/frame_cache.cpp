@@ -15,6 +15,7 @@
 #include "state/analysis_settings.h"
 #include "state/frame_cache_state.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
 #include "trajectory/open_trajectory.h"
@@ -37,8 +38,7 @@ constexpr std::int32_t forces = 1073;
 std::span<double> positions() { return {TrjCacheXYZ, 3 * TrjCacheAtObjs.size()}; }
 std::span<double> velocities() { return {TrjCacheVXYZ, 3 * TrjCacheAtObjs.size()}; }
 
-void store_cell(std::span<const double, 6> cell) {
-  const CellVectors vectors = vectors_of_cell(cell);
+void store_cell(const CellVectors& vectors) {
   std::copy(vectors.a.begin(), vectors.a.end(), TrjCacheL);
   std::copy(vectors.b.begin(), vectors.b.end(), TrjCacheL + 3);
   std::copy(vectors.c.begin(), vectors.c.end(), TrjCacheL + 6);
@@ -83,11 +83,7 @@ void open_binary(const std::string& file, std::int32_t last, std::int32_t& statu
 void read_record(std::int32_t handle, std::int32_t frame, std::int32_t& status) {
   std::int32_t count = 0;
   trj_readframe_(handle, frame, status);
-  if (status == 0 && TrjCacheL != nullptr) {
-    std::array<double, 6> cell{};
-    trj_dvalue_(handle, trajectory_key::cell, cell, count, status);
-    if (status == 0) store_cell(cell);
-  }
+  if (status == 0 && TrjCacheL != nullptr) store_cell(cell_of_frame(handle, status));
   if (status == 0) trj_dvalue_(handle, trajectory_key::movable_positions, positions(), count, status);
   if (status == 0 && TrjCacheVXYZ != nullptr) {
     trj_dvalue_(handle, trajectory_key::movable_velocities, velocities(), count, status);
@@ -149,15 +145,24 @@ void set_stored_cell(std::int32_t& status) {
   set_model_cell(TrjCacheModel, TrjCacheModelPeriod, cell, status);
 }
 
+/// A frame without a cell leaves the model its own.
+void show_binary_cell(std::int32_t& status) {
+  if (TrjCacheL == nullptr) return;
+  std::array<double, 6> cell{};
+  std::int32_t count = 0;
+  kvA_TRJ_ValueDouble(XGrafTrjHandle, binary_key::cell, cell, count, status);
+  if (status == value_not_in_frame) {
+    status = 0;
+  } else if (status == 0) {
+    store_cell(vectors_of_cell(cell));
+    set_stored_cell(status);
+  }
+}
+
 void show_binary(std::int32_t frame, std::int32_t& status) {
   std::int32_t count = 0;
   kvA_TRJ_ReadFrame(XGrafTrjHandle, frame, status);
-  if (status == 0 && TrjCacheL != nullptr) {
-    std::array<double, 6> cell{};
-    kvA_TRJ_ValueDouble(XGrafTrjHandle, binary_key::cell, cell, count, status);
-    if (status == 0) store_cell(cell);
-  }
-  if (status == 0) set_stored_cell(status);
+  if (status == 0) show_binary_cell(status);
   if (status == 0) kvA_TRJ_ValueDouble(XGrafTrjHandle, binary_key::positions, positions(), count, status);
   if (status == 0) kvd_setxyz_(TrjCacheAtObjs, positions(), status);
   if (status == 0) show_binary_vectors(binary_key::velocities, "Velocity", status);

@@ -9,6 +9,7 @@
 #include "state/analysis_settings.h"
 #include "structure/crystal_maths.h"
 #include "support/named_memory.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/frame_report.h"
 #include "trajectory/front_end.h"
 #include "trajectory/model_frame.h"
@@ -43,7 +44,8 @@ class Extraction {
     if (mode == ExtractionMode::apply) check(misfit, status);
     if (status == 0) trj_readframe_(trajectory_->handle(), frame, status);
     if (status != 0) return;
-    read_cell();
+    std::int32_t absent = 0;
+    if (periodic_type_ != periodic_type::none) cell_ = cell_of_frame(trajectory_->handle(), absent);
     if (mode == ExtractionMode::report) {
       report(frame);
     } else {
@@ -62,15 +64,6 @@ class Extraction {
     if (misfit == Misfit::atoms) return refuse("PATHSTAT_ERROR_104", status);
     trj_ivalue_(trajectory_->handle(), trajectory_key::movable_atoms, movable_, status);
     if (status == 0 && (movable_ < 0 || movable_ > std::ssize(atoms_))) refuse("PATHSTAT_ERROR_104", status);
-  }
-
-  void read_cell() {
-    std::array<double, 6> numbers{};
-    std::int32_t count = 0;
-    std::int32_t status = 0;
-    if (periodic_type_ == periodic_type::none) return;
-    trj_dvalue_(trajectory_->handle(), trajectory_key::cell, numbers, count, status);
-    if (status == 0) cell_ = vectors_of_cell(numbers);
   }
 
   double value(std::int32_t key) const {

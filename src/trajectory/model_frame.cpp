@@ -5,7 +5,6 @@
 
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
-#include "state/analysis_settings.h"
 #include "support/identifier_index.h"
 
 namespace pathstat {
@@ -14,16 +13,6 @@ namespace {
 constexpr std::int32_t no_memory = 1;
 
 }  // namespace
-
-CellVectors vectors_of_cell(std::span<const double, 6> cell) {
-  return {{cell[0], cell[5], cell[4]}, {0.0, cell[1], cell[3]}, {0.0, 0.0, cell[2]}};
-}
-
-void set_model_cell(std::int32_t model, std::int32_t type, const CellVectors& cell, std::int32_t& error) {
-  error = 0;
-  if (type == periodic_type::three_dimensional) kvd_mod_set3dcellvector_(model, cell.a, cell.b, cell.c, error);
-  if (type == periodic_type::two_dimensional) kvd_mod_set2dcellvector_(model, cell.b, cell.c, error);
-}
 
 void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, std::string_view name,
                       std::span<const double> vectors, std::int32_t& error) {

@@ -1,26 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
 #include <vector>
 
 namespace pathstat {
-
-/// The vectors of a cell.
-struct CellVectors {
-  std::array<double, 3> a{};
-  std::array<double, 3> b{};
-  std::array<double, 3> c{};
-};
-
-/// The vectors of the six-number cell of a trajectory: a = (c0, c5, c4), b = (0, c1, c3), c = (0, 0, c2).
-CellVectors vectors_of_cell(std::span<const double, 6> cell);
-
-/// Sets the cell of a model: three vectors of a three-dimensional one, b and c of a two-dimensional one.
-/// @param error  the Core's; 0 for other periodic types, which have no cell to set
-void set_model_cell(std::int32_t model, std::int32_t periodic_type, const CellVectors& cell, std::int32_t& error);
 
 /// Gives atoms a vector each, as user data of this name, and the model the magnitude to show.
 /// @param vectors  x, y, z of each atom

@@ -26,6 +26,7 @@ constexpr std::int32_t time = 400017;
 constexpr std::int32_t time_step = 400022;
 constexpr std::int32_t cell = 400078;
 constexpr std::int32_t stress = 400084;
+constexpr std::int32_t cell_vectors = 400105;
 constexpr std::int32_t cell_parameters = 400149;
 constexpr std::int32_t movable_forces = 400176;
 constexpr std::int32_t all_forces = 400180;

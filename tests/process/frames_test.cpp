@@ -73,6 +73,9 @@ class ThreeFrames : public testing::Test {
 TEST_F(ThreeFrames, the_model_follows_the_range) {
   EXPECT_EQ(shown_frame(desk, {1, 100, 110, 120}), 100);
   EXPECT_EQ(desk.value("MAX_INTERVAL_NO"), "     1");
+  EXPECT_EQ(desk.run("LAST_FRAME_NO", "+111"), 0);
+  EXPECT_EQ(desk.value("LAST_FRAME_NO"), "   111");
+  for (const auto* text : {"+", "+-111", "++111", "111.", "11I"}) EXPECT_EQ(desk.run("LAST_FRAME_NO", text), 1) << text;
   EXPECT_EQ(desk.run("USE_ALL_FRAMES"), 0);
   EXPECT_EQ(shown_frame(desk, {1, 100}), 1);
   EXPECT_EQ(desk.value("LAST_FRAME_NO"), "  1000");
@@ -124,8 +127,16 @@ TEST_F(ThreeFrames, a_second_start_at_the_end_begins_anew) {
   EXPECT_EQ(current(), "      2");
 }
 
-TEST_F(ThreeFrames, a_range_of_one_frame_cannot_be_stepped) {
+TEST_F(ThreeFrames, a_range_of_one_frame_has_no_step_and_one_interval) {
   ASSERT_EQ(desk.run("LAST_FRAME_NO", "100"), 0);
+  for (const auto& [word, value] :
+       {std::pair{"MAX_INTERVAL_NO", "9"}, {"MSD_MAX_INTERVAL", "1"}, {"VAC_MAX_INTERVAL_NO", "9"}}) {
+    ASSERT_EQ(desk.run("INCREMENT_NO", "1"), 0);
+    EXPECT_EQ(desk.run(word, value), 0);
+    EXPECT_EQ(desk.value("MSD_MAX_INTERVAL_NO"), "     1") << word;
+  }
+  EXPECT_EQ(desk.run("MSD"), 0);
+  EXPECT_EQ(read_scratch(desk.work() / "PathStat.msd").points, 1);
   EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 1);
   EXPECT_EQ(stops, 1);
 }

@@ -3,17 +3,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
 #include <fstream>
 
 #include "in_process_core.h"
+#include "trajectory/binary_bytes.h"
+#include "trajectory/frame_cache.h"
 #include "trajectory/frame_extraction.h"
+#include "trajectory/front_end.h"
 #include "trajectory/model_check.h"
+#include "trajectory/open_trajectory.h"
+#include "trajectory/trajectory_keys.h"
 #include "trajectory/written_trajectory.h"
 
 namespace pathstat {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr std::int32_t structured_file = 1, coordinate_file = 14;
@@ -83,6 +91,50 @@ TEST_F(FirstFrame, a_model_that_does_not_fit_is_left_alone) {
   EXPECT_NE(fix(trajectory.path(), structured_file, 0), 0);
   EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_102"));
   EXPECT_NE(fix("/none/run.trj", structured_file, import()), 0);
+}
+
+TEST_F(FirstFrame, a_frame_without_a_cell_leaves_the_model_its_own) {
+  const testing_bytes::Plan plan{.version = 190, .flags = {1}};  // constant volume: no cell in the frames
+  const auto bytes = testing_bytes::file(plan, 2).all();
+  const std::string path = testing::TempDir() + "first_frame_" + std::to_string(::getpid()) + ".trj";
+  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+  std::ofstream(model_path) << "(1 Model three\n (A I PeriodicType 100)\n (A V Cell ((9 1 0) (0 8 2) (3 0 7)))\n"
+                               " (A I AtomId (0 1 2))\n (A C Element (Ar Ar Ar))\n"
+                               " (A V XYZ ((0 0 0) (3 3 3) (1 1 1)))\n (A I Movable (1 1 0))\n)\n";
+  const std::int32_t model = core.import(model_path);
+  const auto shows = [&](std::int32_t frame) {
+    EXPECT_THAT(data(model).cell, ElementsAre(Vector3{9, 1, 0}, Vector3{0, 8, 2}, Vector3{3, 0, 7}));
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      EXPECT_EQ(data(model).positions[1][axis], testing_bytes::coordinate(frame, 1071, 1, static_cast<int>(axis)));
+    }
+  };
+  EXPECT_EQ(fix(path, structured_file, model), 0);
+  EXPECT_THAT(core.messages, IsEmpty());
+  shows(1);
+  std::int32_t status = -1;
+  extractfromframe_(path, model, 2, 2, ExtractionMode::apply, status);
+  EXPECT_EQ(status, 0);
+  shows(2);
+  setuptrjcache_(model, path, 1, 2, 1, status);
+  EXPECT_EQ(status, 0);
+  showtrjframe_(1, false, status);
+  EXPECT_EQ(status, 0);
+  shows(1);
+  killtrjcache_(status);
+  testing::internal::CaptureStdout();
+  extractfromframe_(path, model, 2, 2, ExtractionMode::report, status);
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("Volume       :    510.0000"));
+
+  const OpenTrajectory open(path, model, status);
+  trj_readframe_(open.handle(), 1, status);
+  std::array<double, 9> vectors{};
+  std::int32_t count = 0;
+  trj_dvalue_(open.handle(), trajectory_key::cell_vectors, vectors, count, status);
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(vectors, ElementsAre(9, 1, 0, 0, 8, 2, 3, 0, 7));
+  trj_dvalue_(open.handle(), 400149, std::span(vectors).first(6), count, status);
+  EXPECT_EQ(status, 0);
+  EXPECT_NEAR(vectors[0], std::sqrt(82.0), 1e-12);
 }
 
 /// The check whether the trajectory's model is still there.
