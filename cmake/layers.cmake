@@ -63,7 +63,7 @@ function(layer_tests)
       # Routines that call the Core are tested against pathdesk's side of it (tests/in_process_core.h).
       if(folder MATCHES "^(structure|trajectory|shell)$")
         target_link_libraries(test_${folder} PRIVATE layer_desk)
-      elseif(folder MATCHES "^(catalogue|extraction|reports|transforms|correlation|pairs)$")
+      elseif(folder MATCHES "^(catalogue|measures|extraction|reports|transforms|correlation|pairs)$")
         target_link_libraries(test_${folder} PRIVATE recording_core)
       endif()
     endif()

@@ -6,7 +6,7 @@ import subprocess
 import sys
 
 LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "plots", "trajectory", "catalogue",
-          "extraction", "reports", "transforms", "correlation", "pairs", "shell"]
+          "measures", "extraction", "reports", "transforms", "correlation", "pairs", "shell"]
 DESK_MAY_INCLUDE = {"desk", "trajectory", "structure", "services", "coreapi", "corelink", "state", "support"}
 INCLUDE = re.compile(r'^\s*#include "([^"]+)"', re.M)
 HABITS = [

@@ -7,7 +7,7 @@
 #include "catalogue/measure_families.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
-#include "state/measure_counts.h"
+#include "state/measure_state.h"
 #include "state/property_tables.h"
 #include "support/named_memory.h"
 

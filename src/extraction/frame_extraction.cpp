@@ -8,10 +8,12 @@
 
 #include "catalogue/catalogue.h"
 #include "extraction/extraction.h"
+#include "extraction/frame_measures.h"
 #include "extraction/frame_points.h"
 #include "extraction/scratch_file.h"
 #include "services/file_names.h"
 #include "state/analysis_settings.h"
+#include "structure/measure_geometry.h"
 #include "support/named_memory.h"
 #include "trajectory/front_end.h"
 #include "trajectory/open_trajectory.h"
@@ -20,7 +22,7 @@ namespace pathstat {
 namespace {
 
 /// Numbers that a frame has of a row.
-enum class Extent { one, six, per_molecule };
+enum class Extent { one, six, per_molecule, measures };
 
 /// Where a row's numbers come from in a frame.
 struct FrameSource {
@@ -87,6 +89,12 @@ constexpr auto frame_sources = std::to_array<FrameSource>({
     {922, 400131, Extent::per_molecule},
     {923, 400132, Extent::per_molecule},
     {924, 400126, Extent::per_molecule},
+    {501, 0, Extent::measures},
+    {502, 0, Extent::measures},
+    {503, 0, Extent::measures},
+    {504, 0, Extent::measures},
+    {505, 0, Extent::measures},
+    {506, 0, Extent::measures},
 });
 
 constexpr std::int32_t molecule_count_key = 200177;
@@ -122,16 +130,24 @@ bool is_missing(const CatalogueTable& table, std::size_t row) {
   return table.is_wanted(row) && (!table.on_disk[row] || !kvs_fil_exists_(property_file(table.extensions[row])));
 }
 
+/// The numbers that a frame has of a row; 0 for none, or if the row is on disk.
+std::int32_t missing_width(const OpenTrajectory& trajectory, std::size_t row, Extent extent, FrameMeasures& measures) {
+  const CatalogueTable table = property_table();
+  if (extent == Extent::measures) return table.is_wanted(row) ? measures.prepare(row) : 0;
+  if (!is_missing(table, row)) return 0;
+  if (extent == Extent::per_molecule) return trajectory.integer(molecule_count_key, 0);
+  return extent == Extent::six ? 6 : 1;
+}
+
 /// The wanted rows whose files are missing, side by side in one common row. A row without numbers is left out.
-std::vector<Series> missing_series(const OpenTrajectory& trajectory) {
+std::vector<Series> missing_series(const OpenTrajectory& trajectory, FrameMeasures& measures) {
   const CatalogueTable table = property_table();
   std::vector<Series> missing;
   std::int32_t offset = 0;
   for (std::size_t row = 0; row < table.size(); ++row) {
     const auto source = std::ranges::find(frame_sources, table.ids[row], &FrameSource::id);
-    if (source == frame_sources.end() || !is_missing(table, row)) continue;
-    std::int32_t width = source->extent == Extent::six ? 6 : 1;
-    if (source->extent == Extent::per_molecule) width = trajectory.integer(molecule_count_key, 0);
+    if (source == frame_sources.end()) continue;
+    const std::int32_t width = missing_width(trajectory, row, source->extent, measures);
     if (width < 1 || width > std::numeric_limits<std::int32_t>::max() - offset) continue;
     missing.push_back({row, *source, width, offset});
     offset += width;
@@ -150,11 +166,22 @@ void convert(std::int32_t id, std::span<double> numbers) {
   }
 }
 
+/// Takes the coordinates of the frame that is loaded for all series of measures; they fail where it has none.
+void take_coordinates(FrameMeasures& measures, std::span<Series> all) {
+  std::int32_t status = 0;
+  if (!measures.empty()) measures.take_frame(status);
+  for (Series& series : all) {
+    if (series.source.extent == Extent::measures && series.status == 0) series.status = status;
+  }
+}
+
 /// Fetches the numbers of one series in the frame that is loaded; the first failure stays with the series.
-void fetch(const OpenTrajectory& trajectory, Series& series, std::span<double> common_row) {
+void fetch(const OpenTrajectory& trajectory, const FrameMeasures& measures, Series& series,
+           std::span<double> common_row) {
   if (series.status != 0) return;
   const auto numbers =
       common_row.subspan(static_cast<std::size_t>(series.offset), static_cast<std::size_t>(series.width));
+  if (series.source.extent == Extent::measures) return measures.put(series.source.id, numbers, series.status);
   std::int32_t count = 0;
   trj_dvalue_(trajectory.handle(), series.source.key, numbers, count, series.status);
   if (series.status == 0) convert(series.source.id, numbers);
@@ -174,7 +201,8 @@ void write(const Series& series, const FramePoints& points, std::span<const doub
 void propsdatatodisktrj_(std::string_view file, std::int32_t& status) {
   const OpenTrajectory trajectory(file, trj_gui_i_.trajectory_model, status);
   if (status != 0) return;
-  std::vector<Series> missing = missing_series(trajectory);
+  FrameMeasures measures(trajectory);
+  std::vector<Series> missing = missing_series(trajectory, measures);
   if (missing.empty()) return;
   const std::int32_t stride = missing.back().offset + missing.back().width;
   FramePoints points(chosen_frames(), status);
@@ -184,9 +212,9 @@ void propsdatatodisktrj_(std::string_view file, std::int32_t& status) {
     points.read(trajectory, k, status);
     const auto row_length = static_cast<std::size_t>(stride);
     const auto common_row = table.span().subspan(static_cast<std::size_t>(k) * row_length, row_length);
-    for (Series& series : missing) {
-      if (status == 0) fetch(trajectory, series, common_row);
-    }
+    if (status != 0) break;
+    take_coordinates(measures, missing);
+    for (Series& series : missing) fetch(trajectory, measures, series, common_row);
   }
   std::int32_t first_failure = 0;
   for (const Series& series : missing) {

@@ -8,7 +8,6 @@
 
 namespace pathstat {
 
-constexpr double degrees_per_radian = 57.29577951308232;
 /// Grams per cubic centimetre in one atomic mass unit per cubic ångström, as reports have it.
 constexpr double density_factor = 1.66056;
 

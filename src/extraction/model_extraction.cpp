@@ -2,19 +2,23 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "catalogue/catalogue.h"
+#include "catalogue/measure_families.h"
 #include "catalogue/model_selection.h"
 #include "coreapi/operations.h"
 #include "extraction/extraction.h"
 #include "extraction/frame_points.h"
 #include "extraction/radius_of_gyration.h"
 #include "extraction/scratch_file.h"
+#include "measures/measures.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_maths.h"
+#include "structure/measure_geometry.h"
 #include "support/named_memory.h"
 #include "support/vectors.h"
 
@@ -86,7 +90,20 @@ std::int32_t cell_parameters(std::int32_t model, std::int32_t type, std::span<do
   return type == crystal ? 6 : 3;
 }
 
-/// A row that selected models have.
+/// Models without monitors of a kind have no point.
+template <std::int32_t id>
+std::int32_t measures(std::int32_t model, std::int32_t, std::span<double> numbers) {
+  std::int32_t count = 0;
+  std::int32_t status = 0;
+  if constexpr (measure_family(id).values == 3) {
+    getmodeldistvectors_(model, count, numbers, status);
+  } else {
+    getmodelmeasures_(measure_family(id).monitor_type, model, numbers, count, status);
+  }
+  return status == 0 ? count : 0;
+}
+
+/// A row that selected models have; of measures, the numbers of one.
 struct ModelSource {
   std::int32_t id;
   std::int32_t width;
@@ -99,6 +116,12 @@ constexpr auto model_sources = std::to_array<ModelSource>({
     {206, 6, cell_parameters},
     {207, 1, density},
     {208, 1, cell_area},
+    {501, 1, measures<501>},
+    {502, 1, measures<502>},
+    {503, 1, measures<503>},
+    {504, 1, measures<504>},
+    {505, 1, measures<505>},
+    {506, 3, measures<506>},
 });
 
 /// The message of a row that these models cannot serve; empty if they can.
@@ -160,8 +183,18 @@ class ModelPoints {
   std::size_t count_ = 0;
 };
 
+/// The numbers of a point: of measures, room for those of the model with most. 0 if there is nothing.
+std::int32_t width_of(const ModelSource& source, const ModelSelection& selection) {
+  if (!is_measure(source.id)) return source.width;
+  std::int32_t status = 0;
+  const std::int32_t most = maxnummodelmeasures_(selection.models(), source.id, status);
+  return most <= std::numeric_limits<std::int32_t>::max() / source.width ? most * source.width : 0;
+}
+
 void extract(std::size_t row, const ModelSource& source, const ModelSelection& selection, std::int32_t& status) {
-  ModelPoints points(selection.size(), source.width, status);
+  const std::int32_t width = width_of(source, selection);
+  if (width < 1) return;
+  ModelPoints points(selection.size(), width, status);
   if (status != 0) return;
   for (std::int32_t k = 0; k < selection.size(); ++k) {
     const auto at = static_cast<std::size_t>(k);
@@ -170,7 +203,7 @@ void extract(std::size_t row, const ModelSource& source, const ModelSelection& s
   if (points.empty()) return;
   const bool layer_cell = source.id == 206 && selection.count_of(crystal) == 0;
   const std::string file = property_file(property_table().extensions[row]);
-  points.write(file, layer_cell ? 2 : 1, layer_cell ? 3 : source.width, status);
+  points.write(file, layer_cell ? 2 : 1, layer_cell ? 3 : width, status);
   if (status == 0) property_table().on_disk[row] = true;
 }
 

@@ -3,6 +3,8 @@
 
 #include "coreapi/error_reporting.h"
 #include "coreapi/operations.h"
+#include "measures/measures.h"
+#include "plots/labels.h"
 #include "shell/analysis.h"
 #include "shell/application_table.h"
 #include "shell/fatal_signals.h"
@@ -40,6 +42,7 @@ int main(int argc, char** argv) {
   start_threads();
   set_memory_error_sink(show_memory_error);
   set_memory_failure_hook(report_allocation_failure);
+  register_measure_labels(measure_label);
   register_application(
       {set_pathstat_, get_pathstat_, init_pathstat_, terminate_pathstat_, load_pathstat_, save_pathstat_});
   extappl();

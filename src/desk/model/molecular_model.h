@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,7 +37,7 @@ std::size_t monitor_atoms(std::int32_t type);
 /// The present value of a monitor in Å or degrees; an undefined inversion is 0.
 ///
 /// @param positions  one vector for each of the monitor's atoms
-double monitor_value(const Monitor& monitor, const std::vector<Vector3>& positions);
+double monitor_value(const Monitor& monitor, std::span<const Vector3> positions);
 
 /// Fractional symmetry operators x' = R x + t, one rotation and one translation each.
 struct SymmetryOperators {

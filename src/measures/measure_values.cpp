@@ -1,0 +1,132 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+#include "coreapi/operations.h"
+#include "measures/measure_blocks.h"
+#include "measures/measures.h"
+#include "structure/measure_geometry.h"
+
+namespace pathstat {
+namespace {
+
+/// Where the atoms of the measures of a family stand in one frame.
+template <std::size_t atoms_of_measure>
+class Corners {
+ public:
+  Corners(std::int32_t id, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b, VectorIn<double> c)
+      : xyz_(xyz), a_(a), b_(b), c_(c) {
+    for (std::size_t k = 0; k < atoms_of_measure; ++k) {
+      atoms_[k] = measure_atoms(measure_family(id), k);
+      images_[k] = measure_images(measure_family(id), k);
+    }
+  }
+
+  /// True if there are so many measures and each of their atoms is in the frame.
+  bool hold(std::size_t count) const {
+    return std::ranges::all_of(atoms_, [&](const auto& places) {
+      return places.size() >= count && std::ranges::all_of(places.first(count), [&](std::int32_t place) {
+               return place >= 1 && std::cmp_less_equal(place, xyz_.size() / 3);
+             });
+    });
+  }
+
+  std::array<Vector3, atoms_of_measure> operator[](std::size_t measure) const {
+    std::array<Vector3, atoms_of_measure> points;
+    for (std::size_t k = 0; k < atoms_of_measure; ++k) {
+      const auto atom = 3 * static_cast<std::size_t>(atoms_[k][measure] - 1);
+      const auto image = images_[k].subspan(3 * measure);
+      measurescoords_(xyz_.subspan(atom).template first<3>(), a_, b_, c_, image.template first<3>(), points[k]);
+    }
+    return points;
+  }
+
+ private:
+  std::span<const double> xyz_;
+  VectorIn<double> a_, b_, c_;
+  std::array<std::span<const std::int32_t>, atoms_of_measure> atoms_;
+  std::array<std::span<const std::int32_t>, atoms_of_measure> images_;
+};
+
+/// The values of all measures of a family in one frame.
+///
+/// @param put  void(points of measure i, i)
+template <std::size_t atoms_of_measure, class Put>
+void each_measure(std::int32_t id, const Corners<atoms_of_measure>& corners, std::int32_t count,
+                  std::span<const double> out, std::int32_t& status, Put put) {
+  const auto measures = static_cast<std::size_t>(std::max(count, 0));
+  const auto values = static_cast<std::size_t>(measure_family(id).values);
+  status = corners.hold(measures) && out.size() >= values * measures ? 0 : 1;
+  for (std::size_t i = 0; i < measures && status != 1; ++i) put(corners[i], i);
+}
+
+}  // namespace
+
+void measurescoords_(VectorIn<double> atom, VectorIn<double> a, VectorIn<double> b, VectorIn<double> c,
+                     VectorIn<std::int32_t> image, VectorOut<double> point) {
+  for (std::size_t k = 0; k < 3; ++k) point[k] = atom[k] + image[0] * a[k] + image[1] * b[k] + image[2] * c[k];
+}
+
+void calcdistmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  each_measure(501, Corners<2>(501, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    Vector3 between;
+    dvecsub_(p[1], p[0], between);
+    out[i] = dveclen_(between);
+  });
+}
+
+void calcdistvecmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                          VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  each_measure(506, Corners<2>(506, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    dvecsub_(p[1], p[0], out.subspan(3 * i).first<3>());
+  });
+}
+
+void calcangmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                      VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  each_measure(502, Corners<3>(502, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    out[i] = degrees_per_radian * angle_of(p[0], p[1], p[2]);
+  });
+}
+
+void calctormeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                      VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  each_measure(503, Corners<4>(503, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    out[i] = degrees_per_radian * torsion_of(p[0], p[1], p[2], p[3]);
+  });
+}
+
+void calcplanemeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                        VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  each_measure(504, Corners<6>(504, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    out[i] = degrees_per_radian * plane_angle_of(p[0], p[1], p[2], p[3], p[4], p[5]);
+  });
+}
+
+void calcinvmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                      VectorIn<double> c, std::span<double> out, std::int32_t& status) {
+  const auto conventions = inversion_conventions();
+  bool undefined = false;
+  each_measure(505, Corners<4>(505, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+    std::int32_t fault = 0;
+    calcinversion_(p[0], p[1], p[2], p[3], conventions[i], out[i], fault);
+    out[i] *= degrees_per_radian;
+    undefined = undefined || fault != 0;
+  });
+  if (undefined) status = -1;
+}
+
+void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& p4,
+                    std::int32_t convention, double& out, std::int32_t& status) {
+  const Inversion found = inversion_of(p1, p2, p3, p4, convention);
+  out = found.angle;
+  status = found.fault == InversionFault::none ? 0 : -1;
+  if (status == 0) return;
+  std::int32_t error = 0;
+  kvu_msg_args_(inversion_fault_text(found.fault));
+  kvu_msg_display_(2, "DisplayText", error);
+}
+
+}  // namespace pathstat
