@@ -31,8 +31,8 @@ class ModelOperations : public testing::Test {
     folder_.write("pair.qfx", water_pair);
     model_ = std::get<std::int32_t>(call("kvD_FIL_ImportModel", {"pair.qfx", 1, 1, 0}).outputs.at(0));
     atom_ = data_.model(model_)->first_atom;
-    monitor_ = data_.model(model_)->first_monitor;
-    plane_ = data_.model(model_)->first_plane;
+    monitor_ = data_.model(model_)->monitor_ids.front();
+    plane_ = data_.model(model_)->plane_ids.front();
   }
 
   /// Texts may be given as literals.

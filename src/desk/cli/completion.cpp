@@ -59,8 +59,8 @@ struct Followers {
   bool repeats;  ///< may stand there more than once
 };
 
-const std::array<Followers, 8>& followers() {
-  static const std::array<Followers, 8> rows{{
+const std::array<Followers, 11>& followers() {
+  static const std::array<Followers, 11> rows{{
       {{"help"}, [](const CompletionSources&) { return all_topics(); }, false},
       {{"@request"}, [](const CompletionSources&) { return command_words(); }, true},
       {{"@answer"}, [](const CompletionSources&) { return dialog_keys(); }, false},
@@ -74,6 +74,17 @@ const std::array<Followers, 8>& followers() {
          return Words{"yes", "no"};
        },
        false},
+      {{"@measure"},
+       [](const CompletionSources&) {
+         return Words{"distance", "angle", "torsion", "plane", "inversion", "list", "remove"};
+       },
+       false},
+      {{"@measure", "inversion"},
+       [](const CompletionSources&) {
+         return Words{"ijkl", "jilk", "umbrella"};
+       },
+       false},
+      {{"@measure", "remove"}, [](const CompletionSources&) { return Words{"all"}; }, false},
       {{"@pick"}, [](const CompletionSources& sources) { return sources.graphs(); }, false},
       {{"@select", "atoms"},
        [](const CompletionSources&) { return Words{"all", "none", "element", "fftype", "name", "residue", "ids"}; },

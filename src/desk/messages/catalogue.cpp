@@ -109,6 +109,7 @@ constexpr MessageRow rows[] = {
     {"PATHSTAT_ERROR_99", error, "", "Cell parameters cannot mix models of two and of three periodic dimensions."},
     {"PATHSTAT_ERROR_100", error, "", "The atoms of the trajectory do not match those of the model."},
     {"PATHSTAT_MSG_4", error, "", "A work file of a property cannot be opened or read."},
+    {"DisplayText", warning, "s", "{0}"},
     {"PATHSTAT_WARN_6", warning, "s", "There is nothing to measure: the model has no {0} monitor."},
 
     // Profiles, averages and distributions

@@ -9,6 +9,9 @@
 namespace pathstat::desk {
 namespace {
 
+/// A monitor and at most its two planes.
+constexpr std::size_t ids_of_monitor = 3;
+
 struct ImageAtom {
   std::uint32_t place;
   Translation image;
@@ -77,13 +80,8 @@ std::int32_t DataModel::add_model(MolecularModel&& model) {
   model.file_bonds = model.bonds.size();
   if (model.atoms() == 0 || !expand_symmetry(model)) return 0;
 
-  std::vector<std::size_t> plane_monitors;
-  for (std::size_t k = 0; k < model.monitors.size(); ++k) {
-    if (model.monitors[k].type == plane_monitor) plane_monitors.push_back(k);
-  }
-  const auto planes = 2 * plane_monitors.size();
   constexpr std::size_t model_and_group = 2;
-  if (!registry_.has_room(model.atoms() + model.monitors.size() + planes + model_and_group)) return 0;
+  if (!registry_.has_room(model.atoms() + ids_of_monitor * model.monitors.size() + model_and_group)) return 0;
 
   const auto place = slots_.size();
   auto& slot = *slots_.emplace_back(std::make_unique<ModelSlot>());
@@ -91,11 +89,10 @@ std::int32_t DataModel::add_model(MolecularModel&& model) {
   object.id = registry_.add(ObjectClass::model, 1, place);
   object.number = static_cast<std::int32_t>(place + 1);
   object.first_atom = registry_.add(ObjectClass::atom, model.atoms(), place);
-  object.first_monitor = registry_.add(ObjectClass::monitor, model.monitors.size(), place);
-  object.first_plane = registry_.add(ObjectClass::plane, planes, place);
-  object.plane_monitors = std::move(plane_monitors);
   object.space_group = group_for(model);
   object.data = std::move(model);
+  for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_monitor(object, k);
+  for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_planes(object, k);
   ++version_;
   return object.id;
 }
@@ -172,6 +169,43 @@ std::int32_t DataModel::atom_image(ModelObject& model, std::size_t place, const 
   slot.images.push_back(atom);
   slot.image_ids.emplace(atom, id);
   return id;
+}
+
+void DataModel::name_monitor(ModelObject& model, std::size_t place) {
+  model.monitor_ids.push_back(registry_.add(ObjectClass::monitor, 1, find(model.id).model, place));
+}
+
+/// Gives identifiers to the planes of a monitor that has any.
+void DataModel::name_planes(ModelObject& model, std::size_t place) {
+  if (model.data.monitors[place].type != plane_monitor) return;
+  model.plane_monitors.push_back(place);
+  for (int side = 0; side < 2; ++side) {
+    model.plane_ids.push_back(registry_.add(ObjectClass::plane, 1, find(model.id).model, model.plane_ids.size()));
+  }
+}
+
+bool DataModel::add_monitor(ModelObject& model, Monitor monitor) {
+  if (!registry_.has_room(ids_of_monitor)) return false;
+  model.data.monitors.push_back(std::move(monitor));
+  name_monitor(model, model.data.monitors.size() - 1);
+  name_planes(model, model.data.monitors.size() - 1);
+  return true;
+}
+
+void DataModel::remove_monitor(ModelObject& model, std::size_t place) {
+  const auto at = [](auto& list, std::size_t k) { return list.begin() + static_cast<std::ptrdiff_t>(k); };
+  auto& planes = model.plane_monitors;
+  const auto first_behind = std::lower_bound(planes.begin(), planes.end(), place);
+  if (model.data.monitors[place].type == plane_monitor) {
+    const auto plane = 2 * static_cast<std::size_t>(first_behind - planes.begin());
+    for (const std::size_t side : {1, 0}) registry_.remove(model.plane_ids[plane + side]);
+    model.plane_ids.erase(at(model.plane_ids, plane), at(model.plane_ids, plane + 2));
+  }
+  std::erase(planes, place);
+  for (auto& other : planes) other -= other > place ? 1 : 0;
+  registry_.remove(model.monitor_ids[place]);
+  model.monitor_ids.erase(at(model.monitor_ids, place));
+  model.data.monitors.erase(at(model.data.monitors, place));
 }
 
 const Connectivity& DataModel::connectivity(ModelObject& model) {

@@ -19,14 +19,14 @@
 
 namespace pathstat::desk {
 
-/// A model in the data model. Its atoms, monitors and planes have identifiers in a row each, in the order of `data`.
+/// A model in the data model. Its atoms have identifiers in a row, in the order of `data`.
 struct ModelObject {
   std::int32_t id = 0;
   std::int32_t number = 0;  ///< models are numbered from 1 as they come
   std::int32_t first_atom = 0;
-  std::int32_t first_monitor = 0;
-  std::int32_t first_plane = 0;             ///< two planes for each plane monitor, in their order
+  std::vector<std::int32_t> monitor_ids;    ///< in the order of `data`
   std::vector<std::size_t> plane_monitors;  ///< places of the monitors that are plane monitors
+  std::vector<std::int32_t> plane_ids;      ///< two planes for each of them
   std::int32_t space_group = 0;             ///< 0 for a model that is not three-dimensionally periodic
 
   MolecularModel data;
@@ -112,6 +112,13 @@ class DataModel {
   /// The model's molecules for its present coordinates.
   const Connectivity& connectivity(ModelObject& model);
 
+  // Monitors, in their order from 0 on.
+
+  /// Adds a monitor behind those that there are. @return false if no identifiers are left
+  bool add_monitor(ModelObject& model, Monitor monitor);
+  /// Ends a monitor; those behind it move up.
+  void remove_monitor(ModelObject& model, std::size_t place);
+
   // Selection. The functions return what is wrong, or an empty text; nothing is changed then.
 
   /// Selects atoms of all models instead of those selected now.
@@ -153,6 +160,8 @@ class DataModel {
  private:
   struct ModelSlot;
 
+  void name_monitor(ModelObject& model, std::size_t place);
+  void name_planes(ModelObject& model, std::size_t place);
   std::int32_t group_for(const MolecularModel& model);
 
   ObjectRegistry registry_;

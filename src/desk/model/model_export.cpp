@@ -124,6 +124,9 @@ class ModelWriter {
       std::vector<std::int32_t> positions;
       for (const auto place : monitor.atoms) positions.push_back(static_cast<std::int32_t>(place) + 1);
       integers("Atoms", positions);
+      std::vector<std::int32_t> images;
+      for (const auto& image : monitor.images) images.insert(images.end(), image.begin(), image.end());
+      if (std::ranges::any_of(images, [](std::int32_t step) { return step != 0; })) integers("Images", images);
       if (monitor.type == inversion_monitor) integers("Convention", std::vector{monitor.convention});
       good_ = good_ && FIL_PopObject(file_) == 0;
     }

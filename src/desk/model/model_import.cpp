@@ -43,6 +43,7 @@ struct MonitorParts {
   std::int32_t type = 0;
   std::int32_t convention = 0;
   std::vector<std::int32_t> atoms;
+  std::vector<std::int32_t> images;
 };
 
 /// What a model's attributes give that does not go into its columns as it stands.
@@ -172,9 +173,10 @@ constexpr std::array<AttributeRule<ModelParts>, 17> model_rules{{
     {"Translation", attribute_double, false, false, into_parts<&ModelParts::translations>},
 }};
 
-constexpr std::array<AttributeRule<MonitorParts>, 3> monitor_rules{{
+constexpr std::array<AttributeRule<MonitorParts>, 4> monitor_rules{{
     {"Type", attribute_int, true, false, into_monitor<&MonitorParts::type>},
     {"Atoms", attribute_int, true, false, into_monitor<&MonitorParts::atoms>},
+    {"Images", attribute_int, false, false, into_monitor<&MonitorParts::images>},
     {"Convention", attribute_int, false, false, into_monitor<&MonitorParts::convention>},
 }};
 
@@ -333,7 +335,7 @@ class ModelFinisher {
     if (parts.atoms.size() != wanted) {
       return fail_at(line("Atoms"), "Atoms", fmt::format("has {} positions instead of {}", parts.atoms.size(), wanted));
     }
-    Monitor monitor{parts.type, parts.convention, {}};
+    Monitor monitor{parts.type, parts.convention, {}, {}};
     for (const auto position : parts.atoms) {
       if (!is_position(position)) return fail_at(line("Atoms"), "Atoms", out_of_range(position));
       monitor.atoms.push_back(static_cast<std::uint32_t>(position - 1));
@@ -342,8 +344,24 @@ class ModelFinisher {
     if (parts.type == inversion_monitor && convention != 1 && convention != 2 && convention != 4) {
       return fail_at(line("Convention"), "Convention", fmt::format("is {} instead of 1, 2 or 4", convention));
     }
+    if (const auto problem = take_images(parts, monitor); !problem.empty()) {
+      return fail_at(line("Images"), "Images", problem);
+    }
     model_.monitors.push_back(std::move(monitor));
     return true;
+  }
+
+  /// Gives a monitor the cells of its atoms. @return what is wrong with them, or nothing
+  std::string take_images(const MonitorParts& parts, Monitor& monitor) const {
+    if (parts.images.empty()) return {};
+    if (parts.images.size() != 3 * parts.atoms.size()) return "is not made of three numbers for each atom";
+    monitor.images.resize(parts.atoms.size());
+    for (std::size_t k = 0; k < parts.images.size(); ++k) {
+      const bool repeats = std::cmp_greater_equal(k % 3, 3 - periodic_directions(model_.periodic_type));
+      if (!repeats && parts.images[k] != 0) return "moves an atom in a direction in which the model does not repeat";
+      monitor.images[k / 3][k % 3] = parts.images[k];
+    }
+    return {};
   }
 
   bool defaults() {

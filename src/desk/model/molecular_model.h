@@ -29,6 +29,9 @@ struct Monitor {
   std::int32_t type = distance_monitor;
   std::int32_t convention = 0;       ///< of an inversion: 1, 2 or 4
   std::vector<std::uint32_t> atoms;  ///< 2 of a distance, 3 of an angle, 4 of a torsion or inversion, 3 of each plane
+  std::vector<Translation> images;   ///< the cell in which each atom stands; empty if all are where the model has them
+
+  Translation image(std::size_t k) const { return images.empty() ? Translation{} : images[k]; }
 };
 
 /// The number of atoms of a monitor of a type, or 0 for a type that there is not.
@@ -38,6 +41,10 @@ std::size_t monitor_atoms(std::int32_t type);
 ///
 /// @param positions  one vector for each of the monitor's atoms
 double monitor_value(const Monitor& monitor, std::span<const Vector3> positions);
+
+struct MolecularModel;
+/// Where the atoms of a monitor of a model stand now.
+std::vector<Vector3> monitor_positions(const MolecularModel& model, const Monitor& monitor);
 
 /// Fractional symmetry operators x' = R x + t, one rotation and one translation each.
 struct SymmetryOperators {

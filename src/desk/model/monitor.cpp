@@ -22,6 +22,14 @@ std::size_t monitor_atoms(std::int32_t type) {
   return 0;
 }
 
+std::vector<Vector3> monitor_positions(const MolecularModel& model, const Monitor& monitor) {
+  std::vector<Vector3> positions;
+  for (std::size_t k = 0; k < monitor.atoms.size(); ++k) {
+    positions.push_back(translated(model.positions[monitor.atoms[k]], model.cell, monitor.image(k)));
+  }
+  return positions;
+}
+
 double monitor_value(const Monitor& monitor, std::span<const Vector3> p) {
   switch (monitor.type) {
     case distance_monitor: {

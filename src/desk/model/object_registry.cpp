@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace pathstat::desk {
 
@@ -25,6 +26,26 @@ std::int32_t ObjectRegistry::add(ObjectClass kind, std::size_t count, std::size_
   }
   rows_.push_back({first, count, {kind, model, index}});
   return first;
+}
+
+void ObjectRegistry::remove(std::int32_t id) {
+  const auto gone = find(id);
+  if (gone.kind == ObjectClass::none) return;
+  std::vector<Row> rows;
+  for (auto row : rows_) {
+    const bool is_class = row.place.kind == gone.kind && row.place.model == gone.model;
+    if (!is_class || row.place.index + row.count <= gone.index) {
+      rows.push_back(row);
+    } else if (row.place.index > gone.index) {
+      --row.place.index;
+      rows.push_back(row);
+    } else {
+      const auto before = gone.index - row.place.index;
+      if (before > 0) rows.push_back({row.first, before, row.place});
+      if (before + 1 < row.count) rows.push_back({id + 1, row.count - before - 1, gone});
+    }
+  }
+  rows_ = std::move(rows);
 }
 
 void ObjectRegistry::remove_model(std::size_t model) {

@@ -37,6 +37,8 @@ class ObjectRegistry {
   /// @param index  of the first of the objects
   /// @return the first identifier, or 0 if there are not enough left
   std::int32_t add(ObjectClass kind, std::size_t count, std::size_t model = no_model, std::size_t index = 0);
+  /// Ends one object; those of its class and model behind it move up by one place.
+  void remove(std::int32_t id);
   /// Ends the objects of a model and the model itself.
   void remove_model(std::size_t model);
   ObjectPlace find(std::int32_t id) const;

@@ -24,9 +24,12 @@ MonitorRef monitor_at(DataModel& data, std::int32_t id, std::int32_t type) {
 }
 
 double current_value(const MonitorRef& found) {
-  std::vector<Vector3> positions;
-  for (const auto atom : found.monitor().atoms) positions.push_back(found.model->data.positions[atom]);
-  return monitor_value(found.monitor(), positions);
+  return monitor_value(found.monitor(), monitor_positions(found.model->data, found.monitor()));
+}
+
+/// The identifier of an atom of a monitor, or of its image in the cell in which it stands; 0 if none is left.
+std::int32_t atom_of(DataModel& data, const MonitorRef& found, std::size_t k) {
+  return data.atom_image(*found.model, found.monitor().atoms[k], found.monitor().image(k));
 }
 
 template <std::int32_t type>
@@ -44,24 +47,24 @@ void atoms(DataModel& data, const OperationCall& call, OperationReply& reply) {
   for (std::size_t k = 0; k < monitor_atoms(type); ++k) {
     put_each<std::int32_t>(call.integers(1), reply, [&](std::int32_t id, std::int32_t& atom) {
       const auto found = monitor_at(data, id, type);
-      if (found) atom = found.model->atom_id(found.monitor().atoms[k]);
-      return static_cast<bool>(found);
+      if (found) atom = atom_of(data, found, k);
+      return atom != 0;
     });
   }
 }
 
-/// The first of the two planes of a plane monitor.
-std::int32_t first_plane_of(const MonitorRef& found) {
+/// One of the two planes of a plane monitor.
+std::int32_t plane_of(const MonitorRef& found, std::size_t side) {
   const auto& list = found.model->plane_monitors;
   const auto before = std::lower_bound(list.begin(), list.end(), found.index) - list.begin();
-  return found.model->first_plane + 2 * static_cast<std::int32_t>(before);
+  return found.model->plane_ids[2 * static_cast<std::size_t>(before) + side];
 }
 
 void planes(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  for (const std::int32_t side : {0, 1}) {
+  for (const std::size_t side : {0, 1}) {
     put_each<std::int32_t>(call.integers(1), reply, [&](std::int32_t id, std::int32_t& plane) {
       const auto found = monitor_at(data, id, plane_monitor);
-      if (found) plane = first_plane_of(found) + side;
+      if (found) plane = plane_of(found, side);
       return static_cast<bool>(found);
     });
   }
@@ -70,17 +73,17 @@ void planes(DataModel& data, const OperationCall& call, OperationReply& reply) {
 void plane_atoms(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto place = data.find(call.integer(0));
   if (place.kind != ObjectClass::plane) return void(reply.error = unknown_object);
-  const auto& model = *data.model_of(place);
-  const auto& monitor = model.data.monitors[model.plane_monitors[place.index / 2]];
+  auto* model = data.model_of(place);
+  const MonitorRef found{model, model->plane_monitors[place.index / 2]};
   std::vector<std::int32_t> list;
-  for (std::size_t k = 0; k < 3; ++k) list.push_back(model.atom_id(monitor.atoms[3 * (place.index % 2) + k]));
+  for (std::size_t k = 0; k < 3; ++k) list.push_back(atom_of(data, found, 3 * (place.index % 2) + k));
   put_list(std::move(list), call.integer(1), reply);
 }
 
 std::vector<std::int32_t> monitors_of_type(const ModelObject& model, std::int32_t type) {
   std::vector<std::int32_t> list;
   for (std::size_t k = 0; k < model.data.monitors.size(); ++k) {
-    if (model.data.monitors[k].type == type) list.push_back(model.first_monitor + static_cast<std::int32_t>(k));
+    if (model.data.monitors[k].type == type) list.push_back(model.monitor_ids[k]);
   }
   return list;
 }

@@ -14,6 +14,7 @@
 #include "desk/advice/word_table.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/ops/model_operations.h"
+#include "desk/model/marked_measure.h"
 #include "desk/report/model_text.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
@@ -78,6 +79,8 @@ std::string joined(const std::vector<std::string>& items) {
   for (const auto& item : items) all += (all.empty() ? "" : ", ") + item;
   return all;
 }
+
+constexpr auto* no_model = "there is no model; TRAJECTORY brings in the one that lies beside its file";
 
 }  // namespace
 
@@ -273,6 +276,12 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
       return step(line.words);
     case LineKind::pick:
       return pick(line.words);
+    case LineKind::measure:
+      return measure(line.words);
+    case LineKind::list_measures:
+      return list_measures();
+    case LineKind::remove_measures:
+      return remove_measures(line.words[0]);
     case LineKind::stop_on_error:
       stop_on_error_ = line.words[0] == "yes";
       return {};
@@ -441,7 +450,7 @@ std::string LineRunner::request(const std::vector<std::string>& words) {
 
 std::string LineRunner::show_model() {
   const auto* model = model_.model(model_.current_model());
-  if (!model) return "there is no model; TRAJECTORY brings in the one that lies beside its file";
+  if (!model) return no_model;
   auto facts = model_facts(model->data);
   const auto centre = centre_of_mass(model->data);
   facts.push_back({"centre of mass", fmt::format("{:10.5f} {:10.5f} {:10.5f} Å", centre[0], centre[1], centre[2])});
@@ -449,6 +458,40 @@ std::string LineRunner::show_model() {
   if (frame_) facts.push_back({"shown", *frame_});
   frame_.reset();
   take_returned(fmt::format("Model {}\n{}\n{}", model->data.name, facts_text(facts), atoms_text(model->data)));
+  return {};
+}
+
+std::string LineRunner::measure(const std::vector<std::string>& words) {
+  auto* model = model_.model(model_.current_model());
+  if (!model) return no_model;
+  auto [monitor, problem] = marked_measure(model->data, words);
+  if (problem.empty() && !model_.add_monitor(*model, std::move(monitor))) problem = "there are too many objects";
+  if (problem.empty()) tell_measure(model->data, model->data.monitors.size() - 1);
+  return problem;
+}
+
+void LineRunner::tell_measure(const MolecularModel& model, std::size_t place) {
+  take_returned(fmt::format("Measure {}: {}", place + 1, measure_text(model, model.monitors[place])));
+}
+
+std::string LineRunner::list_measures() {
+  const auto* model = model_.model(model_.current_model());
+  if (!model) return no_model;
+  const auto count = model->data.monitors.size();
+  if (count == 0) take_returned(fmt::format("The model {} has no measures.", model->data.name));
+  for (std::size_t k = 0; k < count; ++k) tell_measure(model->data, k);
+  return {};
+}
+
+std::string LineRunner::remove_measures(const std::string& which) {
+  auto* model = model_.model(model_.current_model());
+  if (!model) return no_model;
+  const auto count = model->data.monitors.size();
+  const auto number = which == "all" ? 0 : static_cast<std::size_t>(std::stoi(which));
+  if (number > count) return fmt::format("there is no measure {}; the model {} has {}", number, model->data.name, count);
+  for (auto k = count; k > 0; --k) {
+    if (number == 0 || k == number) model_.remove_monitor(*model, k - 1);
+  }
   return {};
 }
 

@@ -109,7 +109,11 @@ class LineRunner {
   std::string request(const std::vector<std::string>& words);
   std::string show_model();
   std::string step(const std::vector<std::string>& words);
+  std::string measure(const std::vector<std::string>& words);
+  std::string list_measures();
+  std::string remove_measures(const std::string& which);
   std::string pick(const std::vector<std::string>& words);
+  void tell_measure(const MolecularModel& model, std::size_t place);
   void note_table_name();
 
   const LineSource source_;
