@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "desk/model/data_model.h"
+#include "desk/model/model_export.h"
 #include "small_models.h"
 
 namespace pathstat::desk {
@@ -31,7 +32,7 @@ class Marking : public testing::Test {
     model_ = &data_.model(data_.add_model(std::move(result.models.front())))->data;
   }
   DataModel data_;
-  const MolecularModel* model_ = nullptr;
+  MolecularModel* model_ = nullptr;
 };
 
 struct MarkCase {
@@ -51,7 +52,7 @@ TEST_F(Marking, places_each_atom_nearest_to_the_one_before_it) {
       {"angle 21 22 11", "angle 21 22+c 11+c (O2 H3 O1): 116.565 degrees"},
       {"torsion 12 11 21 23", "torsion 12 11 21-c 23-c (H1 O1 O2 H3): 0 degrees"},
       {"plane 12 11 13 23 21 22", "plane 12 11 13 23-c 21-c 22 (H1 O1 H2 H3 O2 H3): 90 degrees"},
-      {"inversion umbrella 21 22 23 11", "inversion umbrella 21 22+c 23 11+c (O2 H3 H3 O1): 0 degrees"},
+      {"inversion umbrella 21 22 23 11", "inversion umbrella 21 22+c 23 11+c (O2 H3 H3 O1): 180 degrees"},
       // About the third atom, which stands nearest to the first: the others then follow it.
       {"inversion ijkl 21 22 11 13", "inversion ijkl 21 22+c 11+c 13+c (O2 H3 O1 H2): 90 degrees"},
   };
@@ -83,6 +84,19 @@ TEST_F(Marking, tells_what_is_wrong) {
   for (const auto* words : {"distance 1", "torsion 1 2 3", "inversion 1 2 3 4", "inversion kjil 1 2 3 4", "length 1 2"}) {
     EXPECT_FALSE(is_measure(words_of(words))) << words;
   }
+}
+
+TEST_F(Marking, is_kept_by_a_model_file) {
+  model_->monitors = {marked_measure(*model_, words_of("distance 11 21+2b")).monitor};
+  const ScratchFolder folder;
+  ASSERT_THAT(write_model_file(*model_, folder.file("copy.qfx")), IsEmpty());
+  const auto back = read_model_file(folder.file("copy.qfx"));
+  ASSERT_THAT(back.problem, IsEmpty());
+  EXPECT_EQ(back.models.front().monitors.front().images, (std::vector<Translation>{{0, 0, 0}, {0, 2, 0}}));
+  auto text = folder.read("copy.qfx");
+  const auto at = text.find("(A I Images (0 0 0 0 2 0))");
+  ASSERT_NE(at, std::string::npos);
+  EXPECT_THAT(imported(text.erase(at + 22, 2)).problem, HasSubstr("is not made of three numbers for each atom"));
 }
 
 TEST(MarkingInALayer, knows_the_directions_that_repeat) {

@@ -230,6 +230,30 @@ TEST_F(ModelOperations, answer_for_monitors) {
   expect_error("kvD_MON_DistCurrent", {1, Ints{monitor_ + 1}}, unknown_object);
 }
 
+TEST_F(ModelOperations, answer_for_monitors_that_come_and_go) {
+  auto& model = *data_.model(model_);
+  constexpr Translation below{0, 0, -1};
+  ASSERT_TRUE(data_.add_monitor(model, {plane_monitor, 0, {0, 1, 2, 3, 4, 5}, {{}, {}, {}, below, {}, below}}));
+  const auto added = model.monitor_ids.back(), planes = model.plane_ids.at(2);
+  const auto below_oxygen = data_.atom_image(model, 3, below), below_hydrogen = data_.atom_image(model, 5, below);
+  expect("kvD_MON_PlanePlaneObjects", {1, Ints{added}}, {Ints{planes}, Ints{planes + 1}});
+  expect("kvD_MON_PlaneObjects", {planes + 1, 3}, {Ints{below_oxygen, atom_ + 4, below_hydrogen}, 3});
+  expect("kvD_MON_PlanePlaneCurrent", {1, Ints{added}}, {Doubles{90}});
+
+  data_.remove_monitor(model, 1);  // the first plane monitor
+  for (const auto gone : {monitor_ + 1, plane_, plane_ + 1}) EXPECT_FALSE(data_.exists(gone));
+  expect_error("kvD_MON_PlaneObjects", {plane_, 3}, unknown_object);
+  expect("kvD_MON_MonitorList", {model_, 54, 4, 3}, {Ints{added}, 1});
+  expect("kvD_MON_PlanePlaneObjects", {1, Ints{added}}, {Ints{planes}, Ints{planes + 1}});
+  expect("kvD_MON_PlaneObjects", {planes, 3}, {atoms({0, 1, 2}), 3});
+  expect("kvD_MON_AngleObjects", {1, Ints{monitor_ + 2}}, {atoms({1}), atoms({0}), atoms({2})});
+  expect("kvD_Id", {3, Ints{monitor_, monitor_ + 2, added}}, {Ints{1, 2, 5}});
+  while (!model.monitor_ids.empty()) data_.remove_monitor(model, 0);
+  expect("kvD_MON_NumMonitors", {model_, 54, 4}, {0});
+  ASSERT_TRUE(data_.add_monitor(model, {distance_monitor, 0, {0, 3}, {}}));
+  EXPECT_GT(model.monitor_ids.front(), added) << "no identifier is given twice";
+}
+
 TEST_F(ModelOperations, answer_for_symmetry) {
   auto text = water_pair;
   text.insert(text.find(" (A C Residue"),

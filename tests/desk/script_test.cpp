@@ -42,6 +42,9 @@ TEST(Script, reads_each_kind_of_line) {
         LineCase{"@step backwards", LineKind::step, "", "", {"backwards"}},
         LineCase{"@pick \"Profile of Pressure\" 0.5", LineKind::pick, "", "", {"Profile of Pressure", "0.5"}},
         LineCase{"@pick Profile -1e2 3", LineKind::pick, "", "", {"Profile", "-1e2", "3"}},
+        LineCase{"@measure angle C1:1 3 4-a", LineKind::measure, "", "", {"angle", "C1:1", "3", "4-a"}},
+        LineCase{"@measure list", LineKind::list_measures, "", "", {}},
+        LineCase{"@measure remove 12", LineKind::remove_measures, "", "", {"12"}},
         LineCase{"@stop-on-error no", LineKind::stop_on_error, "", "", {"no"}}}) {
     const auto script = read_script(text);
     EXPECT_THAT(script.problems, IsEmpty()) << text;
@@ -123,6 +126,10 @@ TEST(Script, tells_what_is_wrong_with_a_line_and_what_was_probably_meant) {
         ProblemCase{"@pick Profile", "this line is written @pick"},
         ProblemCase{"@pick Profile of Pressure 0.5", "this line is written @pick"},
         ProblemCase{"@pick Profile nan", "this line is written @pick"},
+        ProblemCase{"@measure", "this line is written @measure distance"},
+        ProblemCase{"@measure torsion 1 2 3", "this line is written @measure distance"},
+        ProblemCase{"@measure remove 0", "this line is written @measure remove N | all"},
+        ProblemCase{"@mesure list", "did you mean @measure list"},
         ProblemCase{"@request", "this line is written @request WORD ..."}}) {
     EXPECT_THAT(read_script(text).problems, ElementsAre(HasSubstr(sentence))) << text;
   }

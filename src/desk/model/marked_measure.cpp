@@ -83,10 +83,9 @@ std::string find_atom(const MolecularModel& model, std::string_view name, std::i
   const auto told = fmt::format("{}{}", name, number);
   if (matches > 1) return fmt::format("{} names {} atoms; say by its number which one is meant", told, matches);
   if (matches == 1) return {};
-  const bool is_image = name.empty() && std::find(model.ids.begin(), model.ids.end(), number) != model.ids.end();
-  return fmt::format(is_image ? "atom {} is a symmetry image; measures are made between the atoms of the file"
-                              : "there is no atom {}; an atom is named by its number or as NAME:RESIDUE",
-                     told);
+  if (name.empty() && std::find(model.ids.begin(), model.ids.end(), number) != model.ids.end())
+    return fmt::format("atom {} is a symmetry image; measures are made between the atoms of the file", told);
+  return fmt::format("there is no atom {}; an atom is named by its number or as NAME:RESIDUE", told);
 }
 
 NamedAtom read_atom(const MolecularModel& model, std::string_view text) {
