@@ -13,6 +13,7 @@
 #include <fstream>
 #include <limits>
 #include <map>
+#include <utility>
 
 namespace pathstat::desk {
 namespace {
@@ -65,12 +66,23 @@ std::string terminal_name(const Figure& figure) {
 
 std::string block_name(std::size_t figure, std::size_t curve) { return fmt::format("$f{}c{}", figure, curve); }
 
-void add_points(std::string& script, const std::string& name, const std::vector<PlotPoint>& points) {
+/// The points of a curve; an empty line, where a point cannot be drawn or lies farther than `gap` from the one before,
+/// leaves the curve open.
+void add_points(std::string& script, const std::string& name, const std::vector<PlotPoint>& points,
+                float gap = std::numeric_limits<float>::max()) {
   script += name + " << EOD\n";
+  float before = points.empty() ? 0 : points.front().y;
   for (const auto& point : points) {
+    if (std::abs(point.y - std::exchange(before, point.y)) > gap) script += '\n';
     script += drawable(point) ? fmt::format("{:.9g} {:.9g}\n", point.x, point.y) : std::string("\n");
   }
   script += "EOD\n";
+}
+
+/// Angles that are more than half a turn apart are neighbours across ±180°: a line between them would tell of nothing.
+float widest_gap(const Figure& figure) {
+  constexpr float half_turn = 180;
+  return figure.y_text.ends_with("(°)") ? half_turn : std::numeric_limits<float>::max();
 }
 
 /// The plot command, and the blocks of points that it draws. Curves of one colour differ by their dashes.
@@ -82,7 +94,11 @@ std::string plot_command(std::string& script, const Figure& figure, std::size_t 
     if (std::none_of(curve.points->begin(), curve.points->end(), drawable)) continue;
     const auto name = block_name(number, k);
     const auto colour = palette[static_cast<std::size_t>(std::abs(curve.colour % 16))];
-    add_points(script, name, curve.histogram ? *curve.points : thinned(*curve.points));
+    if (curve.histogram) {
+      add_points(script, name, *curve.points);
+    } else {
+      add_points(script, name, thinned(*curve.points), widest_gap(figure));
+    }
     const auto style = curve.points->size() == 1 ? std::string("points pt 7")
                                                  : fmt::format("{} lw 1.6 dt {}", curve.histogram ? "histeps" : "lines",
                                                                uses[curve.colour]++ % 5 + 1);
