@@ -149,6 +149,18 @@ TEST_F(Figures, thin_out_long_curves_without_losing_their_extremes) {
   EXPECT_LT(std::count(script.begin(), script.end(), '\n'), 6100);
 }
 
+TEST_F(Figures, leave_curves_of_angles_open_across_half_a_turn) {
+  const auto set = add_set("a", {0, 179, 1, -179, 2, -90, 3, 90, 4, 91});
+  for (const auto* axis : {"Torsion/Degrees", "Distance/A"}) {
+    Graph layout;
+    layout.y_label = axis;
+    add_graph("t", {set}, layout);
+  }
+  const auto script = picture_script(figures_of(store_), {"/p", {}});
+  EXPECT_THAT(script, HasSubstr("0 179\n\n1 -179\n2 -90\n3 90\n4 91\n"));
+  EXPECT_THAT(script, HasSubstr("0 179\n1 -179\n"));
+}
+
 TEST_F(Figures, draw_the_point_that_is_highlighted) {
   const auto set = add_set("a", {0, 1, 7, 8});
   const std::int32_t first[] = {1}, second[] = {2};

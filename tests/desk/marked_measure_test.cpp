@@ -44,7 +44,7 @@ TEST_F(Marking, places_each_atom_nearest_to_the_one_before_it) {
   const MarkCase cases[] = {
       {"distance 11 12", "distance 11 12 (O1 H1): 1 Å"},
       {"distance O1:1 21", "distance 11 21-c (O1 O2): 1.80278 Å"},
-      {"distance 11 21+0", "distance 11 21 (O1 O2): 8.5586 Å"},
+      {"distance 11 21+0", "distance 11 21 (O1 O2): 8.55862 Å"},
       {"distance 21 11", "distance 21 11+c (O2 O1): 1.80278 Å"},
       {"distance 11+c 21", "distance 11+c 21 (O1 O2): 1.80278 Å"},
       {"distance 11 11+2a-b", "distance 11 11+2a-b (O1 O1): 22.3607 Å"},
