@@ -16,8 +16,8 @@ void datatodisk_(std::string_view file, std::string_view source, std::string_vie
 void propsdatatodisk_(std::int32_t& status, std::string_view file, std::string_view source);
 
 /// One series per frame of the chosen range for each wanted row whose file is not there. All such rows are read in one
-/// walk over the frames and written in the order of the catalogue. Rows of dipoles are not done here. Only measures need
-/// the atoms: where they do not fit those of the model, the measures are left out after PATHSTAT_ERROR_100.
+/// walk over the frames and written in the order of the catalogue. Rows of dipoles are not done here. Only measures
+/// need the atoms: where they do not fit those of the model, the measures are left out after PATHSTAT_ERROR_100.
 ///
 /// @param status  0; that of the open after "Traj_OpenProblem"; that of a frame that cannot be read, after
 ///                PATHSTAT_ERROR_93, no row being written; that of a file that cannot be written, rows before it being

@@ -79,23 +79,20 @@ void calcdistmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn
 
 void calcdistvecmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                           VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(506, Corners<2>(506, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
-    dvecsub_(p[1], p[0], out.subspan(3 * i).first<3>());
-  });
+  each_measure(506, Corners<2>(506, xyz, a, b, c), count, out, status,
+               [&](const auto& p, std::size_t i) { dvecsub_(p[1], p[0], out.subspan(3 * i).first<3>()); });
 }
 
 void calcangmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(502, Corners<3>(502, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
-    out[i] = degrees_per_radian * angle_of(p[0], p[1], p[2]);
-  });
+  each_measure(502, Corners<3>(502, xyz, a, b, c), count, out, status,
+               [&](const auto& p, std::size_t i) { out[i] = degrees_per_radian * angle_of(p[0], p[1], p[2]); });
 }
 
 void calctormeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(503, Corners<4>(503, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
-    out[i] = degrees_per_radian * torsion_of(p[0], p[1], p[2], p[3]);
-  });
+  each_measure(503, Corners<4>(503, xyz, a, b, c), count, out, status,
+               [&](const auto& p, std::size_t i) { out[i] = degrees_per_radian * torsion_of(p[0], p[1], p[2], p[3]); });
 }
 
 void calcplanemeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
@@ -118,8 +115,8 @@ void calcinvmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<
   if (undefined) status = -1;
 }
 
-void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& p4,
-                    std::int32_t convention, double& out, std::int32_t& status) {
+void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& p4, std::int32_t convention,
+                    double& out, std::int32_t& status) {
   const Inversion found = inversion_of(p1, p2, p3, p4, convention);
   out = found.angle;
   status = found.fault == InversionFault::none ? 0 : -1;

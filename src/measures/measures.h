@@ -100,8 +100,8 @@ void calcdistvecmeasures_(std::int32_t count, std::span<const double> xyz, Vecto
 /// The inversion of four points by a convention, 1, 2 or 4; 0 for any other.
 /// @param out     radians
 /// @param status  0; -1 if it is undefined, which is told by "DisplayText", with out 0
-void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& p4,
-                    std::int32_t convention, double& out, std::int32_t& status);
+void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& p4, std::int32_t convention,
+                    double& out, std::int32_t& status);
 
 /// The largest number of monitors over the models. @param status  0; 1 for an id that is no measure
 std::int32_t maxnummodelmeasures_(std::span<const std::int32_t> models, std::int32_t id, std::int32_t& status);

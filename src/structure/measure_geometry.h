@@ -25,8 +25,8 @@ double plane_angle_of(const Vector3& p1, const Vector3& p2, const Vector3& p3, c
 
 /// How an inversion is measured.
 enum InversionConvention : std::int32_t {
-  inversion_ijkl = 1,  ///< about the third atom: minus the angle from the plane of b and a to that of b and d
-  inversion_jilk = 2,  ///< about the first atom: the angle from the plane of d and b to that of d and c
+  inversion_ijkl = 1,      ///< about the third atom: minus the angle from the plane of b and a to that of b and d
+  inversion_jilk = 2,      ///< about the first atom: the angle from the plane of d and b to that of d and c
   inversion_umbrella = 4,  ///< about the first atom: how far d stands out of the plane of b and c
 };
 

@@ -81,7 +81,8 @@ TEST_F(Marking, tells_what_is_wrong) {
   for (const auto& [words, sentence] : cases) {
     EXPECT_THAT(marked_measure(*model_, words_of(words)).problem, HasSubstr(sentence)) << words;
   }
-  for (const auto* words : {"distance 1", "torsion 1 2 3", "inversion 1 2 3 4", "inversion kjil 1 2 3 4", "length 1 2"}) {
+  for (const auto* words :
+       {"distance 1", "torsion 1 2 3", "inversion 1 2 3 4", "inversion kjil 1 2 3 4", "length 1 2"}) {
     EXPECT_FALSE(is_measure(words_of(words))) << words;
   }
 }

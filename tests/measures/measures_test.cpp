@@ -140,7 +140,8 @@ TEST_F(Measures, take_images_along_the_directions_in_which_a_model_repeats) {
 }
 
 TEST_F(Measures, follow_the_order_of_the_monitors_and_of_the_frame) {
-  // In order of their identifiers, 7 then 9: angles 101-102-103 and 104-106-105 along the row, at places 1 2 0 and 3 5 4.
+  // In order of their identifiers, 7 then 9: angles 101-102-103 and 104-106-105 along the row, at places 1 2 0 and 3
+  // 5 4.
   answer_atoms("kvD_MON_AngleObjects", {101, 104, 102, 106, 103, 105});
   ASSERT_EQ(set_up(502), 0);
   EXPECT_THAT(core_.calls("kvD_MON_AngleObjects"), ElementsAre("kvD_MON_AngleObjects|2|7|9"));

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <numbers>
+#include <sstream>
 
 #include "desk/model/marked_measure.h"
 #include "process/desk_with_process.h"
@@ -61,8 +62,11 @@ class MeasuresOfARun : public testing::Test {
   std::string mark(const std::string& words) {
     auto& current = *desk.model.model(desk.model.current_model());
     auto [monitor, problem] = marked_measure(current.data, words_of(words));
-    if (problem.empty()) EXPECT_TRUE(desk.model.add_monitor(current, std::move(monitor)));
-    return problem;
+    return problem.empty() && !desk.model.add_monitor(current, std::move(monitor)) ? "no room" : problem;
+  }
+  void unmark_all() {
+    auto& current = *desk.model.model(desk.model.current_model());
+    while (!current.monitor_ids.empty()) desk.model.remove_monitor(current, 0);
   }
   static std::vector<std::string> words_of(const std::string& text) {
     std::vector<std::string> words;
@@ -74,7 +78,7 @@ class MeasuresOfARun : public testing::Test {
   std::vector<std::string> labels(std::size_t graph) const {
     std::vector<std::string> names;
     for (const auto set : desk.graphs.graph(desk.graphs.shown_graphs().at(graph))->sets) {
-      auto name = desk.graphs.data_set(set)->name;
+      auto name = desk.graphs.data_set(set)->label;
       names.push_back(name.erase(name.find_last_not_of(' ') + 1));
     }
     return names;
@@ -116,9 +120,8 @@ TEST_F(MeasuresOfARun, are_those_of_the_definitions_in_every_frame) {
     // About atom 1: from the plane of 6 and 2 to that of 6 and 5, as a torsion about the bond to 6.
     EXPECT_NEAR(inversions.values[point][0], torsion(at(2), at(1), at(6), at(5)), 1e-8);
   }
-  EXPECT_THAT(desk.graph_titles(),
-              ElementsAre("Distance", "Angle", "Torsion", "Plane", "Inversion", "x Distance", "y Distance",
-                          "z Distance"));
+  EXPECT_THAT(desk.graph_titles(), ElementsAre("Distance", "Angle", "Torsion", "Plane", "Inversion",
+                                               "Distance Vector x", "Distance Vector y", "Distance Vector z"));
   EXPECT_THAT(labels(1), ElementsAre("1-2-3", "2-3-4"));
   EXPECT_THAT(labels(2), ElementsAre("1-2-3-4 1", "1-2-3-4 2")) << "marked twice";
   EXPECT_THAT(labels(4), ElementsAre("JILK:1-2-5-6"));
@@ -126,6 +129,7 @@ TEST_F(MeasuresOfARun, are_those_of_the_definitions_in_every_frame) {
 
 TEST_F(MeasuresOfARun, cross_the_faces_of_the_cell) {
   ASSERT_EQ(desk.load_example("water-npt"), 0);
+  unmark_all();
   EXPECT_THAT(mark("distance 1 4"), IsEmpty());
   EXPECT_THAT(mark("distance 1 4-c"), IsEmpty());
   EXPECT_THAT(mark("distance 1+2c 4+0"), IsEmpty());
@@ -193,6 +197,7 @@ TEST_F(MeasuresOfARun, go_into_distributions_rankings_and_statistics) {
 TEST_F(MeasuresOfARun, of_selected_models_are_their_present_values) {
   ASSERT_EQ(desk.load_example("butane"), 0);
   ASSERT_EQ(desk.load_example("water-npt"), 0);
+  unmark_all();
   EXPECT_THAT(mark("distance 1 2"), IsEmpty());
   EXPECT_THAT(mark("distance 1 3"), IsEmpty());
   ASSERT_EQ(desk.model.select_models(std::vector<std::string>{"all"}), "");

@@ -108,8 +108,7 @@ TEST(MeasureGeometry, is_that_of_the_plain_definitions) {
     const Vector3 a = point(), b = point(), c = point(), d = point(), e = point(), f = point();
     EXPECT_NEAR(angle_of(a, b, c), angle_between(minus(a, b), minus(c, b)), 1e-7);
     const Vector3 b1 = minus(b, a), b2 = minus(c, b), b3 = minus(d, c);
-    const double torsion =
-        std::atan2(length(b2) * dot(b1, cross(b2, b3)), dot(cross(b1, b2), cross(b2, b3)));
+    const double torsion = std::atan2(length(b2) * dot(b1, cross(b2, b3)), dot(cross(b1, b2), cross(b2, b3)));
     EXPECT_NEAR(torsion_of(a, b, c, d), torsion, 1e-7);
     const double planes = angle_between(cross(minus(c, b), minus(a, b)), cross(minus(f, e), minus(d, e)));
     EXPECT_NEAR(plane_angle_of(a, b, c, d, e, f), planes, 1e-7);

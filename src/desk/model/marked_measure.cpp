@@ -76,8 +76,9 @@ std::string read_image(std::string_view text, std::int32_t periodic_type, Transl
 std::string find_atom(const MolecularModel& model, std::string_view name, std::int32_t number, std::size_t& place) {
   std::size_t matches = 0;
   for (std::size_t k = 0; k < model.file_atoms; ++k) {
-    const bool fits = name.empty() ? model.ids[k] == number
-                                   : model.residue_ids[k] == number && model.names[k] == name.substr(0, name.size() - 1);
+    const bool fits = name.empty()
+                          ? model.ids[k] == number
+                          : model.residue_ids[k] == number && model.names[k] == name.substr(0, name.size() - 1);
     if (fits && matches++ == 0) place = k;
   }
   const auto told = fmt::format("{}{}", name, number);

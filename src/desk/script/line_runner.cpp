@@ -13,8 +13,8 @@
 
 #include "desk/advice/word_table.h"
 #include "desk/graphs/plot_operations.h"
-#include "desk/ops/model_operations.h"
 #include "desk/model/marked_measure.h"
+#include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
@@ -488,7 +488,8 @@ std::string LineRunner::remove_measures(const std::string& which) {
   if (!model) return no_model;
   const auto count = model->data.monitors.size();
   const auto number = which == "all" ? 0 : static_cast<std::size_t>(std::stoi(which));
-  if (number > count) return fmt::format("there is no measure {}; the model {} has {}", number, model->data.name, count);
+  if (number > count)
+    return fmt::format("there is no measure {}; the model {} has {}", number, model->data.name, count);
   for (auto k = count; k > 0; --k) {
     if (number == 0 || k == number) model_.remove_monitor(*model, k - 1);
   }

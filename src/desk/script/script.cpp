@@ -107,13 +107,14 @@ constexpr std::array desk_lines{
     DeskLine{{"@measure remove", "@measure remove N | all", "removes the measure with that number in the list, or all"},
              LineKind::remove_measures,
              [](const Words& words) { return words.size() == 1 && (words[0] == "all" || is_count(words[0])); }},
-    DeskLine{{"@measure",
-              "@measure distance ID ID | angle ID ID ID | torsion ID ID ID ID | plane ID ID ID ID ID ID | "
-              "inversion ijkl|jilk|umbrella ID ID ID ID",
-              "marks a measure in the current model; an ID is an atom's number or NAME:RESIDUE, +a-b behind it names an "
-              "image"},
-             LineKind::measure,
-             [](const Words& words) { return is_measure(words); }},
+    DeskLine{
+        {"@measure",
+         "@measure distance ID ID | angle ID ID ID | torsion ID ID ID ID | plane ID ID ID ID ID ID | "
+         "inversion ijkl|jilk|umbrella ID ID ID ID",
+         "marks a measure in the current model; an ID is an atom's number or NAME:RESIDUE, +a-b behind it names an "
+         "image"},
+        LineKind::measure,
+        [](const Words& words) { return is_measure(words); }},
     DeskLine{{"@stop-on-error", "@stop-on-error yes | no",
               "whether a failed line ends the run; yes at the start, but no where lines are typed"},
              LineKind::stop_on_error,

@@ -9,8 +9,20 @@
 namespace pathstat::desk {
 
 /// What a line of a script does.
-enum class LineKind { command, select_atoms, select_models, answer, request, show_model, step, pick, measure,
-  list_measures, remove_measures, stop_on_error };
+enum class LineKind {
+  command,
+  select_atoms,
+  select_models,
+  answer,
+  request,
+  show_model,
+  step,
+  pick,
+  measure,
+  list_measures,
+  remove_measures,
+  stop_on_error
+};
 
 struct ScriptLine {
   int number = 0;  ///< in the file, from 1
