@@ -20,8 +20,9 @@
 namespace pathstat {
 namespace {
 
-/// The one radial distribution that is under way.
-std::unique_ptr<RdfBlocks> run;
+/// The one radial distribution that is under way. It lives on when the process ends in the middle of it: its trajectory
+/// would be closed through lists that have gone by then.
+std::unique_ptr<RdfBlocks>& run = *new std::unique_ptr<RdfBlocks>;
 
 /// The distance in the middle of a bin, from 0.
 double distance_of(std::size_t bin, double interval) { return (static_cast<double>(bin) + 0.5) * interval; }
