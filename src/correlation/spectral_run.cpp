@@ -14,36 +14,27 @@ namespace {
 constexpr std::int64_t reports_in_a_run = 50;
 constexpr std::int64_t drawings_in_a_run = 10;
 
-/// The batches of a store piece by piece, each piece on all threads, with a question between two of them whether to
-/// stop.
-class BatchWalk {
- public:
-  explicit BatchWalk(BatchStore& store) : store_(store) {}
-
-  /// @param work   called with the batch and the worker; `join` in the order of the batches
-  /// @param after  called behind each piece with the batches done; false ends the walk
-  /// @return false if the cache can't be read
-  template <class Work, class Join, class After>
-  bool over(Work work, Join join, After after) {
-    const std::int64_t all = store_.batches();
-    const std::int64_t piece = std::max(all / reports_in_a_run, 4 * static_cast<std::int64_t>(thread_count()));
-    for (std::int64_t loaded = 0; loaded < all; loaded += store_.batches_together()) {
-      const std::int64_t end = std::min(loaded + store_.batches_together(), all);
-      if (!store_.load(loaded, end - loaded)) return false;
-      for (std::int64_t first = loaded; first < end; first += piece) {
-        const std::int64_t count = std::min(piece, end - first);
-        for_blocks(
-            count, [&](std::int64_t k, std::size_t worker) { work(store_.batch(first + k), worker); },
-            [&](std::int64_t, std::size_t worker) { join(worker); });
-        if (!after(first + count)) return true;
-      }
+/// Goes over the batches of a store piece by piece, each piece on all threads.
+/// @param work   called with the batch and the worker; `join` in the order of the batches
+/// @param after  called behind each piece with the batches done; false ends the walk
+/// @return false if the cache can't be read
+template <class Work, class Join, class After>
+bool for_batches(BatchStore& store, Work work, Join join, After after) {
+  const std::int64_t all = store.batches();
+  const std::int64_t piece = std::max(all / reports_in_a_run, 4 * static_cast<std::int64_t>(thread_count()));
+  for (std::int64_t loaded = 0; loaded < all; loaded += store.batches_together()) {
+    const std::int64_t end = std::min(loaded + store.batches_together(), all);
+    if (!store.load(loaded, end - loaded)) return false;
+    for (std::int64_t first = loaded; first < end; first += piece) {
+      const std::int64_t count = std::min(piece, end - first);
+      for_blocks(
+          count, [&](std::int64_t k, std::size_t worker) { work(store.batch(first + k), worker); },
+          [&](std::int64_t, std::size_t worker) { join(worker); });
+      if (!after(first + count)) return true;
     }
-    return true;
   }
-
- private:
-  BatchStore& store_;
-};
+  return true;
+}
 
 /// Sums of lags pair by pair, for those that the transforms can't give.
 class DirectLags {
@@ -119,7 +110,6 @@ bool transforms_pay(const SpectralShape& shape, std::int64_t atoms) {
 bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel kernel, std::int64_t atoms,
                        CorrelationTable& table, TablePlots* plots) {
   SpectralSums sums(shape, thread_count());
-  BatchWalk walk(store);
   const std::int64_t batches = store.batches();
   std::vector<std::int64_t> unsure;
   std::int64_t drawings = 0;
@@ -129,22 +119,24 @@ bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel
     table.set_atoms(atoms_done);
     unsure = put_lags(shape, sums.lags(atoms_done), table);
   };
-  const bool read = walk.over([&](const AtomBatch& batch, std::size_t worker) { sums.transform(batch, worker); },
-                              [&](std::size_t worker) { sums.join(worker); },
-                              [&](std::int64_t done) {
-                                stopped = kvu_int_requestinterrupt_() == 1;
-                                kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(batches));
-                                const bool due = plots != nullptr && done * drawings_in_a_run / batches > drawings;
-                                if (due || stopped || done == batches) fill(done);
-                                if (due && done < batches) plots->draw();
-                                drawings = done * drawings_in_a_run / batches;
-                                return !stopped;
-                              });
+  const bool read = for_batches(
+      store, [&](const AtomBatch& batch, std::size_t worker) { sums.transform(batch, worker); },
+      [&](std::size_t worker) { sums.join(worker); },
+      [&](std::int64_t done) {
+        stopped = kvu_int_requestinterrupt_() == 1;
+        kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(batches));
+        const bool due = plots != nullptr && done * drawings_in_a_run / batches > drawings;
+        if (due || stopped || done == batches) fill(done);
+        if (due && done < batches) plots->draw();
+        drawings = done * drawings_in_a_run / batches;
+        return !stopped;
+      });
   if (!read || stopped || unsure.empty()) return read;
   DirectLags direct(shape.series, kernel, table.columns(), std::move(unsure), thread_count());
-  const bool again = walk.over([&](const AtomBatch& batch, std::size_t worker) { direct.sum(batch, worker); },
-                               [&](std::size_t worker) { direct.join(worker); },
-                               [&](std::int64_t) { return !(stopped = kvu_int_requestinterrupt_() == 1); });
+  const bool again = for_batches(
+      store, [&](const AtomBatch& batch, std::size_t worker) { direct.sum(batch, worker); },
+      [&](std::size_t worker) { direct.join(worker); },
+      [&](std::int64_t) { return !(stopped = kvu_int_requestinterrupt_() == 1); });
   if (again && !stopped) direct.put(table);
   return again;
 }

@@ -22,8 +22,8 @@ constexpr double relative_accuracy = 1e-10;
 constexpr double part_of_noise = 0.01;
 
 /// Long enough that no lag wraps around onto another.
-LanePlan plan_for(const OriginSeries& series) {
-  return LanePlan(series.count() + (series.intervals + series.step - 1) / series.step);
+LanePlan::Shape transform_for(const OriginSeries& series) {
+  return LanePlan::cheapest(series.count() + (series.intervals + series.step - 1) / series.step);
 }
 
 /// Interleaved series that lags reach.
@@ -49,7 +49,7 @@ SpectralSums::SpectralSums(const SpectralShape& shape, std::size_t workers)
     : shape_(shape),
       records_(static_cast<std::size_t>(std::max<std::int64_t>(shape.series.frames - 1, 0))),
       series_count_(series_of(shape.series)),
-      plan_(plan_for(shape.series)),
+      plan_(transform_for(shape.series)),
       workers_(workers) {
   const auto sized = [&](Sums& sums) {
     sums.spectra.resize(shape_.products() * series_count_ * length());
@@ -116,7 +116,8 @@ void SpectralSums::add_products(std::span<const LaneComplex> a, std::span<const 
 }
 
 void SpectralSums::transform(const AtomBatch& batch, std::size_t worker) {
-  auto& [data, sums] = workers_[worker];
+  auto& data = workers_[worker].data;
+  Sums& sums = workers_[worker].sums;
   const std::size_t points = series_count_ * length();
   if (!shape_.anisotropic) {
     for (std::size_t axis = 0; axis < axes; ++axis) {
@@ -250,7 +251,7 @@ SpectralSums::Lags SpectralSums::lags(std::int64_t atoms) const {
 
 std::int64_t SpectralSums::bytes(const SpectralShape& shape, std::size_t workers) {
   const std::size_t series = series_of(shape.series);
-  const std::size_t points = series * plan_for(shape.series).length();
+  const std::size_t points = series * transform_for(shape.series).length;
   const std::size_t sums = shape.products() * (points * sizeof(std::complex<double>) +
                                                static_cast<std::size_t>(shape.series.frames) * sizeof(double));
   const std::size_t data = (shape.anisotropic ? axes : 1) * points * sizeof(LaneComplex);
@@ -261,10 +262,10 @@ std::int64_t SpectralSums::bytes(const SpectralShape& shape, std::size_t workers
 double SpectralSums::cost_per_atom(const SpectralShape& shape) {
   constexpr double load_and_products = 10.0;
   constexpr double of_a_pair = 0.8;
-  const LanePlan plan = plan_for(shape.series);
+  const LanePlan::Shape transform = transform_for(shape.series);
   const auto series =
       static_cast<double>(std::min(shape.series.step, std::max<std::int64_t>(shape.series.intervals, 1)));
-  const double per_axis = series * (plan.cost() + load_and_products * static_cast<double>(plan.length()));
+  const double per_axis = series * (transform.cost + load_and_products * static_cast<double>(transform.length));
   return of_a_pair * per_axis * (shape.anisotropic ? 2.0 : 1.0) * axes / atoms_in_batch;
 }
 

@@ -116,9 +116,10 @@ std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::siz
   const SearchCells cells{first_, others, one_set, pairs.cutoff + rounding, pairs.cutoff * pairs.cutoff};
   choose_images(pairs, cells);
 
-  workers_.clear();
-  for (std::size_t k = 0; k < thread_count(); ++k) {
-    workers_.push_back(std::make_unique<ColumnPairs>(vectors_, pairs.interval, bins));
+  workers_.resize(thread_count());
+  for (auto& worker : workers_) {
+    if (worker == nullptr) worker = std::make_unique<ColumnPairs>(vectors_);
+    worker->start(pairs.interval, bins);
   }
   const auto columns = static_cast<std::int64_t>(first_.columns(0) * first_.columns(1));
   const std::int64_t pieces = (columns + columns_together - 1) / columns_together;

@@ -32,8 +32,13 @@ struct SearchCells {
 /// Counts the pairs of some columns: what one thread of a search works with.
 class ColumnPairs {
  public:
-  ColumnPairs(const PairVectors& vectors, double interval, std::size_t bins)
-      : vectors_(vectors), interval_(interval), counts_(bins) {}
+  explicit ColumnPairs(const PairVectors& vectors) : vectors_(vectors) {}
+
+  /// Begins a count.
+  void start(double interval, std::size_t bins) {
+    interval_ = interval;
+    counts_.assign(bins, 0);
+  }
 
   /// Counts what the atoms of a column of the first set see in an image of the others.
   void add_column(const SearchCells& cells, std::size_t column, const SearchImage& image);
@@ -47,7 +52,7 @@ class ColumnPairs {
   void sort_into_bins();
 
   const PairVectors& vectors_;
-  double interval_;
+  double interval_ = 0.0;
 
   static constexpr std::size_t at_once = 256;
   std::array<std::int32_t, at_once> first_cells_, last_cells_;

@@ -18,21 +18,16 @@ namespace {
 
 /// Extracts what is missing and reports it. A row that could not be extracted does not keep back those that were;
 /// the first failure is the result.
-std::int32_t report_properties(std::int32_t mode) {
+std::int32_t report(std::string_view rows, void (*make)(std::int32_t mode, std::int32_t& status), std::int32_t mode) {
   std::int32_t extracted = 0;
-  datatodisk_(trj_frames_c_.trj_file_name, trj_gui_c_.input_source, "PROPERTIES", extracted);
+  datatodisk_(trj_frames_c_.trj_file_name, trj_gui_c_.input_source, rows, extracted);
   std::int32_t reported = 0;
-  pprofile_(mode, reported);
+  make(mode, reported);
   return extracted != 0 ? extracted : reported;
 }
 
-std::int32_t report_fluctuations(std::int32_t mode) {
-  std::int32_t extracted = 0;
-  datatodisk_(trj_frames_c_.trj_file_name, trj_gui_c_.input_source, "FLUCTUATIONS", extracted);
-  std::int32_t reported = 0;
-  fluctuations_(mode, reported);
-  return extracted != 0 ? extracted : reported;
-}
+std::int32_t report_properties(std::int32_t mode) { return report("PROPERTIES", pprofile_, mode); }
+std::int32_t report_fluctuations(std::int32_t mode) { return report("FLUCTUATIONS", fluctuations_, mode); }
 
 }  // namespace
 

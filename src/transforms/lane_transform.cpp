@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <numbers>
 #include <utility>
 
@@ -248,23 +247,23 @@ constexpr std::size_t elements_in_cache = 4096;
 
 }  // namespace
 
-LanePlan::LanePlan(std::int64_t least) {
+LanePlan::Shape LanePlan::cheapest(std::int64_t least) {
   const auto from = static_cast<std::size_t>(std::max<std::int64_t>(least, 2));
-  double cheapest = std::numeric_limits<double>::infinity();
-  std::vector<std::size_t> chosen;
+  Shape best;
   // Beyond a quarter more the first that comes will do; a power of two is found on the way at the latest.
-  for (std::size_t length = from; chosen.empty() || length - from <= from / 4; ++length) {
-    const auto radices = radices_of(length);
+  for (std::size_t length = from; best.radices.empty() || length - from <= from / 4; ++length) {
+    auto radices = radices_of(length);
     if (radices.empty()) continue;
     const double cost = cost_of(length, radices);
-    if (cost >= cheapest) continue;
-    cheapest = cost;
-    length_ = length;
-    chosen = radices;
+    if (best.radices.empty() || cost < best.cost) best = {length, std::move(radices), cost};
   }
+  return best;
+}
+
+LanePlan::LanePlan(const Shape& shape) : length_(shape.length) {
   const auto roots = roots_of_unity<double>(length_);
   std::size_t part = length_;
-  for (const std::size_t radix : chosen) {
+  for (const std::size_t radix : shape.radices) {
     const std::size_t turn = length_ / part;
     part /= radix;
     Stage stage{radix, part, {}};
@@ -274,12 +273,6 @@ LanePlan::LanePlan(std::int64_t least) {
     }
     stages_.push_back(std::move(stage));
   }
-}
-
-double LanePlan::cost() const {
-  double per_element = 0.0;
-  for (const Stage& stage : stages_) per_element += stage_cost(stage.radix);
-  return per_element * static_cast<double>(length_);
 }
 
 void LanePlan::run(std::size_t stage, std::span<LaneComplex> data) const {

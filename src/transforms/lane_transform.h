@@ -25,12 +25,18 @@ struct alignas(sizeof(double) * lanes_together) LaneComplex {
 /// in place (W. M. Gentleman, G. Sande, Fast Fourier transforms for fun and profit, 1966).
 class LanePlan {
  public:
-  /// @param least  the length is the cheapest one from here on
-  explicit LanePlan(std::int64_t least);
+  /// A length by its stages.
+  struct Shape {
+    std::size_t length = 1;
+    std::vector<std::size_t> radices;
+    double cost = 0.0;  ///< of one transform of four sequences, in operations of a register
+  };
+  /// The cheapest length that is not below `least`.
+  static Shape cheapest(std::int64_t least);
+
+  explicit LanePlan(const Shape& shape);
 
   std::size_t length() const { return length_; }
-  /// Work of one transform of four sequences, in operations of a register.
-  double cost() const;
 
   /// Frequencies in the plan's own order.
   /// @param data  length() elements, of which those from `filled` on are 0

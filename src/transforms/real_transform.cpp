@@ -247,7 +247,7 @@ void combine_parts(std::size_t radix, std::size_t part, const double* folded, do
 /// with a chirp (L. I. Bluestein, A linear filtering approach to the computation of the discrete Fourier transform,
 /// 1970). Eight elements of the parts are two in each of the lanes, as a real and an imaginary part.
 void combine_by_chirp(std::size_t radix, std::size_t part, const double* parts, double* sums) {
-  const LanePlan plan(static_cast<std::int64_t>(2 * radix - 1));
+  const LanePlan plan(LanePlan::cheapest(static_cast<std::int64_t>(2 * radix - 1)));
   std::vector<Complex> chirp(radix);
   for (std::size_t j = 0; j < radix; ++j) {
     const double angle = two_pi / 2.0 * static_cast<double>(j * j % (2 * radix)) / static_cast<double>(radix);
