@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "correlation/correlation_cache.h"
 #include "correlation/frame_file.h"
 
 namespace pathstat {

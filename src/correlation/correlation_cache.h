@@ -7,15 +7,6 @@
 
 namespace pathstat {
 
-namespace cache_status {
-constexpr std::int32_t no_velocities = 1;
-constexpr std::int32_t velocities_unusable = 2;
-constexpr std::int32_t selection_unusable = 3;
-constexpr std::int32_t frame_unreadable = 4;  ///< before the last
-constexpr std::int32_t not_written = 5;
-constexpr std::int32_t uneven_spacing = 6;  ///< PATHSTAT_ERROR_61 has been shown
-}  // namespace cache_status
-
 /// Copies positions or velocities of the chosen frames and atoms of a trajectory into a cache.
 ///
 /// @param cache               opened here, once all that is to come into it is known

@@ -50,7 +50,7 @@ class RoutedCache : public FrameSink {
 
   bool by_transforms() const { return by_transforms_; }
   const SpectralShape& shape() const { return shape_; }
-  FrameFile records() const { return records_.frames(); }
+  const FrameFile& records() const { return records_.frames(); }
   BatchStore& batches() { return batches_; }
 
  private:

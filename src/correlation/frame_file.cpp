@@ -11,7 +11,6 @@
 #include <limits>
 
 #include "coreapi/operations.h"
-#include "correlation/correlation_cache.h"
 #include "services/file_names.h"
 #include "services/unit_paths.h"
 
@@ -84,7 +83,7 @@ std::int32_t RecordCache::open(std::int32_t atoms, std::int32_t) {
   if (atoms > std::numeric_limits<std::int32_t>::max() / words_per_atom) return cache_status::not_written;
   std::int32_t status = 0;
   unit_ = open_cache(file_, words_per_atom * atoms, status);
-  atoms_ = atoms;
+  frames_ = FrameFile(unit_.number(), atoms);
   return status;
 }
 

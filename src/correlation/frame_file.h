@@ -62,13 +62,13 @@ class RecordCache : public FrameSink {
   explicit RecordCache(std::string_view file) : file_(file) {}
 
   std::int32_t open(std::int32_t atoms, std::int32_t frames) override;
-  bool write(std::int32_t record, const Axes& frame) override { return frames().write(record, frame); }
-  FrameFile frames() const { return {unit_.number(), atoms_}; }
+  bool write(std::int32_t record, const Axes& frame) override { return frames_.write(record, frame); }
+  const FrameFile& frames() const { return frames_; }
 
  private:
   std::string_view file_;
   FileUnit unit_;
-  std::int32_t atoms_ = 0;
+  FrameFile frames_{0, 1};  ///< on no unit until the cache is open
 };
 
 }  // namespace pathstat

@@ -6,6 +6,15 @@
 
 namespace pathstat {
 
+namespace cache_status {
+constexpr std::int32_t no_velocities = 1;
+constexpr std::int32_t velocities_unusable = 2;
+constexpr std::int32_t selection_unusable = 3;
+constexpr std::int32_t frame_unreadable = 4;  ///< before the last
+constexpr std::int32_t not_written = 5;
+constexpr std::int32_t uneven_spacing = 6;  ///< PATHSTAT_ERROR_61 has been shown
+}  // namespace cache_status
+
 /// Takes the frames of a correlation as they come from the trajectory.
 class FrameSink {
  public:

@@ -183,7 +183,7 @@ void ParallelBlocks::finish() {
 }
 
 void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join) {
-  if (!in_block) return ParallelBlocks(blocks, std::move(run), std::move(join)).finish();
+  if (!in_block && blocks > 1) return ParallelBlocks(blocks, std::move(run), std::move(join)).finish();
   for (std::int64_t block = 0; block < blocks; ++block) {
     run(block, 0);
     if (join) join(block, 0);
@@ -192,9 +192,7 @@ void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join) {
 
 void for_pieces(std::size_t count, std::size_t length,
                 const std::function<void(std::size_t first, std::size_t end)>& run) {
-  const std::size_t pieces = (count + length - 1) / length;
-  if (pieces == 1) return run(0, count);
-  for_blocks(static_cast<std::int64_t>(pieces), [&](std::int64_t piece, std::size_t) {
+  for_blocks(static_cast<std::int64_t>((count + length - 1) / length), [&](std::int64_t piece, std::size_t) {
     const std::size_t first = static_cast<std::size_t>(piece) * length;
     run(first, std::min(first + length, count));
   });

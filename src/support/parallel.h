@@ -38,7 +38,7 @@ class ParallelBlocks {
   std::shared_ptr<Job> job_;
 };
 
-/// Runs all blocks and waits for them; within a block, on its own thread.
+/// Runs all blocks and waits for them; a single one, and those that a block asks for, on the calling thread.
 void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join = {});
 
 /// The same for pieces of a range, 0 ... count, of `length` each.
