@@ -1,14 +1,11 @@
-// Correlations of long runs by transforms, and each kernel on one thread and on two. Times are those of the clock.
+// Correlations of long runs by transforms, on one thread and on two. Times are those of the clock.
 #include <benchmark/benchmark.h>
 
-#include <cmath>
-#include <memory>
 #include <random>
 #include <vector>
 
 #include "correlation/batch_store.h"
 #include "correlation/spectral_sums.h"
-#include "pairs/pair_histogram.h"
 #include "support/parallel.h"
 
 namespace {
@@ -62,30 +59,5 @@ BENCHMARK(displacement_of_a_long_run)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 BENCHMARK(velocities_of_a_long_run)->Args({500, 20000, 19999, 2})->Unit(benchmark::kMillisecond)->UseRealTime();
-
-/// Pairs within 9 A in a liquid. Ranges: atoms, threads.
-void pairs_on_threads(benchmark::State& state) {
-  constexpr double density = 0.1, cutoff = 9.0;
-  const double edge = std::cbrt(static_cast<double>(state.range(0)) / density);
-  std::mt19937_64 random(1);
-  std::uniform_real_distribution<double> coordinate(0.0, edge);
-  std::vector<double> xyz(3 * static_cast<std::size_t>(state.range(0)));
-  for (double& x : xyz) x = coordinate(random);
-  PairCount pairs;
-  pairs.list1 = xyz;
-  pairs.set_mode = pair_sets::within_one;
-  pairs.periodic_type = 100;
-  pairs.vectors = {{{edge, 0, 0}, {0, edge, 0}, {0, 0, edge}}};
-  pairs.cutoff = cutoff;
-  pairs.interval = cutoff / 450.0;
-  auto& [ia, ib, ic] = pairs.repeats;
-  cellrange_(100, pairs.vectors[0], pairs.vectors[1], pairs.vectors[2], cutoff, ia, ib, ic);
-  set_thread_count(state.range(1));
-  const auto search = std::make_unique<PairSearch>();
-  std::vector<double> histogram(450);
-  std::int32_t status = 0;
-  for (auto _ : state) calculaterdf_(pairs, histogram, *search, status);
-}
-BENCHMARK(pairs_on_threads)->ArgsProduct({{11000, 1000000}, {1, 2}})->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pairs/pair_histogram.h"
+#include "support/parallel.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ void per_atom(benchmark::State& state) {
 
 void pairs_by_cells(benchmark::State& state) {
   const Liquid liquid(state.range(0));
+  set_thread_count(1);
   const auto search = std::make_unique<PairSearch>();
   std::vector<double> histogram(bins);
   std::int32_t status = 0;
@@ -67,6 +69,7 @@ BENCHMARK(pairs_by_cells)
 /// The same with the plain instructions of the processor family.
 void pairs_by_cells_without_vectors(benchmark::State& state) {
   const Liquid liquid(state.range(0));
+  set_thread_count(1);
   const auto search = std::make_unique<PairSearch>(pair_vectors(0));
   std::vector<double> histogram(bins);
   std::int32_t status = 0;
@@ -74,6 +77,17 @@ void pairs_by_cells_without_vectors(benchmark::State& state) {
   per_atom(state);
 }
 BENCHMARK(pairs_by_cells_without_vectors)->Unit(benchmark::kMillisecond)->Arg(11000);
+
+/// By the clock. Ranges: atoms, threads.
+void pairs_on_threads(benchmark::State& state) {
+  const Liquid liquid(state.range(0));
+  set_thread_count(state.range(1));
+  const auto search = std::make_unique<PairSearch>();
+  std::vector<double> histogram(bins);
+  std::int32_t status = 0;
+  for (auto _ : state) calculaterdf_(liquid.pairs(), histogram, *search, status);
+}
+BENCHMARK(pairs_on_threads)->ArgsProduct({{11000, 1000000}, {1, 2}})->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Every image, every pair.
 void pairs_by_definition(benchmark::State& state) {

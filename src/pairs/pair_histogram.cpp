@@ -241,7 +241,9 @@ void widen_repeats(PairCount& pairs) {
   for (std::size_t k = 0; k < 3; ++k) {
     const double per_length = dveclen_(across[k]);
     if (!(per_length > 0.0)) continue;
-    const Extent first = extent_along(across[k], pairs.list1), second = extent_along(across[k], others_of(pairs));
+    const Extent first = extent_along(across[k], pairs.list1);
+    const bool one_set = pairs.set_mode == pair_sets::within_one;
+    const Extent second = one_set ? first : extent_along(across[k], pairs.list2);
     const double apart = std::max(first.high - second.low, second.high - first.low);
     const double needed = std::min(pairs.cutoff * per_length + apart, most_repeats);
     if (needed > wide.repeats[k]) wide.repeats[k] = static_cast<std::int32_t>(needed);

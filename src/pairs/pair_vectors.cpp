@@ -131,8 +131,8 @@ namespace avx2 {
 
 namespace avx512 {
 /// keep_below by the instruction that packs lanes.
-[[gnu::target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")]] inline std::size_t packed_below(
-    double limit, double* squares, std::size_t count) {
+[[gnu::target("avx512f,avx512dq,avx512vl")]] inline std::size_t packed_below(double limit, double* squares,
+                                                                             std::size_t count) {
   const __m512d limits = _mm512_set1_pd(limit);
   std::size_t kept = 0;
   for (std::size_t k = 0; k < count; k += vector_lanes) {
@@ -145,29 +145,22 @@ namespace avx512 {
   return kept;
 }
 
-[[gnu::target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")]] std::size_t between_two(const PairAtom& atom,
-                                                                                             const PairOthers& others,
-                                                                                             double limit,
-                                                                                             double* squares) {
+[[gnu::target("avx512f,avx512dq,avx512vl")]] std::size_t between_two(const PairAtom& atom, const PairOthers& others,
+                                                                     double limit, double* squares) {
   squares_between_two(atom, others, squares);
   return packed_below(limit, squares, others.atoms);
 }
-[[gnu::target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")]] std::size_t within_one(const PairAtom& atom,
-                                                                                            const PairOthers& others,
-                                                                                            double limit,
-                                                                                            double* squares) {
+[[gnu::target("avx512f,avx512dq,avx512vl")]] std::size_t within_one(const PairAtom& atom, const PairOthers& others,
+                                                                    double limit, double* squares) {
   squares_within_one(atom, others, squares);
   return packed_below(limit, squares, others.atoms);
 }
-[[gnu::target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")]] void bins(const double* squares, std::size_t count,
-                                                                               double interval, double last_bin,
-                                                                               std::int32_t* bins) {
+[[gnu::target("avx512f,avx512dq,avx512vl")]] void bins(const double* squares, std::size_t count, double interval,
+                                                       double last_bin, std::int32_t* bins) {
   bins_of(squares, count, interval, last_bin, bins);
 }
-[[gnu::target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")]] void cells_near(const ColumnSearch& column,
-                                                                                     std::size_t count,
-                                                                                     std::int32_t* first,
-                                                                                     std::int32_t* last) {
+[[gnu::target("avx512f,avx512dq,avx512vl")]] void cells_near(const ColumnSearch& column, std::size_t count,
+                                                             std::int32_t* first, std::int32_t* last) {
   cells_of(column, count, first, last);
 }
 }  // namespace avx512
