@@ -204,8 +204,9 @@ std::vector<double> SpectralSums::bounds(std::size_t product) const {
       energies[series] += total_.squares[product * records_ + t];
     }
   }
-  std::vector<double> bounds;
-  for (const double energy : energies) bounds.push_back(first * std::sqrt(energy / energies[0]));
+  std::vector<double> bounds(series_count_);
+  std::ranges::transform(energies, bounds.begin(),
+                         [&](double energy) { return first * std::sqrt(energy / energies[0]); });
   return bounds;
 }
 

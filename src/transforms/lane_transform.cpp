@@ -263,8 +263,8 @@ LanePlan::Shape LanePlan::cheapest(std::int64_t least) {
 LanePlan::LanePlan(const Shape& shape) : length_(shape.length) {
   const auto roots = roots_of_unity<double>(length_);
   std::size_t part = length_;
+  std::size_t turn = 1;  // length over the elements that a stage works on
   for (const std::size_t radix : shape.radices) {
-    const std::size_t turn = length_ / part;
     part /= radix;
     Stage stage{radix, part, {}};
     stage.twiddles.reserve((radix - 1) * part);
@@ -272,6 +272,7 @@ LanePlan::LanePlan(const Shape& shape) : length_(shape.length) {
       for (std::size_t q = 1; q < radix; ++q) stage.twiddles.push_back(roots[j * q * turn]);
     }
     stages_.push_back(std::move(stage));
+    turn *= radix;
   }
 }
 
