@@ -81,14 +81,12 @@ Facts fluctuation_facts() {
   const bool at_hand = trj_gui_l_.has_time_axis && (directions == 0 || directions == 3) &&
                        ensemble != ensemble_code::unknown && trj_gui_i_.format_version >= 2000 &&
                        trj_gui_i_.reader_code == reader::binary;
-  const bool varying_volume =
-      ensemble != ensemble_code::constant_energy && ensemble != ensemble_code::constant_temperature;
   const bool thermostat = at_hand && trj_gui_i_.thermostat != 1;
   Facts facts;
   facts[Fact::always] = at_hand;
   facts[Fact::thermostat] = thermostat;
   facts[Fact::crystal_thermostat] = thermostat && directions == 3;
-  facts[Fact::pressure_thermostat] = thermostat && varying_volume;
+  facts[Fact::pressure_thermostat] = thermostat && !ensemble_code::keeps_volume(ensemble);
   facts[Fact::dielectric] = at_hand && directions == 3;
   return facts;
 }
@@ -113,8 +111,7 @@ void mask_rows(const CatalogueTable& table, std::span<const MaskRule> rules, con
 
 /// Two curves of one row take their colours from the wheel, which a negative colour stands for.
 void sign_colours(const CatalogueTable& table) {
-  const bool fixed_volume = trj_gui_i_.ensemble == ensemble_code::constant_energy ||
-                            trj_gui_i_.ensemble == ensemble_code::constant_temperature;
+  const bool fixed_volume = ensemble_code::keeps_volume(trj_gui_i_.ensemble);
   for (std::size_t row = 0; row < table.size(); ++row) {
     if (table.ids[row] != 803 && table.ids[row] != 806) continue;
     const std::int32_t magnitude = std::abs(table.colours[row]);

@@ -70,9 +70,7 @@ Columns columns_of(std::int32_t id) {
 
 /// A run of fixed volume without a cell has none; -1 stands for it.
 bool has_no_volume(std::int32_t id) {
-  const bool fixed_volume = trj_gui_i_.ensemble == ensemble_code::constant_energy ||
-                            trj_gui_i_.ensemble == ensemble_code::constant_temperature;
-  return is_thermodynamic(id) && fixed_volume && trj_gui_i_.periodicity != 3;
+  return is_thermodynamic(id) && ensemble_code::keeps_volume(trj_gui_i_.ensemble) && trj_gui_i_.periodicity != 3;
 }
 
 void fetch(const OpenTrajectory& trajectory, std::int32_t id, Columns columns, std::span<double> row,

@@ -36,10 +36,6 @@ constexpr std::int32_t dielectric_constant = 901;
 
 using Values = std::array<double, 2>;
 
-bool keeps_volume(std::int32_t ensemble) {
-  return ensemble == ensemble_code::constant_energy || ensemble == ensemble_code::constant_temperature;
-}
-
 /// Columns 4 and 5 are energies, 1 is the pressure.
 constexpr std::array<Moment, most_moments> fixed_volume_moments{{{4}, {4, 4}, {5}, {5, 5}, {1, 4}, {1, 5}}};
 /// Column 4 is an energy, 2 is the volume.
@@ -131,12 +127,12 @@ PressureResponse constant_pressure(const SimulatedSystem& system, const EntryMea
 
 const std::array<Moment, most_moments>& moments_of(std::int32_t id, std::int32_t ensemble) {
   if (id == row::dielectric_constant) return dipole_moments;
-  return keeps_volume(ensemble) ? fixed_volume_moments : fixed_pressure_moments;
+  return ensemble_code::keeps_volume(ensemble) ? fixed_volume_moments : fixed_pressure_moments;
 }
 
 std::int32_t response_count(std::int32_t id, std::int32_t ensemble) {
   if (ensemble == ensemble_code::constant_energy && id == row::thermal_pressure) return 2;
-  return keeps_volume(ensemble) && id == row::isometric_heat_capacity ? 2 : 1;
+  return ensemble_code::keeps_volume(ensemble) && id == row::isometric_heat_capacity ? 2 : 1;
 }
 
 std::array<std::string_view, 2> response_labels(std::int32_t id, std::int32_t ensemble) {

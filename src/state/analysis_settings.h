@@ -33,6 +33,10 @@ constexpr std::int32_t constant_energy = 1;
 constexpr std::int32_t constant_temperature = 2;
 constexpr std::int32_t constant_temperature_and_pressure = 3;
 constexpr std::int32_t constant_pressure = 4;
+
+constexpr bool keeps_volume(std::int32_t ensemble) {
+  return ensemble == constant_energy || ensemble == constant_temperature;
+}
 }  // namespace ensemble_code
 
 /// Texts of TrjGuiC::input_source.
