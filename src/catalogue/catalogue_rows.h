@@ -53,13 +53,10 @@ constexpr std::string_view gyration = "Radius of Gyration/A";
 constexpr std::string_view distance = "Distance/A";
 constexpr std::string_view angle = "Angle/Degrees";
 constexpr std::string_view torsion = "Torsion/Degrees";
-}  // namespace catalogue_text
 
 // clang-format off
-constexpr auto property_rows = [] {
-  using namespace catalogue_text;
-  // id, name, short name, units, extension, colour, selected, selectable, can be used, calculated
-  return std::to_array<PropertyRow>({
+// id, name, short name, units, extension, colour, selected, selectable, can be used, calculated
+constexpr auto property_rows = std::to_array<PropertyRow>({
     {601, "ENERGY TOTALS",                           same,                        none,     none,       -1, 0, 0, 1, 1},
     {  1, "Total Energy",                            same,                        kcal,     ".te",       3, 1, 1, 1, by_source},
     {  2, "Potential Energy",                        same,                        kcal,     ".pe",       4, 0, 1, 1, 1},
@@ -137,13 +134,10 @@ constexpr auto property_rows = [] {
     {504, "Plane",                                   same,                        angle,    ".plan",    -1, 0, 1, 1, 1},
     {505, "Inversion",                               same,                        angle,    ".inv",     -1, 0, 1, 1, 1},
     {506, "Distance Vector",                         same,                        distance, ".dst_v",   -1, 0, 1, 1, 1},
-  });
-}();
+});
 
-constexpr auto fluctuation_rows = [] {
-  using namespace catalogue_text;
-  // id, name, symbol, units, extension, colour
-  return std::to_array<FluctuationRow>({
+// id, name, symbol, units, extension, colour
+constexpr auto fluctuation_rows = std::to_array<FluctuationRow>({
     {701, "THERMODYNAMIC PROPERTIES",               "",                    none,          none,    -1},
     {801, "Adiabatic Compressibility",              "Ks",                  "1/GPa",       ".thrm",  3},
     {802, "Isothermal Compressibility",             "Kt",                  "1/GPa",       ".thrm",  4},
@@ -157,9 +151,12 @@ constexpr auto fluctuation_rows = [] {
     {810, "Velocity of Sound",                      "omega",               "m/s",         ".thrm", 12},
     {702, "ELECTROSTATIC",                          "",                    none,          none,    -1},
     {901, "Dielectric Constant",                    "Dielectric Constant", "",            ".dip",   6},
-  });
-}();
+});
 // clang-format on
+}  // namespace catalogue_text
+
+using catalogue_text::fluctuation_rows;
+using catalogue_text::property_rows;
 
 /// The place of the property row with this identifier, from 0; property_rows.size() if there is none.
 constexpr std::size_t property_row_of(std::int32_t id) {
