@@ -5,6 +5,7 @@
 
 #include "catalogue/catalogue_rows.h"
 #include "catalogue/measure_families.h"
+#include "catalogue/measures.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "state/measure_state.h"
@@ -163,9 +164,8 @@ bool any_of(std::span<const Logical> flags) {
 
 void forget_measures() {
   trjmeasures_i_ = {};
-  std::int32_t application = 0;
   std::int32_t error = 0;
-  kvd_app_findbyname_("MD_ANALYSIS", application, error);
+  const std::int32_t application = monitor_memory(error);
   if (error != 0) return;
   for (const auto& family : measure_families) {
     const bool shares_key = family.id == 506;

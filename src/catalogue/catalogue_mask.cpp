@@ -11,6 +11,7 @@
 #include "catalogue/measure_families.h"
 #include "catalogue/measures.h"
 #include "catalogue/model_selection.h"
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "trajectory/front_end.h"
@@ -127,10 +128,10 @@ void mask_fluctuations() {
   trj_gui_l_.any_fluctuation_selected = table.any_wanted();
 }
 
-void count_atoms(std::int32_t model) {
+void count_model_atoms(std::int32_t model) {
   constexpr std::int32_t with_images = 3;
   std::int32_t error = 0;
-  kvd_mod_numatoms_(model, with_images, trj_gui_i_.total_atoms, error);
+  count_atoms(model, with_images, trj_gui_i_.total_atoms, error);
   trj_gui_i_.fixed_atoms = trj_gui_i_.total_atoms - trj_gui_i_.movable_atoms;
   trj_gui_d_.degrees_of_freedom =
       degrees_of_freedom(trj_gui_i_.movable_atoms, trj_gui_i_.fixed_atoms, trj_gui_i_.periodicity);
@@ -157,7 +158,7 @@ void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
   }
   trj_gui_l_.any_property_selected = property_table().any_wanted();
   trj_gui_d_.degrees_of_freedom = 1.0;
-  if (model_exists != 0) count_atoms(model);
+  if (model_exists != 0) count_model_atoms(model);
   mask_fluctuations();
   if (trajectory && trajectory->attach_status() != 0) status = trajectory_status::attach_refused;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/measures.h"
 #include "coreapi/operations.h"
 #include "measures/measure_labels.h"
 #include "measures/measures.h"
@@ -77,9 +78,8 @@ void fetch_atoms(std::int32_t id, std::span<const std::int32_t> monitors, AtomBl
 /// Leaves the monitors with the Core, for measureschanged_. The Core keeps its own answer if this fails: then the next
 /// question finds them changed.
 void remember_monitors(const MeasureFamily& family, std::span<const std::int32_t> monitors) {
-  std::int32_t application = 0;
   std::int32_t error = 0;
-  kvd_app_findbyname_("MD_ANALYSIS", application, error);
+  const std::int32_t application = monitor_memory(error);
   if (error == 0) kvd_ud_addobjectarray_(application, family.data_key, monitors, error);
 }
 

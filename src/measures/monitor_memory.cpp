@@ -12,8 +12,6 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t monitor_selector = 4;
-
 const MeasureFamily* family_of_type(std::int32_t type) {
   const auto found = std::ranges::find(measure_families, type, &MeasureFamily::monitor_type);
   return found == measure_families.end() ? nullptr : &*found;
@@ -21,8 +19,7 @@ const MeasureFamily* family_of_type(std::int32_t type) {
 
 /// The identifiers that the last set-up left with the Core, ascending.
 void remembered_monitors(const MeasureFamily& family, std::span<std::int32_t> monitors, std::int32_t& status) {
-  std::int32_t application = 0;
-  kvd_app_findbyname_("MD_ANALYSIS", application, status);
+  const std::int32_t application = monitor_memory(status);
   if (status == 0) kvd_ud_findobjectarray_(application, family.data_key, monitors, status);
   if (status == 0) isort_(monitors);
 }

@@ -244,6 +244,9 @@ TEST_F(Measures, are_extracted_afresh_when_their_monitors_have_changed) {
   EXPECT_THAT(core_.messages(), ElementsAre("DISTANCE PATHSTAT_WARN_6"));
   trjmeasures_i_ = {};
   EXPECT_FALSE(measureschanged_(1, 60, status)) << "none now, none then";
+  core_.answers["kvD_MON_NumMonitors"] = [](const auto&) { return Answer{{2'000'000'000}, {}, {}}; };
+  ask();
+  EXPECT_FALSE(do_it) << "no Core has so many";
 }
 
 TEST_F(Measures, of_models_are_the_values_of_the_core) {
