@@ -47,16 +47,15 @@ std::string_view inversion_prefix(std::int32_t convention) {
 void number_equal_labels(std::span<MeasureLabel> labels) {
   std::unordered_map<std::string, std::set<std::size_t>> places;
   for (std::size_t k = 0; k < labels.size(); ++k) places[labels[k].str()].insert(k);
-  const auto renumber = [&](std::size_t k, std::size_t number) {
-    append_number(labels[k], number);
-    places[labels[k].str()].insert(k);
-  };
   for (std::size_t first = 0; first < labels.size(); ++first) {
     auto equal = places.extract(labels[first].str()).mapped();
     equal.erase(equal.begin(), equal.lower_bound(first));
     if (equal.size() < 2) continue;
     std::size_t number = 0;
-    for (const auto k : equal) renumber(k, ++number);
+    for (const auto k : equal) {
+      append_number(labels[k], ++number);
+      places[labels[k].str()].insert(k);
+    }
   }
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <tuple>
 #include <utility>
 
 #include "coreapi/operations.h"
@@ -11,20 +12,37 @@
 namespace pathstat {
 namespace {
 
-/// Where the atoms of the measures of a family stand in one frame.
+/// The measures of a family in one frame.
 template <std::size_t atoms_of_measure>
-class Corners {
+class MeasuresOfFrame {
  public:
-  Corners(std::int32_t id, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b, VectorIn<double> c)
-      : xyz_(xyz), a_(a), b_(b), c_(c) {
+  MeasuresOfFrame(std::int32_t id, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
+                  VectorIn<double> c)
+      : values_(static_cast<std::size_t>(measure_family(id).values)), xyz_(xyz), a_(a), b_(b), c_(c) {
     for (std::size_t k = 0; k < atoms_of_measure; ++k) {
       atoms_[k] = measure_atoms(measure_family(id), k);
       images_[k] = measure_images(measure_family(id), k);
     }
   }
 
+  /// Computes each of them.
+  /// @param status  0; 1 with nothing computed
+  /// @param put     void(points of measure i, i)
+  void each(std::int32_t count, std::span<const double> out, std::int32_t& status, auto put) const {
+    const auto measures = static_cast<std::size_t>(std::max(count, 0));
+    status = are_set_up(measures) && out.size() >= values_ * measures ? 0 : 1;
+    for (std::size_t i = 0; i < measures && status == 0; ++i) put(points(i), i);
+  }
+
+  /// Puts an angle of theirs into `out`, in degrees. @param angle  radians(each of the points)
+  void angles(std::int32_t count, std::span<double> out, std::int32_t& status, auto angle) const {
+    each(count, out, status,
+         [&](const auto& points, std::size_t i) { out[i] = degrees_per_radian * std::apply(angle, points); });
+  }
+
+ private:
   /// True if there are so many measures and each of their atoms is in the frame.
-  bool hold(std::size_t count) const {
+  bool are_set_up(std::size_t count) const {
     return std::ranges::all_of(atoms_, [&](const auto& places) {
       return places.size() >= count && std::ranges::all_of(places.first(count), [&](std::int32_t place) {
                return place >= 1 && std::cmp_less_equal(place, xyz_.size() / 3);
@@ -32,7 +50,7 @@ class Corners {
     });
   }
 
-  std::array<Vector3, atoms_of_measure> operator[](std::size_t measure) const {
+  std::array<Vector3, atoms_of_measure> points(std::size_t measure) const {
     std::array<Vector3, atoms_of_measure> points;
     for (std::size_t k = 0; k < atoms_of_measure; ++k) {
       const auto atom = 3 * static_cast<std::size_t>(atoms_[k][measure] - 1);
@@ -42,24 +60,12 @@ class Corners {
     return points;
   }
 
- private:
+  std::size_t values_;
   std::span<const double> xyz_;
   VectorIn<double> a_, b_, c_;
   std::array<std::span<const std::int32_t>, atoms_of_measure> atoms_;
   std::array<std::span<const std::int32_t>, atoms_of_measure> images_;
 };
-
-/// The values of all measures of a family in one frame.
-///
-/// @param put  void(points of measure i, i)
-template <std::size_t atoms_of_measure, class Put>
-void each_measure(std::int32_t id, const Corners<atoms_of_measure>& corners, std::int32_t count,
-                  std::span<const double> out, std::int32_t& status, Put put) {
-  const auto measures = static_cast<std::size_t>(std::max(count, 0));
-  const auto values = static_cast<std::size_t>(measure_family(id).values);
-  status = corners.hold(measures) && out.size() >= values * measures ? 0 : 1;
-  for (std::size_t i = 0; i < measures && status != 1; ++i) put(corners[i], i);
-}
 
 }  // namespace
 
@@ -70,7 +76,7 @@ void measurescoords_(VectorIn<double> atom, VectorIn<double> a, VectorIn<double>
 
 void calcdistmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                        VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(501, Corners<2>(501, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+  MeasuresOfFrame<2>(501, xyz, a, b, c).each(count, out, status, [&](const auto& p, std::size_t i) {
     Vector3 between;
     dvecsub_(p[1], p[0], between);
     out[i] = dveclen_(between);
@@ -79,34 +85,31 @@ void calcdistmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn
 
 void calcdistvecmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                           VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(506, Corners<2>(506, xyz, a, b, c), count, out, status,
-               [&](const auto& p, std::size_t i) { dvecsub_(p[1], p[0], out.subspan(3 * i).first<3>()); });
+  MeasuresOfFrame<2>(506, xyz, a, b, c).each(count, out, status, [&](const auto& p, std::size_t i) {
+    dvecsub_(p[1], p[0], out.subspan(3 * i).first<3>());
+  });
 }
 
 void calcangmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(502, Corners<3>(502, xyz, a, b, c), count, out, status,
-               [&](const auto& p, std::size_t i) { out[i] = degrees_per_radian * angle_of(p[0], p[1], p[2]); });
+  MeasuresOfFrame<3>(502, xyz, a, b, c).angles(count, out, status, angle_of);
 }
 
 void calctormeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(503, Corners<4>(503, xyz, a, b, c), count, out, status,
-               [&](const auto& p, std::size_t i) { out[i] = degrees_per_radian * torsion_of(p[0], p[1], p[2], p[3]); });
+  MeasuresOfFrame<4>(503, xyz, a, b, c).angles(count, out, status, torsion_of);
 }
 
 void calcplanemeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                         VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  each_measure(504, Corners<6>(504, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
-    out[i] = degrees_per_radian * plane_angle_of(p[0], p[1], p[2], p[3], p[4], p[5]);
-  });
+  MeasuresOfFrame<6>(504, xyz, a, b, c).angles(count, out, status, plane_angle_of);
 }
 
 void calcinvmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
   const auto conventions = inversion_conventions();
   bool undefined = false;
-  each_measure(505, Corners<4>(505, xyz, a, b, c), count, out, status, [&](const auto& p, std::size_t i) {
+  MeasuresOfFrame<4>(505, xyz, a, b, c).each(count, out, status, [&](const auto& p, std::size_t i) {
     std::int32_t fault = 0;
     calcinversion_(p[0], p[1], p[2], p[3], conventions[i], out[i], fault);
     out[i] *= degrees_per_radian;
