@@ -70,6 +70,14 @@ BlockWindow block_window(std::int32_t block, std::int32_t frames, std::int32_t w
           static_cast<std::int32_t>(std::min<std::int64_t>(frames, width - half + start))};
 }
 
+std::int32_t keep_block_starts(std::span<double> of_frames, std::int32_t frames, std::int32_t interval) {
+  const std::int32_t blocks = block_count(frames, interval);
+  for (std::size_t k = 0; k < static_cast<std::size_t>(blocks); ++k) {
+    of_frames[k] = of_frames[k * static_cast<std::size_t>(interval)];
+  }
+  return blocks;
+}
+
 void runningaverage_(std::int32_t values, std::int32_t frames, std::span<double> table, std::int32_t& status) {
   status = holds_rows(table, values, frames) ? 0 : 1;
   if (status != 0) return;

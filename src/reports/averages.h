@@ -26,6 +26,11 @@ struct BlockWindow {
 BlockWindow block_window(std::int32_t block, std::int32_t frames, std::int32_t width, std::int32_t interval,
                          std::int32_t half);
 
+/// Moves what belongs to the start of each block to the front, for the blocks of block_count.
+/// @param of_frames  a number for each frame, such as its x
+/// @return the number of blocks
+std::int32_t keep_block_starts(std::span<double> of_frames, std::int32_t frames, std::int32_t interval);
+
 /// Replaces each column by its cumulative mean: m(1) = x(1), m(f) = m(f-1) + (x(f) - m(f-1)) / f.
 ///
 /// @param table   frames rows of `values` numbers

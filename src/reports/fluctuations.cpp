@@ -151,6 +151,7 @@ class FluctuationColumns {
     if (found == RecordStatus::ok) {
       make_room(head, status);
       if (status != 0) return;
+      head.extras = 0;  // nothing here needs them
       found = read_scratch_points(file, head,
                                   {.numbers = blocks_.frame_numbers.span(),
                                    .x = blocks_.x.span(),
@@ -165,8 +166,7 @@ class FluctuationColumns {
     }
   }
 
-  void make_room(ScratchHead& head, std::int32_t& status) {
-    head.extras = 0;
+  void make_room(const ScratchHead& head, std::int32_t& status) {
     frames_ = head.points;
     values_ = head.values;
     FluctuationBlocks::refit(blocks_.frame_numbers, frames_, status);
@@ -183,9 +183,9 @@ class FluctuationColumns {
 
   void average(std::span<const Moment> moments, std::int32_t& status) {
     entries_ = frames_;
-    if (order_.mode == block_average_mode) start_blocks();
-    if (order_.is_one_number()) entries_ = std::min(frames_, 1);
     const auto x = blocks_.x.span();
+    if (order_.mode == block_average_mode) entries_ = keep_block_starts(x, frames_, order_.settings.block_interval);
+    if (order_.is_one_number()) entries_ = std::min(frames_, 1);
     for (std::size_t k = 0; k < static_cast<std::size_t>(entries_); ++k) {
       blocks_.xy.span()[2 * k] = static_cast<float>(x[k]);
     }
@@ -197,49 +197,27 @@ class FluctuationColumns {
     for (std::size_t k = 0; k < moments.size(); ++k) average(moments[k], blocks_.moments[k].span(), status);
   }
 
-  /// Each block stands at the x of its start.
-  void start_blocks() {
-    const std::int32_t interval = order_.settings.block_interval;
-    entries_ = block_count(frames_, interval);
-    const auto x = blocks_.x.span();
-    for (std::size_t k = 0; k < static_cast<std::size_t>(entries_); ++k)
-      x[k] = x[k * static_cast<std::size_t>(interval)];
-  }
-
-  void average(const Moment& moment, std::span<double> means, std::int32_t& status) {
+  void average(const Moment& moment, std::span<double> means, std::int32_t& status) const {
     if (status != 0 || moment.first == 0) return;
-    if (order_.mode == running_average_mode) return average_running(moment, means, status);
-    if (order_.mode == block_average_mode) return average_blocks(moment, means, status);
-    average_all(moment, means[0], status);
+    switch (order_.mode) {
+      case running_average_mode:
+        return average_by(cumavgval_, cumavgval2_, cumavgvecsqr_, cumavgvec2_, moment, means, status);
+      case block_average_mode:
+        return average_by(blkavgval_, blkavgval2_, blkavgvecsqr_, blkavgvec2_, moment, order_.settings.block_width,
+                          order_.settings.block_interval, order_.half_width(), means, status);
+      default:
+        return average_by(avgval_, avgval2_, avgvecsqr_, avgvec2_, moment, means[0], status);
+    }
   }
 
-  void average_all(const Moment& moment, double& mean, std::int32_t& status) const {
+  /// Calls that of four functions which takes such a moment.
+  template <class OfOne, class OfTwo>
+  void average_by(OfOne of_column, OfTwo of_product, OfOne of_mean_vector, OfTwo of_vectors, const Moment& moment,
+                  auto&&... rest) const {
     const std::span<const double> table = blocks_.columns.span();
-    const auto [a, b, of_vectors] = moment;
-    if (of_vectors && b == 0) return avgvecsqr_(values_, frames_, table, a, mean, status);
-    if (of_vectors) return avgvec2_(values_, frames_, table, a, b, mean, status);
-    if (b == 0) return avgval_(values_, frames_, table, a, mean, status);
-    avgval2_(values_, frames_, table, a, b, mean, status);
-  }
-
-  void average_running(const Moment& moment, std::span<double> means, std::int32_t& status) const {
-    const std::span<const double> table = blocks_.columns.span();
-    const auto [a, b, of_vectors] = moment;
-    if (of_vectors && b == 0) return cumavgvecsqr_(values_, frames_, table, a, means, status);
-    if (of_vectors) return cumavgvec2_(values_, frames_, table, a, b, means, status);
-    if (b == 0) return cumavgval_(values_, frames_, table, a, means, status);
-    cumavgval2_(values_, frames_, table, a, b, means, status);
-  }
-
-  void average_blocks(const Moment& moment, std::span<double> means, std::int32_t& status) const {
-    const std::span<const double> table = blocks_.columns.span();
-    const std::int32_t width = order_.settings.block_width, interval = order_.settings.block_interval;
-    const std::int32_t half = order_.half_width();
-    const auto [a, b, of_vectors] = moment;
-    if (of_vectors && b == 0) return blkavgvecsqr_(values_, frames_, table, a, width, interval, half, means, status);
-    if (of_vectors) return blkavgvec2_(values_, frames_, table, a, b, width, interval, half, means, status);
-    if (b == 0) return blkavgval_(values_, frames_, table, a, width, interval, half, means, status);
-    blkavgval2_(values_, frames_, table, a, b, width, interval, half, means, status);
+    const auto [a, b, is_vector] = moment;
+    if (b == 0) return (is_vector ? of_mean_vector : of_column)(values_, frames_, table, a, rest...);
+    (is_vector ? of_vectors : of_product)(values_, frames_, table, a, b, rest...);
   }
 
   const FluctuationOrder& order_;

@@ -127,12 +127,7 @@ void average_blocks(const ReportOrder& order, ReportBlocks& blocks, ReportedSeri
   if (status != 0) return;
   blockaverage_(series.values, series.frames, blocks.table.span(), blocks.work.span(), width, interval, width / 2,
                 status);
-  if (status != 0) return;
-  series.points = block_count(series.frames, interval);
-  const auto x = blocks.x.span();
-  for (std::size_t k = 0; k < static_cast<std::size_t>(series.points); ++k) {
-    x[k] = x[k * static_cast<std::size_t>(interval)];
-  }
+  if (status == 0) series.points = keep_block_starts(blocks.x.span(), series.frames, interval);
 }
 
 void count_bins(const ReportOrder& order, const CatalogueRow& row, ReportBlocks& blocks, ReportedSeries& series,
