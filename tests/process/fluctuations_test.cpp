@@ -27,8 +27,11 @@ double covariance(const Series& a, const Series& b, std::size_t count) {
   return mean(products, count);
 }
 
-/// The numbers of the messages that print results, in their order.
-Series printed(DeskWithProcess& desk) {
+/// The results that are printed of these quantities, in their order.
+Series calculated(DeskWithProcess& desk, const char* quantities) {
+  desk.messages.clear();
+  EXPECT_EQ(desk.run("SELECT_FLUCTUATIONS", quantities), 0);
+  EXPECT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
   Series numbers;
   for (const auto& message : desk.messages) {
     if (message.key != "PATHSTAT_MSG_32" && message.key != "PATHSTAT_MSG_33") continue;
@@ -36,7 +39,6 @@ Series printed(DeskWithProcess& desk) {
       if (std::holds_alternative<double>(argument)) numbers.push_back(std::get<double>(argument));
     }
   }
-  desk.messages.clear();
   return numbers;
 }
 
@@ -63,8 +65,7 @@ TEST(FluctuationsOfExamples, at_constant_energy) {
   const Log log("argon");
   DeskWithProcess desk;
   ASSERT_EQ(desk.load_example("argon"), 0);
-  ASSERT_EQ(desk.run("SELECT_FLUCTUATIONS", "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\""), 0);
-  ASSERT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
+  const Series found = calculated(desk, "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\"");
   const Series potential = log.column("PotEng"), kinetic = log.column("KinEng"), pressure = log.pressure();
   const double rt = gas * mean(log.column("Temp"), log.count), half = 1497 / 2.0, volume = 24389;
   Series cv, gamma;
@@ -74,20 +75,18 @@ TEST(FluctuationsOfExamples, at_constant_energy) {
     const double coupling = sign * covariance(pressure, *energy, log.count) * volume / pa_a3_per_kcal / (500 * rt * rt);
     gamma.push_back(2.0 / 3.0 * pa_a3_per_kcal * 1e-12 * cv.back() / volume * (1 + coupling));
   }
-  expect_near(printed(desk), {gamma[0], gamma[1], cv[0], cv[1]});
+  expect_near(found, {gamma[0], gamma[1], cv[0], cv[1]});
 }
 
 TEST(FluctuationsOfExamples, at_constant_temperature) {
   const Log log("water");
   DeskWithProcess desk;
   ASSERT_EQ(desk.load_example("water"), 0);
-  ASSERT_EQ(desk.run("SELECT_FLUCTUATIONS", "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\""), 0);
-  ASSERT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
+  const Series found = calculated(desk, "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\"");
   const Series total = log.column("TotEng"), potential = log.column("PotEng");
   const double t = mean(log.column("Temp"), log.count), rt2 = gas * t * t;
   const double gamma =
       covariance(log.pressure(), potential, log.count) / rt2 + 648 * gas * pa_a3_per_kcal / 6478.545465;
-  const Series found = printed(desk);
   ASSERT_EQ(found.size(), 3U);
   expect_near({found[0], found[1]}, {gamma * 1e-9, 1000 * covariance(total, total, log.count) / rt2});
   // What the potential energy does not give is R / 2 for each degree of freedom.
@@ -99,10 +98,8 @@ TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
   const Log log("water-npt");
   DeskWithProcess desk;
   ASSERT_EQ(desk.load_example("water-npt"), 0);
-  ASSERT_EQ(desk.run("SELECT_FLUCTUATIONS",
-                     "\"Isobaric Heat Capacity (Cp)\" \"Isothermal Compressibility\" \"Volume Expansivity\""),
-            0);
-  ASSERT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
+  const Series found =
+      calculated(desk, "\"Isobaric Heat Capacity (Cp)\" \"Isothermal Compressibility\" \"Volume Expansivity\"");
   const Series volume = log.column("Volume"), temperature = log.column("Temp");
   // The trajectory's enthalpy is that of the pressure which the run was held at, 1 atm.
   Series enthalpy = log.column("TotEng");
@@ -113,7 +110,7 @@ TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
                   1000 * covariance(enthalpy, enthalpy, count) / (gas * t * t),
                   covariance(volume, enthalpy, count) / (gas * t * t * v)};
   };
-  expect_near(printed(desk), expected(log.count));
+  expect_near(found, expected(log.count));
 
   ASSERT_EQ(desk.run("RUNNING_AVERAGE_FLUCTUATIONS"), 0);
   EXPECT_THAT(desk.graph_titles(), ElementsAre("Kt", "Cp", "beta"));
@@ -135,15 +132,9 @@ TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
   const auto& blocks = desk.data_set(3).points;
   ASSERT_EQ(blocks.size(), 4U);
   EXPECT_NEAR(blocks[0].y, partly[0], 1e-5 * partly[0]) << "the first window holds half its width";
-}
 
-TEST(FluctuationsOfExamples, of_one_frame_say_so) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water-npt"), 0);
   ASSERT_EQ(desk.run("LAST_FRAME_NO", "1"), 0);
-  ASSERT_EQ(desk.run("SELECT_FLUCTUATIONS", "\"Isobaric Heat Capacity (Cp)\""), 0);
-  ASSERT_EQ(desk.run("CALCULATE_FLUCTUATIONS"), 0);
-  EXPECT_EQ(printed(desk), Series{0.0});
+  EXPECT_EQ(calculated(desk, "\"Isobaric Heat Capacity (Cp)\""), Series{0.0});
   EXPECT_THAT(desk.output, Contains("Fluctuations: the range has one frame, so that every variance is 0"));
 }
 

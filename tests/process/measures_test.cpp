@@ -182,12 +182,11 @@ TEST_F(MeasuresOfARun, are_read_again_only_when_they_have_changed) {
   EXPECT_THAT(series("dst_v").values[0], testing::Pointwise(testing::DoubleNear(1e-12), minus(first(3), first(2))));
 }
 
-TEST_F(MeasuresOfARun, go_into_distributions_rankings_and_statistics) {
+TEST_F(MeasuresOfARun, of_a_kind_share_a_histogram) {
   ASSERT_EQ(desk.load_example("butane"), 0);
   EXPECT_THAT(mark("angle 2 3 4"), IsEmpty());
   ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Angle"), 0);
   ASSERT_EQ(desk.run("DISTRIBUTION"), 0);
-  const auto found = series("ang");
   double sum = 0;
   for (const auto& point : desk.data_set(0).points) sum += point.y;
   EXPECT_NEAR(sum, 1.0, 1e-5) << "both angles in one histogram";

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
@@ -90,28 +92,10 @@ std::vector<double> plain_response(std::int32_t id, const System& of, const Fram
     Kt = Ks * Cp / Cv;
   }
   const double phi = V - T * V * beta;
-  switch (id) {
-    case 801:
-      return {Ks};
-    case 802:
-      return {Kt};
-    case 803:
-      return {beta / Kt};
-    case 804:
-      return {V * beta / Kt * 1e9 / (Cv * cal)};
-    case 805:
-      return {Cp};
-    case 806:
-      return {Cv};
-    case 807:
-      return {beta};
-    case 808:
-      return {-phi * 1e9 / (Cp * cal)};
-    case 809:
-      return {phi};
-    default:
-      return {std::sqrt(std::abs(P / (of.mass / V * 1000 / 0.6022) * Cp / Cv))};
-  }
+  const double gamma = beta / Kt, gruneisen = V * gamma * 1e9 / (Cv * cal), mu = -phi * 1e9 / (Cp * cal);
+  const double sound = std::sqrt(std::abs(P / (of.mass / V * 1000 / 0.6022) * Cp / Cv));
+  const std::array of_rows{Ks, Kt, gamma, gruneisen, Cp, Cv, beta, mu, phi, sound};
+  return {of_rows.at(static_cast<std::size_t>(id - 801))};
 }
 
 /// A working directory with the columns of a run.
@@ -216,11 +200,18 @@ Rows random_run(const EnsembleCase& of, std::size_t frames) {
   return rows;
 }
 
-void expect_near(const std::vector<double>& found, std::size_t& at, const std::vector<double>& wanted) {
-  for (const double value : wanted) {
-    ASSERT_LT(at, found.size());
-    EXPECT_NEAR(found[at++], value, 1e-10 * std::abs(value));
-  }
+/// The values of all rows of the case.
+std::vector<double> plain_responses(const EnsembleCase& of, const Frames& in) {
+  std::vector<double> values;
+  for (const auto id : of.ids) std::ranges::copy(plain_response(id, of.of, in), std::back_inserter(values));
+  return values;
+}
+
+std::vector<double> behind_x(const std::vector<double>& line) { return {line.begin() + 1, line.end()}; }
+
+void expect_near(const std::vector<double>& found, const std::vector<double>& wanted, double tolerance = 1e-10) {
+  ASSERT_EQ(found.size(), wanted.size());
+  for (std::size_t k = 0; k < found.size(); ++k) EXPECT_NEAR(found[k], wanted[k], tolerance * std::abs(wanted[k]));
 }
 
 TEST_F(Fluctuations, of_all_ensembles_are_those_of_plain_statistics) {
@@ -232,32 +223,25 @@ TEST_F(Fluctuations, of_all_ensembles_are_those_of_plain_statistics) {
     put(of.ids, run);
     const Rows running = table(running_average_mode);
     ASSERT_EQ(running.size(), run.size());
-    for (const double start : std::vector<double>(running[0].begin() + 1, running[0].end())) EXPECT_EQ(start, 0.0);
+    EXPECT_THAT(behind_x(running[0]), testing::Each(0.0));
     for (const std::size_t k : {5U, 30U, 59U}) {
-      std::size_t at = 1;
       EXPECT_EQ(running[k][0], 0.5 * static_cast<double>(k + 1));
-      for (const auto id : of.ids) expect_near(running[k], at, plain_response(id, of.of, {run, 0, k}));
-      EXPECT_EQ(at, running[k].size());
+      expect_near(behind_x(running[k]), plain_responses(of, {run, 0, k}));
     }
     trj_stats_.block_width = 17;
     trj_stats_.block_interval = 11;
     const Rows blocks = table(block_average_mode);
     ASSERT_EQ(blocks.size(), 6u);
     for (std::size_t b = 0; b < blocks.size(); ++b) {
-      std::size_t at = 1;
       EXPECT_EQ(blocks[b][0], 0.5 * static_cast<double>(11 * b + 1));
       const std::size_t first = b == 0 ? 0 : 11 * b - 8, last = std::min<std::size_t>(59, 11 * b + 8);
-      for (const auto id : of.ids) expect_near(blocks[b], at, plain_response(id, of.of, {run, first, last}));
+      expect_near(behind_x(blocks[b]), plain_responses(of, {run, first, last}));
     }
     EXPECT_EQ(report(whole_run_mode), 0);
     EXPECT_THAT(core_.calls("kvP"), IsEmpty());
-    std::vector<double> printed, expected;
+    std::vector<double> printed;
     for (const auto& call : core_.calls("kvU_MSG_ArgD")) printed.push_back(std::stod(call.substr(13)));
-    for (const auto id : of.ids) {
-      for (const double value : plain_response(id, of.of, {run, 0, 59})) expected.push_back(value);
-    }
-    ASSERT_EQ(printed.size(), expected.size());
-    for (std::size_t k = 0; k < printed.size(); ++k) EXPECT_NEAR(printed[k], expected[k], 1e-5 * std::abs(expected[k]));
+    expect_near(printed, plain_responses(of, {run, 0, 59}), 1e-5);
   }
 }
 
@@ -267,39 +251,39 @@ TEST_F(Fluctuations, of_two_valued_runs_have_closed_forms) {
     System of;
     std::int32_t id;
     std::vector<double> mean, half_difference;
-    std::vector<std::string> messages;
+    std::string message;
   };
   const double rt = gas * 100;
-  for (const auto& [of, id, mean, half_difference, messages] : std::initializer_list<Case>{
+  for (const auto& [of, id, mean, half_difference, message] : std::initializer_list<Case>{
            // The energy's variance is a half of Nf (RT)^2 / 2: the heat capacity doubles.
            {{1, 10, 40, 24},
             806,
             {1e6, 500, 100, -50, 80},
             {0, 0, 0, std::sqrt(6.0) * rt, 0},
-            {"Isometric Heat Capacity (Cv) 47.69208 Cal/(Mol K) Potential Energy Isometric Heat Capacity (Cv) 23.84604 "
-             "Cal/(Mol K) Kinetic Energy PATHSTAT_MSG_33"}},
+            "Isometric Heat Capacity (Cv) 47.69208 Cal/(Mol K) Potential Energy Isometric Heat Capacity (Cv) 23.84604 "
+            "Cal/(Mol K) Kinetic Energy PATHSTAT_MSG_33"},
            // An ideal gas has no covariance: N R / V.
            {{2, 10, 40, 30},
             803,
             {1e6, 500, 100, -50, 80},
             {1e6, 0, 0, 1, 0},
-            {"Thermal Pressure Coefficient 0.000276129195 GPa/K PATHSTAT_MSG_32"}},
+            "Thermal Pressure Coefficient 0.000276129195 GPa/K PATHSTAT_MSG_32"},
            // A fluctuation of sqrt(R) T around the mean is 1000 cal/(mol K).
            {{3, 10, 40, 30},
             805,
             {1e6, 500, 100, -50},
             {0, 0, 0, std::sqrt(gas) * 100},
-            {"Isobaric Heat Capacity (Cp) 1000 Cal/(Mol K) PATHSTAT_MSG_32"}},
+            "Isobaric Heat Capacity (Cp) 1000 Cal/(Mol K) PATHSTAT_MSG_32"},
            {{4, 10, 40, 24},
             801,
             {1e6, 500, 100, 80},
             {0, 5, 0, 0},
-            {"Adiabatic Compressibility 0.036214932 1/GPa PATHSTAT_MSG_32"}},
+            "Adiabatic Compressibility 0.036214932 1/GPa PATHSTAT_MSG_32"},
            {{2, 10, 40, 30},
             901,
             {0, 303.39024289617107, 100, 2, 3, 4},
             {0, 0, 0, 1, 0, 0},
-            {"Dielectric Constant 2  PATHSTAT_MSG_32"}},
+            "Dielectric Constant 2  PATHSTAT_MSG_32"},
        }) {
     Rows run(6, mean);
     for (std::size_t k = 0; k < run.size(); ++k) {
@@ -309,7 +293,7 @@ TEST_F(Fluctuations, of_two_valued_runs_have_closed_forms) {
     forget_rows();
     put({id}, run);
     EXPECT_EQ(report(whole_run_mode), 0);
-    EXPECT_THAT(core_.messages(), testing::ElementsAreArray(messages));
+    EXPECT_THAT(core_.messages(), ElementsAre(message));
   }
 }
 
