@@ -24,6 +24,8 @@ struct MeasureFamily {
   std::size_t label_place;    ///< in trjmeasures_p_.labels
   std::int32_t values;        ///< numbers of a measure
   std::int32_t TrjMeasuresI::*count;
+
+  constexpr bool has_conventions() const { return id == 505; }
 };
 
 constexpr auto measure_families = std::to_array<MeasureFamily>({

@@ -36,7 +36,7 @@ void make_measure_blocks(const MeasureFamily& family, std::int32_t count, std::i
     make(block_label(family, "Ind", k), "int", count, blocks.atoms[family.first_atom + k], status);
     make(block_label(family, "Trans", k), "int", 3 * std::int64_t{count}, blocks.images[family.first_atom + k], status);
   }
-  if (family.prefix == "Inv") make(conventions_label, "int", count, blocks.inversion_conventions, status);
+  if (family.has_conventions()) make(conventions_label, "int", count, blocks.inversion_conventions, status);
   std::int64_t& labels = blocks.labels[family.label_place];
   free(label_block(family), labels);
   make(label_block(family), "char", std::int64_t{measure_label_width} * count, labels, status);
@@ -48,7 +48,7 @@ void free_measure_blocks(const MeasureFamily& family) {
     free(block_label(family, "Ind", k), blocks.atoms[family.first_atom + k]);
     free(block_label(family, "Trans", k), blocks.images[family.first_atom + k]);
   }
-  if (family.prefix == "Inv") free(conventions_label, blocks.inversion_conventions);
+  if (family.has_conventions()) free(conventions_label, blocks.inversion_conventions);
 }
 
 std::span<std::int32_t> measure_atoms(const MeasureFamily& family, std::size_t k) {

@@ -94,7 +94,7 @@ void write_labels(const MeasureFamily& family, std::span<const NamedBlock<std::i
   std::array<std::int32_t, 6> of_one{};
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t k = 0; k < family.atoms; ++k) of_one[k] = numbers.span()[k * count + i];
-    const auto prefix = family.prefix == "Inv" ? inversion_prefix(inversion_conventions()[i]) : std::string_view{};
+    const auto prefix = family.has_conventions() ? inversion_prefix(inversion_conventions()[i]) : std::string_view{};
     labels[i] = label_of_atoms(prefix, std::span(of_one).first(family.atoms));
   }
   number_equal_labels(labels.first(count));
