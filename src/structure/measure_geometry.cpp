@@ -1,11 +1,15 @@
 #include "structure/measure_geometry.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
+
+#include "structure/crystal_vectors.h"
 
 namespace pathstat {
 namespace {
+
+using crystal::cross;
+using crystal::dot;
+using crystal::unit;
 
 constexpr double shortest_squared = 1e-6;
 constexpr double quarter_turn = 1.5707963267948966;
@@ -16,33 +20,20 @@ Vector3 between(const Vector3& from, const Vector3& to) {
   return v;
 }
 
-Vector3 cross(const Vector3& a, const Vector3& b) {
-  Vector3 product;
-  dvecprod_(a, b, product);
-  return product;
+double angle_between(const Vector3& u, const Vector3& w) { return crystal::angle_of(dot(unit(u), unit(w))); }
+
+/// The angle between vectors whose lengths are not 0.
+double angle_between_long(const Vector3& u, const Vector3& w) {
+  return crystal::angle_of(dot(u, w) / std::sqrt(dot(u, u) * dot(w, w)));
 }
 
-Vector3 unit(Vector3 v) {
-  dvecnorm_(v, v);
-  return v;
-}
-
-double clamped(double cosine) { return std::clamp(cosine, -1.0, 1.0); }
-
-double angle_between(const Vector3& u, const Vector3& w) { return std::acos(clamped(dvecdot_(unit(u), unit(w)))); }
-
-/// The cosine of the angle between vectors whose lengths are not 0.
-double cosine_between(const Vector3& u, const Vector3& w) {
-  return clamped(dvecdot_(u, w) / std::sqrt(dvecdot_(u, u) * dvecdot_(w, w)));
-}
-
-bool is_short(const Vector3& v) { return !(dvecdot_(v, v) > shortest_squared); }
+bool is_short(const Vector3& v) { return !(dot(v, v) > shortest_squared); }
 
 /// The signed angle between the planes that v3 makes with v1 and with v2.
 Inversion wing_angle(const Vector3& v1, const Vector3& v2, const Vector3& v3) {
   const auto n1 = cross(v3, v1), n2 = cross(v3, v2);
   if (is_short(n1) || is_short(n2)) return {0, InversionFault::plane};
-  const double angle = std::acos(cosine_between(n1, n2));
+  const double angle = angle_between_long(n1, n2);
   return {dvectrip_(v3, n1, n2) < 0 ? -angle : angle};
 }
 
@@ -50,11 +41,9 @@ Inversion wing_angle(const Vector3& v1, const Vector3& v2, const Vector3& v3) {
 Inversion umbrella_angle(const Vector3& v1, const Vector3& v2, const Vector3& v3) {
   const auto n = cross(v1, v2);
   if (is_short(n)) return {0, InversionFault::plane};
-  const double above = dvecdot_(n, v3);
-  const double theta = std::acos(cosine_between(n, v3));
-  Vector3 wings;
-  dvecadd_(unit(v1), unit(v2), wings);
-  const double lean = dvecdot_(v3, wings);
+  const double above = dot(n, v3);
+  const double theta = angle_between_long(n, v3);
+  const double lean = dot(v3, crystal::sum(unit(v1), unit(v2)));
   if (lean > shortest_squared) return {above >= 0 ? theta + quarter_turn : theta - 3 * quarter_turn};
   if (lean < -shortest_squared) return {quarter_turn - theta};
   return {above >= 0 ? quarter_turn : -quarter_turn};
@@ -70,8 +59,8 @@ double torsion_of(const Vector3& p1, const Vector3& p2, const Vector3& p3, const
   const auto first = between(p2, p1), middle = between(p2, p3);
   const auto n1 = unit(cross(first, middle));
   const auto n2 = unit(cross(between(p4, p3), middle));
-  const double angle = std::acos(-clamped(dvecdot_(n1, n2)));
-  return dvecdot_(first, n2) > 0 ? -angle : angle;
+  const double angle = crystal::angle_of(-dot(n1, n2));
+  return dot(first, n2) > 0 ? -angle : angle;
 }
 
 double plane_angle_of(const Vector3& p1, const Vector3& p2, const Vector3& p3, const Vector3& q1, const Vector3& q2,
