@@ -6,7 +6,7 @@
 
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_rows.h"
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "extraction/extraction.h"
 #include "extraction/frame_points.h"
 #include "extraction/scratch_file.h"
@@ -106,8 +106,7 @@ void fill_dipoles(std::span<double> table, const FrameRange& range, std::int32_t
     in.fill(table.subspan(static_cast<std::size_t>(k) * dielectric_columns.size() + 3, 3));
   }
   if (status == 0) return;
-  std::int32_t error = 0;
-  kvu_msg_display_(2, "PATHSTAT_MSG_4", error);
+  show_message("PATHSTAT_MSG_4");
 }
 
 /// The file of one row is the file of all rows with its extension.

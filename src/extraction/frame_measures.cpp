@@ -4,6 +4,8 @@
 
 #include "catalogue/catalogue.h"
 #include "catalogue/measure_families.h"
+#include "coreapi/messages.h"
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "extraction/scratch_file.h"
 #include "measures/measures.h"
@@ -16,13 +18,9 @@ namespace pathstat {
 namespace {
 
 constexpr std::int32_t with_images = 3;
-constexpr std::int32_t cell_vectors_key = 400105;
 constexpr std::int32_t undefined_inversion = -1;
 
-void tell_misfit() {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, "PATHSTAT_ERROR_100", error);
-}
+void tell_misfit() { show_message("PATHSTAT_ERROR_100"); }
 
 /// The atoms of a model as the data model and a trajectory know them.
 struct ModelAtoms {
@@ -84,7 +82,7 @@ FrameMeasures::~FrameMeasures() {
 bool FrameMeasures::find_atoms() {
   std::int32_t count = 0;
   std::int32_t status = 0;
-  kvd_mod_numatoms_(trj_gui_i_.trajectory_model, with_images, count, status);
+  count_atoms(trj_gui_i_.trajectory_model, with_images, count, status);
   const std::int32_t moved = trajectory_.integer(trajectory_key::movable_atoms, -1);
   if (status != 0 || moved < 0 || moved > count) return false;
   const ModelAtoms model(trj_gui_i_.trajectory_model, count, status);
@@ -127,11 +125,9 @@ std::int32_t FrameMeasures::prepare(std::size_t row) {
 
 void FrameMeasures::take_frame(std::int32_t& status) {
   std::int32_t count = 0;
-  std::array<double, 9> cell{};
-  trj_dvalue_(trajectory_.handle(), cell_vectors_key, cell, count, status);
-  if (status == 0) {
-    for (std::size_t k = 0; k < cell.size(); ++k) cell_[k / 3][k % 3] = cell[k];
-  }
+  Matrix3 cell{};
+  trj_dvalue_(trajectory_.handle(), trajectory_key::cell_vectors, cell, count, status);
+  if (status == 0) cell_ = vectors_of_matrix(cell);
   status = 0;
   if (moved_ > 0)
     trj_dvalue_(trajectory_.handle(), trajectory_key::movable_positions, xyz_.span().first(3 * moved_), count, status);
@@ -139,7 +135,7 @@ void FrameMeasures::take_frame(std::int32_t& status) {
 
 void FrameMeasures::put(std::int32_t id, std::span<double> out, std::int32_t& status) const {
   const auto measures = std::ranges::find(counts_, id, &Count::id)->measures;
-  calculations[static_cast<std::size_t>(id - 501)](measures, xyz_.span(), cell_[0], cell_[1], cell_[2], out, status);
+  calculations[static_cast<std::size_t>(id - 501)](measures, xyz_.span(), cell_.a, cell_.b, cell_.c, out, status);
   if (status == undefined_inversion) status = 0;
 }
 

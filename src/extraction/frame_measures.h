@@ -1,13 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 #include "support/named_memory.h"
-#include "support/vectors.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/open_trajectory.h"
 
 namespace pathstat {
@@ -45,7 +44,7 @@ class FrameMeasures {
   bool is_searched_ = false;
   bool fits_ = false;
   std::size_t moved_ = 0;
-  std::array<Vector3, 3> cell_{};
+  CellVectors cell_;
   NamedBlock<std::int32_t> atoms_;  ///< of a frame, fixed ones behind
   NamedBlock<double> xyz_;
 };

@@ -2,18 +2,13 @@
 
 #include <cstddef>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 #include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
-namespace {
-
-constexpr std::int32_t time_key = 400017;
-
-}  // namespace
-
 FrameRange chosen_frames() {
   const auto& chosen = trj_frames_;
   if (chosen.first_frame < 1 || chosen.frame_step < 1 || chosen.last_frame < chosen.first_frame) return {};
@@ -32,10 +27,8 @@ void FramePoints::read(const OpenTrajectory& trajectory, std::int32_t k, std::in
   double& x = x_.span()[at];
   x = frame;
   trj_readframe_(trajectory.handle(), frame, status);
-  if (status == 0 && trj_gui_l_.has_time_axis) trj_dvalue_(trajectory.handle(), time_key, x, status);
-  if (status == 0) return;
-  std::int32_t error = 0;
-  kvu_msg_display_(2, "PATHSTAT_ERROR_93", error);
+  if (status == 0 && trj_gui_l_.has_time_axis) trj_dvalue_(trajectory.handle(), trajectory_key::time, x, status);
+  if (status != 0) show_message("PATHSTAT_ERROR_93");
 }
 
 }  // namespace pathstat

@@ -10,6 +10,7 @@
 #include "catalogue/catalogue.h"
 #include "catalogue/measure_families.h"
 #include "catalogue/model_selection.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "extraction/extraction.h"
 #include "extraction/frame_points.h"
@@ -20,7 +21,7 @@
 #include "structure/crystal_maths.h"
 #include "structure/measure_geometry.h"
 #include "support/named_memory.h"
-#include "support/vectors.h"
+#include "trajectory/frame_cell.h"
 
 namespace pathstat {
 namespace {
@@ -32,19 +33,12 @@ constexpr std::int32_t layer = periodic_type::two_dimensional;
 /// The numbers of one model; how many are valid, 0 for none.
 using ModelNumbers = std::int32_t (*)(std::int32_t model, std::int32_t type, std::span<double> numbers);
 
-std::array<Vector3, 3> crystal_vectors(std::int32_t model) {
-  std::array<Vector3, 3> vectors{};
+/// The cell of a crystal or a layer, of which the first vector stands for the direction that does not repeat.
+CellVectors cell_of(std::int32_t model, std::int32_t type) {
   std::int32_t error = 0;
-  kvd_mod_3dcellvector_(model, vectors[0], vectors[1], vectors[2], error);
-  return vectors;
-}
-
-/// The cell of a layer; its first vector stands for the direction that does not repeat.
-std::array<Vector3, 3> layer_vectors(std::int32_t model) {
-  std::array<Vector3, 3> vectors{Vector3{1, 0, 0}};
-  std::int32_t error = 0;
-  kvd_mod_2dcellvector_(model, vectors[1], vectors[2], error);
-  return vectors;
+  CellVectors cell = cell_of_model(model, type, error);
+  if (type == layer) cell.a = {1, 0, 0};
+  return cell;
 }
 
 std::int32_t gyration_radius(std::int32_t model, std::int32_t type, std::span<double> numbers) {
@@ -56,7 +50,7 @@ std::int32_t gyration_radius(std::int32_t model, std::int32_t type, std::span<do
 
 std::int32_t cell_volume(std::int32_t model, std::int32_t type, std::span<double> numbers) {
   if (type != crystal) return 0;
-  const auto [a, b, c] = crystal_vectors(model);
+  const auto [a, b, c] = cell_of(model, type);
   std::int32_t status = 0;
   kva_cry_3dabctocellvolume_(a, b, c, numbers[0], status);
   return status == 0 ? 1 : 0;
@@ -64,9 +58,9 @@ std::int32_t cell_volume(std::int32_t model, std::int32_t type, std::span<double
 
 std::int32_t cell_area(std::int32_t model, std::int32_t type, std::span<double> numbers) {
   if (type != layer) return 0;
-  const auto vectors = layer_vectors(model);
+  const auto [a, b, c] = cell_of(model, type);
   std::int32_t status = 0;
-  kva_cry_2duvtocellarea_(vectors[1], vectors[2], numbers[0], status);
+  kva_cry_2duvtocellarea_(b, c, numbers[0], status);
   return status == 0 ? 1 : 0;
 }
 
@@ -82,7 +76,7 @@ std::int32_t density(std::int32_t model, std::int32_t type, std::span<double> nu
 
 std::int32_t cell_parameters(std::int32_t model, std::int32_t type, std::span<double> numbers) {
   if (type != crystal && type != layer) return 0;
-  const auto [a, b, c] = type == crystal ? crystal_vectors(model) : layer_vectors(model);
+  const auto [a, b, c] = cell_of(model, type);
   std::int32_t status = 0;
   kva_cry_3dcelltoparam_(a, b, c, numbers[0], numbers[1], numbers[2], numbers[3], numbers[4], numbers[5], status);
   if (status != 0) return 0;
@@ -216,8 +210,7 @@ void propsdatatodiskmodel_(std::int32_t& status) {
     if (!table.is_wanted(row)) continue;
     const std::int32_t id = table.ids[row];
     if (const auto key = refusal(id, selection); !key.empty()) {
-      std::int32_t error = 0;
-      kvu_msg_display_(2, key, error);
+      show_message(key);
       continue;
     }
     const auto source = std::ranges::find(model_sources, id, &ModelSource::id);

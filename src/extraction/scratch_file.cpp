@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "services/file_units.h"
 #include "support/named_memory.h"
@@ -13,8 +14,7 @@ namespace {
 constexpr std::string_view deleted_model = "Deleted Model";
 
 std::int32_t told(std::int32_t status) {
-  std::int32_t error = 0;
-  if (status != 0) kvu_msg_display_(2, "PATHSTAT_MSG_4", error);
+  if (status != 0) show_message("PATHSTAT_MSG_4");
   return status;
 }
 

@@ -12,6 +12,7 @@
 #include "support/named_memory.h"
 #include "support/plain_array.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/reader_checks.h"
 
 namespace pathstat {
 
@@ -22,12 +23,6 @@ using namespace trajectory_status;
 constexpr std::string_view positions_label = "Trj/XGraf/dxyz";
 constexpr std::string_view identifiers_label = "Trj/XGraf/AtIds";
 constexpr std::int32_t with_images = 3;  ///< the atoms of a model, symmetry images included
-
-std::int32_t refused(std::string_view key, std::int32_t status) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return status;
-}
 
 /// Single values of the open file; the first failure stays in the status.
 std::int32_t integer(std::int32_t key, std::int32_t& status) {
@@ -191,15 +186,9 @@ void openxgraftrajectory_(std::string_view name, std::int32_t mode, std::int32_t
   std::int32_t ignored = 0;
   closexgraf_(open_trajectory_handle, ignored);
   handle = 0;
-  status = 0;
   trj_i_.trj_current_frame = 0;
   name = trimmed(name);
-  if (mode != 1) {
-    status = refused("PATHSTAT_ERROR_106", bad_mode);
-  } else if (!kvs_fil_exists_(name)) {
-    kvu_msg_args_(name);
-    status = refused("PATHSTAT_ERROR_107", no_file);
-  }
+  status = check_open(name, mode);
   if (status != 0) return;
   kva_trj_open_(expanded_name(name), binary_mode::read, xgraftrj_i_.xgraf_handle, status);
   derive_run_kind(status);
@@ -211,13 +200,7 @@ void openxgraftrajectory_(std::string_view name, std::int32_t mode, std::int32_t
 
 void attachxgrafmodels_(std::int32_t, std::span<const std::int32_t> models, std::int32_t& status) {
   xgraftrj_l_.xgraf_attached = false;
-  if (models.size() > 1) {
-    status = refused("PATHSTAT_ERROR_111", attach_refused);
-  } else if (models.empty() || !xgraftrj_l_.xgraf_open) {
-    status = attach_refused;
-  } else {
-    status = fits_model(models[0]) ? 0 : refused("PATHSTAT_ERROR_112", attach_refused);
-  }
+  status = check_attach(models, xgraftrj_l_.xgraf_open, fits_model);
   xgraftrj_l_.xgraf_attached = status == 0;
   xgraf_model = status == 0 ? models[0] : 0;
 }

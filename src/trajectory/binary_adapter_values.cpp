@@ -142,9 +142,7 @@ void get_cell_matrix(std::span<double> out, std::int32_t& count, std::int32_t& s
   CellVectors cell;
   if (xgraftrj_i_.xgraf_period_type != periodic_type::none) cell = stored_cell(status);
   if (status != 0) return;
-  const auto& [a, b, c] = cell;
-  const Matrix3 matrix{a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]};
-  deliver<double>(matrix, out, count, status);
+  deliver<double>(cell.matrix(), out, count, status);
 }
 
 void get_cell_parameters(std::span<double> out, std::int32_t& count, std::int32_t& status) {
@@ -164,7 +162,7 @@ void get_cell_area(std::span<double> out, std::int32_t& count, std::int32_t& sta
   if (status != 0) return;
   double area = 0;
   kva_cry_3dabctocellvolume_(a, b, c, area, status);
-  deliver<double>(std::span(&area, 1), out, count, status);
+  deliver_one(area, out, count, status);
 }
 
 void get_conserved_energy(std::span<double> out, std::int32_t& count, std::int32_t& status) {
@@ -172,13 +170,13 @@ void get_conserved_energy(std::span<double> out, std::int32_t& count, std::int32
   if (xgraftrj_i_.xgraf_ensemble == ensemble_code::unknown) return;
   Frame frame(status);
   const double energy = conserved_energy(frame);
-  if (frame.ok()) deliver<double>(std::span(&energy, 1), out, count, status);
+  if (frame.ok()) deliver_one(energy, out, count, status);
 }
 
 void get_enthalpy(std::span<double> out, std::int32_t& count, std::int32_t& status) {
   Frame frame(status);
   const double enthalpy = frame(1032) + frame(1064);
-  if (frame.ok()) deliver<double>(std::span(&enthalpy, 1), out, count, status);
+  if (frame.ok()) deliver_one(enthalpy, out, count, status);
 }
 
 /// All positions: those of the movable atoms from the frame, those of the fixed atoms from the attach.
@@ -241,7 +239,7 @@ void get_file_kind(std::span<std::int32_t> out, std::int32_t& count, std::int32_
   if (status != 0) return;
   const auto* found = std::ranges::find(magics, std::string_view(magic.data(), magic.size()));
   const auto kind = found == magics.end() ? 0 : static_cast<std::int32_t>(found - magics.begin()) + 1;
-  deliver<std::int32_t>(std::span(&kind, 1), out, count, status);
+  deliver_one(kind, out, count, status);
 }
 
 void get_identifiers(std::span<std::int32_t> out, std::int32_t& count, std::int32_t& status) {
@@ -270,8 +268,7 @@ void get_known_integer(const KnownInteger& known, std::span<std::int32_t> out, s
                        std::int32_t& status) {
   count = 1;
   if (known.needs_attach && !xgraftrj_l_.xgraf_attached) status = not_attached;
-  const std::int32_t value = known.value();
-  if (status == 0) deliver<std::int32_t>(std::span(&value, 1), out, count, status);
+  if (status == 0) deliver_one(known.value(), out, count, status);
 }
 
 }  // namespace
@@ -327,8 +324,7 @@ void getxgrafdatalogical_(std::int32_t, std::int32_t key, std::span<Logical> val
   status = open_status();
   if (status != 0) return;
   if (key == 100005) {
-    const Logical periodic = xgraftrj_i_.xgraf_period_type != periodic_type::none;
-    deliver<Logical>(std::span(&periodic, 1), values, count, status);
+    deliver_one(Logical(xgraftrj_i_.xgraf_period_type != periodic_type::none), values, count, status);
   } else if (const std::int32_t binary = binary_key(logical_keys, key); binary != 0) {
     kva_trj_valuelogical_(xgraftrj_i_.xgraf_handle, binary, values, count, status);
   } else {

@@ -18,12 +18,6 @@ namespace {
 constexpr std::int32_t failed = 1;
 constexpr std::int32_t structured_file = 1;
 
-void refuse(std::string_view key, std::int32_t& status) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  status = failed;
-}
-
 /// The trajectory while its first frame goes onto the model.
 class FirstFrame {
  public:
@@ -31,7 +25,8 @@ class FirstFrame {
       : model_(model), trajectory_(file, model, status, OpenProblem::left_to_caller) {}
 
   void apply(std::span<const std::int32_t> model_atoms, std::int32_t file_type, std::int32_t& status) {
-    check(model_atoms, status);
+    const Misfit misfit = misfit_of(trajectory_, model_, type_);
+    movable_ = count_movable(trajectory_, misfit, std::ssize(model_atoms), status);
     if (status == 0) order_atoms(model_atoms, status);
     if (status == 0) trj_readframe_(trajectory_.handle(), 1, status);
     if (status == 0) set_cell(status);
@@ -43,14 +38,6 @@ class FirstFrame {
   }
 
  private:
-  void check(std::span<const std::int32_t> model_atoms, std::int32_t& status) {
-    const Misfit misfit = misfit_of(trajectory_, model_, type_);
-    if (misfit == Misfit::periodicity) return refuse("PATHSTAT_ERROR_103", status);
-    if (misfit == Misfit::atoms) return refuse("PATHSTAT_ERROR_104", status);
-    trj_ivalue_(trajectory_.handle(), trajectory_key::movable_atoms, movable_, status);
-    if (status == 0 && (movable_ < 0 || movable_ > std::ssize(model_atoms))) refuse("PATHSTAT_ERROR_104", status);
-  }
-
   /// The model's atoms in the order of the trajectory.
   void order_atoms(std::span<const std::int32_t> model_atoms, std::int32_t& status) {
     ids_ = NamedBlock<std::int32_t>("PathStat/ExtFrame/TrjAtIds", std::ssize(model_atoms), status);
@@ -58,10 +45,10 @@ class FirstFrame {
     if (status != 0) return;
     std::int32_t count = 0;
     trj_ivalue_(trajectory_.handle(), trajectory_key::all_ids, ids_.span(), count, status);
-    if (status == 0 && count != std::ssize(model_atoms)) refuse("PATHSTAT_ERROR_104", status);
+    if (status == 0 && count != std::ssize(model_atoms)) refuse_frame("PATHSTAT_ERROR_104", status);
     if (status != 0) return;
     atoms_ = atoms_by_identifier(model_atoms, ids_.span(), status);
-    if (status != 0) refuse("PATHSTAT_ERROR_104", status);
+    if (status != 0) refuse_frame("PATHSTAT_ERROR_104", status);
   }
 
   void set_cell(std::int32_t& status) {
@@ -116,7 +103,7 @@ class FirstFrame {
 void trjfixatoms_(std::string_view file, std::int32_t file_type, std::int32_t model, std::int32_t& status) {
   try {
     const auto atoms = atoms_of_model(model, status);
-    if (status != 0 || atoms.empty()) return refuse("PATHSTAT_ERROR_102", status);
+    if (status != 0 || atoms.empty()) return refuse_frame("PATHSTAT_ERROR_102", status);
     FirstFrame frame(trimmed(file), model, status);
     if (status == 0) frame.apply(atoms, file_type, status);
   } catch (const std::bad_alloc&) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "services/file_names.h"
@@ -38,11 +39,7 @@ constexpr std::int32_t forces = 1073;
 std::span<double> positions() { return {TrjCacheXYZ, 3 * TrjCacheAtObjs.size()}; }
 std::span<double> velocities() { return {TrjCacheVXYZ, 3 * TrjCacheAtObjs.size()}; }
 
-void store_cell(const CellVectors& vectors) {
-  std::copy(vectors.a.begin(), vectors.a.end(), TrjCacheL);
-  std::copy(vectors.b.begin(), vectors.b.end(), TrjCacheL + 3);
-  std::copy(vectors.c.begin(), vectors.c.end(), TrjCacheL + 6);
-}
+void store_cell(const CellVectors& vectors) { std::ranges::copy(vectors.matrix(), TrjCacheL); }
 
 void lay_out_record() {
   const std::size_t cell = TrjCacheModelPeriod != periodic_type::none ? cell_numbers : 0;
@@ -138,10 +135,7 @@ void show_binary_vectors(std::int32_t key, std::string_view name, std::int32_t& 
 
 void set_stored_cell(std::int32_t& status) {
   if (TrjCacheL == nullptr) return;
-  CellVectors cell;
-  std::copy_n(TrjCacheL, 3, cell.a.begin());
-  std::copy_n(TrjCacheL + 3, 3, cell.b.begin());
-  std::copy_n(TrjCacheL + 6, 3, cell.c.begin());
+  const auto cell = vectors_of_matrix(MatrixIn<double>(TrjCacheL, cell_numbers));
   set_model_cell(TrjCacheModel, TrjCacheModelPeriod, cell, status);
 }
 
@@ -266,8 +260,7 @@ void checkcacheatoms_(std::int32_t& status) {
     return error == 0 && std::find(flags.begin(), flags.end(), 0) == flags.end();
   };
   status = all_valid() ? 0 : failed;
-  std::int32_t error = 0;
-  if (status != 0) kvu_msg_display_(2, "PATHSTAT_ERROR_116", error);
+  if (status != 0) show_message("PATHSTAT_ERROR_116");
 }
 
 void showtrjframe_(std::int32_t entry, bool recalculate_bonds, std::int32_t& status) {

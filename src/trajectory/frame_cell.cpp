@@ -2,11 +2,14 @@
 
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
-#include "support/vectors.h"
 #include "trajectory/front_end.h"
 #include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
+
+CellVectors vectors_of_matrix(MatrixIn<double> m) {
+  return {{m[0], m[1], m[2]}, {m[3], m[4], m[5]}, {m[6], m[7], m[8]}};
+}
 
 CellVectors vectors_of_cell(std::span<const double, 6> cell) {
   return {{cell[0], cell[5], cell[4]}, {0.0, cell[1], cell[3]}, {0.0, 0.0, cell[2]}};
@@ -28,9 +31,9 @@ CellVectors cell_of_frame(std::int32_t handle, std::int32_t& status) {
   std::int32_t count = 0;
   trj_dvalue_(handle, trajectory_key::cell, numbers, count, status);
   if (status != trajectory_status::no_such_key) return status == 0 ? vectors_of_cell(numbers) : CellVectors{};
-  std::array<double, 9> v{};
-  trj_dvalue_(handle, trajectory_key::cell_vectors, v, count, status);
-  return {{v[0], v[1], v[2]}, {v[3], v[4], v[5]}, {v[6], v[7], v[8]}};
+  Matrix3 vectors{};
+  trj_dvalue_(handle, trajectory_key::cell_vectors, vectors, count, status);
+  return vectors_of_matrix(vectors);
 }
 
 void set_model_cell(std::int32_t model, std::int32_t type, const CellVectors& cell, std::int32_t& error) {

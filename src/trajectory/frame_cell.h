@@ -1,19 +1,26 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
+
+#include "support/vectors.h"
 
 // The cells of frames and models.
 
 namespace pathstat {
 
-/// The vectors of a cell.
+/// The vectors of a cell, Å.
 struct CellVectors {
-  std::array<double, 3> a{};
-  std::array<double, 3> b{};
-  std::array<double, 3> c{};
+  Vector3 a{};
+  Vector3 b{};
+  Vector3 c{};
+
+  /// The vectors one after the other: the columns of a matrix.
+  Matrix3 matrix() const { return {a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]}; }
 };
+
+/// The vectors that are the columns of a matrix.
+CellVectors vectors_of_matrix(MatrixIn<double> matrix);
 
 /// The vectors of the six-number cell of a trajectory: a = (c0, c5, c4), b = (0, c1, c3), c = (0, 0, c2).
 CellVectors vectors_of_cell(std::span<const double, 6> cell);

@@ -23,12 +23,6 @@ constexpr std::int32_t failed = 1;
 constexpr std::int32_t most_comments = 10;
 constexpr std::int32_t comment_width = 80;
 
-void refuse(std::string_view key, std::int32_t& status) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  status = failed;
-}
-
 /// One frame of one trajectory on its way into a report or a model.
 class Extraction {
  public:
@@ -41,7 +35,7 @@ class Extraction {
     if (status == 0) trajectory_.emplace(file_, model_, status);
     if (status != 0) return;
     const Misfit misfit = misfit_of(*trajectory_, model_, periodic_type_);
-    if (mode == ExtractionMode::apply) check(misfit, status);
+    if (mode == ExtractionMode::apply) movable_ = count_movable(*trajectory_, misfit, std::ssize(atoms_), status);
     if (status == 0) trj_readframe_(trajectory_->handle(), frame, status);
     if (status != 0) return;
     std::int32_t absent = 0;
@@ -56,14 +50,7 @@ class Extraction {
  private:
   void find_atoms(std::int32_t& status) {
     atoms_ = atoms_of_model(model_, status);
-    if (status != 0 || atoms_.empty()) refuse("PATHSTAT_ERROR_102", status);
-  }
-
-  void check(Misfit misfit, std::int32_t& status) {
-    if (misfit == Misfit::periodicity) return refuse("PATHSTAT_ERROR_103", status);
-    if (misfit == Misfit::atoms) return refuse("PATHSTAT_ERROR_104", status);
-    trj_ivalue_(trajectory_->handle(), trajectory_key::movable_atoms, movable_, status);
-    if (status == 0 && (movable_ < 0 || movable_ > std::ssize(atoms_))) refuse("PATHSTAT_ERROR_104", status);
+    if (status != 0 || atoms_.empty()) refuse_frame("PATHSTAT_ERROR_102", status);
   }
 
   double value(std::int32_t key) const {
@@ -98,8 +85,8 @@ class Extraction {
         .frame = frame,
         .atoms = atoms_in_file(),
         .periodic_type = periodic_type_,
-        .time = value(400017),
-        .time_step = value(400022),
+        .time = value(trajectory_key::time),
+        .time_step = value(trajectory_key::time_step),
         .total_energy = value(400049),
         .potential_energy = value(400025),
         .cell_size = cell_size(),
@@ -139,7 +126,7 @@ class Extraction {
     trj_ivalue_(trajectory_->handle(), trajectory_key::movable_ids, ids.span().first(moving), count, status);
     if (status != 0) return;
     const auto atoms = atoms_by_identifier(atoms_, ids.span().first(moving), status);
-    if (status != 0) return refuse("PATHSTAT_ERROR_104", status);
+    if (status != 0) return refuse_frame("PATHSTAT_ERROR_104", status);
     set_model_cell(model_, periodic_type_, cell_, status);
     if (status == 0) trj_dvalue_(trajectory_->handle(), trajectory_key::movable_positions, vectors, count, status);
     if (status == 0) kvd_setxyz_(atoms, vectors, status);
@@ -162,7 +149,7 @@ class Extraction {
 void extractfromframe_(std::string_view file, std::int32_t model, std::int32_t frames_in_file, std::int32_t frame,
                        ExtractionMode mode, std::int32_t& status) {
   status = 0;
-  if (frame < 1 || frame > frames_in_file) return refuse("PATHSTAT_ERROR_101", status);
+  if (frame < 1 || frame > frames_in_file) return refuse_frame("PATHSTAT_ERROR_101", status);
   try {
     Extraction(trimmed(file), model).run(frame, mode, status);
   } catch (const std::bad_alloc&) {

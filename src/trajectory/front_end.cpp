@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "state/analysis_settings.h"
 #include "support/text_field.h"
 #include "trajectory/binary_adapter.h"
@@ -59,8 +59,7 @@ void trj_openread_(std::string_view name, std::int32_t mode, std::int32_t& handl
   const std::int32_t format = format_of(name);
   if (format != 0) trj_i_.trj_format = format;
   if (reader_of(format) == nullptr) {
-    std::int32_t error = 0;
-    kvu_msg_display_(2, "PATHSTAT_ERROR_108", error);
+    show_message("PATHSTAT_ERROR_108");
     status = trajectory_status::unknown_format;
     return;
   }

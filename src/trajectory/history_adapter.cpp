@@ -10,6 +10,7 @@
 #include "state/analysis_settings.h"
 #include "support/text_field.h"
 #include "trajectory/history_file.h"
+#include "trajectory/reader_checks.h"
 
 namespace pathstat {
 namespace {
@@ -17,12 +18,6 @@ namespace {
 using namespace trajectory_status;
 
 constexpr std::int32_t stored_only = 1;
-
-std::int32_t refused(std::string_view key, std::int32_t status) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return status;
-}
 
 /// Opens the file, and a unit for it. The reader comes first: unlike a unit's stream it does not wait for a pipe.
 void assign(std::string_view name, RecordReader& reader, FileUnit& unit, std::int32_t& status) {
@@ -101,15 +96,9 @@ void openhistrajectory_(std::string_view name, std::int32_t mode, std::int32_t& 
   std::int32_t ignored = 0;
   closehis_(open_trajectory_handle, ignored);
   handle = 0;
-  status = 0;
   trj_i_.trj_current_frame = 0;
   name = trimmed(name);
-  if (mode != 1) {
-    status = refused("PATHSTAT_ERROR_106", bad_mode);
-  } else if (!kvs_fil_exists_(name)) {
-    kvu_msg_args_(name);
-    status = refused("PATHSTAT_ERROR_107", no_file);
-  }
+  status = check_open(name, mode);
   if (status != 0) return;
   RecordReader reader;
   FileUnit unit;
@@ -123,13 +112,7 @@ void openhistrajectory_(std::string_view name, std::int32_t mode, std::int32_t& 
 
 void attachhismodels_(std::int32_t, std::span<const std::int32_t> models, std::int32_t& status) try {
   forget_model();
-  if (models.size() > 1) {
-    status = refused("PATHSTAT_ERROR_111", attach_refused);
-  } else if (models.empty() || histrj_i_.his_unit == 0) {
-    status = attach_refused;
-  } else {
-    status = fits_model(models[0]) ? 0 : refused("PATHSTAT_ERROR_112", attach_refused);
-  }
+  status = check_attach(models, histrj_i_.his_unit != 0, fits_model);
   status == 0 ? note_model() : forget_model();
 } catch (const std::bad_alloc&) {
   forget_model();

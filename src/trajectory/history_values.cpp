@@ -7,6 +7,7 @@
 #include "state/analysis_settings.h"
 #include "structure/crystal_maths.h"
 #include "trajectory/coordinate_alignment.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/history_adapter.h"
 #include "trajectory/history_file.h"
 #include "trajectory/value_delivery.h"
@@ -156,11 +157,6 @@ void give_cross_terms(const Answer& answer) {
   answer.give(std::accumulate(used.begin(), used.end(), 0.0));
 }
 
-struct CellVectors {
-  Vector3 a{}, b{}, c{};
-  Matrix3 matrix() const { return {a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]}; }
-};
-
 /// The cell as it lies in the model.
 CellVectors cell_in_model(std::int32_t& status) {
   const auto& p = histrj_d_.cell;
@@ -173,12 +169,9 @@ CellVectors cell_in_model(std::int32_t& status) {
 
 /// The rotation that takes the file's vectors into the model's orientation.
 Matrix3 alignment(std::int32_t& status) {
-  const auto& v = histrj_d_.vectors;
+  const auto [a, b, c] = vectors_of_matrix(histrj_d_.vectors);
   Matrix3 matrix{};
-  if (status == 0) {
-    trjcoordalignmat_({v[0], v[1], v[2]}, {v[3], v[4], v[5]}, {v[6], v[7], v[8]}, histrj_d_.cell,
-                      histrj_i_.his_period_type, matrix, status);
-  }
+  if (status == 0) trjcoordalignmat_(a, b, c, histrj_d_.cell, histrj_i_.his_period_type, matrix, status);
   return matrix;
 }
 
@@ -286,7 +279,7 @@ void give_vectors(const Answer& answer, const VectorKey& key) {
   if (out.size() > stored.size()) {
     const auto kind =
         key.which == HistoryVectors::positions ? SymmetryImages::Kind::positions : SymmetryImages::Kind::velocities;
-    history_model.images.add_images(out, parents, cell_in_model(answer.status).matrix(), kind, answer.status);
+    history_model.images.add_images(out, parents, cell_in_model(answer.status), kind, answer.status);
   }
   answer.count = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{3} * atoms, INT32_MAX));
   if (answer.status == 0 && out.size() < 3 * static_cast<std::size_t>(atoms)) answer.status = too_small;

@@ -1,5 +1,6 @@
 #include "trajectory/model_check.h"
 
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "support/text_field.h"
 #include "trajectory/frame_cache.h"
@@ -14,8 +15,7 @@ void tell_other_model(std::int32_t model) {
   Text<12> name;
   std::int32_t error = 0;
   kvd_mod_name_(model, name, error);
-  kvu_msg_args_(name);
-  kvu_msg_display_(2, "PATHSTAT_MSG_48", error);
+  show_message("PATHSTAT_MSG_48", name);
 }
 
 }  // namespace

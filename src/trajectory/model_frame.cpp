@@ -3,16 +3,37 @@
 #include <algorithm>
 #include <new>
 
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "support/identifier_index.h"
+#include "trajectory/front_end.h"
+#include "trajectory/trajectory_keys.h"
 
 namespace pathstat {
 namespace {
 
+constexpr std::int32_t failed = 1;
 constexpr std::int32_t no_memory = 1;
 
 }  // namespace
+
+void refuse_frame(std::string_view key, std::int32_t& status) {
+  show_message(key);
+  status = failed;
+}
+
+std::int32_t count_movable(const OpenTrajectory& trajectory, Misfit misfit, std::int64_t atoms, std::int32_t& status) {
+  std::int32_t movable = 0;
+  if (misfit == Misfit::none) trj_ivalue_(trajectory.handle(), trajectory_key::movable_atoms, movable, status);
+  const bool too_many = status == 0 && (movable < 0 || movable > atoms);
+  if (misfit == Misfit::periodicity) {
+    refuse_frame("PATHSTAT_ERROR_103", status);
+  } else if (misfit == Misfit::atoms || too_many) {
+    refuse_frame("PATHSTAT_ERROR_104", status);
+  }
+  return movable;
+}
 
 void set_atom_vectors(std::int32_t model, std::span<const std::int32_t> atoms, std::string_view name,
                       std::span<const double> vectors, std::int32_t& error) {

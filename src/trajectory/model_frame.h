@@ -5,7 +5,17 @@
 #include <string_view>
 #include <vector>
 
+#include "trajectory/open_trajectory.h"
+
 namespace pathstat {
+
+/// Shows why a frame does not go onto a model. @param status  becomes 1
+void refuse_frame(std::string_view key, std::int32_t& status);
+
+/// The atoms that move in an open trajectory, for a model of so many atoms.
+/// @param status  0; 1 after PATHSTAT_ERROR_103 or 104 for a misfit, or after 104 if they are more than the model has;
+///                that of the reader
+std::int32_t count_movable(const OpenTrajectory& trajectory, Misfit misfit, std::int64_t atoms, std::int32_t& status);
 
 /// Gives atoms a vector each, as user data of this name, and the model the magnitude to show.
 /// @param vectors  x, y, z of each atom

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "trajectory/front_end.h"
 #include "trajectory/trajectory_keys.h"
@@ -14,9 +15,7 @@ OpenTrajectory::OpenTrajectory(std::string_view file, std::int32_t model, std::i
   if (is_open_) {
     trj_attachtomodels_(handle_, std::span(&model, 1), attach_status_);
   } else if (problem == OpenProblem::shown) {
-    std::int32_t error = 0;
-    kvu_msg_args_(file);
-    kvu_msg_display_(2, "Traj_OpenProblem", error);
+    show_message("Traj_OpenProblem", file);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "coreapi/interrupt.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "support/text_field.h"
 #include "trajectory/front_end.h"
@@ -19,16 +20,6 @@ constexpr std::int32_t frames_between_reports = 50;
 
 /// Kinds of files whose frames carry times.
 constexpr std::array<std::int32_t, 3> kinds_with_times{1, 2, 6};
-
-void show(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-}
-
-void show_with_name(std::string_view key, std::string_view path) {
-  kvu_msg_args_(path);
-  show(key);
-}
 
 void print_comments(std::int32_t handle) {
   constexpr std::int32_t most_lines = 10;
@@ -48,8 +39,7 @@ bool report_and_poll(std::int32_t frames) {
   kvu_msg_argi_(frames);
   kvu_int_reportstatus_("PATHSTAT_MSG_67", 1, error);
   if (kvu_int_requestinterrupt_() != 1) return false;
-  kvu_msg_argi_(frames);
-  show("PATHSTAT_WARN_19");
+  show_message("PATHSTAT_WARN_19", frames);
   return true;
 }
 
@@ -94,7 +84,7 @@ void scanfile_(std::string_view path, std::int32_t& reader_code, std::int32_t& f
   const bool is_open = status == 0;
   if (!is_open && status != trajectory_status::header_cut) {
     const bool cut = status == trajectory_status::fixed_header_cut;
-    return show_with_name(cut ? "PATHSTAT_ERROR_117" : "Traj_OpenProblem", trimmed(path));
+    return show_message(cut ? "PATHSTAT_ERROR_117" : "Traj_OpenProblem", trimmed(path));
   }
   Count count;
   bool tells_time = false;
@@ -106,7 +96,7 @@ void scanfile_(std::string_view path, std::int32_t& reader_code, std::int32_t& f
     tells_time = std::ranges::find(kinds_with_times, file_kind) != kinds_with_times.end();
     count = count_frames(handle, tells_time);
   }
-  if (!is_open || count.damaged) show(count.frames == 0 ? "PATHSTAT_ERROR_47" : "PATHSTAT_WARN_7");
+  if (!is_open || count.damaged) show_message(count.frames == 0 ? "PATHSTAT_ERROR_47" : "PATHSTAT_WARN_7");
   clear_report();
   std::int32_t closed = 0;
   if (is_open) trj_close_(handle, closed);

@@ -1,6 +1,6 @@
 #include "trajectory/structured_frames.h"
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 
 namespace pathstat {
 namespace {
@@ -38,8 +38,7 @@ void kvD_TRJ_OpenRead(std::string_view name, std::int32_t& status) {
   std::int32_t error = 0;
   kvD_TRJ_OpenReadCore(name, error);
   if (error != 0) {
-    kvu_msg_args_(name);
-    kvu_msg_display_(2, "kvD_TRJ_OpenRead1", error);
+    show_message("kvD_TRJ_OpenRead1", name);
     return;
   }
   opened(structured_mode::read, name);

@@ -101,7 +101,7 @@ std::int32_t SymmetryImages::atoms_of(std::int32_t last_parent) const {
       std::ranges::count_if(parents(), [&](std::int32_t parent) { return parent <= last_parent; }));
 }
 
-void SymmetryImages::add_images(std::span<double> vectors, std::int32_t parents, const Matrix3& cell, Kind kind,
+void SymmetryImages::add_images(std::span<double> vectors, std::int32_t parents, const CellVectors& cell, Kind kind,
                                 std::int32_t& status) const {
   if (operators() <= identity) return;
   std::array<double, 9 * most_operators> turns;
@@ -109,8 +109,7 @@ void SymmetryImages::add_images(std::span<double> vectors, std::int32_t parents,
   const std::span turn(turns.data(), rotations_.size()), move(moves.data(), translations_.size());
   std::ranges::copy(rotations_.span(), turn.begin());
   if (kind == Kind::positions) std::ranges::copy(translations_.span(), move.begin());
-  kva_cry_fracoperatortocart_({cell[0], cell[1], cell[2]}, {cell[3], cell[4], cell[5]}, {cell[6], cell[7], cell[8]},
-                              turn, move, status);
+  kva_cry_fracoperatortocart_(cell.a, cell.b, cell.c, turn, move, status);
   if (status != 0) return;
   std::size_t at = 3 * static_cast<std::size_t>(parents);
   const auto place_of_parent = parents_.span();

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "support/named_memory.h"
-#include "support/vectors.h"
+#include "trajectory/frame_cell.h"
 
 namespace pathstat {
 
@@ -39,9 +39,9 @@ class SymmetryImages {
 
   /// Puts the images of the first `parents` atoms behind them, in the order of the places, as far as there is room.
   /// @param vectors  three numbers for each; those of the first `parents` atoms are there
-  /// @param cell     the cell vectors as columns, in the orientation of the vectors (Å)
+  /// @param cell     in the orientation of the vectors
   /// @param status   0, or 1 for a flat cell
-  void add_images(std::span<double> vectors, std::int32_t parents, const Matrix3& cell, Kind kind,
+  void add_images(std::span<double> vectors, std::int32_t parents, const CellVectors& cell, Kind kind,
                   std::int32_t& status) const;
 
  private:

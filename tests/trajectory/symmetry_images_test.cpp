@@ -65,7 +65,7 @@ TEST_F(Images, stand_behind_the_stored_atoms_parent_by_parent) {
   EXPECT_EQ(crystal.atoms_of(1), 4);
 
   // The run's cell is not that of the model: half of its lengths are 5, 10 and 20.
-  constexpr Matrix3 cell{10, 0, 0, 0, 20, 0, 0, 0, 40};
+  constexpr CellVectors cell{{10, 0, 0}, {0, 20, 0}, {0, 0, 40}};
   Doubles xyz(24, 0.0);
   std::copy_n(Doubles{2, 5, 7, 1, 2, 3}.begin(), 6, xyz.begin());
   crystal.add_images(xyz, 2, cell, Kind::positions, status);
@@ -84,9 +84,9 @@ TEST_F(Images, of_the_first_atoms_follow_them_as_far_as_there_is_room) {
   const auto crystal = images(orthorhombic, screws, {"1 2 3", "2 5 7"}, status);
   Doubles xyz(8, 0.0);
   xyz[0] = 1;
-  crystal.add_images(xyz, 1, {2, 0, 0, 0, 2, 0, 0, 0, 2}, Kind::positions, status);
+  crystal.add_images(xyz, 1, {{2, 0, 0}, {0, 2, 0}, {0, 0, 2}}, Kind::positions, status);
   EXPECT_THAT(xyz, ElementsAre(1, 0, 0, 0, 0, 1, 0, 0)) << "the image that does not fit is left out";
-  crystal.add_images(xyz, 1, {2, 0, 0, 2, 0, 0, 0, 0, 2}, Kind::positions, status);
+  crystal.add_images(xyz, 1, {{2, 0, 0}, {2, 0, 0}, {0, 0, 2}}, Kind::positions, status);
   EXPECT_EQ(status, 1) << "a flat cell";
 }
 
@@ -97,7 +97,7 @@ TEST_F(Images, turn_in_space_as_the_axes_of_a_skew_cell_do) {
   ASSERT_EQ(crystal.atoms(), 4);
   Doubles xyz(12, 0.0);
   std::copy_n(Doubles{1, 0, 2}.begin(), 3, xyz.begin());
-  crystal.add_images(xyz, 1, {6, 0, 0, -3, 3 * std::sqrt(3.0), 0, 0, 0, 9}, Kind::positions, status);
+  crystal.add_images(xyz, 1, {{6, 0, 0}, {-3, 3 * std::sqrt(3.0), 0}, {0, 0, 9}}, Kind::positions, status);
   const double sine = std::sqrt(0.75);
   const Doubles expected{1, 0, 2, -0.5, sine, 2, -0.5, -sine, 2, -0.5, sine, -2};
   for (std::size_t k = 0; k < expected.size(); ++k) EXPECT_NEAR(xyz[k], expected[k], 1e-12) << k;
