@@ -15,6 +15,7 @@ struct InversionCase {
   std::int32_t convention;
   double degrees;
   InversionFault fault = InversionFault::none;
+  friend void PrintTo(const InversionCase& c, std::ostream* out) { *out << c.what; }
 };
 
 class InversionOf : public testing::TestWithParam<InversionCase> {};

@@ -51,6 +51,7 @@ class History : public FrontEnd {
 struct VersionCase {
   double version;
   Integers whole, each_molecule, summed;
+  friend void PrintTo(const VersionCase& c, std::ostream* out) { *out << c.version; }
 };
 const Integers whole_keys{400026, 400027, 400028, 400029, 400106, 400107, 400108, 400109, 400110,
                           400111, 400112, 400113, 400114, 400030, 400115, 400116, 400031, 400032};
