@@ -28,7 +28,7 @@ struct Fake {
       {"LAST_FRAME_TIME", {{"         3.98000"}, {}}},
       {"INCREMENT_TIME", {{"         0.02000"}, {}}},
       {"MIN_FIT_TIME", {{"  0.50000     "}, {}}},
-      {"MAX_FIT_TIME", {{"  2.0000     "}, {}}},
+      {"MAX_FIT_TIME", {{"  1.0000     "}, {}}},
       {"MSD_MAX_INTERVAL", {{"  1.0000     "}, {}}},
       {"MSD_MAX_INTERVAL_NO", {{"    50"}, {}}},
       {"MSD_ATOMS", {{"SELECTED"}, {}}},
@@ -37,7 +37,8 @@ struct Fake {
       {"RDF_BETWEEN", {{"ALL ATOMS"}, {}}},
       {"RDF_FOR", {{"TRAJECTORY"}, {}}},
       {"ANALYSIS_INPUT_SOURCE", {{"TRAJECTORY"}, {}}},
-      {"SELECT_PROPERTIES", {{}, {"ENERGY TOTALS,     Total Energy,     Temperature,     < Dipole Vector >"}}},
+      {"SELECT_PROPERTIES",
+       {{"Pressure"}, {"ENERGY TOTALS,     Total Energy,     Temperature,     < Dipole Vector >"}}},
   };
   std::map<std::string, std::string> returned{{"TRAJECTORY_FILE_NAME", "argon.trj"}, {"NUMBER_OF_FRAMES", "200"}};
 
@@ -59,59 +60,60 @@ struct AdviceCase {
   const char* word;
   const char* arguments;
   int status;
-  const char* text;
+  const char* text;  ///< empty: nothing is said
 };
 
-TEST(Advice, says_why_a_command_failed_that_the_process_does_not_explain) {
-  for (const auto& [word, arguments, status, text] :
-       {AdviceCase{"LAST_FRAME_NO", "1000", 1, "1000 is above 200, the last frame of the file"},
-        AdviceCase{"LAST_FRAME_NO", "100", 1,
-                   "100 is below 150, the present FIRST_FRAME_NO: lower FIRST_FRAME_NO first"},
-        AdviceCase{"LAST_FRAME_NO", "end", 1, "LAST_FRAME_NO: \"end\" is neither a whole number nor LAST"},
-        AdviceCase{"LAST_FRAME_TIME", "100", 1, "100 ps is above 3.98 ps, the time of the last frame of the file"},
-        AdviceCase{"FIRST_FRAME_TIME", "-1", 1001, "-1 ps is below 0 ps, the time of the first frame of the file"},
-        AdviceCase{"INCREMENT_NO", "52", 1002, "52 is above 51, the length of the range in frames"},
-        AdviceCase{"INCREMENT_TIME", "0.001", 1, "0.001 ps is below 0.02 ps, the time between two frames of the file"},
-        AdviceCase{"MSD_MAX_INTERVAL", "0.001", 1, "0.001 ps is below 0.02 ps, one step of the range"},
-        AdviceCase{"MIN_FIT_TIME", "3", 1002, "3 ps is above 2 ps, the present MAX_FIT_TIME: raise MAX_FIT_TIME first"},
-        AdviceCase{"MAX_FIT_TIME", "0.1", 1001,
-                   "0.1 ps is below 0.5 ps, the present MIN_FIT_TIME: lower MIN_FIT_TIME first"},
-        AdviceCase{"K_SPACE_INTERVAL", "0", 1, "K_SPACE_INTERVAL must be above 0"},
-        AdviceCase{"RDF_FOR", "trajectry", 1003, "RDF_FOR takes one of TRAJECTORY, MODEL; did you mean TRAJECTORY?"},
-        AdviceCase{"EXTREMA", "", 1005, "EXTREMA takes one of HIGHEST, LOWEST"},
-        AdviceCase{"PROFLE", "", 1, "did you mean PROFILE?"},
-        AdviceCase{"profile", "", 1, "command words are written in capitals: PROFILE"},
-        AdviceCase{
-            "PROPERTY", "Temperatur", -1,
-            "no property is called \"Temperatur\" in capitals: did you mean TEMPERATURE?, and none is selected now"}}) {
-    EXPECT_THAT(Fake().about({word, arguments, status}), ElementsAre(text)) << word << ' ' << arguments;
+void expect_advice(std::initializer_list<AdviceCase> cases) {
+  for (const auto& [word, arguments, status, text] : cases) {
+    const auto texts = Fake().about({word, arguments, status});
+    EXPECT_EQ(texts, *text ? std::vector<std::string>{text} : std::vector<std::string>{}) << word << ' ' << arguments;
   }
 }
 
+TEST(Advice, says_why_a_command_failed_that_the_process_does_not_explain) {
+  expect_advice(
+      {{"LAST_FRAME_NO", "1000", 1, "1000 is above 200, the last frame of the file"},
+       {"LAST_FRAME_NO", "100", 1, "100 is below 150, the present FIRST_FRAME_NO: lower FIRST_FRAME_NO first"},
+       {"LAST_FRAME_NO", "end", 1, "LAST_FRAME_NO: \"end\" is neither a whole number nor LAST"},
+       {"LAST_FRAME_TIME", "100", 1, "100 ps is above 3.98 ps, the time of the last frame of the file"},
+       {"FIRST_FRAME_TIME", "-1", 1001, "-1 ps is below 0 ps, the time of the first frame of the file"},
+       {"INCREMENT_NO", "52", 1002, "52 is above 51, the length of the range in frames"},
+       {"INCREMENT_TIME", "0.001", 1, "0.001 ps is below 0.02 ps, the time between two frames of the file"},
+       {"MSD_MAX_INTERVAL", "0.001", 1, "0.001 ps is below 0.02 ps, one step of the range"},
+       {"MIN_FIT_TIME", "3", 1002, "3 ps is above 1 ps, the present MAX_FIT_TIME: raise MAX_FIT_TIME first"},
+       {"MAX_FIT_TIME", "0.1", 1001, "0.1 ps is below 0.5 ps, the present MIN_FIT_TIME: lower MIN_FIT_TIME first"},
+       {"K_SPACE_INTERVAL", "0", 1, "K_SPACE_INTERVAL must be above 0"},
+       {"RDF_FOR", "trajectry", 1003, "RDF_FOR takes one of TRAJECTORY, MODEL; did you mean TRAJECTORY?"},
+       {"EXTREMA", "", 1005, "EXTREMA takes one of HIGHEST, LOWEST"},
+       {"PROFLE", "", 1, "did you mean PROFILE?"},
+       {"profile", "", 1, "command words are written in capitals: PROFILE"},
+       {"PROPERTY", "Temperatur", -1,
+        "no property is called \"Temperatur\" in capitals: did you mean TEMPERATURE?, and none is selected now"}});
+}
+
 TEST(Advice, warns_of_mistakes_that_pass_in_silence) {
-  for (const auto& [word, arguments, status, text] :
-       {AdviceCase{"SELECT_PROPERTIES", "\"Total Energy\" Temprature", 0,
-                   "SELECT_PROPERTIES does not know \"Temprature\": did you mean Temperature?"},
-        AdviceCase{"SELECT_PROPERTIES", "Total Energy", 0,
-                   "a name with blanks stands in quotes: SELECT_PROPERTIES \"Total Energy\""},
-        AdviceCase{"SELECT_PROPERTIES", "Charm", 0,
-                   "SELECT_PROPERTIES does not know \"Charm\"; @request SELECT_PROPERTIES lists the names"},
-        AdviceCase{"FIRST_FRAME_NO", "150.5", 0, "FIRST_FRAME_NO: \"150.5\" is not a whole number and is taken as 150"},
-        AdviceCase{"MAX_FIT_TIME", "2ps", 0, "MAX_FIT_TIME: \"2ps\" is not a number and is taken as 2"},
-        AdviceCase{"STATISTICS_TEXT", "on", 0, "STATISTICS_TEXT: \"on\" is taken as no: write yes or no"},
-        AdviceCase{"STATISTICS_TEXT", "2", 0, "STATISTICS_TEXT: \"2\" is taken as yes: write yes or no"},
-        AdviceCase{"PROFILE", "now please", 0, "PROFILE takes no argument: \"now please\" is passed over"},
-        AdviceCase{
-            "RDF_CUTOFF", "50", 0,
-            "50 Å is above 14.5 Å, half the width of the cell, beyond which atoms meet images of their own neighbours"},
-        AdviceCase{"MSD_MAX_INTERVAL", "100", 0,
-                   "MSD_MAX_INTERVAL is 1 now, not 100: 100 ps is above 1 ps, the longest lag (one frame less than the "
-                   "range has)"},
-        AdviceCase{"RDF_INTERVAL", "0.04", 0, "RDF_INTERVAL is 0.05 now, not 0.04"}}) {
-    auto texts = Fake().about({word, arguments, status});
-    std::erase(texts, "nothing is selected now");
-    EXPECT_THAT(texts, ElementsAre(text)) << word << ' ' << arguments;
-  }
+  expect_advice(
+      {{"SELECT_PROPERTIES", "\"Total Energy\" Temprature", 0,
+        "SELECT_PROPERTIES does not know \"Temprature\": did you mean Temperature?"},
+       {"SELECT_PROPERTIES", "Total Energy", 0,
+        "a name with blanks stands in quotes: SELECT_PROPERTIES \"Total Energy\""},
+       {"SELECT_PROPERTIES", "Charm", 0,
+        "SELECT_PROPERTIES does not know \"Charm\"; @request SELECT_PROPERTIES lists the names"},
+       {"FIRST_FRAME_NO", "150.5", 0, "FIRST_FRAME_NO: \"150.5\" is not a whole number and is taken as 150"},
+       {"MAX_FIT_TIME", "2ps", 0, "MAX_FIT_TIME: \"2ps\" is not a number and is taken as 2"},
+       {"STATISTICS_TEXT", "on", 0, "STATISTICS_TEXT: \"on\" is taken as no: write yes or no"},
+       {"STATISTICS_TEXT", "2", 0, "STATISTICS_TEXT: \"2\" is taken as yes: write yes or no"},
+       {"PROFILE", "now please", 0, "PROFILE takes no argument: \"now please\" is passed over"},
+       {"RDF_CUTOFF", "50", 0,
+        "50 Å is above 14.5 Å, half the width of the cell, beyond which atoms meet images of their own neighbours"},
+       {"MSD_MAX_INTERVAL", "100", 0,
+        "MSD_MAX_INTERVAL is 1 now, not 100: 100 ps is above 1 ps, the longest lag (one frame less than the "
+        "range has)"},
+       {"RDF_INTERVAL", "0.04", 0, "RDF_INTERVAL is 0.05 now, not 0.04"}});
+  auto fake = Fake();
+  fake.answers["SELECT_PROPERTIES"].values.clear();
+  EXPECT_THAT(fake.about({"SELECT_PROPERTIES", "Charm", 0}),
+              ElementsAre(HasSubstr("does not know"), "nothing is selected now"));
   EXPECT_THAT(Fake().about({"RDF_BETWEEN", "ALL ATOMS", 1003}),
               ElementsAre(HasSubstr("in quotes: RDF_BETWEEN \"ALL ATOMS\""), HasSubstr("RDF_BETWEEN takes one of")));
   EXPECT_THAT(Fake().about({"TRAJECTORY", "\"a b.trj", 1}),
@@ -119,17 +121,16 @@ TEST(Advice, warns_of_mistakes_that_pass_in_silence) {
 }
 
 TEST(Advice, says_nothing_of_lines_that_are_right) {
-  for (const auto& [word, arguments, status, unused] :
-       {AdviceCase{"SELECT_PROPERTIES", "'Total Energy' temperature \"< Dipole Vector >\"", 0, ""},
-        AdviceCase{"FIRST_FRAME_NO", "+150", 0, ""}, AdviceCase{"LAST_FRAME_NO", "last", 0, ""},
-        AdviceCase{"STATISTICS_TEXT", "No", 0, ""}, AdviceCase{"PROFILE", "", 0, ""},
-        AdviceCase{"MAX_FIT_TIME", "2.00001", 0, ""}, AdviceCase{"MSD_MAX_INTERVAL", "1.009", 0, ""},
-        AdviceCase{"RDF_INTERVAL", "5e-2", 0, ""}, AdviceCase{"RDF_TYPE", "O H", 0, ""},
-        AdviceCase{"GET", "FRAME_STEP", 0, ""}}) {
-    auto fake = Fake();
-    if (std::string(word) == "MAX_FIT_TIME") fake.answers["MSD_MAX_INTERVAL"].values = {"2.0"};
-    EXPECT_THAT(fake.about({word, arguments, status}), IsEmpty()) << word << ' ' << arguments;
-  }
+  expect_advice({{"SELECT_PROPERTIES", "'Total Energy' temperature \"< Dipole Vector >\"", 0, ""},
+                 {"FIRST_FRAME_NO", "+150", 0, ""},
+                 {"LAST_FRAME_NO", "last", 0, ""},
+                 {"STATISTICS_TEXT", "No", 0, ""},
+                 {"PROFILE", "", 0, ""},
+                 {"MAX_FIT_TIME", "1.00001", 0, ""},
+                 {"MSD_MAX_INTERVAL", "1.009", 0, ""},
+                 {"RDF_INTERVAL", "5e-2", 0, ""},
+                 {"RDF_TYPE", "O H", 0, ""},
+                 {"GET", "FRAME_STEP", 0, ""}});
 }
 
 TEST(Advice, says_what_must_come_first_without_a_trajectory) {

@@ -107,6 +107,7 @@ TEST(Message, loses_no_argument_that_the_text_has_no_place_for_or_that_does_not_
   EXPECT_EQ(filled("{0:>8.2f}", {std::string("a")}), "{0:>8.2f} [\"a\"]");
   EXPECT_EQ(filled("{0} of {1}", {3}), "{0} of {1} [3]");
   EXPECT_EQ(filled("{0:>5.3g}", {-std::numeric_limits<double>::quiet_NaN()}), "  nan");
+  EXPECT_EQ(message_of(2, "NO_SUCH_KEY", {1.5, std::string("x")}).text, "NO_SUCH_KEY [1.5, \"x\"]");
 }
 
 TEST(MessageCatalogue, headings_tell_the_units_of_response_properties) {
@@ -119,7 +120,6 @@ TEST(MessageCatalogue, headings_tell_the_units_of_response_properties) {
   EXPECT_EQ(heading("Gamma_v - Pressure-Kinetic"), "Gamma_v - Pressure-Kinetic [GPa/K]");
   EXPECT_EQ(heading("Dielectric Constant"), "Dielectric Constant");
   EXPECT_EQ(heading("mu of something"), "mu of something");
-  EXPECT_EQ(message_of(2, "NO_SUCH_KEY", {1.5, std::string("x")}).text, "NO_SUCH_KEY [1.5, \"x\"]");
 }
 
 TEST(Message, of_a_status_names_the_routine_and_is_silent_for_what_is_no_failure) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <utility>
 
 #include "desk/advice/limits.h"
 #include "desk/advice/nearest.h"
@@ -289,16 +290,15 @@ constexpr std::array checks{check_names,  check_choice, check_property,        c
 }  // namespace
 
 std::vector<Advice> Adviser::about(const EndedCommand& command) {
-  std::vector<std::string> warnings;
-  std::vector<Advice> all;
   const auto* row = find_command_help(command.word);
   if (!row) return {{MessageKind::warning, about_unknown_word(command.word)}};
   Present present(sources_);
   const Case now{command, *row, argument_shape(*row), words_of(command.arguments), present};
-  warnings = oddities(command.word, command.arguments);
+  auto warnings = oddities(command.word, command.arguments);
   if (!check_frames(now, warnings)) {
     for (const auto& check : checks) check(now, warnings);
   }
+  std::vector<Advice> all;
   for (auto& text : warnings) all.push_back({MessageKind::warning, std::move(text)});
   if (now.failed()) return all;
 
@@ -309,14 +309,12 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
       all.push_back({MessageKind::note, fmt::format("{}: of the {} of {}", kept.used_by, kept.name, results_[k])});
     }
   }
-  if (command.word == "RDF") {
-    const auto cutoff = present.number("RDF_CUTOFF").value_or(0);
-    if (cutoff != told_cutoff_) {
-      if (auto text = beyond_limits("RDF_CUTOFF", cutoff, present); !text.empty())
-        all.push_back({MessageKind::warning, "RDF_CUTOFF: " + text});
-    }
-  }
-  if (command.word == "RDF" || command.word == "RDF_CUTOFF") told_cutoff_ = present.number("RDF_CUTOFF").value_or(0);
+  // The setting of a cut-off has been judged above; one that stood before the model came is judged where it is used.
+  if (command.word != "RDF" && command.word != "RDF_CUTOFF") return all;
+  const auto told = std::exchange(told_cutoff_, present.number("RDF_CUTOFF").value_or(0));
+  if (command.word != "RDF" || told == told_cutoff_) return all;
+  if (auto text = beyond_limits("RDF_CUTOFF", told_cutoff_, present); !text.empty())
+    all.push_back({MessageKind::warning, "RDF_CUTOFF: " + text});
   return all;
 }
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "desk/script/script.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -91,11 +93,8 @@ constexpr std::array limit_rows{
 // clang-format on
 
 bool names(std::string_view words, std::string_view word) {
-  for (auto at = words.find(word); at != std::string_view::npos; at = words.find(word, at + 1)) {
-    const auto end = at + word.size();
-    if ((at == 0 || words[at - 1] == ' ') && (end == words.size() || words[end] == ' ')) return true;
-  }
-  return false;
+  const auto all = words_of(words);
+  return std::find(all.begin(), all.end(), word) != all.end();
 }
 
 std::string sentence(double value, std::string_view relation, double end, const LimitRow& row, const Edge& edge) {

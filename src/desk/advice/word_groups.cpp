@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "desk/script/script.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -47,11 +49,9 @@ constexpr std::string_view others = "Others";
 /// The letters with which a list of words names this one; 0 if it does not.
 std::size_t letters_named(std::string_view list, std::string_view word) {
   std::size_t most = 0;
-  while (!list.empty()) {
-    auto name = list.substr(0, list.find(' '));
-    list.remove_prefix(std::min(name.size() + 1, list.size()));
+  for (auto& name : words_of(list)) {
     const bool is_start = name.ends_with('*');
-    if (is_start) name.remove_suffix(1);
+    if (is_start) name.pop_back();
     if (is_start ? word.starts_with(name) : word == name) most = std::max(most, name.size());
   }
   return most;

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <numbers>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_import.h"
 #include "desk/report/model_text.h"
+#include "structure/measure_geometry.h"
 #include "trajectory/binary_trajectory.h"
 #include "trajectory/history_adapter.h"
 #include "trajectory/history_file.h"
@@ -84,18 +84,37 @@ std::string_view run_kind(const BinaryFlags& flags) {
   return kind == run_kinds.end() ? "not known" : kind->name;
 }
 
+/// The routines of one of the forms of trajectories.
+struct FormRoutines {
+  decltype(openhistrajectory_)* open;
+  decltype(readhisframe_)* read;
+  decltype(gethisdatadble_)* numbers;
+  decltype(closehis_)* close;
+  std::int32_t mode;
+  std::int32_t end_of_file;
+};
+
 /// An open trajectory of one of the forms.
 class OpenTrajectory {
  public:
-  OpenTrajectory() = default;
-  virtual ~OpenTrajectory() = default;
+  OpenTrajectory(const FormRoutines& form, const std::string& path) : form_(form) {
+    form_.open(path, form_.mode, handle_, status_);
+  }
+  virtual ~OpenTrajectory() {
+    std::int32_t ignored = 0;
+    if (handle_ != 0) form_.close(handle_, ignored);
+  }
   OpenTrajectory(const OpenTrajectory&) = delete;
   OpenTrajectory& operator=(const OpenTrajectory&) = delete;
 
   /// That of the open.
-  virtual std::int32_t status() const = 0;
-  virtual std::int32_t read(std::int32_t frame) = 0;
-  virtual bool is_end(std::int32_t status) const = 0;
+  std::int32_t status() const { return status_; }
+  std::int32_t read(std::int32_t frame) {
+    std::int32_t status = 0;
+    form_.read(handle_, frame, status);
+    return status;
+  }
+  bool is_end(std::int32_t status) const { return status == form_.end_of_file; }
   /// The numbers of a value in the current frame; none if the file does not hold it.
   virtual std::vector<double> values(const FrameValue& value) const = 0;
   /// Of the current frame, ps.
@@ -103,27 +122,41 @@ class OpenTrajectory {
   virtual void print_head() const = 0;
   /// What the frames hold beside their values.
   virtual void print_arrays() const = 0;
+
+ protected:
+  std::int32_t handle() const { return handle_; }
+  /// The numbers of a key of this form in the current frame; none if the file does not hold it.
+  std::vector<double> numbers(std::int32_t key) const {
+    std::array<double, 6> found{};
+    std::int32_t count = 0, status = 0;
+    form_.numbers(handle_, key, found, count, status);
+    return status == 0 ? std::vector<double>(found.begin(), found.begin() + count) : std::vector<double>{};
+  }
+
+ private:
+  const FormRoutines& form_;
+  std::int32_t handle_ = 0;
+  std::int32_t status_ = 0;
 };
 
 std::string counted_atoms(std::int32_t all, std::int32_t movable) {
   return all > movable ? fmt::format("{}, of which {} move", all, movable) : fmt::format("{}", movable);
 }
 
+constexpr FormRoutines binary_form{
+    [](std::string_view name, std::int32_t mode, std::int32_t& handle, std::int32_t& status) {
+      kvA_TRJ_OpenRead(std::string(name), mode, handle, status);
+    },
+    kvA_TRJ_ReadFrame,
+    kvA_TRJ_ValueDouble,
+    kvA_TRJ_Close,
+    binary_mode::read,
+    binary_status::end_of_file};
+
 class BinaryTrajectory : public OpenTrajectory {
  public:
-  explicit BinaryTrajectory(const std::string& path) { kvA_TRJ_OpenRead(path, binary_mode::read, handle_, status_); }
-  ~BinaryTrajectory() override {
-    std::int32_t ignored = 0;
-    if (handle_ != 0) kvA_TRJ_Close(handle_, ignored);
-  }
+  explicit BinaryTrajectory(const std::string& path) : OpenTrajectory(binary_form, path) {}
 
-  std::int32_t status() const override { return status_; }
-  std::int32_t read(std::int32_t frame) override {
-    std::int32_t status = 0;
-    kvA_TRJ_ReadFrame(handle_, frame, status);
-    return status;
-  }
-  bool is_end(std::int32_t status) const override { return status == binary_status::end_of_file; }
   std::vector<double> values(const FrameValue& value) const override { return numbers(value.binary_key); }
   std::vector<double> time() const override { return numbers(1000); }
 
@@ -146,33 +179,16 @@ class BinaryTrajectory : public OpenTrajectory {
   }
 
  private:
-  const TrjStruct& state() const { return *binary_trajectory(handle_); }
-  std::vector<double> numbers(std::int32_t key) const {
-    std::array<double, 6> found{};
-    std::int32_t count = 0, status = 0;
-    kvA_TRJ_ValueDouble(handle_, key, found, count, status);
-    return status == 0 ? std::vector<double>(found.begin(), found.begin() + count) : std::vector<double>{};
-  }
-
-  std::int32_t handle_ = 0;
-  std::int32_t status_ = 0;
+  const TrjStruct& state() const { return *binary_trajectory(handle()); }
 };
+
+constexpr FormRoutines history_form{
+    openhistrajectory_, readhisframe_, gethisdatadble_, closehis_, 1, trajectory_status::end_of_file};
 
 class HistoryTrajectory : public OpenTrajectory {
  public:
-  explicit HistoryTrajectory(const std::string& path) { openhistrajectory_(path, 1, handle_, status_); }
-  ~HistoryTrajectory() override {
-    std::int32_t ignored = 0;
-    closehis_(handle_, ignored);
-  }
+  explicit HistoryTrajectory(const std::string& path) : OpenTrajectory(history_form, path) {}
 
-  std::int32_t status() const override { return status_; }
-  std::int32_t read(std::int32_t frame) override {
-    std::int32_t status = 0;
-    readhisframe_(handle_, frame, status);
-    return status;
-  }
-  bool is_end(std::int32_t status) const override { return status == trajectory_status::end_of_file; }
   /// The cell and the stress as the file holds them: they need no model.
   std::vector<double> values(const FrameValue& value) const override {
     const auto& cell = histrj_d_.cell;
@@ -201,7 +217,7 @@ class HistoryTrajectory : public OpenTrajectory {
  private:
   static std::vector<double> degrees(const std::array<double, 6>& cell) {
     std::vector<double> angles(cell.begin() + 3, cell.end());
-    for (double& angle : angles) angle *= 180 / std::numbers::pi;
+    for (double& angle : angles) angle *= degrees_per_radian;
     return angles;
   }
   static std::vector<double> stress() {
@@ -211,15 +227,6 @@ class HistoryTrajectory : public OpenTrajectory {
     for (double& value : six) value *= history_pressure_unit;
     return six;
   }
-  std::vector<double> numbers(std::int32_t key) const {
-    double found = 0;
-    std::int32_t count = 0, status = 0;
-    gethisdatadble_(handle_, key, std::span(&found, 1), count, status);
-    return status == 0 ? std::vector<double>{found} : std::vector<double>{};
-  }
-
-  std::int32_t handle_ = 0;
-  std::int32_t status_ = 0;
 };
 
 /// The values of the current frame, one list for each row of frame_values.

@@ -17,7 +17,6 @@
 #include "desk/cli/shell.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
-#include "support/parallel.h"
 
 namespace pathstat::desk {
 namespace {

@@ -352,8 +352,7 @@ std::string LineRunner::start_again() {
 /// Tells what there is to say of a command that has just ended.
 void LineRunner::advise(std::string_view word, std::string_view arguments) {
   const auto status = record_.steps.back().status.value_or(0);
-  const auto messages = held_;
-  for (auto& advice : adviser_.about({word, arguments, status, messages})) {
+  for (auto& advice : adviser_.about({word, arguments, status, held_})) {
     take_message({advice.kind, 1, {}, {}, std::move(advice.text)});
   }
 }
@@ -396,11 +395,7 @@ double LineRunner::cell_width() const {
 
 /// The process completes the name of its table file; the file is to be found under the name that it tells.
 void LineRunner::note_table_name() {
-  const std::string word = "STATISTICS_FILENAME";
-  const auto answers = session_.request(std::span(&word, 1));
-  if (!answers || answers->front().values.empty()) return;
-  const auto& name = answers->front().values.front();
-  tables_.insert(place_.work / name.substr(0, name.find_last_not_of(' ') + 1));
+  if (const auto name = first_value(ask_word("STATISTICS_FILENAME")); !name.empty()) tables_.insert(place_.work / name);
 }
 
 std::string LineRunner::settle_answer(const std::vector<std::string>& words) {
@@ -535,9 +530,7 @@ std::string LineRunner::pick(const std::vector<std::string>& words) {
 }
 
 std::vector<std::string> LineRunner::allowed_values(const std::string& word) {
-  const auto answers = session_.request(std::span(&word, 1));
-  if (!answers) return {};
-  return choices_of(answers->front().ranges);
+  return choices_of(ask_word(word).ranges);
 }
 
 std::vector<std::string> LineRunner::graph_names() const {
