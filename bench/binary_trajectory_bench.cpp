@@ -1,27 +1,22 @@
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <chrono>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "plain_read.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace {
 
 using namespace pathstat;
 
-/// A run of the newest version with velocities, periodic in three directions, that goes when the program ends.
-class Run {
+/// A run of the newest version with velocities, periodic in three directions.
+class Run : public BenchFile {
  public:
-  Run(std::int32_t atoms, std::int32_t frames)
-      : path_(std::filesystem::temp_directory_path() / ("bench_" + std::to_string(::getpid()) + ".trj")) {
+  Run(std::int32_t atoms, std::int32_t frames) : BenchFile(".trj") {
     std::int32_t handle = 0, status = 0;
-    kvA_TRJ_Open(path_, binary_mode::create, handle, status);
+    kvA_TRJ_Open(path(), binary_mode::create, handle, status);
     const std::int32_t periodicity = 3;
     kvA_TRJ_SetValueInt(handle, 2018, {&periodicity, 1}, status);
     std::vector<double> coordinates(3 * static_cast<std::size_t>(atoms));
@@ -31,23 +26,7 @@ class Run {
     for (std::int32_t k = 0; k < frames && status == 0; ++k) kvA_TRJ_WriteFrame(handle, status);
     kvA_TRJ_Close(handle, status);
   }
-  ~Run() { std::filesystem::remove(path_); }
-  Run(const Run&) = delete;
-
-  const std::string& path() const { return path_; }
-  double bytes() const { return static_cast<double>(std::filesystem::file_size(path_)); }
-
- private:
-  std::string path_;
 };
-
-/// The plain way: read() over the whole file into one buffer.
-void read_every_byte(const std::string& path) {
-  static std::vector<std::byte> buffer(1 << 20);
-  const int fd = ::open(path.c_str(), O_RDONLY);
-  while (::read(fd, buffer.data(), buffer.size()) > 0) benchmark::DoNotOptimize(buffer.data());
-  ::close(fd);
-}
 
 /// One value of each frame.
 double scalar_row(const std::string& path, std::int32_t key) {
@@ -76,28 +55,6 @@ void all_coordinates(const std::string& path, std::vector<double>& positions, st
     benchmark::DoNotOptimize(velocities.data());
   }
   kvA_TRJ_Close(handle, status);
-}
-
-template <class Work>
-double seconds(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// Runs a way of reading and the plain way by turns, and reports the time of the plain way over that of the first.
-template <class Work, class Plain>
-void compare(benchmark::State& state, const char* ratio, Work work, Plain plain) {
-  work();
-  plain();
-  double own = 0.0, reference = 0.0;
-  for (auto _ : state) {
-    const double time = seconds(work);
-    state.SetIterationTime(time);
-    own += time;
-    reference += seconds(plain);
-  }
-  state.counters[ratio] = reference / own;
 }
 
 /// Ten scalar rows, each over the whole run, against ten reads of every byte.
