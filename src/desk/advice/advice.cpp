@@ -299,6 +299,7 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
     for (const auto& check : checks) check(now, warnings);
   }
   std::vector<Advice> all;
+  all.reserve(warnings.size());
   for (auto& text : warnings) all.push_back({MessageKind::warning, std::move(text)});
   if (now.failed()) return all;
 

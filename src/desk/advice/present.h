@@ -30,7 +30,7 @@ class Present {
   /// The first value of a word as a number; none if it is not one.
   std::optional<double> number(const std::string& word);
 
-  bool loaded() { return returned("TRAJECTORY_FILE_NAME") != ""; }
+  bool loaded() { return !returned("TRAJECTORY_FILE_NAME").empty(); }
   bool has_times() { return number("INCREMENT_TIME").has_value(); }
   std::optional<double> frames_in_file();
   /// Frames of the range; none where the words are not answered.

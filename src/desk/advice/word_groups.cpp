@@ -70,6 +70,7 @@ std::size_t group_of(std::string_view word) {
 
 std::vector<WordGroup> make_groups() {
   std::vector<WordGroup> groups;
+  groups.reserve(group_rows.size() + 1);
   for (const auto& row : group_rows) groups.push_back({row.name, row.about, {}});
   groups.push_back({others, {}, {}});
   for (const auto& row : command_helps()) groups[group_of(row.word)].words.push_back(&row);

@@ -17,6 +17,7 @@
 #include "desk/cli/shell.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
+#include "support/parallel.h"
 
 namespace pathstat::desk {
 namespace {
@@ -153,8 +154,10 @@ int main_of(int argc, char** argv) {
   }
   options.formats = formats_of(words.formats);
   options.protocol = protocol_words.at(words.protocol);
-  if (words.threads > 0)
+  if (words.threads > 0) {
+    set_thread_count(words.threads);
     ::setenv("MP_SET_NUMTHREADS", std::to_string(words.threads).c_str(), 1);  // pathstat inherits it
+  }
   if (run->parsed()) return run_script(options, file);
   if (shell->parsed()) return run_shell(options);
   if (info->parsed()) return print_file_info(file);
