@@ -5,6 +5,7 @@
 #include "coreapi/messages.h"
 #include "state/analysis_settings.h"
 #include "support/text_field.h"
+#include "trajectory/archive_adapter.h"
 #include "trajectory/binary_adapter.h"
 #include "trajectory/history_adapter.h"
 
@@ -30,6 +31,8 @@ const TrajectoryReader* reader_of(std::int32_t format) {
   switch (format) {
     case reader::history:
       return &history_reader;
+    case reader::archive:
+      return &archive_reader;
     case reader::binary:
       return &binary_reader;
     default:

@@ -27,7 +27,7 @@ constexpr std::int32_t too_small = 50008;  ///< the capacity; what fits is fille
 constexpr std::int32_t not_periodic = 50010;
 constexpr std::int32_t not_two_dimensional = 50011;
 constexpr std::int32_t no_file = 50012;  ///< PATHSTAT_ERROR_107 is shown
-constexpr std::int32_t helical = 50013;
+constexpr std::int32_t helical = 50013;  ///< PATHSTAT_ERROR_110 is shown
 constexpr std::int32_t not_attached = 50014;
 constexpr std::int32_t attach_refused = 50015;  ///< PATHSTAT_ERROR_111 or 112 is shown
 constexpr std::int32_t not_history = 50016;
@@ -37,6 +37,7 @@ constexpr std::int32_t not_three_dimensional = 50019;
 constexpr std::int32_t several_groups = 50020;
 constexpr std::int32_t header_cut = 50021;
 constexpr std::int32_t fixed_header_cut = 50022;
+constexpr std::int32_t unknown_periodicity = 50023;  ///< PATHSTAT_ERROR_119 is shown
 }  // namespace trajectory_status
 
 /// What is open.

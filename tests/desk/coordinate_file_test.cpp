@@ -116,7 +116,7 @@ TEST_P(CoordinateFileFault, names_the_line) {
 INSTANTIATE_TEST_SUITE_P(
     files, CoordinateFileFault,
     testing::Values(CoordinateFault{"", 0, "ends"}, CoordinateFault{"t\n", 1, "ends"},
-                    CoordinateFault{"t\nHELIX\n", 2, "helical"}, CoordinateFault{"t\nPBC maybe\n", 2, "MAYBE"},
+                    CoordinateFault{"t\nHELIX\n", 2, "helical"}, CoordinateFault{"t\nPBC maybe\n", 2, "maybe"},
                     CoordinateFault{"t\nPBC\n", 2, "unknown"},
                     CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90\n", 5, "6"},
                     CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 x 90 90 90\n", 5, "x"},
