@@ -4,14 +4,20 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_import.h"
 #include "desk/report/model_text.h"
+#include "state/analysis_settings.h"
+#include "structure/crystal_cell.h"
 #include "structure/measure_geometry.h"
+#include "trajectory/archive_file.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/front_end.h"
 #include "trajectory/history_adapter.h"
 #include "trajectory/history_file.h"
 #include "trajectory/trajectory_keys.h"
@@ -54,6 +60,7 @@ constexpr std::array frame_values{
     FrameValue{400020, 1001, "temperature", "K"},
     FrameValue{400057, 1036, "pressure", "GPa"},
     FrameValue{400058, 1037, "volume", "Å³"},
+    FrameValue{400151, 0, "area", "Å²"},
     FrameValue{400068, 1047, "radius of gyration", "Å"},
     FrameValue{400078, 1058, "cell", "Å"},
     FrameValue{400149, 0, "cell angles", "°"},
@@ -84,7 +91,28 @@ std::string_view run_kind(const BinaryFlags& flags) {
   return kind == run_kinds.end() ? "not known" : kind->name;
 }
 
-/// The routines of one of the forms of trajectories.
+/// An open trajectory.
+class OpenTrajectory {
+ public:
+  OpenTrajectory() = default;
+  virtual ~OpenTrajectory() = default;
+  OpenTrajectory(const OpenTrajectory&) = delete;
+  OpenTrajectory& operator=(const OpenTrajectory&) = delete;
+
+  /// That of the open.
+  virtual std::int32_t status() const = 0;
+  virtual std::int32_t read(std::int32_t frame) = 0;
+  virtual bool is_end(std::int32_t status) const = 0;
+  /// The numbers of a value in the current frame; none if the file does not hold it.
+  virtual std::vector<double> values(const FrameValue& value) const = 0;
+  /// Of the current frame, ps; none in a form without times.
+  virtual std::vector<double> time() const = 0;
+  virtual void print_head() const = 0;
+  /// What the frames hold beside their values.
+  virtual void print_arrays() const = 0;
+};
+
+/// The routines of a form of trajectories whose values go by keys.
 struct FormRoutines {
   decltype(openhistrajectory_)* open;
   decltype(readhisframe_)* read;
@@ -94,34 +122,23 @@ struct FormRoutines {
   std::int32_t end_of_file;
 };
 
-/// An open trajectory of one of the forms.
-class OpenTrajectory {
+class KeyedTrajectory : public OpenTrajectory {
  public:
-  OpenTrajectory(const FormRoutines& form, const std::string& path) : form_(form) {
+  KeyedTrajectory(const FormRoutines& form, const std::string& path) : form_(form) {
     form_.open(path, form_.mode, handle_, status_);
   }
-  virtual ~OpenTrajectory() {
+  ~KeyedTrajectory() override {
     std::int32_t ignored = 0;
     if (handle_ != 0) form_.close(handle_, ignored);
   }
-  OpenTrajectory(const OpenTrajectory&) = delete;
-  OpenTrajectory& operator=(const OpenTrajectory&) = delete;
 
-  /// That of the open.
-  std::int32_t status() const { return status_; }
-  std::int32_t read(std::int32_t frame) {
+  std::int32_t status() const override { return status_; }
+  std::int32_t read(std::int32_t frame) override {
     std::int32_t status = 0;
     form_.read(handle_, frame, status);
     return status;
   }
-  bool is_end(std::int32_t status) const { return status == form_.end_of_file; }
-  /// The numbers of a value in the current frame; none if the file does not hold it.
-  virtual std::vector<double> values(const FrameValue& value) const = 0;
-  /// Of the current frame, ps.
-  virtual std::vector<double> time() const = 0;
-  virtual void print_head() const = 0;
-  /// What the frames hold beside their values.
-  virtual void print_arrays() const = 0;
+  bool is_end(std::int32_t status) const override { return status == form_.end_of_file; }
 
  protected:
   std::int32_t handle() const { return handle_; }
@@ -139,6 +156,11 @@ class OpenTrajectory {
   std::int32_t status_ = 0;
 };
 
+std::vector<double> in_degrees(std::vector<double> angles) {
+  for (double& angle : angles) angle *= degrees_per_radian;
+  return angles;
+}
+
 std::string counted_atoms(std::int32_t all, std::int32_t movable) {
   return all > movable ? fmt::format("{}, of which {} move", all, movable) : fmt::format("{}", movable);
 }
@@ -153,9 +175,9 @@ constexpr FormRoutines binary_form{
     binary_mode::read,
     binary_status::end_of_file};
 
-class BinaryTrajectory : public OpenTrajectory {
+class BinaryTrajectory : public KeyedTrajectory {
  public:
-  explicit BinaryTrajectory(const std::string& path) : OpenTrajectory(binary_form, path) {}
+  explicit BinaryTrajectory(const std::string& path) : KeyedTrajectory(binary_form, path) {}
 
   std::vector<double> values(const FrameValue& value) const override { return numbers(value.binary_key); }
   std::vector<double> time() const override { return numbers(1000); }
@@ -185,15 +207,16 @@ class BinaryTrajectory : public OpenTrajectory {
 constexpr FormRoutines history_form{
     openhistrajectory_, readhisframe_, gethisdatadble_, closehis_, 1, trajectory_status::end_of_file};
 
-class HistoryTrajectory : public OpenTrajectory {
+class HistoryTrajectory : public KeyedTrajectory {
  public:
-  explicit HistoryTrajectory(const std::string& path) : OpenTrajectory(history_form, path) {}
+  explicit HistoryTrajectory(const std::string& path) : KeyedTrajectory(history_form, path) {}
 
   /// The cell and the stress as the file holds them: they need no model.
   std::vector<double> values(const FrameValue& value) const override {
     const auto& cell = histrj_d_.cell;
     if (value.key == trajectory_key::cell) return {cell.begin(), cell.begin() + 3};
-    if (value.key == trajectory_key::cell_parameters) return cell[0] != 0 ? degrees(cell) : std::vector<double>{};
+    if (value.key == trajectory_key::cell_parameters)
+      return cell[0] != 0 ? in_degrees({cell.begin() + 3, cell.end()}) : std::vector<double>{};
     return value.key == trajectory_key::stress ? stress() : numbers(value.key);
   }
   std::vector<double> time() const override { return numbers(trajectory_key::time); }
@@ -215,11 +238,6 @@ class HistoryTrajectory : public OpenTrajectory {
   void print_arrays() const override { fact("velocities", "yes"); }
 
  private:
-  static std::vector<double> degrees(const std::array<double, 6>& cell) {
-    std::vector<double> angles(cell.begin() + 3, cell.end());
-    for (double& angle : angles) angle *= degrees_per_radian;
-    return angles;
-  }
   static std::vector<double> stress() {
     std::array<double, 9> tensor{};
     get_history_energies(HistoryEnergy::stress, 0, tensor);
@@ -227,6 +245,70 @@ class HistoryTrajectory : public OpenTrajectory {
     for (double& value : six) value *= history_pressure_unit;
     return six;
   }
+};
+
+class ArchiveTrajectory : public OpenTrajectory {
+ public:
+  explicit ArchiveTrajectory(const std::string& path) : stream_(std::fopen(path.c_str(), "rb")) {
+    if (!stream_) return;
+    file_ = ArchiveFile(::fileno(stream_.get()), status_);
+    positions_.resize(3 * static_cast<std::size_t>(file_.header().atoms));
+    charges_.resize(static_cast<std::size_t>(file_.header().atoms));
+  }
+
+  std::int32_t status() const override { return status_; }
+  std::int32_t read(std::int32_t frame) override {
+    std::int32_t status = 0;
+    file_.read(frame, frame_, positions_, charges_, status);
+    if (status == trajectory_status::end_of_file) is_cut_ = frame == 1 || file_.goes_on();
+    return status;
+  }
+  bool is_end(std::int32_t status) const override { return status == trajectory_status::end_of_file && !is_cut_; }
+  std::vector<double> values(const FrameValue& value) const override {
+    const auto& [a, b, c, alpha, beta, gamma] = frame_.cell;
+    const bool crystal = type() == periodic_type::three_dimensional, slab = type() == periodic_type::two_dimensional;
+    double number = 0;
+    std::int32_t status = 0;
+    switch (value.key) {
+      case 400049:
+        return file_.header().has_energy ? std::vector{frame_.energy} : std::vector<double>{};
+      case 400058:
+        kva_cry_3dparamtocellvolume_(a, b, c, alpha, beta, gamma, number, status);
+        return crystal ? std::vector{number} : std::vector<double>{};
+      case 400151:
+        kva_cry_2dparamtocellarea_(b, c, alpha, number, status);
+        return slab ? std::vector{number} : std::vector<double>{};
+      case trajectory_key::cell:
+        return crystal ? std::vector{a, b, c} : slab ? std::vector{b, c} : std::vector<double>{};
+      case trajectory_key::cell_parameters:
+        return crystal ? in_degrees({alpha, beta, gamma}) : slab ? in_degrees({alpha}) : std::vector<double>{};
+      default:
+        return {};
+    }
+  }
+  std::vector<double> time() const override { return {}; }
+
+  void print_head() const override {
+    const ArchiveHeader& head = file_.header();
+    fact("kind", head.form == ArchiveForm::text ? "archive of lines" : "archive of records of 80 bytes");
+    fact("title", head.title);
+    fact("periodic directions", fmt::format("{}", head.periodicity.directions));
+    fact("atoms", fmt::format("{}", head.atoms));
+  }
+  void print_arrays() const override { fact("velocities", "no"); }
+
+ private:
+  std::int32_t type() const { return file_.header().periodicity.type; }
+
+  struct Closer {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+  };
+  std::unique_ptr<std::FILE, Closer> stream_;
+  std::int32_t status_ = trajectory_status::no_file;
+  ArchiveFile file_;
+  ArchiveFrame frame_;
+  std::vector<double> positions_, charges_;
+  bool is_cut_ = false;  ///< the file holds more than its whole frames
 };
 
 /// The values of the current frame, one list for each row of frame_values.
@@ -271,14 +353,16 @@ int print_trajectory(const std::string& path, OpenTrajectory&& trajectory) {
   trajectory.print_head();
   std::int32_t frames = 0, status = 0;
   double first_time = 0, last_time = 0;
+  bool has_times = false;
   while ((status = trajectory.read(frames + 1)) == 0) {
     const auto time = trajectory.time();
-    last_time = time.empty() ? 0 : time[0];
+    has_times = !time.empty();
+    last_time = has_times ? time[0] : 0;
     if (frames++ == 0) first_time = last_time;
   }
   const bool broken = !trajectory.is_end(status);
   fact("frames", fmt::format("{}{}", frames, broken ? " (the file breaks off there)" : ""));
-  if (frames > 1) {
+  if (frames > 1 && has_times) {
     fact("times", fmt::format("{:.6g} to {:.6g} ps, every {:.6g} ps", first_time, last_time,
                               (last_time - first_time) / (frames - 1)));
   }
@@ -309,10 +393,11 @@ int print_file_info(const std::string& path) {
     return print_trajectory(path, BinaryTrajectory(path));
   }
   if (extension == ".his" || extension == ".fhis") return print_trajectory(path, HistoryTrajectory(path));
+  if (extension == ".arc") return print_trajectory(path, ArchiveTrajectory(path));
   if (extension == ".qfx") return print_models(path, read_model_file(path));
   if (extension == ".car" || extension == ".cor") return print_models(path, read_coordinate_file(path));
-  return complain(
-      fmt::format("{} is neither a trajectory (.trj, .qtrj, .atrj, .his, .fhis) nor a model (.qfx, .car, .cor)", path));
+  return complain(fmt::format(
+      "{} is neither a trajectory (.trj, .qtrj, .atrj, .his, .fhis, .arc) nor a model (.qfx, .car, .cor)", path));
 }
 
 }  // namespace pathstat::desk
