@@ -1,5 +1,6 @@
 #include "trajectory/archive_file.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "structure/crystal_coordinates.h"
@@ -140,6 +141,10 @@ void ArchiveFile::read(std::int32_t frame, ArchiveFrame& values, std::span<doubl
       return read_atom_line(line, &positions[3 * atom], charges[atom]);
     });
   }
+  // Blank lines at the end of a file are no frame.
+  const bool is_damaged = status == read_error && frame > 0 && is_text();
+  if (is_damaged && !stands_behind(places_[std::min(places_.size(), static_cast<std::size_t>(frame)) - 1]))
+    status = end_of_file;
   if (status != 0) return;
   behind_frame_ = lines_.place();
   if (is_text() && places_.size() == static_cast<std::size_t>(frame)) places_.push_back(behind_frame_);
@@ -150,8 +155,10 @@ void ArchiveFile::read(std::int32_t frame, ArchiveFrame& values, std::span<doubl
   if (status != 0) status = read_error;
 }
 
-bool ArchiveFile::goes_on() {
-  lines_.go_to(behind_frame_);
+bool ArchiveFile::goes_on() { return stands_behind(behind_frame_); }
+
+bool ArchiveFile::stands_behind(std::int64_t place) {
+  lines_.go_to(place);
   std::string_view line;
   while (lines_.next(line)) {
     if (!trimmed(line).empty()) return true;

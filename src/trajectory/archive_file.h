@@ -63,6 +63,8 @@ class ArchiveFile {
   /// Reads the lines of a frame from its first atom on. @param take  bool(line, atom)
   template <class Take>
   std::int32_t read_body(Take take);
+  /// True if more than blank lines stands from a place on.
+  bool stands_behind(std::int64_t place);
   /// Reads a line. @param missing  the status if the file has none
   bool next(std::string_view& line, std::int32_t missing, std::int32_t& status);
   /// The status of a line that does not say what it has to. Where the file is cut inside of it, it is a missing one.

@@ -132,6 +132,14 @@ TEST(ArchiveFile, takes_lines_in_either_case_and_with_carriage_returns) {
   }
 }
 
+TEST(ArchiveFile, may_have_blank_lines_at_its_end) {
+  Archive archive(crystal + "\n  \n\n\n\n");
+  EXPECT_EQ(archive.read(4), end_of_file);
+  EXPECT_EQ(archive.read(3), end_of_file);
+  EXPECT_EQ(archive.read(2), 0);
+  EXPECT_FALSE(archive.file.goes_on());
+}
+
 TEST(ArchiveFile, tells_its_form_by_the_first_81_bytes) {
   const std::string rest = "\nf\nd\nC 1 2 3 R 1 c C 0\nend\nend\n";
   EXPECT_EQ(Archive(std::string(80, 't') + rest).file.header().form, ArchiveForm::text);
