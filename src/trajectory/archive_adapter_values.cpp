@@ -7,6 +7,7 @@
 #include "support/named_memory.h"
 #include "support/plain_array.h"
 #include "trajectory/archive_adapter.h"
+#include "trajectory/value_delivery.h"
 
 namespace pathstat {
 
@@ -16,35 +17,27 @@ using namespace trajectory_status;
 
 std::int32_t open_status() { return arctrj_l_.arc_open ? 0 : no_such_key; }
 
-/// Gives values to the caller as far as there is room.
-template <class T>
-void deliver(std::span<const T> values, std::span<T> out, std::int32_t& count, std::int32_t& status) {
-  count = static_cast<std::int32_t>(std::min<std::size_t>(values.size(), INT32_MAX));
-  std::copy_n(values.begin(), std::min(values.size(), out.size()), out.begin());
-  if (values.size() > out.size()) status = too_small;
-}
-
 std::size_t stored_atoms() { return static_cast<std::size_t>(arctrj_i_.arc_atoms); }
 std::size_t all_atoms() { return static_cast<std::size_t>(arctrj_i_.arc_total_atoms); }
 
 using Out = std::span<double>;
 
 void get_energy(Out out, std::int32_t& count, std::int32_t& status) {
-  deliver<double>(std::span(&arctrj_d_.arc_energy, 1), out, count, status);
+  deliver_one(arctrj_d_.arc_energy, out, count, status);
 }
 
 void get_volume(Out out, std::int32_t& count, std::int32_t& status) {
   const auto& [a, b, c, alpha, beta, gamma] = arctrj_d_.arc_cell;
   double volume = 0;
   kva_cry_3dparamtocellvolume_(a, b, c, alpha, beta, gamma, volume, status);
-  if (status == 0) deliver<double>(std::span(&volume, 1), out, count, status);
+  if (status == 0) deliver_one(volume, out, count, status);
 }
 
 void get_area(Out out, std::int32_t& count, std::int32_t& status) {
   const auto& [a, b, c, alpha, beta, gamma] = arctrj_d_.arc_cell;
   double area = 0;
   kva_cry_2dparamtocellarea_(b, c, alpha, area, status);
-  if (status == 0) deliver<double>(std::span(&area, 1), out, count, status);
+  if (status == 0) deliver_one(area, out, count, status);
 }
 
 void get_six_numbers(Out out, std::int32_t& count, std::int32_t& status) {
@@ -207,7 +200,7 @@ void getarcdataint_(std::int32_t, std::int32_t key, std::span<std::int32_t> valu
     status = not_attached;
   } else if (is_single) {
     const std::int32_t value = single->value();
-    deliver<std::int32_t>(std::span(&value, 1), values, count, status);
+    deliver_one(value, values, count, status);
   } else {
     const std::span<const std::int32_t> ids(pointer_at<std::int32_t>(arctrj_p_.arc_ids), list->atoms());
     deliver(ids, values, count, status);
@@ -223,7 +216,7 @@ void getarcdatalogical_(std::int32_t, std::int32_t key, std::span<Logical> value
   if (row == logical_keys.end()) status = no_such_key;
   if (status != 0) return;
   const Logical value = row->value();
-  deliver<Logical>(std::span(&value, 1), values, count, status);
+  deliver_one(value, values, count, status);
 }
 
 void getarcdatachar_(std::int32_t, std::int32_t, std::span<char>, std::int32_t, std::int32_t& count,

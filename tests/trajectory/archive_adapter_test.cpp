@@ -9,8 +9,7 @@
 
 #include "desk/model/coordinate_file.h"
 #include "desk/small_models.h"
-#include "in_process_core.h"
-#include "trajectory/open_trajectory.h"
+#include "trajectory/front_end_fixture.h"
 
 namespace pathstat {
 namespace {
@@ -20,9 +19,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pointwise;
-
-using Doubles = std::vector<double>;
-using Integers = std::vector<std::int32_t>;
 
 constexpr double degrees = std::numbers::pi / 180;
 
@@ -34,45 +30,25 @@ std::string numbers(const Doubles& values) {
   return text;
 }
 
-/// A trajectory of an archive that is open through the front end, and a Core with its models.
-class ArchiveTrajectory : public testing::Test {
+/// A trajectory of an archive, asked with room enough unless a test says otherwise.
+class ArchiveTrajectory : public FrontEnd {
  protected:
-  ~ArchiveTrajectory() override { trj_close_(1, status); }
-
   std::int32_t open(const std::string& text, std::int32_t mode = 1) {
-    trj_openread_(folder.write("run.arc", text), mode, handle, status);
-    return status;
-  }
-  std::int32_t attach(const Integers& models) {
-    trj_attachtomodels_(handle, models, status);
-    return status;
-  }
-  std::int32_t read(std::int32_t frame) {
-    trj_readframe_(handle, frame, status);
-    return status;
+    return FrontEnd::open(folder.write("run.arc", text), mode);
   }
   Doubles doubles(std::int32_t key, std::size_t capacity = 100, std::int32_t expected = 0) {
-    Doubles values(capacity, -7);
-    std::int32_t count = -1;
-    trj_dvalue_(handle, key, values, count, status);
-    EXPECT_EQ(status, expected) << key;
-    if (status == 0) values.resize(static_cast<std::size_t>(count));
-    return values;
+    auto answer = FrontEnd::doubles(key, capacity);
+    EXPECT_EQ(answer.status, expected) << key;
+    if (answer.status == 0) answer.values.resize(static_cast<std::size_t>(answer.count));
+    return answer.values;
   }
   Integers integers(std::int32_t key, std::int32_t expected = 0) {
-    Integers values(100, -7);
-    std::int32_t count = -1;
-    trj_ivalue_(handle, key, values, count, status);
-    EXPECT_EQ(status, expected) << key;
-    values.resize(status == 0 ? static_cast<std::size_t>(count) : 0);
-    return values;
+    auto answer = FrontEnd::integers(key, 100);
+    EXPECT_EQ(answer.status, expected) << key;
+    answer.values.resize(answer.status == 0 ? static_cast<std::size_t>(answer.count) : 0);
+    return answer.values;
   }
-  bool logical(std::int32_t key) {
-    Logical value;
-    trj_lvalue_(handle, key, value, status);
-    EXPECT_EQ(status, 0) << key;
-    return value;
-  }
+  bool logical(std::int32_t key) { return logicals(key).values[0]; }
   /// The model of the archive's own first frame.
   std::int32_t own_model(const std::string& text) {
     auto imported = desk::read_coordinate_file(folder.write("run.car", text));
@@ -80,10 +56,7 @@ class ArchiveTrajectory : public testing::Test {
     return core.model.add_model(std::move(imported.models.front()));
   }
 
-  InProcessCore core;
   desk::ScratchFolder folder;
-  std::int32_t handle = 0;
-  std::int32_t status = -1;
 };
 
 const std::string title = "frame                                                           ";  // 64 characters
@@ -94,7 +67,7 @@ const std::string cluster = "a cluster\n" + title +
 TEST_F(ArchiveTrajectory, gives_its_values_as_they_become_known) {
   const auto model = own_model(cluster);
   ASSERT_EQ(open(cluster), 0);
-  EXPECT_EQ(handle, 1);
+  EXPECT_EQ(handle_, 1);
   EXPECT_EQ(arctrj_c_.arc_title, "a cluster");
   struct Single {
     std::int32_t key, value;
@@ -156,22 +129,21 @@ TEST_F(ArchiveTrajectory, gives_the_same_values_as_floats) {
   ASSERT_EQ(read(1), 0);
   std::array<float, 4> values{};
   std::int32_t count = 0;
-  trj_rvalue_(handle, 200169, values, count, status);
-  EXPECT_EQ(status, trajectory_status::too_small);
+  trj_rvalue_(handle_, 200169, values, count, status_);
+  EXPECT_EQ(status_, trajectory_status::too_small);
   EXPECT_EQ(count, 6);
   EXPECT_THAT(values, ElementsAre(1, 2, 3, 2));
-  trj_rvalue_(handle, 400049, values, count, status);
-  EXPECT_EQ(status, 0);
+  trj_rvalue_(handle_, 400049, values, count, status_);
+  EXPECT_EQ(status_, 0);
   EXPECT_EQ(count, 1);
   EXPECT_THAT(values, ElementsAre(-1.5, 2, 3, 2));
-  trj_rvalue_(handle, 400020, values, count, status);
-  EXPECT_EQ(status, trajectory_status::no_such_key);
+  trj_rvalue_(handle_, 400020, values, count, status_);
+  EXPECT_EQ(status_, trajectory_status::no_such_key);
 }
 
 TEST_F(ArchiveTrajectory, refuses_what_it_cannot_open_or_attach) {
   EXPECT_EQ(open(cluster, 2), 50002);
-  trj_openread_("/none/run.arc", 1, handle, status);
-  EXPECT_EQ(status, 50012);
+  EXPECT_EQ(FrontEnd::open("/none/run.arc"), 50012);
   EXPECT_EQ(open("t\nHELIX\n"), 50013);
   EXPECT_EQ(open("t\nPBC=4\n"), 50023);
   EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_106", "PATHSTAT_ERROR_107 \"/none/run.arc\"",
@@ -179,7 +151,7 @@ TEST_F(ArchiveTrajectory, refuses_what_it_cannot_open_or_attach) {
   core.messages.clear();
   EXPECT_EQ(open("t\n"), 50021);
   EXPECT_EQ(open(""), 50022);
-  EXPECT_EQ(handle, 0);
+  EXPECT_EQ(handle_, 0);
   EXPECT_EQ(arctrj_i_.arc_unit, 0) << "the unit is free again";
   EXPECT_EQ(read(1), 50003);
   doubles(400049, 1, 50005);
