@@ -46,7 +46,7 @@ TEST(ArchiveInfo, tells_where_a_file_breaks_off) {
   EXPECT_THAT(cut.text, HasSubstr("cut.arc is damaged (status 50004)"));
   const Info helical(folder.write("helix.arc", "t\nHELIX\n"));
   EXPECT_EQ(helical.code, 2);
-  EXPECT_THAT(helical.text, HasSubstr("not a trajectory that can be read (status 50013)"));
+  EXPECT_THAT(helical.text, HasSubstr("helix.arc cannot be read (status 50013)"));
 }
 
 }  // namespace
