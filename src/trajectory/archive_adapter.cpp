@@ -182,7 +182,7 @@ void closearc_(std::int32_t, std::int32_t& status) {
 }
 
 void place_archive_images(std::int32_t& status) {
-  Matrix3 cell{};
+  CellVectors cell;
   archive_cell_vectors(arctrj_d_.arc_cell, arctrj_i_.arc_period_type, cell, status);
   if (status == 0) {
     archive.images.add_images(archive.positions.span(), arctrj_i_.arc_atoms, cell, SymmetryImages::Kind::positions,

@@ -41,18 +41,19 @@ void get_area(Out out, std::int32_t& count, std::int32_t& status) {
 }
 
 void get_six_numbers(Out out, std::int32_t& count, std::int32_t& status) {
-  Matrix3 v{};
-  archive_cell_vectors(arctrj_d_.arc_cell, arctrj_i_.arc_period_type, v, status);
-  const std::array numbers{v[0], v[4], v[8], v[5], v[2], v[1]};
+  CellVectors cell;
+  archive_cell_vectors(arctrj_d_.arc_cell, arctrj_i_.arc_period_type, cell, status);
+  const auto& [a, b, c] = cell;
+  const std::array numbers{a[0], b[1], c[2], b[2], a[2], a[1]};
   if (status == 0) deliver<double>(numbers, out, count, status);
 }
 
 void get_nine_numbers(Out out, std::int32_t& count, std::int32_t& status) {
-  Matrix3 vectors{};
-  count = static_cast<std::int32_t>(vectors.size());
-  if (out.size() < vectors.size()) return void(status = too_small);
-  archive_cell_vectors(arctrj_d_.arc_cell, arctrj_i_.arc_period_type, vectors, status);
-  if (status == 0) deliver<double>(vectors, out, count, status);
+  CellVectors cell;
+  count = 9;
+  if (out.size() < 9) return void(status = too_small);
+  archive_cell_vectors(arctrj_d_.arc_cell, arctrj_i_.arc_period_type, cell, status);
+  if (status == 0) deliver<double>(cell.matrix(), out, count, status);
 }
 
 void get_parameters(Out out, std::int32_t& count, std::int32_t& status) {

@@ -135,19 +135,18 @@ bool read_atom_line(std::string_view line, double* position, double& charge) {
          fields.pass() && fields.pass() && fields.pass() && fields.pass() && fields.number(charge);
 }
 
-void archive_cell_vectors(const ArchiveCell& cell, std::int32_t periodic_type, Matrix3& vectors, std::int32_t& status) {
+void archive_cell_vectors(const ArchiveCell& cell, std::int32_t periodic_type, CellVectors& vectors,
+                          std::int32_t& status) {
   constexpr std::int32_t c_on_z = 1, v_on_z = 112;
   const auto& [a, b, c, alpha, beta, gamma] = cell;
-  Vector3 a_vector{}, b_vector{}, c_vector{};
+  vectors = {};
   status = 0;
   if (periodic_type == periodic_type::three_dimensional) {
-    kva_cry_3dparamtocell_(a, b, c, alpha, beta, gamma, c_on_z, a_vector, b_vector, c_vector, status);
+    kva_cry_3dparamtocell_(a, b, c, alpha, beta, gamma, c_on_z, vectors.a, vectors.b, vectors.c, status);
   } else if (periodic_type == periodic_type::two_dimensional) {
-    a_vector = {1, 0, 0};
-    kva_cry_2dparamtocell_(c, b, alpha, v_on_z, b_vector, c_vector, status);
+    vectors.a = {1, 0, 0};
+    kva_cry_2dparamtocell_(c, b, alpha, v_on_z, vectors.b, vectors.c, status);
   }
-  const Vector3* const all[] = {&a_vector, &b_vector, &c_vector};
-  for (std::size_t k = 0; k < 9; ++k) vectors[k] = (*all[k / 3])[k % 3];
 }
 
 void archive_alignment(const ArchiveCell& cell, std::int32_t periodic_type, Matrix3& alignment, std::int32_t& status) {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "support/vectors.h"
+#include "trajectory/frame_cell.h"
 
 // What the lines of archives and of coordinate files say. Words count in upper and lower case alike.
 
@@ -48,9 +49,10 @@ bool read_cell_line(std::string_view line, std::int32_t directions, ArchiveCell&
 /// @param position  out: three numbers
 bool read_atom_line(std::string_view line, double* position, double& charge);
 
-/// The vectors a, b and c of a cell as they lie in models, one behind the other: c on z, b in the yz plane; of a slab a
+/// The vectors a, b and c of a cell as they lie in models: c on z, b in the yz plane; of a slab a
 /// is (1, 0, 0). @param status  that of the crystal maths; 0 without periodicity, with zeros
-void archive_cell_vectors(const ArchiveCell& cell, std::int32_t periodic_type, Matrix3& vectors, std::int32_t& status);
+void archive_cell_vectors(const ArchiveCell& cell, std::int32_t periodic_type, CellVectors& vectors,
+                          std::int32_t& status);
 /// The matrix that turns positions of the file, in which a (of a slab b) lies on x and the next vector in the xy plane,
 /// into those of models. @param status  that of the crystal maths
 void archive_alignment(const ArchiveCell& cell, std::int32_t periodic_type, Matrix3& alignment, std::int32_t& status);

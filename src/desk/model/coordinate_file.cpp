@@ -117,11 +117,12 @@ class CoordinateFileReader {
   }
 
   bool turn() {
-    Matrix3 alignment{}, vectors{};
+    Matrix3 alignment{};
+    CellVectors vectors;
     std::int32_t status = 0;
     archive_alignment(parameters_, model_.periodic_type, alignment, status);
     if (status == 0) archive_cell_vectors(parameters_, model_.periodic_type, vectors, status);
-    for (std::size_t k = 0; k < vectors.size(); ++k) model_.cell[k / 3][k % 3] = vectors[k];
+    model_.cell = {vectors.a, vectors.b, vectors.c};
     if (status != 0 || !is_usable_cell(model_.periodic_type, model_.cell)) return fail("the cell spans no space");
     if (model_.periodic_type == not_periodic) return true;
     kva_cry_transformcoordinates_(std::span(model_.positions.front().data(), 3 * model_.atoms()), alignment, status);
