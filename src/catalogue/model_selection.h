@@ -8,7 +8,8 @@
 
 namespace pathstat {
 
-/// Class of models in the selection of the Core.
+/// Classes of objects in the selection of the Core.
+constexpr std::int32_t atom_class = 3;
 constexpr std::int32_t model_class = 13;
 
 /// The models that a command works on: those selected in the Core, or the current one if none is. Named blocks hold

@@ -20,8 +20,7 @@ constexpr RdfRefusals trajectory_refusals{"PATHSTAT_ERROR_82", "PATHSTAT_ERROR_8
 constexpr RdfRefusals model_refusals{"PATHSTAT_ERROR_89", "PATHSTAT_ERROR_90", "PATHSTAT_ERROR_91", "PATHSTAT_ERROR_91",
                                      true};
 
-/// Class of atoms in the selection of the Core, and the selector of all atoms of a model with their symmetry images.
-constexpr std::int32_t atom_class = 3;
+/// The selector of all atoms of a model with their symmetry images.
 constexpr std::int32_t with_images = 3;
 
 /// Shows a message of severity 2. @return 1, the status of a refusal

@@ -9,8 +9,8 @@
 #include "pairs/rdf_sources.h"
 #include "state/analysis_settings.h"
 #include "state/rdf_settings.h"
-#include "support/identifier_index.h"
 #include "trajectory/frame_cell.h"
+#include "trajectory/frame_places.h"
 #include "trajectory/front_end.h"
 #include "trajectory/trajectory_keys.h"
 
@@ -37,55 +37,19 @@ void open(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
   trj_ivalue_(gr_i_.trj_handle, trajectory_key::periodic_type, type, status);
   if (status == 0 && type != gr_i_.periodic_type) status = refuse_rdf("PATHSTAT_ERROR_86");
   if (status == 0) trj_lvalue_(gr_i_.trj_handle, trajectory_key::cell_varies, gr_l_.cell_varies, status);
-  if (status == 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_atoms, gr_i_.moved_count, status);
-  if (status == 0 && gr_i_.moved_count < 0) status = 1;
 }
 
-/// Puts the coordinates of atoms that no frame holds behind those of the moved ones.
-void place_fixed(std::span<const std::int32_t> fixed, RdfBlocks& blocks, std::int32_t& status) {
-  const std::int64_t atoms = gr_i_.moved_count + std::ssize(fixed);
-  blocks.xyz_in.make(3 * std::max<std::int64_t>(atoms, gr_i_.model_atoms), status);
-  if (status != 0 || fixed.empty()) return;
-  const NamedBlock<std::int32_t> movable("PathStat/gr/iWork2", std::ssize(fixed), status);
-  if (status != 0) return;
-  std::int32_t error = 0;
-  kvd_ismovable_(fixed, movable.span(), error);
-  if (error != 0 || std::ranges::any_of(movable.span(), [](std::int32_t flag) { return flag != 0; })) {
-    status = refuse_rdf("PATHSTAT_ERROR_87");
-    return;
-  }
-  const auto behind = blocks.xyz_in.span().subspan(3 * static_cast<std::size_t>(gr_i_.moved_count));
-  kvd_xyz_(fixed, behind.first(3 * fixed.size()), error);
-  if (error != 0) status = 1;
-}
-
-/// Finds where in a frame each listed atom stands.
+/// Finds where in a frame each listed atom stands, with room for the model's atoms, fixed ones behind those that move.
 void find_places(RdfBlocks& blocks, std::int32_t& status) {
-  const NamedBlock<std::int32_t> moved("PathStat/gr/TrjAtIds", gr_i_.moved_count, status);
-  if (status != 0) return;
-  std::int32_t count = 0;
-  if (gr_i_.moved_count > 0) trj_ivalue_(gr_i_.trj_handle, trajectory_key::movable_ids, moved.span(), count, status);
-  if (status != 0) return;
-  const IdentifierIndex in_frame(moved.span(), status);
-  if (status != 0) return;
-  const NamedBlock<std::int32_t> identifiers("PathStat/gr/AtIds", gr_i_.atom_count, status);
-  if (status != 0) return;
-  const NamedBlock<std::int32_t> fixed("PathStat/gr/iWork1", gr_i_.atom_count, status);
-  if (status != 0) return;
   blocks.index_list.make(gr_i_.atom_count, status);
   if (status != 0) return;
-
-  const auto atoms = blocks.at_oids.span();
-  std::int32_t error = 0;
-  kvd_id_(atoms, identifiers.span(), error);
-  if (error != 0) status = 1;
-  std::int32_t fixed_count = 0;
-  for (std::size_t i = 0; i < atoms.size(); ++i) {
-    const std::int32_t place = in_frame.find(identifiers.span()[i]);
-    blocks.index_list.span()[i] = place >= 0 ? place : gr_i_.moved_count + fixed_count;
-    if (place < 0) fixed.span()[static_cast<std::size_t>(fixed_count++)] = atoms[i];
-  }
-  if (status == 0) place_fixed(fixed.span().first(static_cast<std::size_t>(fixed_count)), blocks, status);
+  const FramePlaces places(*blocks.trajectory, blocks.at_oids.span(), blocks.index_list.span(),
+                           {"PathStat/gr/TrjAtIds", "PathStat/gr/AtIds", "PathStat/gr/iWork1", "PathStat/gr/iWork2"},
+                           status);
+  if (status == 0 && places.lacks_movable()) status = refuse_rdf("PATHSTAT_ERROR_87");
+  gr_i_.moved_count = places.moved();
+  blocks.xyz_in.make(3 * std::max<std::int64_t>(places.size(), gr_i_.model_atoms), status);
+  if (status == 0) places.place_fixed(blocks.xyz_in.span(), status);
 }
 
 /// A frame as it was read, while the one before it may still be counted.

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "correlation/frame_spacing.h"
+#include "trajectory/frame_spacing.h"
 #include "services/file_units.h"
 
 namespace pathstat {
