@@ -7,7 +7,6 @@
 #include "coreapi/operations.h"
 #include "extraction/scratch_format.h"
 #include "services/file_names.h"
-#include "support/plain_array.h"
 #include "support/record_file.h"
 
 namespace pathstat {
@@ -40,11 +39,11 @@ bool CorrelationSeries::read(std::string_view file, std::string_view table_label
   std::int32_t status = 0;
   table_ = NamedBlock<double>(table_label, std::int64_t{7} * head.points, status);
   if (status == 0) lags_ = NamedBlock<double>(lag_label, head.points, status);
-  const PlainArray<std::int32_t> numbers(head.points);
+  numbers_ = PlainArray<std::int32_t>(head.points);
   const PlainArray<double> extras(head.extras);
-  if (status != 0 || !numbers.allocated() || !extras.allocated()) return false;
+  if (status != 0 || !numbers_.allocated() || !extras.allocated()) return false;
   const auto table = table_.span();
-  const ScratchArrays arrays{numbers.span(), lags_.span(), table, {}, {}, extras.span()};
+  const ScratchArrays arrays{numbers_.span(), lags_.span(), table, {}, {}, extras.span()};
   if (read_scratch_points(reader, head, arrays) != RecordStatus::ok) return false;
   if (first_ == total_column) {
     // The lone values stand packed at the front; from the back on each finds its place free.
@@ -58,6 +57,10 @@ std::string_view CorrelationSeries::flaw(const SeriesMessages& messages) {
   constexpr double tolerance = 1e-10;
   if (size() < 2) return messages.too_few;
   spacing_ps_ = lags()[1] - lags()[0];
+  if (messages.uneven.empty()) {
+    spacing_ps_ = std::abs(spacing_ps_);
+    return {};
+  }
   for (std::size_t k = 2; k < size(); ++k) {
     const double next = lags()[k] - lags()[k - 1];
     if (!(std::abs(next - spacing_ps_) <= tolerance)) return messages.uneven;

@@ -6,20 +6,21 @@
 
 #include "correlation/correlation_kernels.h"
 #include "support/named_memory.h"
+#include "support/plain_array.h"
 
 namespace pathstat {
 
-/// What goes wrong with the points of a series, as messages.
+/// What goes wrong with the points of a series, as messages. Points with nothing to be said of are taken as they are.
 struct SeriesMessages {
   std::string_view too_few;
   std::string_view uneven;
   std::string_view not_ahead;  ///< in time
 };
 
-/// A displacement or velocity autocorrelation read back from its file.
+/// A displacement or an autocorrelation read back from its file.
 class CorrelationSeries {
  public:
-  /// Reads a file of one column or of seven whose lags are evenly spaced. A missing file shows PATHSTAT_ERROR_70, one
+  /// Reads a file of one column or of seven, whose lags are evenly spaced unless all messages are empty. A missing file shows PATHSTAT_ERROR_70, one
   /// that cannot be read into memory PATHSTAT_ERROR_69, both with its name.
   /// @param table_label, lag_label  of the named blocks
   /// @param status                  0 or 1
@@ -30,10 +31,12 @@ class CorrelationSeries {
   /// The first column in use.
   std::size_t first() const { return first_; }
   std::span<const double> lags() const { return lags_.span(); }
+  /// The integer column of the file.
+  std::span<const std::int32_t> numbers() const { return numbers_.span(); }
   double value(std::size_t point, std::size_t column) const {
     return table_.span()[point * correlation_columns + column];
   }
-  /// Distance of the lags, ps.
+  /// Distance of the lags, ps; 0 for a single one.
   double spacing_ps() const { return spacing_ps_; }
 
  private:
@@ -42,6 +45,7 @@ class CorrelationSeries {
 
   NamedBlock<double> table_;
   NamedBlock<double> lags_;
+  PlainArray<std::int32_t> numbers_;
   std::size_t first_ = total_column;
   double spacing_ps_ = 0.0;
 };

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 
+#include "correlation/dipole_autocorrelation.h"
+#include "correlation/dipole_spectrum.h"
 #include "correlation/displacement.h"
 #include "correlation/linear_fit.h"
 #include "correlation/power_spectrum.h"
 #include "correlation/velocity_autocorrelation.h"
+#include "extraction/dipole.h"
 #include "plots/graph.h"
+#include "shell/shown_frame.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 #include "state/trajectory_frames.h"
@@ -67,6 +71,31 @@ std::int32_t power_spectrum() {
   const PlotTransaction plots;
   std::int32_t status = 0;
   run_pwr_(trj_vac_msd_d_.max_time_transform_vac, status);
+  return status;
+}
+
+std::int32_t dipole() {
+  if (trj_gui_c_.input_source == from_trajectory && !have_trajectory_model(false)) return 1;
+  std::int32_t status = 0;
+  dipole_(trj_frames_c_.trj_file_name, trj_gui_c_.input_source, trj_vac_msd_c_.atoms_dac, trj_gui_c_.dipole_using,
+          status);
+  return status;
+}
+
+std::int32_t dac() {
+  const PlotTransaction plots;
+  std::int32_t status = 0;
+  rundac_(trj_frames_c_.trj_file_name, trj_vac_msd_c_.atoms_dac, trj_vac_msd_i_.max_interval_no_dac,
+          trj_vac_msd_l_.monitor_dac, trj_vac_msd_i_.origin_step_no_dac, trj_aniso_.anisotropic_dac, status);
+  return status;
+}
+
+std::int32_t dac_power_spectrum() {
+  const PlotTransaction plots;
+  std::int32_t status = 0;
+  runfftdac_(trj_frames_c_.trj_file_name, trj_vac_msd_c_.atoms_dac, trj_vac_msd_i_.max_interval_no_dac,
+             trj_vac_msd_l_.monitor_dac, trj_vac_msd_i_.origin_step_no_dac, trj_aniso_.anisotropic_dac,
+             trj_vac_msd_d_.max_time_transform_dac, status);
   return status;
 }
 

@@ -46,10 +46,10 @@ constexpr std::string_view from_trajectory = "TRAJECTORY";
 struct TrjGuiL {
   Logical any_property_selected;     ///< a selected property can be had
   Logical any_fluctuation_selected;  ///< a selected fluctuation can be had
-  Logical trj_gui_l_3;               ///< kept by the dipole autocorrelation
+  Logical trj_gui_l_3;               ///< the dipole autocorrelation is there
   Logical has_time_axis;             ///< frames carry times, so that a time can stand for a frame number
   Logical trj_gui_l_5;
-  Logical dipole_data_ready;
+  Logical dipole_data_ready;         ///< the frames of the last dipoles are evenly spaced in time
   Logical rdf_components;
   Logical rdf_done;
   Logical vac_done;
