@@ -20,8 +20,8 @@ struct SeriesMessages {
 /// A displacement or an autocorrelation read back from its file.
 class CorrelationSeries {
  public:
-  /// Reads a file of one column or of seven, whose lags are evenly spaced unless all messages are empty. A missing file shows PATHSTAT_ERROR_70, one
-  /// that cannot be read into memory PATHSTAT_ERROR_69, both with its name.
+  /// Reads a file of one column or of seven, whose lags are evenly spaced unless all messages are empty. A missing file
+  /// shows PATHSTAT_ERROR_70, one that cannot be read into memory PATHSTAT_ERROR_69, both with its name.
   /// @param table_label, lag_label  of the named blocks
   /// @param status                  0 or 1
   CorrelationSeries(std::string_view file, std::string_view table_label, std::string_view lag_label,

@@ -30,7 +30,7 @@ constexpr std::int64_t reports_in_a_run = 50;
 /// Pairs that are summed without a break, some hundredths of a second.
 constexpr std::int64_t pairs_at_once = std::int64_t{1} << 25;
 /// From so many lags on a transform is faster than pairs.
-constexpr std::int64_t lags_for_transform = 256;
+constexpr std::int64_t lags_for_transform = 128;
 
 constexpr ColumnTexts names{"DAC component XX", "DAC component YY", "DAC component ZZ",       "DAC component XY",
                             "DAC component XZ", "DAC component YZ", "Dipole Auto Correlation"};

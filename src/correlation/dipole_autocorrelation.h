@@ -8,9 +8,9 @@ namespace pathstat {
 /// The file that the dipole autocorrelation is kept in.
 constexpr std::string_view dipole_correlation_file = "./PathStat.dac";
 
-/// Autocorrelation of the total dipole (Debye²) of the frames over the lags 0 ... intervals, averaged over time origins,
-/// of which the last frame can be one; shown while it grows and kept in dipole_correlation_file with trj_gui_l_3 set.
-/// Dipoles that are not on disk are calculated first (PATHSTAT_MSG_37).
+/// Autocorrelation of the total dipole (Debye²) of the frames over the lags 0 ... intervals, averaged over time
+/// origins, of which the last frame can be one; shown while it grows and kept in dipole_correlation_file with
+/// trj_gui_l_3 set. Dipoles that are not on disk are calculated first (PATHSTAT_MSG_37).
 ///
 /// Source: M. P. Allen, D. J. Tildesley, Computer Simulation of Liquids, ch. 2 and 6.
 ///

@@ -111,7 +111,7 @@ Axes DipolePairs::axes(std::int64_t first, std::int64_t count) const {
   const auto n = static_cast<std::size_t>(frames_);
   const std::span<const double> columns = columns_.span();
   return Axes{columns.first(n), columns.subspan(n, n), columns.subspan(2 * n)}.part(static_cast<std::size_t>(first),
-                                                                                   static_cast<std::size_t>(count));
+                                                                                    static_cast<std::size_t>(count));
 }
 
 std::int64_t DipolePairs::pairs(std::int64_t lag, std::int64_t origins) const {

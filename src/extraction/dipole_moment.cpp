@@ -14,8 +14,8 @@ struct ChargeCentre {
 };
 
 /// The charge of a molecule's atoms in a list, and its centre if it is not 0.
-ChargeCentre centre_of(std::span<const double> xyz, std::int32_t type, MatrixIn<double> cell,
-                       std::int32_t molecule, const ChargeList& list, std::int32_t& status) {
+ChargeCentre centre_of(std::span<const double> xyz, std::int32_t type, MatrixIn<double> cell, std::int32_t molecule,
+                       const ChargeList& list, std::int32_t& status) {
   ChargeCentre sum;
   for (std::size_t k = 0; k < list.tags.size(); ++k) {
     if (list.tags[k] != molecule) continue;

@@ -71,7 +71,8 @@ class FrameCharges {
       std::array<double, 6> numbers{};
       trj_dvalue_(trajectory_.handle(), trajectory_key::cell, numbers, count, status);
       const CellVectors vectors = vectors_of_cell(numbers);
-      for (std::size_t k = 0; k < 3; ++k) cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
+      for (std::size_t k = 0; k < 3; ++k)
+        cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
     }
     return status == 0 ? charges_.moment(xyz_.span(), type_, cell, status).dipole : Vector3{};
   }

@@ -49,7 +49,7 @@ struct TrjGuiL {
   Logical trj_gui_l_3;               ///< the dipole autocorrelation is there
   Logical has_time_axis;             ///< frames carry times, so that a time can stand for a frame number
   Logical trj_gui_l_5;
-  Logical dipole_data_ready;         ///< the frames of the last dipoles are evenly spaced in time
+  Logical dipole_data_ready;  ///< the frames of the last dipoles are evenly spaced in time
   Logical rdf_components;
   Logical rdf_done;
   Logical vac_done;

@@ -6,8 +6,8 @@
 #include <random>
 #include <vector>
 
-#include "trajectory/frame_spacing.h"
 #include "services/file_units.h"
+#include "trajectory/frame_spacing.h"
 
 namespace pathstat {
 namespace {

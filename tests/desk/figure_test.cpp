@@ -214,6 +214,8 @@ TEST(AxisText, names_the_quantity_and_sets_its_unit) {
                                            AxisCase{"A*A per atom", "Total MSD", "Total MSD (Å² per atom)"},
                                            AxisCase{"A*A per atom", "", "Å² per atom"},
                                            AxisCase{"", "S(k)", "S(k)"},
+                                           AxisCase{"", "Total DAC", "Total DAC (D²)"},
+                                           AxisCase{"", "DAC Power Spectrum XX", "DAC Power Spectrum XX (D⁴ ps²)"},
                                            AxisCase{"NONE", "Fraction", "Fraction"},
                                            AxisCase{"k (1/A)", "", "k (1/Å)"},
                                            AxisCase{"1/cm", "Power", "Wavenumber (cm⁻¹)"},

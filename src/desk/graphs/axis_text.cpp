@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 
 namespace pathstat::desk {
 namespace {
@@ -27,6 +28,12 @@ constexpr Spelling bare_units[] = {
 };
 
 constexpr Spelling whole_labels[] = {{"1/cm", "Wavenumber (cm⁻¹)"}};
+
+/// Units of quantities whose labels tell none, by how the title of their graph begins.
+constexpr Spelling unit_of_title[] = {{"Total DAC Power Spectrum", "D⁴ ps²"},
+                                      {"DAC Power Spectrum", "D⁴ ps²"},
+                                      {"Total DAC", "D²"},
+                                      {"DAC component", "D²"}};
 
 template <std::size_t N>
 const Spelling* find(const Spelling (&table)[N], std::string_view text) {
@@ -56,7 +63,11 @@ std::string typeset(std::string_view text) {
 }
 
 std::string axis_text(std::string_view label, std::string_view title) {
-  if (label.empty()) return typeset(title);
+  if (label.empty()) {
+    const auto* unit =
+        std::ranges::find_if(unit_of_title, [&](const auto& row) { return title.starts_with(row.plain); });
+    return with_unit(typeset(title), unit == std::end(unit_of_title) ? "" : unit->set);
+  }
   if (const auto* whole = find(whole_labels, label)) return std::string(whole->set);
   if (const auto* unit = find(bare_units, label)) return with_unit(typeset(title), unit->set);
   const auto slash = label.find('/');

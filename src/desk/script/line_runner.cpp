@@ -16,6 +16,7 @@
 #include "desk/model/marked_measure.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
+#include "desk/report/printed_unit.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
 
@@ -142,8 +143,9 @@ void LineRunner::take_message(Message message) {
 void LineRunner::take_line(std::string_view line) {
   const auto begins = [&](std::string_view start) { return line.starts_with(start); };
   if (!place_.verbose && std::any_of(start_and_end_lines.begin(), start_and_end_lines.end(), begins)) return;
-  record_.note(PrintedLine{std::string(line)});
-  console_.print(line);
+  const auto text = with_unit(line);
+  record_.note(PrintedLine{text});
+  console_.print(text);
 }
 
 void LineRunner::take_returned(const std::string& text) {
