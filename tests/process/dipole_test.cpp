@@ -100,7 +100,7 @@ class SmallRun {
 };
 
 /// The definition: molecules 0, 1, 2 each with their centres, or the listed atoms as one group.
-Vector by_definition(int frame, const std::vector<std::size_t>& listed, bool by_molecules, bool whole) {
+Vector by_definition(int frame, const std::vector<std::size_t>& listed, bool by_molecules) {
   Vector total{};
   for (int molecule = 0; molecule < (by_molecules ? 3 : 1); ++molecule) {
     double plus = 0, minus = 0;
@@ -109,7 +109,7 @@ Vector by_definition(int frame, const std::vector<std::size_t>& listed, bool by_
       const double q = atoms[k].charge;
       if (by_molecules && atoms[k].molecule != molecule) continue;
       for (std::size_t axis = 0; axis < 3; ++axis) {
-        const double x = position(k, frame)[axis] + (whole ? atoms[k].cells_along_a * a_vector(frame)[axis] : 0);
+        const double x = position(k, frame)[axis] + atoms[k].cells_along_a * a_vector(frame)[axis];
         (q > 0 ? at_plus : at_minus)[axis] += q * x;
       }
       (q > 0 ? plus : minus) += q;
@@ -126,15 +126,15 @@ struct RunCase {
   const char* selection;  ///< none for all atoms
   std::vector<std::size_t> listed;
   bool by_molecules;
-  bool whole;
 };
 
 TEST(Dipole, of_frames_is_that_of_the_definition) {
   const SmallRun run;
   const std::vector<std::size_t> all{0, 1, 2, 3, 4, 5, 6};
   for (const auto& c :
-       {RunCase{"MOLECULES", nullptr, all, true, true}, RunCase{"ATOMS", nullptr, all, false, true},
-        RunCase{"MOLECULES", "4-6", {3, 4, 5}, true, false}, RunCase{"ATOMS", "1-4", {0, 1, 2, 3}, false, false}}) {
+       {RunCase{"MOLECULES", nullptr, all, true}, RunCase{"ATOMS", nullptr, all, false},
+        RunCase{"MOLECULES", "2-6", {1, 2, 3, 4, 5}, true}, RunCase{"MOLECULES", "1-3", {0, 1, 2}, true},
+        RunCase{"ATOMS", "1-4", {0, 1, 2, 3}, false}}) {
     DeskWithProcess desk;
     ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
     ASSERT_EQ(desk.run("FIRST_FRAME_NO", "2"), 0);
@@ -151,7 +151,7 @@ TEST(Dipole, of_frames_is_that_of_the_definition) {
     ASSERT_THAT(vectors.numbers, ElementsAre(2, 7, 12));
     ASSERT_EQ(vectors.kind, 10004);
     for (std::size_t k = 0; k < 3; ++k) {
-      const auto wanted = by_definition(vectors.numbers[k], c.listed, c.by_molecules, c.whole);
+      const auto wanted = by_definition(vectors.numbers[k], c.listed, c.by_molecules);
       EXPECT_NEAR(vectors.x[k], time_of(vectors.numbers[k]), 1e-12);
       for (std::size_t axis = 0; axis < 3; ++axis) EXPECT_NEAR(vectors.values[k][axis], wanted[axis], 1e-9) << c.kind;
       EXPECT_NEAR(lengths.values[k][0], std::hypot(wanted[0], wanted[1], wanted[2]), 1e-9);
@@ -276,6 +276,25 @@ TEST(Dipole, of_frames_apart_unevenly_is_kept_but_not_correlated) {
   desk.messages.clear();
   EXPECT_EQ(desk.run("DAC"), 1);
   EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_ERROR_63"));
+}
+
+TEST(DipoleAutocorrelation, of_a_series_that_is_damaged_or_gone_is_refused) {
+  DeskWithProcess desk;
+  const SmallRun run;
+  ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
+  ASSERT_EQ(desk.run("DIPOLE"), 0);
+  const auto file = desk.work() / "PathStat_prf.dip_v";
+  desk.take_keys();
+  std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+  EXPECT_EQ(desk.run("DAC"), 1);
+  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_4"));
+  std::filesystem::copy_file(desk.work() / "PathStat_prf.dip", file, std::filesystem::copy_options::overwrite_existing);
+  EXPECT_EQ(desk.run("DAC"), 1);
+  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_4")) << "one value per frame is no vector";
+  std::filesystem::remove(file);
+  EXPECT_EQ(desk.run("DAC"), 1);
+  EXPECT_THAT(desk.take_keys(), IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists(desk.work() / "PathStat.dac"));
 }
 
 /// XX, YY, ZZ, XY, XZ, YZ and the total by lag, the last frame an origin too.

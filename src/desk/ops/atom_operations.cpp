@@ -166,17 +166,23 @@ void count_selected(DataModel& data, const OperationCall& call, OperationReply& 
   });
 }
 
+/// Adds the selected atoms of a model as their molecules are whole: those on another side of the cell come as images.
+void append_selected_atoms(DataModel& data, ModelObject& model, std::vector<std::int32_t>& list) {
+  if (model.selected_atoms == 0) return;
+  const auto& images = data.connectivity(model).image;
+  for (std::size_t place = 0; place < model.atom_selected.size(); ++place) {
+    if (model.atom_selected[place]) list.push_back(data.atom_image(model, place, images[place]));
+  }
+}
+
 void find_selected(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto object = call.integer(0), wanted = call.integer(1);
   if (object != data.root() && !data.model(object)) return void(reply.error = unknown_object);
   if (wanted != model_class && wanted != atom_class) return void(reply.error = bad_value);
   std::vector<std::int32_t> list;
-  for (const auto* model : models_below(data, object)) {
+  for (auto* model : models_below(data, object)) {
     if (wanted == model_class && model->selected) list.push_back(model->id);
-    if (wanted != atom_class || model->selected_atoms == 0) continue;
-    for (std::size_t place = 0; place < model->atom_selected.size(); ++place) {
-      if (model->atom_selected[place]) list.push_back(model->atom_id(place));
-    }
+    if (wanted == atom_class) append_selected_atoms(data, *model, list);
   }
   put_list(std::move(list), call.integer(2), reply);
 }
