@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "catalogue/model_selection.h"
+#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "support/identifier_index.h"
@@ -32,11 +33,11 @@ DipoleChoice::DipoleChoice(std::string_view atoms, std::string_view kind)
 DipoleAtoms::DipoleAtoms(std::int32_t model, std::int32_t periodic_type, DipoleChoice choice, std::int32_t& status) {
   std::int32_t count = 0, error = 0;
   if (choice.all_atoms) {
-    kvd_mod_numatoms_(model, with_images, count, error);
+    count_atoms(model, with_images, count, error);
   } else {
-    kvd_sel_numselected_(model, atom_class, count, error);
+    count_selected(model, atom_class, count, error);
   }
-  status = error != 0 || count < 0 ? failed : 0;
+  status = error != 0 ? failed : 0;
   if (status == 0 && !choice.all_atoms) make_room(count, status);
   if (status != 0) return;
   if (!choice.all_atoms) {
@@ -82,6 +83,7 @@ void DipoleAtoms::list_molecules(std::int32_t model, std::int32_t count, std::in
     make_room(listed, status);
     if (status != 0) return;
     kva_con_molecularlist_(model, atoms_.span(), listed, tags_.span(), molecules_, error);
+    if (!is_object_count(listed)) error = impossible_count;
   }
   keep(listed, error, status);
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -14,10 +13,10 @@
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 #include "support/text_field.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/frame_places.h"
 #include "trajectory/frame_spacing.h"
 #include "trajectory/front_end.h"
-#include "trajectory/model_frame.h"
 #include "trajectory/open_trajectory.h"
 #include "trajectory/trajectory_keys.h"
 
@@ -68,11 +67,8 @@ class FrameCharges {
     }
     Matrix3 cell{1, 0, 0, 0, 1, 0, 0, 0, 1};
     if (status == 0 && type_ == periodic_type::three_dimensional) {
-      std::array<double, 6> numbers{};
-      trj_dvalue_(trajectory_.handle(), trajectory_key::cell, numbers, count, status);
-      const CellVectors vectors = vectors_of_cell(numbers);
-      for (std::size_t k = 0; k < 3; ++k)
-        cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
+      const CellVectors vectors = cell_of_frame(trajectory_.handle(), status);
+      for (std::size_t k = 0; k < 3; ++k) cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
     }
     return status == 0 ? charges_.moment(xyz_.span(), type_, cell, status).dipole : Vector3{};
   }

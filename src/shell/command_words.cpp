@@ -162,6 +162,10 @@ constexpr std::array<CommandWord, command_word_count> words{{
 
 static_assert(std::ranges::is_sorted(words, {}, &CommandWord::word));
 static_assert(std::ranges::adjacent_find(words, {}, &CommandWord::word) == words.end());
+static_assert(std::ranges::all_of(words, [](const CommandWord& word) {
+  const auto* action = std::get_if<Action>(&word.effect);
+  return action == nullptr || action->run != nullptr;
+}));
 
 }  // namespace
 

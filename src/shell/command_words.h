@@ -48,7 +48,7 @@ using Run = std::int32_t (*)();
 /// press.
 enum class Nesting : std::uint8_t { analysis, frames, free };
 
-/// Does something; without a routine its engine is not there yet.
+/// Does something.
 struct Action {
   Guards guards{};
   Run run = nullptr;

@@ -47,7 +47,6 @@ class Command {
       if (row.holds()) continue;
       return wanted == Guard::source_is_trajectory ? refuse(row.key, action.source_word) : refuse(row.key);
     }
-    if (action.run == nullptr) return decline(row_.word, "not available yet");
     if (action.nesting == Nesting::free) return action.run();
     if (RunningAnalysis::any()) return decline(row_.word, another_analysis_runs);
     if (action.nesting == Nesting::frames) return action.run();

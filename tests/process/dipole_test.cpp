@@ -131,10 +131,9 @@ struct RunCase {
 TEST(Dipole, of_frames_is_that_of_the_definition) {
   const SmallRun run;
   const std::vector<std::size_t> all{0, 1, 2, 3, 4, 5, 6};
-  for (const auto& c :
-       {RunCase{"MOLECULES", nullptr, all, true}, RunCase{"ATOMS", nullptr, all, false},
-        RunCase{"MOLECULES", "2-6", {1, 2, 3, 4, 5}, true}, RunCase{"MOLECULES", "1-3", {0, 1, 2}, true},
-        RunCase{"ATOMS", "1-4", {0, 1, 2, 3}, false}}) {
+  for (const auto& c : {RunCase{"MOLECULES", nullptr, all, true}, RunCase{"ATOMS", nullptr, all, false},
+                        RunCase{"MOLECULES", "2-6", {1, 2, 3, 4, 5}, true},
+                        RunCase{"MOLECULES", "1-3", {0, 1, 2}, true}, RunCase{"ATOMS", "1-4", {0, 1, 2, 3}, false}}) {
     DeskWithProcess desk;
     ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
     ASSERT_EQ(desk.run("FIRST_FRAME_NO", "2"), 0);
