@@ -68,7 +68,8 @@ class FrameCharges {
     Matrix3 cell{1, 0, 0, 0, 1, 0, 0, 0, 1};
     if (status == 0 && type_ == periodic_type::three_dimensional) {
       const CellVectors vectors = cell_of_frame(trajectory_.handle(), status);
-      for (std::size_t k = 0; k < 3; ++k) cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
+      for (std::size_t k = 0; k < 3; ++k)
+        cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
     }
     return status == 0 ? charges_.moment(xyz_.span(), type_, cell, status).dipole : Vector3{};
   }
