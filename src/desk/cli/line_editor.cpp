@@ -1,20 +1,22 @@
 #include "desk/cli/line_editor.h"
 
+#include <fmt/format.h>
+#include <histedit.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <cwchar>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
-#include <readline/history.h>
-#include <readline/readline.h>
-
 #include "desk/script/interrupts.h"
-#include "desk/script/script.h"
 
 namespace pathstat::desk {
 namespace {
@@ -22,64 +24,129 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int most_lines_kept = 2000;
+constexpr int end_of_input = 0, no_character = -1, one_character = 1;
 
-// Readline calls back through plain functions, so what they need lives here.
-LineEditor::Completer completer;
-std::optional<std::string> typed;
-bool line_ended = false;
-
-void take_line(char* line) {
-  line_ended = true;
-  if (line) {
-    typed = line;
-    std::free(line);
-  }
-  rl_callback_handler_remove();
+int terminal_columns() {
+  winsize size{};
+  return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-char* copied(const std::string& text) { return ::strdup(text.c_str()); }
-
-std::size_t shared_start(const std::string& a, const std::string& b) {
-  return static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
+/// Waits for a letter of one or more bytes; an interrupt ends the wait.
+int read_character(EditLine*, wchar_t* character) {
+  std::mbstate_t state{};
+  while (true) {
+    // The wait ends by itself now and then, for an interrupt that came just before it.
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    const int ready = ::poll(&input, 1, 500);
+    if (interrupts() > 0) return no_character;
+    if (ready <= 0) continue;
+    char byte = 0;
+    if (::read(STDIN_FILENO, &byte, 1) != 1) return end_of_input;
+    const auto used = std::mbrtowc(character, &byte, 1, &state);
+    if (used <= 1) return one_character;
+    if (used == static_cast<std::size_t>(-1)) state = {};  // not a letter of this terminal
+  }
 }
 
-/// The candidates as readline takes them: first what they all begin with, last a null.
-char** as_matches(const std::vector<std::string>& candidates) {
-  auto** matches = static_cast<char**>(std::calloc(candidates.size() + 2, sizeof(char*)));
-  if (!matches) return nullptr;
-  std::string start = candidates.front();
-  for (std::size_t k = 0; k < candidates.size(); ++k) {
-    start.resize(shared_start(start, candidates[k]));
-    matches[k + 1] = copied(candidates[k]);
+void show_choices(const std::vector<std::string>& choices) {
+  std::size_t widest = 0;
+  for (const auto& choice : choices) widest = std::max(widest, choice.size() + 2);
+  const auto in_a_row = std::max<std::size_t>(1, static_cast<std::size_t>(terminal_columns()) / widest);
+  std::string text = "\n";
+  for (std::size_t k = 0; k < choices.size(); ++k) {
+    const bool ends_row = (k + 1) % in_a_row == 0 || k + 1 == choices.size();
+    text += ends_row ? choices[k] + "\n" : fmt::format("{:<{}}", choices[k], widest);
   }
-  matches[0] = copied(start);
-  if (candidates.size() == 1) {
-    std::free(matches[1]);
-    matches[1] = nullptr;
-  }
-  return matches;
-}
-
-char** complete(const char* begun, int start, int) {
-  const auto before = words_of(std::string_view(rl_line_buffer, static_cast<std::size_t>(start)));
-  // In a quoted text, the quote that opens it stands in front of the place and makes no word of its own.
-  const bool in_quotes = start > 0 && std::strchr(rl_completer_quote_characters, rl_line_buffer[start - 1]);
-  const auto words =
-      in_quotes ? words_of(std::string_view(rl_line_buffer, static_cast<std::size_t>(start - 1))) : before;
-  auto completion = completer(words, begun);
-  if (completion.files) return nullptr;
-  rl_attempted_completion_over = 1;
-  auto& candidates = completion.candidates;
-  if (candidates.empty()) return nullptr;
-  const bool quotes = std::any_of(candidates.begin(), candidates.end(),
-                                  [](const std::string& word) { return word.find(' ') != std::string::npos; });
-  if (quotes && !in_quotes) {
-    for (auto& candidate : candidates) candidate.insert(0, 1, '"').push_back('"');
-  }
-  return as_matches(candidates);
+  std::fputs(text.c_str(), stdout);
+  std::fflush(stdout);
 }
 
 }  // namespace
+
+struct LineEditor::Parts {
+  Parts(std::string the_prompt, Completer the_completer, fs::path the_history)
+      : prompt(std::move(the_prompt)), completer(std::move(the_completer)), history_file(std::move(the_history)) {
+    std::setlocale(LC_CTYPE, "");  // the letters that the terminal sends
+    el_set(edit, EL_CLIENTDATA, this);
+    el_set(
+        edit, EL_PROMPT, +[](EditLine* line) { return of(line).prompt.data(); });
+    el_set(edit, EL_GETCFN, read_character);
+    el_set(edit, EL_EDITOR, "emacs");
+    el_set(edit, EL_HIST, history, lines);
+    el_set(
+        edit, EL_ADDFN, "complete", "completes the word", +[](EditLine* line, int) { return of(line).complete(); });
+    for (const auto& [key, meaning] : keys) el_set(edit, EL_BIND, key, meaning, nullptr);
+    el_source(edit, nullptr);  // what the user has bound otherwise
+    HistEvent event;
+    history(lines, &event, H_SETSIZE, most_lines_kept);
+    history(lines, &event, H_SETUNIQUE, 1);
+    std::ifstream kept(history_file);
+    for (std::string line; std::getline(kept, line);) history(lines, &event, H_ENTER, line.c_str());
+  }
+
+  ~Parts() {
+    el_end(edit);
+    if (!history_file.empty()) keep_history();
+    history_end(lines);
+  }
+
+  static Parts& of(EditLine* line) {
+    void* parts = nullptr;
+    el_get(line, EL_CLIENTDATA, &parts);
+    return *static_cast<Parts*>(parts);
+  }
+
+  /// A history that cannot be kept is no reason to trouble the user.
+  void keep_history() const {
+    std::error_code ignored;
+    fs::create_directories(history_file.parent_path(), ignored);
+    const auto beside = fs::path(history_file) += ".new";
+    std::ofstream file(beside);
+    fs::permissions(beside, fs::perms::owner_read | fs::perms::owner_write, ignored);
+    HistEvent event;
+    for (int more = history(lines, &event, H_LAST); more == 0; more = history(lines, &event, H_PREV)) {
+      file << event.str << '\n';
+    }
+    file.close();
+    if (file) fs::rename(beside, history_file, ignored);
+    fs::remove(beside, ignored);
+  }
+
+  unsigned char complete() const {
+    const auto* line = el_line(edit);
+    const std::string_view typed(line->buffer, static_cast<std::size_t>(line->cursor - line->buffer));
+    const auto completion = complete_line(typed, completer);
+    const auto old = std::string(typed.substr(completion.from));
+    const auto letters = std::mbstowcs(nullptr, old.c_str(), 0);
+    if (letters == static_cast<std::size_t>(-1)) return CC_ERROR;
+    if (completion.text != old) {
+      el_deletestr(edit, static_cast<int>(letters));
+      return el_insertstr(edit, completion.text.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    }
+    if (completion.choices.empty()) return CC_ERROR;
+    show_choices(completion.choices);
+    return CC_REDISPLAY;
+  }
+
+  /// Keys beyond those that the editor binds by itself.
+  struct Key {
+    const char *key, *meaning;
+  };
+  static constexpr std::array<Key, 8> keys{{{"^I", "complete"},
+                                            {"^R", "em-inc-search-prev"},
+                                            {"\033[1~", "ed-move-to-beg"},
+                                            {"\033[4~", "ed-move-to-end"},
+                                            {"\033[3~", "ed-delete-next-char"},
+                                            {"\033[1;5C", "em-next-word"},
+                                            {"\033[1;5D", "ed-prev-word"},
+                                            {"^W", "ed-delete-prev-word"}}};
+
+  std::string prompt;
+  Completer completer;
+  fs::path history_file;
+  EditLine* edit = el_init("pathdesk", stdin, stdout, stderr);
+  History* lines = history_init();
+};
 
 fs::path history_path() {
   const char* state = std::getenv("XDG_STATE_HOME");
@@ -88,56 +155,28 @@ fs::path history_path() {
   return home && *home == '/' ? fs::path(home) / ".local/state/pathdesk/history" : fs::path{};
 }
 
-LineEditor::LineEditor(Completer the_completer, fs::path history) : history_(std::move(history)) {
-  completer = std::move(the_completer);
-  rl_readline_name = "pathdesk";
-  rl_catch_signals = 0;
-  rl_attempted_completion_function = complete;
-  rl_basic_word_break_characters = " \t";
-  rl_completer_quote_characters = "\"'";
-  rl_filename_quote_characters = " ";
-  using_history();
-  stifle_history(most_lines_kept);
-  if (!history_.empty()) read_history(history_.c_str());
-}
+LineEditor::LineEditor(std::string prompt, Completer completer, fs::path history)
+    : parts_(std::make_unique<Parts>(std::move(prompt), std::move(completer), std::move(history))) {}
 
-LineEditor::~LineEditor() {
-  completer = {};
-  if (history_.empty()) return;
-  // A history that cannot be kept is no reason to trouble the user.
-  std::error_code ignored;
-  fs::create_directories(history_.parent_path(), ignored);
-  if (write_history(history_.c_str()) == 0) {
-    fs::permissions(history_, fs::perms::owner_read | fs::perms::owner_write, ignored);
-  }
-}
+LineEditor::~LineEditor() = default;
 
-std::optional<std::string> LineEditor::read(const char* prompt) {
-  typed.reset();
-  line_ended = false;
-  rl_callback_handler_install(prompt, take_line);
-  while (!line_ended) {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    const int ready = ::poll(&input, 1, -1);
-    if (interrupts() >= 2) {
-      rl_callback_handler_remove();
-      break;
-    }
+std::optional<std::string> LineEditor::read() {
+  while (true) {
+    el_resize(parts_->edit);
+    int count = 0;
+    const char* typed = el_gets(parts_->edit, &count);
     if (interrupts() == 1) {
       forget_interrupts();
-      rl_callback_sigcleanup();
-      rl_replace_line("", 0);
-      std::fputs("^C\n", rl_outstream);
-      rl_on_new_line();
-      rl_redisplay();
+      std::fputs("^C\n", stdout);
+      continue;
     }
-    if (ready > 0) rl_callback_read_char();
+    if (interrupts() > 1 || !typed || count <= 0) return std::nullopt;
+    std::string line(typed, static_cast<std::size_t>(count));
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
+    HistEvent event;
+    if (line.find_first_not_of(" \t") != std::string::npos) history(parts_->lines, &event, H_ENTER, line.c_str());
+    return line;
   }
-  if (typed && typed->find_first_not_of(" \t") != std::string::npos) {
-    const auto* last = history_length > 0 ? history_get(history_base + history_length - 1) : nullptr;
-    if (!last || *typed != last->line) add_history(typed->c_str());
-  }
-  return std::exchange(typed, std::nullopt);
 }
 
 }  // namespace pathstat::desk

@@ -86,10 +86,11 @@ class Shell {
   int run() {
     runner_.console().print(welcome);
     runner_.answer_with([this](const Question& question) { return ask(runner_.console(), question); });
-    LineEditor editor([this](const auto& before, auto begun) { return completion_of(before, begun, sources()); },
-                      history_path());
+    LineEditor editor(
+        prompt, [this](const auto& before, auto begun) { return completion_of(before, begun, sources()); },
+        history_path());
     while (!ended_) {
-      const auto line = editor.read(prompt);
+      const auto line = editor.read();
       if (!line) {
         if (interrupts() < 2) runner_.console().print("");
         break;

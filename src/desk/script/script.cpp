@@ -185,11 +185,19 @@ std::vector<std::string> words_of(std::string_view text) {
   return words;
 }
 
-char open_mark(std::string_view text) {
+LastWord last_word(std::string_view text) {
+  LastWord last{.before = {}, .begun = {}, .from = text.size(), .mark = '\0'};
   for (auto token = next_token(text, 0); token; token = next_token(text, token->next)) {
-    if (token->mark != '\0' && token->end == text.size()) return token->mark;
+    auto word = std::string(text.substr(token->first, token->end - token->first));
+    if (token->end < text.size()) {
+      last.before.push_back(std::move(word));
+      continue;
+    }
+    last.begun = std::move(word);
+    last.mark = token->mark;
+    last.from = token->first - (token->mark != '\0' ? 1 : 0);
   }
-  return '\0';
+  return last;
 }
 
 Script read_script(std::string_view text, int first_number) {

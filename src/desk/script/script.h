@@ -46,8 +46,17 @@ Script read_script(std::string_view text, int first_number = 1);
 /// The words of a text: separated by blanks, a word with blanks between quotes.
 std::vector<std::string> words_of(std::string_view text);
 
+/// The word that is being typed at the end of a text.
+struct LastWord {
+  std::vector<std::string> before;  ///< the words in front of it
+  std::string begun;                ///< what there is of it, empty behind a blank
+  std::size_t from;                 ///< where it begins in the text, with the mark that opens it
+  char mark;                        ///< that opens it, or 0
+};
+LastWord last_word(std::string_view text);
+
 /// The mark of a text that opens one in quotes or braces and does not close it; 0 if all are closed.
-char open_mark(std::string_view text);
+inline char open_mark(std::string_view text) { return last_word(text).mark; }
 
 /// The arguments of a command with a path in them, a relative one taken as relative to `folder`. Other commands, and
 /// names that begin with a variable or the home folder, keep their arguments.
