@@ -1,8 +1,10 @@
 #include "desk/graphs/figure.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -124,16 +126,16 @@ TEST_F(Figures, write_numbers_that_read_back_as_they_were) {
 TEST_F(Figures, draw_histograms_as_steps_and_leave_out_what_has_no_finite_point) {
   add_graph("h", {add_set("hs", {0, 0, 1, 0.5f, 2, 0}, histogram_style)});
   add_graph("empty", {add_set("nothing", {0, NAN, 1, INFINITY})});
-  const auto script = picture_script(figures_of(store_), {"/pictures", {}});
+  const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
   EXPECT_THAT(script, HasSubstr("with histeps"));
-  EXPECT_THAT(script, HasSubstr("set output '/pictures/h.svg'"));
+  EXPECT_THAT(script, HasSubstr("set output 'h.svg'"));
   EXPECT_THAT(script, Not(HasSubstr("empty.svg")));
   EXPECT_THAT(script, Not(HasSubstr("pngcairo")));
 }
 
 TEST_F(Figures, keep_texts_of_the_process_inside_their_quotes) {
   add_graph("it's\n\"; system 'rm'", {add_set("a", {0, 1, 2, 3})});
-  EXPECT_THAT(picture_script(figures_of(store_), {"/p", {}}),
+  EXPECT_THAT(picture_script(figures_of(store_), {.svg = true, .png = false}),
               HasSubstr("set title 'it''s \"; system ''rm''' noenhanced\n"));
 }
 
@@ -144,7 +146,7 @@ TEST_F(Figures, thin_out_long_curves_without_losing_their_extremes) {
     xy.push_back(k == 50123 ? 1000.0f : 0.0f);
   }
   add_graph("long", {add_set("a", xy)});
-  const auto script = picture_script(figures_of(store_), {"/p", {}});
+  const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
   EXPECT_THAT(script, HasSubstr("50123 1000\n"));
   EXPECT_LT(std::count(script.begin(), script.end(), '\n'), 6100);
 }
@@ -156,7 +158,7 @@ TEST_F(Figures, leave_curves_of_angles_open_across_half_a_turn) {
     layout.y_label = axis;
     add_graph("t", {set}, layout);
   }
-  const auto script = picture_script(figures_of(store_), {"/p", {}});
+  const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
   EXPECT_THAT(script, HasSubstr("0 179\n\n1 -179\n2 -90\n3 90\n4 91\n"));
   EXPECT_THAT(script, HasSubstr("0 179\n1 -179\n"));
 }
@@ -181,7 +183,7 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   add_graph("One point", {add_set("p", {5, 1})});
   add_graph("Nothing", {add_set("n", {})});
   const auto figures = figures_of(store_);
-  EXPECT_THAT(draw_pictures(figures, {folder, folder}, folder), IsEmpty());
+  EXPECT_THAT(draw_pictures(figures, {.svg = true, .png = true}, folder), IsEmpty());
   for (const auto* name : {"Curves-of-A-B", "Steps", "One-value", "One-point"}) {
     for (const auto* kind : {".svg", ".png"}) {
       EXPECT_GT(std::filesystem::file_size(folder / (std::string(name) + kind)), 2000u) << name << kind;
@@ -192,6 +194,25 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   const std::string svg{std::istreambuf_iterator<char>(file), {}};
   EXPECT_THAT(svg, HasSubstr("Curves of 'A' &amp; \"B\""));
   EXPECT_THAT(svg, HasSubstr("a {x}")) << "texts are shown as they are";
+}
+
+TEST_F(Figures, tell_which_pictures_are_missing_and_keep_no_cut_one) {
+  std::string error;
+  const PrivateDirectory directory(error);
+  add_graph("One", {add_set("a", {0, 1, 1, 2})});
+  add_graph("Two", {add_set("b", {0, 1, 1, 2})});
+  const auto figures = figures_of(store_);
+  // Files may be large enough for the input of gnuplot alone.
+  rlimit before{};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{4096, before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  const auto told = draw_pictures(figures, {.svg = true, .png = false}, directory.path());
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_THAT(told, HasSubstr("not drawn: One.svg, Two.svg: "));
+  EXPECT_FALSE(std::filesystem::exists(directory.path() / "One.svg"));
 }
 
 struct AxisCase {

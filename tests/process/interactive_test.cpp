@@ -191,6 +191,46 @@ TEST_F(Program, leaves_the_table_of_a_profile_as_the_engine_logged_it) {
   EXPECT_FALSE(std::getline(table, line)) << "more rows than frames";
 }
 
+/// A text as a word for the shell.
+std::string shell_word(const std::string& text) {
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
+TEST_F(Program, takes_names_of_files_as_names_and_as_nothing_else) {
+  const auto profile = butane + "LAST_FRAME_NO 3\nSELECT_PROPERTIES Temperature\nPROFILE\n";
+  for (const std::string name :
+       {"|touch PWNED;#", "<a", "-a", "it's", "two\nlines", "`touch PWNED`", "$(touch PWNED)", "\"q\""}) {
+    std::ofstream(folder() / name) << profile;
+    const bool pictures = name.front() == '|' || name.front() == '-' || name == "it's";
+    EXPECT_EQ(run("run --out=" + shell_word(name) + ".out --workdir=" + shell_word(name) + ".work --format " +
+                  (pictures ? "svg,png,html" : "tsv,html") + " ./" + shell_word(name)),
+              0)
+        << name << trouble;
+    EXPECT_TRUE(fs::exists(folder() / (name + ".out") / "report.html")) << name;
+    EXPECT_TRUE(fs::exists(folder() / (name + ".out") /
+                           (pictures ? "Profile-of-Temperature.svg" : "Profile-of-Temperature.tsv")))
+        << name;
+  }
+  for (const auto& entry : fs::recursive_directory_iterator(folder())) EXPECT_NE(entry.path().filename(), "PWNED");
+}
+
+TEST_F(Program, tells_of_results_that_do_not_fit_and_leaves_no_part_of_them) {
+  write_script(butane + "LAST_FRAME_NO 3\nSELECT_PROPERTIES Temperature\nPROFILE\n");
+  const auto command =
+      "cd '" + folder().string() + "' && ulimit -f 6 && '" PATHDESK_PROGRAM "' run lines >output 2>trouble";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+  trouble = text_of(folder() / "trouble");
+  EXPECT_THAT(trouble, HasSubstr("cannot write out/report.html: File too large\n"));
+  EXPECT_THAT(trouble, HasSubstr("not drawn: Profile-of-Temperature.svg, Profile-of-Temperature.png: "));
+  EXPECT_THAT(trouble, HasSubstr("the results in out are not complete"));
+  EXPECT_THAT(text_of(folder() / "output"), Not(HasSubstr("Results are in")));
+  for (const auto& entry : fs::directory_iterator(folder() / "out")) {
+    EXPECT_EQ(entry.path().filename(), "Profile-of-Temperature.tsv");
+  }
+}
+
 TEST_F(Program, tells_of_command_words) {
   EXPECT_EQ(run("words msd_atoms"), 0);
   EXPECT_THAT(output, HasSubstr("Arguments: one of ALL, SELECTED"));

@@ -11,9 +11,11 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <utility>
+#include <vector>
 
 namespace pathstat::desk {
 namespace {
@@ -149,16 +151,31 @@ constexpr std::string_view look =
     "set samples 2\n"
     "set offsets graph 0, graph 0, graph 0.04, graph 0.04\n";
 
-/// Runs a program to its end with its output going to a file. @return its wait status, or -1 if it could not start
-int run(const char* program, const std::filesystem::path& input, const std::filesystem::path& output) {
+constexpr const char *input_name = "pictures.gnuplot", *messages_name = "pictures.out";
+
+/// A kind of picture: what asks for it, how gnuplot is told, how its files are named, and how a whole one ends.
+struct Kind {
+  bool PictureKinds::*wanted;
+  std::string_view terminal, extension, end;
+};
+constexpr Kind all_kinds[] = {
+    {&PictureKinds::svg, "svg size 900,480 font 'sans-serif,13' background '#ffffff' name '{}'", ".svg", "</svg>"},
+    {&PictureKinds::png, "pngcairo size 1800,960 font 'DejaVu Sans,13' fontscale 2 linewidth 2", ".png", "IEND"},
+};
+
+/// Runs gnuplot in a folder to its end. @return its wait status, or -1 if it could not start
+int run_gnuplot(const std::filesystem::path& folder) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, messages_name, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   posix_spawn_file_actions_adddup2(&actions, 1, 2);
-  std::string name = program, file = input;
-  char* const arguments[] = {name.data(), file.data(), nullptr};
+  // Without what the user's own settings for gnuplot would change.
+  std::string name = "gnuplot", plain = "-d", file = input_name;
+  char* const arguments[] = {name.data(), plain.data(), file.data(), nullptr};
   pid_t child = 0;
-  const int failure = ::posix_spawnp(&child, program, &actions, nullptr, arguments, environ);
+  const int failure = ::posix_spawnp(&child, name.c_str(), &actions, nullptr, arguments, environ);
   posix_spawn_file_actions_destroy(&actions);
   if (failure != 0) {
     errno = failure;
@@ -169,50 +186,82 @@ int run(const char* program, const std::filesystem::path& input, const std::file
   return status;
 }
 
+bool is_whole(const std::filesystem::path& picture, std::string_view end) {
+  constexpr std::streamoff longest_tail = 16;
+  std::ifstream file(picture, std::ios::binary | std::ios::ate);
+  const auto size = static_cast<std::streamoff>(file.tellg());
+  file.seekg(std::max<std::streamoff>(0, size - longest_tail));
+  const std::string tail(std::istreambuf_iterator<char>(file), {});
+  return tail.find(end) != std::string::npos;
+}
+
+/// Why pictures are missing. What gnuplot says names lines of its input, which nobody else sees.
+std::string why_undrawn(int status, const std::filesystem::path& folder) {
+  constexpr std::uintmax_t room_for_a_picture = 65536;
+  std::error_code unknown;
+  const auto room = std::filesystem::space(folder, unknown);
+  if (!unknown && room.available < room_for_a_picture) {
+    return fmt::format("{}: {}", folder.string(), std::strerror(ENOSPC));
+  }
+  if (WIFSIGNALED(status)) return fmt::format("gnuplot was ended by signal {}", WTERMSIG(status));
+  std::ifstream messages(folder / messages_name);
+  for (std::string line; std::getline(messages, line);) {
+    const auto place = line.find(" line ");
+    const auto text = place == std::string::npos ? std::string::npos : line.find(": ", place);
+    if (line.find(input_name) != std::string::npos && text != std::string::npos) {
+      return "gnuplot says: " + line.substr(text + 2);
+    }
+  }
+  return fmt::format("gnuplot ended with status {}", WEXITSTATUS(status));
+}
+
 }  // namespace
 
-std::string picture_script(std::span<const Figure> figures, const PictureFolders& folders) {
+std::string picture_script(std::span<const Figure> figures, PictureKinds kinds) {
   std::string script(look);
   for (std::size_t k = 0; k < figures.size(); ++k) {
     const auto& figure = figures[k];
     if (!figure.has_points()) continue;
     script += settings(figure);
     const auto plot = plot_command(script, figure, k);
-    if (!folders.svg.empty()) {
-      script += fmt::format(
-          "set terminal svg size 900,480 font 'sans-serif,13' background '#ffffff' name '{}'\n"
-          "set output {}\n{}",
-          terminal_name(figure), literal((folders.svg / (figure.name + ".svg")).string()), plot);
-    }
-    if (!folders.png.empty()) {
-      script += fmt::format(
-          "set terminal pngcairo size 1800,960 font 'DejaVu Sans,13' fontscale 2 linewidth 2\n"
-          "set output {}\n{}",
-          literal((folders.png / (figure.name + ".png")).string()), plot);
+    for (const auto& kind : all_kinds) {
+      if (!(kinds.*kind.wanted)) continue;
+      script += fmt::format("set terminal {}\nset output '{}{}'\n{}",
+                            fmt::format(fmt::runtime(kind.terminal), terminal_name(figure)), figure.name,
+                            kind.extension, plot);
     }
     script += "unset output\n";
   }
   return script;
 }
 
-std::string draw_pictures(std::span<const Figure> figures, const PictureFolders& folders,
-                          const std::filesystem::path& scratch) {
-  const bool wanted = !folders.svg.empty() || !folders.png.empty();
-  const auto has_points = [](const Figure& figure) { return figure.has_points(); };
-  if (!wanted || std::none_of(figures.begin(), figures.end(), has_points)) return {};
-  const auto input = scratch / "pictures.gnuplot", output = scratch / "pictures.out";
-  std::ofstream file(input, std::ios::binary);
-  file << picture_script(figures, folders);
-  file.close();
-  if (!file) return fmt::format("cannot write {}", input.string());
+std::string draw_pictures(std::span<const Figure> figures, PictureKinds kinds, const std::filesystem::path& folder) {
+  std::vector<std::pair<std::filesystem::path, std::string_view>> wanted;  // and their ends
+  std::error_code ignored;
+  for (const auto& figure : figures) {
+    for (const auto& kind : all_kinds) {
+      if (!(kinds.*kind.wanted)) continue;
+      const auto picture = folder / (figure.name + std::string(kind.extension));
+      std::filesystem::remove(picture, ignored);
+      if (figure.has_points()) wanted.emplace_back(picture, kind.end);
+    }
+  }
+  if (wanted.empty()) return {};
+  std::ofstream input(folder / input_name, std::ios::binary);
+  input << picture_script(figures, kinds);
+  input.close();
+  if (!input)
+    return fmt::format("no pictures: cannot write {}: {}", (folder / input_name).string(), std::strerror(errno));
 
-  const int status = run("gnuplot", input, output);
-  if (status == 0) return {};
+  const int status = run_gnuplot(folder);
   if (status == -1) return fmt::format("no pictures: gnuplot cannot be started: {}", std::strerror(errno));
-  std::ifstream messages(output);
-  std::string line, all;
-  while (std::getline(messages, line)) all += "\n  " + line;
-  return "no pictures: gnuplot failed:" + all;
+  std::string missing;
+  for (const auto& [picture, end] : wanted) {
+    if (is_whole(picture, end)) continue;
+    std::filesystem::remove(picture, ignored);
+    missing += (missing.empty() ? "" : ", ") + picture.filename().string();
+  }
+  return missing.empty() ? missing : fmt::format("not drawn: {}: {}", missing, why_undrawn(status, folder));
 }
 
 }  // namespace pathstat::desk

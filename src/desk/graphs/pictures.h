@@ -8,20 +8,20 @@
 
 namespace pathstat::desk {
 
-/// Where the pictures of a run go; an empty folder leaves that kind out.
-struct PictureFolders {
-  std::filesystem::path svg;
-  std::filesystem::path png;
+/// What pictures are drawn.
+struct PictureKinds {
+  bool svg = false;
+  bool png = false;
 };
 
-/// The gnuplot program that draws the figures as NAME.svg and NAME.png.
-std::string picture_script(std::span<const Figure> figures, const PictureFolders& folders);
+/// The gnuplot program that draws the figures as NAME.svg and NAME.png where it runs. It holds no other path.
+std::string picture_script(std::span<const Figure> figures, PictureKinds kinds);
 
-/// Draws the figures that have points, with one run of gnuplot.
+/// Draws the figures that have points, with one run of gnuplot. Whatever stands in the folder under the name of a
+/// picture after it is whole.
 ///
-/// @param scratch  folder for gnuplot's input and messages
-/// @return empty, or what went wrong
-std::string draw_pictures(std::span<const Figure> figures, const PictureFolders& folders,
-                          const std::filesystem::path& scratch);
+/// @param folder  private; where the pictures, gnuplot's input and its messages go
+/// @return empty, or what was not drawn, and why
+std::string draw_pictures(std::span<const Figure> figures, PictureKinds kinds, const std::filesystem::path& folder);
 
 }  // namespace pathstat::desk

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,7 +18,10 @@ namespace pathstat::desk {
 namespace {
 
 /// Runs in the child: what goes wrong is told to the parent through `report` as an error number.
-[[noreturn]] void become(const ChildProcess::Start& how, char* const* environment, int output, int report) {
+[[noreturn]] void become(const ChildProcess::Start& how, char* const* environment, int output, int report,
+                         pid_t parent) {
+  // The child dies with its parent, in whatever way that ends.
+  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || ::getppid() != parent) ::_exit(127);
   const int input = ::open("/dev/null", O_RDONLY);
   const char* program = how.program.c_str();
   char* const arguments[] = {const_cast<char*>(program), nullptr};
@@ -61,8 +65,9 @@ std::string ChildProcess::start(const Start& how) {
     ::close(output);
     return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(errno));
   }
+  const pid_t parent = ::getpid();
   id_ = ::fork();
-  if (id_ == 0) become(how, environment.data(), output, report[1]);
+  if (id_ == 0) become(how, environment.data(), output, report[1], parent);
   int failure = id_ < 0 ? errno : 0;
   ::close(output);
   ::close(report[1]);

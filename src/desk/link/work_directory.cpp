@@ -1,29 +1,113 @@
 #include "desk/link/work_directory.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 namespace pathstat::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view private_prefix = "pathdesk-", private_letters = "XXXXXX";
+constexpr const char* lock_name = ".pathdesk.lock";
+
+/// True if the descriptor is of what stands at the path now.
+bool is_at(int descriptor, const fs::path& path) {
+  struct stat held {
+  }, there{};
+  return ::fstat(descriptor, &held) == 0 && ::lstat(path.c_str(), &there) == 0 && held.st_dev == there.st_dev &&
+         held.st_ino == there.st_ino;
+}
+
+bool lock(int descriptor) { return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
+
+int open_folder(const fs::path& path) { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }
+
+/// Removes the private folders of this user that nobody holds.
+void clear_dead_folders(const fs::path& base) {
+  std::error_code trouble;
+  for (fs::directory_iterator entry(base, trouble), end; !trouble && entry != end; entry.increment(trouble)) {
+    const auto name = entry->path().filename().string();
+    if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + private_letters.size()) continue;
+    const Descriptor folder(open_folder(entry->path()));
+    struct stat facts {};
+    if (::fstat(folder.number(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.number())) continue;
+    std::error_code ignored;
+    fs::remove_all(entry->path(), ignored);
+  }
+}
+
+std::string cannot_make(const fs::path& base, const char* why) {
+  return fmt::format("cannot make a folder for temporary files in {}: {}", base.string(), why);
+}
+
+}  // namespace
+
+void Descriptor::reset(int number) {
+  if (number_ >= 0) ::close(number_);
+  number_ = number;
+}
 
 PrivateDirectory::PrivateDirectory(std::string& error) {
   std::error_code failure;
-  auto base = std::filesystem::temp_directory_path(failure);
-  if (failure) base = "/tmp";
-  std::string name = base / "pathdesk-XXXXXX";
-  if (::mkdtemp(name.data())) {
-    path_ = name;
-  } else {
-    error = fmt::format("cannot make a directory for temporary files in {}: {}", base.string(), std::strerror(errno));
+  const char* asked = std::getenv("TMPDIR");
+  const auto base = fs::absolute(asked && *asked ? asked : "/tmp", failure);
+  clear_dead_folders(base);
+  // Between the making and the lock another run may take the folder for a dead one; then a new one is made.
+  for (int tries = 0; path_.empty() && tries < 10; ++tries) {
+    std::string name = base / (std::string(private_prefix) += private_letters);
+    if (!::mkdtemp(name.data())) {
+      error = cannot_make(base, std::strerror(errno));
+      return;
+    }
+    lock_.reset(open_folder(name));
+    ::flock(lock_.number(), LOCK_EX);
+    if (is_at(lock_.number(), name)) path_ = name;
   }
+  if (path_.empty()) error = cannot_make(base, "another program removes it");
 }
 
 PrivateDirectory::~PrivateDirectory() {
   std::error_code ignored;
-  if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+  if (!path_.empty()) fs::remove_all(path_, ignored);
+}
+
+std::string FolderLock::take(const fs::path& folder) {
+  const auto path = folder / lock_name;
+  while (true) {
+    lock_.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (lock_.number() < 0) {
+      return fmt::format("the folder {} cannot be written: {}", folder.string(), std::strerror(errno));
+    }
+    std::array<char, 20> other{};
+    if (!lock(lock_.number()) && errno == EWOULDBLOCK) {
+      const auto length = ::read(lock_.number(), other.data(), other.size() - 1);
+      return fmt::format("another run{} writes into the folder {}; wait for its end or choose another folder",
+                         length > 0 ? fmt::format(" (process {})", std::atoi(other.data())) : std::string{},
+                         folder.string());
+    }
+    // The run that held the file may have removed it meanwhile. A file system without locks has none to wait for.
+    if (is_at(lock_.number(), path)) break;
+  }
+  file_ = path;
+  const auto holder = std::to_string(::getpid());
+  // Whom to tell of is a help only; a full disk is met, and told, by the results.
+  if (::ftruncate(lock_.number(), 0) == 0) {
+    [[maybe_unused]] const auto written = ::write(lock_.number(), holder.data(), holder.size());
+  }
+  return {};
+}
+
+FolderLock::~FolderLock() {
+  if (!file_.empty()) ::unlink(file_.c_str());
 }
 
 }  // namespace pathstat::desk

@@ -5,10 +5,26 @@
 
 namespace pathstat::desk {
 
-/// A directory that only this user can read, removed with all it holds when its owner ends.
+/// A descriptor that is closed, and with it a lock given up, when its owner ends.
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  ~Descriptor() { reset(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int number() const { return number_; }
+  void reset(int number = -1);
+
+ private:
+  int number_;
+};
+
+/// A directory that only this user can read, removed with all it holds when its owner ends. Those that killed runs of
+/// this user left behind are removed when the next one is made; a lock tells them from those in use.
 class PrivateDirectory {
  public:
-  /// Makes a fresh directory for temporary files. On failure path() is empty and `error` says why.
+  /// Makes a fresh directory in the folder for temporary files. On failure path() is empty and `error` says why.
   explicit PrivateDirectory(std::string& error);
   ~PrivateDirectory();
   PrivateDirectory(const PrivateDirectory&) = delete;
@@ -18,6 +34,23 @@ class PrivateDirectory {
 
  private:
   std::filesystem::path path_;
+  Descriptor lock_;
+};
+
+/// Keeps a folder for one run: a lock file in it, which the kernel unlocks when its run ends in whatever way.
+class FolderLock {
+ public:
+  FolderLock() = default;
+  ~FolderLock();
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+  /// @return empty, or who has the folder, or why it cannot be written
+  std::string take(const std::filesystem::path& folder);
+
+ private:
+  std::filesystem::path file_;
+  Descriptor lock_;
 };
 
 }  // namespace pathstat::desk

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
-#include "desk/graphs/pictures.h"
+#include "desk/report/result_folder.h"
 #include "desk/report/run_record.h"
 
 namespace pathstat::desk {
@@ -24,7 +24,7 @@ struct OutputFormats {
 struct OutputPlan {
   std::filesystem::path folder;
   OutputFormats formats;
-  std::filesystem::path scratch;  ///< for files that are of no more use at the end
+  std::filesystem::path scratch;  ///< private; pictures are drawn there
 };
 
 /// The files that the process leaves as results in its working folder, written no earlier than `since`, and those of
@@ -37,7 +37,8 @@ std::vector<std::filesystem::path> result_files(const std::filesystem::path& wor
 /// everything else is written all the same.
 class RunOutput {
  public:
-  explicit RunOutput(OutputPlan plan) : plan_(std::move(plan)) {}
+  explicit RunOutput(OutputPlan plan)
+      : results_(std::move(plan.folder)), scratch_(std::move(plan.scratch)), formats_(plan.formats) {}
 
   struct Graphs {
     std::vector<std::string> files;  ///< for each graph that was written, its files with blanks between
@@ -49,12 +50,12 @@ class RunOutput {
   /// Copies result files, those of the process under their own names, and writes the report. The graphs must have been
   /// written.
   std::vector<std::string> write_report(const RunRecord& record, const GraphStore& store,
-                                        const std::vector<std::filesystem::path>& results) const;
+                                        const std::vector<std::filesystem::path>& results);
 
  private:
-  PictureFolders picture_folders() const;
-
-  OutputPlan plan_;
+  ResultFolder results_;
+  std::filesystem::path scratch_;
+  OutputFormats formats_;
   std::map<std::int32_t, std::uint64_t> written_;  ///< revisions by graph
 };
 

@@ -19,7 +19,8 @@ void watch_interrupts() {
   struct sigaction action {};
   action.sa_handler = count_request;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
-  std::signal(SIGPIPE, SIG_IGN);
+  // These end as errors of the writes that they come of.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 int interrupts() { return requests; }

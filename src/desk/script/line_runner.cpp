@@ -256,7 +256,11 @@ bool LineRunner::finish() {
   problems.insert(problems.end(), others.begin(), others.end());
   session_.finish();
   for (const auto& problem : problems) console_.complain("pathdesk: " + problem);
-  console_.print(fmt::format("Results are in {}", place_.output.string()));
+  if (problems.empty()) {
+    console_.print(fmt::format("Results are in {}", place_.output.string()));
+  } else {
+    console_.complain(fmt::format("pathdesk: the results in {} are not complete", place_.output.string()));
+  }
   return problems.empty();
 }
 

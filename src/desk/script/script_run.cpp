@@ -61,13 +61,14 @@ std::string find_program(fs::path& program) {
                              program.string());
 }
 
-std::string make_writable(const fs::path& folder) {
+std::string take_folder(const fs::path& folder, FolderLock& lock) {
   std::error_code error;
   fs::create_directories(folder, error);
-  if (!fs::is_directory(folder))
-    return fmt::format("the folder {} cannot be made: {}", folder.string(), error.message());
-  return ::access(folder.c_str(), W_OK | X_OK) == 0 ? std::string{}
-                                                    : fmt::format("the folder {} cannot be written", folder.string());
+  if (!fs::is_directory(folder)) {
+    return fmt::format("the folder {} cannot be made: {}", folder.string(),
+                       error ? error.message() : "there is a file of this name");
+  }
+  return lock.take(folder);
 }
 
 int run_all(LineRunner& runner, const Script& script) {
@@ -106,13 +107,16 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
                  .protocol = options.protocol,
                  .verbose = options.verbose};
   std::string error;
+  FolderLock output_lock, work_lock;
   if (error = find_program(place.program); !error.empty()) return complain(error);
-  if (error = make_writable(place.output); !error.empty()) return complain(error);
+  if (error = take_folder(place.output, output_lock); !error.empty()) return complain(error);
   const PrivateDirectory private_folder(error);
   if (!error.empty()) return complain(error);
   place.private_folder = private_folder.path();
   place.work = options.work_directory.empty() ? place.private_folder / "work" : fs::absolute(options.work_directory);
-  if (error = make_writable(place.work); !error.empty()) return complain(error);
+  std::error_code differ;
+  if (!fs::equivalent(place.work, place.output, differ)) error = take_folder(place.work, work_lock);
+  if (!error.empty()) return complain(error);
 
   watch_interrupts();
   LineRunner runner(source, place);

@@ -1,0 +1,90 @@
+#include "desk/report/result_folder.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+
+#include "desk/link/work_directory.h"
+
+namespace pathstat::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Results : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(error_, ""); }
+
+  std::string text_of(const std::string& name) const {
+    std::ifstream file(at(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  fs::path at(const std::string& name) const { return directory_.path() / name; }
+  std::vector<std::string> names() const {
+    std::vector<std::string> all;
+    for (const auto& entry : fs::directory_iterator(directory_.path())) all.push_back(entry.path().filename());
+    std::sort(all.begin(), all.end());
+    return all;
+  }
+
+ private:
+  std::string error_;
+  PrivateDirectory directory_{error_};
+
+ protected:
+  ResultFolder results_{directory_.path()};
+};
+
+TEST_F(Results, replace_links_and_do_not_follow_them) {
+  std::ofstream(at("victim")) << "kept";
+  fs::create_symlink(at("victim"), at("a"));
+  fs::create_symlink(at("victim"), at("b"));
+  fs::create_symlink(at("victim"), at(".pathdesk.part"));
+  std::ofstream(at("source")) << "copied";
+  EXPECT_TRUE(results_.write("a", "new"));
+  EXPECT_TRUE(results_.copy(at("source"), "b"));
+  EXPECT_TRUE(results_.copy(at("source"), "source")) << "on itself";
+  EXPECT_EQ(text_of("victim") + text_of("a") + text_of("b") + text_of("source"), "keptnewcopiedcopied");
+  EXPECT_THAT(names(), ElementsAre("a", "b", "source", "victim"));
+}
+
+TEST_F(Results, of_which_one_does_not_fit_leave_what_was_there_and_tell_the_reason_once) {
+  results_.write("a", "old");
+  const std::string large(10000, 'x');
+  std::ofstream(at("source")) << large;
+  rlimit before{};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{4096, before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_FALSE(results_.write("a", large));
+  for (const auto* name : {"b", "c", "d"}) EXPECT_FALSE(results_.copy(at("source"), name));
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  const auto problem = "cannot write " + at("a").string() + ", " + at("b").string() + ", " + at("c").string() +
+                       " and 1 more: File too large";
+  EXPECT_THAT(results_.take_problems(), ElementsAre(problem));
+  EXPECT_THAT(results_.take_problems(), IsEmpty());
+  EXPECT_EQ(text_of("a"), "old");
+  EXPECT_THAT(names(), ElementsAre("a", "source"));
+}
+
+TEST_F(Results, that_cannot_be_made_are_told_with_their_reason) {
+  fs::create_directories(at("folder/below"));
+  EXPECT_FALSE(results_.write("folder", "x"));
+  EXPECT_FALSE(results_.write("none/x", "x"));
+  EXPECT_FALSE(results_.copy(at("missing"), "y"));
+  const auto problems = results_.take_problems();
+  EXPECT_THAT(problems, testing::Contains(HasSubstr("folder: Is a directory")));
+  EXPECT_THAT(problems, testing::Contains(HasSubstr("y: " + at("missing").string() + ": No such file")));
+  EXPECT_THAT(names(), ElementsAre("folder"));
+}
+
+}  // namespace
+}  // namespace pathstat::desk
