@@ -15,14 +15,31 @@ TEST(HtmlReport, shows_every_command_with_its_status_and_messages_and_escapes_th
   record.steps.push_back(
       {.line = 3, .text = "RDF & more", .status = 1, .failed = true, .seconds = 2.5, .notes = {}, .graphs = {}});
   record.note(message_of(2, "PATHSTAT_ERROR_72", {}));
-  record.note(PrintedLine{"x < y"});
+  record.note(PrintedLine{"x < y\x1b[1m\xc2\x9b"});
   const auto page = html_report({record, {}, {}, {}, false});
   EXPECT_THAT(page, HasSubstr("a&lt;b&gt;.script"));
   EXPECT_THAT(page, HasSubstr("RDF &amp; more"));
   EXPECT_THAT(page, HasSubstr("status 1"));
   EXPECT_THAT(page, HasSubstr("2.5 s"));
   EXPECT_THAT(page, HasSubstr("No atoms are selected."));
-  EXPECT_THAT(page, HasSubstr("<pre>x &lt; y\n</pre>"));
+  EXPECT_THAT(page, HasSubstr("<pre>x &lt; y\\x1b[1m\\xc2\\x9b\n</pre>"));
+}
+
+TEST(HtmlReport, does_not_grow_with_lines_of_which_there_is_nothing_to_tell) {
+  RunRecord record;
+  const auto run = [&](int line, bool tells) {
+    record.steps.push_back({.line = line, .text = "MSD_ATOMS ALL", .status = 0, .notes = {}, .graphs = {}});
+    if (tells) record.note(PrintedLine{"told"});
+    record.end_line();
+  };
+  for (int line = 1; line <= 100000; ++line) run(line, line == 50 || line == 99);
+  // 20 of each row, the second and the third row longer than that.
+  EXPECT_EQ(record.steps.size(), 20u + 1 + 20 + 1 + 20);
+  const auto page = html_report({record, {}, {}, {}, false});
+  EXPECT_THAT(page, HasSubstr("100000 lines"));
+  EXPECT_THAT(page, HasSubstr("and 29 more lines, to line 49,"));
+  EXPECT_THAT(page, HasSubstr("and 28 more lines, to line 98,"));
+  EXPECT_THAT(page, HasSubstr("and 99881 more lines, to line 100000,"));
 }
 
 TEST(HtmlReport, needs_nothing_from_elsewhere) {

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "desk/advice/trajectory_advice.h"
+#include "desk/messages/visible_text.h"
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_import.h"
 #include "desk/report/model_text.h"
@@ -30,10 +31,10 @@ namespace fs = std::filesystem;
 constexpr int done = 0;
 constexpr int cannot_be_read = 2;
 
-void fact(std::string_view name, std::string_view value) { fmt::print("  {:<20}{}\n", name, value); }
+void fact(std::string_view name, std::string_view value) { fmt::print("  {:<20}{}\n", name, visible(value)); }
 
 int complain(const std::string& problem) {
-  fmt::print(stderr, "pathdesk: {}\n", problem);
+  fmt::print(stderr, "pathdesk: {}\n", visible(problem));
   return cannot_be_read;
 }
 
@@ -349,7 +350,7 @@ int print_trajectory(const std::string& path, OpenTrajectory&& trajectory) {
     const auto why = why_not_loaded(path, 0);
     return complain(why.empty() ? fmt::format("{} cannot be read (status {})", path, trajectory.status()) : why);
   }
-  fmt::print("{}: trajectory\n", path);
+  fmt::print("{}: trajectory\n", visible(path));
   trajectory.print_head();
   std::int32_t frames = 0, status = 0;
   double first_time = 0, last_time = 0;
@@ -371,13 +372,13 @@ int print_trajectory(const std::string& path, OpenTrajectory&& trajectory) {
 }
 
 void print_model(const MolecularModel& model) {
-  fmt::print("  model {}\n", model.name);
+  fmt::print("  model {}\n", visible(model.name));
   for (const auto& [name, value] : model_facts(model)) fact("  " + name, value);
 }
 
 int print_models(const std::string& path, const ImportedModels& imported) {
   if (!imported.problem.empty()) return complain(imported.problem);
-  fmt::print("{}: {} model{}\n", path, imported.models.size(), imported.models.size() == 1 ? "" : "s");
+  fmt::print("{}: {} model{}\n", visible(path), imported.models.size(), imported.models.size() == 1 ? "" : "s");
   for (const auto& model : imported.models) print_model(model);
   return done;
 }

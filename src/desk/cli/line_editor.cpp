@@ -16,6 +16,7 @@
 #include <system_error>
 #include <utility>
 
+#include "desk/messages/visible_text.h"
 #include "desk/script/interrupts.h"
 
 namespace pathstat::desk {
@@ -48,8 +49,9 @@ int read_character(EditLine*, wchar_t* character) {
   }
 }
 
-void show_choices(const std::vector<std::string>& choices) {
+void show_choices(std::vector<std::string> choices) {
   std::size_t widest = 0;
+  for (auto& choice : choices) choice = visible(choice);
   for (const auto& choice : choices) widest = std::max(widest, choice.size() + 2);
   const auto in_a_row = std::max<std::size_t>(1, static_cast<std::size_t>(terminal_columns()) / widest);
   std::string text = "\n";

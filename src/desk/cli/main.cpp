@@ -15,6 +15,7 @@
 #include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
 #include "desk/cli/shell.h"
+#include "desk/messages/visible_text.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
 #include "support/parallel.h"
@@ -161,7 +162,7 @@ int main_of(int argc, char** argv) {
   if (run->parsed()) return run_script(options, file);
   if (shell->parsed()) return run_shell(options);
   if (info->parsed()) return print_file_info(file);
-  fmt::print("{}", help_text(topic));
+  fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;
 }
 
@@ -172,7 +173,7 @@ int main(int argc, char** argv) {
   try {
     return pathstat::desk::main_of(argc, argv);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "pathdesk: {}\n", error.what());
+    fmt::print(stderr, "pathdesk: {}\n", pathstat::desk::visible_lines(error.what()));
     return pathstat::desk::exit_code::not_run;
   }
 }

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "desk/graphs/axis_text.h"
+#include "desk/messages/visible_text.h"
 
 namespace pathstat::desk {
 namespace {
@@ -72,8 +73,8 @@ bool same_x(const std::vector<Curve>& curves) {
 
 std::string column_name(std::string text) {
   std::replace_if(
-      text.begin(), text.end(), [](unsigned char c) { return c < 0x20; }, ' ');
-  return text;
+      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
+  return visible(text);
 }
 
 }  // namespace

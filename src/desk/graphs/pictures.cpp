@@ -17,6 +17,9 @@
 #include <utility>
 #include <vector>
 
+#include "desk/link/work_directory.h"
+#include "desk/messages/visible_text.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -52,9 +55,9 @@ std::vector<PlotPoint> thinned(const std::vector<PlotPoint>& points) {
 /// A text of gnuplot, in single quotes and on one line.
 std::string literal(std::string_view text) {
   std::string literal = "'";
-  for (const char c : text) {
+  for (const char c : visible_lines(text)) {
     if (c == '\'') literal += '\'';
-    literal += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    literal += c == '\n' || c == '\t' ? ' ' : c;
   }
   return literal + "'";
 }
@@ -197,12 +200,7 @@ bool is_whole(const std::filesystem::path& picture, std::string_view end) {
 
 /// Why pictures are missing. What gnuplot says names lines of its input, which nobody else sees.
 std::string why_undrawn(int status, const std::filesystem::path& folder) {
-  constexpr std::uintmax_t room_for_a_picture = 65536;
-  std::error_code unknown;
-  const auto room = std::filesystem::space(folder, unknown);
-  if (!unknown && room.available < room_for_a_picture) {
-    return fmt::format("{}: {}", folder.string(), std::strerror(ENOSPC));
-  }
+  if (auto full = full_disk(folder); !full.empty()) return full;
   if (WIFSIGNALED(status)) return fmt::format("gnuplot was ended by signal {}", WTERMSIG(status));
   std::ifstream messages(folder / messages_name);
   for (std::string line; std::getline(messages, line);) {

@@ -46,21 +46,6 @@ std::vector<std::string> cut_at(std::string_view text, char mark) {
 
 }  // namespace
 
-class CoreSession::Stream : public ByteStream {
- public:
-  explicit Stream(Connection& connection) : connection_(connection) {}
-
-  bool read(std::span<std::byte> bytes) override {
-    return PNC_receive(connection_, bytes, PNC_Timeout) == static_cast<std::int64_t>(bytes.size());
-  }
-  bool write(std::span<const std::byte> bytes) override { return PNC_send(connection_, bytes) == 1; }
-  bool flush() override { return PNC_flush(connection_) == 1; }
-  bool has_input() const { return connection_.next_unread_char < connection_.read_buffer_end; }
-
- private:
-  Connection& connection_;
-};
-
 CoreSession::CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now)
     : server_(server), stop_now_(std::move(stop_now)), output_(std::move(output)) {}
 
@@ -83,7 +68,6 @@ std::string CoreSession::start(const SessionOptions& options) {
   if (!error.empty()) return error;
   follower_ = std::make_unique<OutputFollower>(output, output_);
   connection_ = {};  // nothing of a process before this one is left in its buffers
-  stream_ = std::make_unique<Stream>(connection_);
   lost_ = false;
 
   const auto limit = std::chrono::steady_clock::now() + start_limit;
@@ -92,7 +76,7 @@ std::string CoreSession::start(const SessionOptions& options) {
   if (!listener.accept_from(process_.id(), connection_, go_on)) {
     fail("pathstat did not connect");
   } else {
-    PNC_init_write_buffer(connection_, 65536);
+    stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_);
     if (!wait_for_input() || !read_text(*stream_, words))
       fail("pathstat did not greet");
     else if (words != greeting)

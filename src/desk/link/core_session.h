@@ -13,6 +13,7 @@
 #include "desk/link/child_process.h"
 #include "desk/link/listener.h"
 #include "desk/link/output_follower.h"
+#include "desk/link/session_stream.h"
 #include "desk/ops/operation_server.h"
 #include "desk/ops/typed_stream.h"
 
@@ -75,8 +76,6 @@ class CoreSession {
   bool ended_well() const { return process_.ended_well(); }
 
  private:
-  class Stream;
-
   bool fail(std::string what);
   bool wait_for_input();
   bool next_code(std::int32_t& code);
@@ -93,7 +92,7 @@ class CoreSession {
   std::unique_ptr<OutputFollower> follower_;
   ChildProcess process_;
   Connection connection_;
-  std::unique_ptr<Stream> stream_;
+  std::unique_ptr<SessionStream> stream_;
   std::int32_t last_group_ = 0;
   bool lost_ = true;
   std::string loss_ = "pathstat has not been started";

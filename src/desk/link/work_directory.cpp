@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -18,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view private_prefix = "pathdesk-", private_letters = "XXXXXX";
 constexpr const char* lock_name = ".pathdesk.lock";
+constexpr std::uintmax_t least_room = 65536;
 
 /// True if the descriptor is of what stands at the path now.
 bool is_at(int descriptor, const fs::path& path) {
@@ -78,6 +80,13 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
 PrivateDirectory::~PrivateDirectory() {
   std::error_code ignored;
   if (!path_.empty()) fs::remove_all(path_, ignored);
+}
+
+std::string full_disk(const fs::path& folder) {
+  std::error_code unknown;
+  const auto room = fs::space(folder, unknown);
+  if (unknown || room.available >= least_room) return {};
+  return fmt::format("the disk of {} is full: {}", folder.string(), std::strerror(ENOSPC));
 }
 
 std::string FolderLock::take(const fs::path& folder) {

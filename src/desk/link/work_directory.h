@@ -37,6 +37,9 @@ class PrivateDirectory {
   Descriptor lock_;
 };
 
+/// @return empty while the disk of a folder has room for the files of a small run, else that it is full
+std::string full_disk(const std::filesystem::path& folder);
+
 /// Keeps a folder for one run: a lock file in it, which the kernel unlocks when its run ends in whatever way.
 class FolderLock {
  public:

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "desk/messages/label_units.h"
+#include "desk/messages/visible_text.h"
 
 namespace pathstat::desk {
 namespace {
@@ -50,7 +51,7 @@ std::vector<MessageArgument> with_units(std::string_view key, std::vector<Messag
 }  // namespace
 
 std::string shown(const MessageArgument& argument) {
-  if (const auto* text = std::get_if<std::string>(&argument)) return fmt::format("\"{}\"", *text);
+  if (const auto* text = std::get_if<std::string>(&argument)) return fmt::format("\"{}\"", visible(*text));
   if (const auto* number = std::get_if<double>(&argument)) return fmt::format("{:.9g}", plain(*number));
   return fmt::format("{}", std::get<std::int32_t>(argument));
 }
@@ -60,6 +61,8 @@ std::string filled(std::string_view text, const std::vector<MessageArgument>& ar
   for (const auto& argument : arguments) {
     if (const auto* number = std::get_if<double>(&argument)) {
       store.push_back(plain(*number));
+    } else if (const auto* words = std::get_if<std::string>(&argument)) {
+      store.push_back(visible(*words));
     } else {
       std::visit([&](const auto& value) { store.push_back(value); }, argument);
     }

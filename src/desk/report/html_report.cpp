@@ -6,6 +6,8 @@
 #include <charconv>
 #include <fstream>
 
+#include "desk/messages/visible_text.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -51,7 +53,7 @@ constexpr std::size_t most_rows = 200;
 
 std::string escaped(std::string_view text) {
   std::string safe;
-  for (const char c : text) {
+  for (const char c : visible_lines(text)) {
     switch (c) {
       case '&':
         safe += "&amp;";
@@ -66,7 +68,7 @@ std::string escaped(std::string_view text) {
         safe += "&quot;";
         break;
       default:
-        if (static_cast<unsigned char>(c) >= 0x20 || c == '\n' || c == '\t') safe += c;
+        safe += c;
     }
   }
   return safe;
@@ -186,6 +188,10 @@ std::string section(const ReportParts& parts, const StepRecord& step) {
       "<section><header><span class=\"number\">{}</span><code>{}</code>{}<span class=\"time\">{}</span></header>\n",
       step.line, escaped(step.text), badge(step), duration(step.seconds));
   html += notes(step.notes);
+  if (step.folded > 0) {
+    html += fmt::format("<p class=\"note\">and {} more lines, to line {}, of which there is nothing to tell</p>\n",
+                        step.folded, step.last_line);
+  }
   for (const auto& figure : parts.figures) {
     if (std::find(step.graphs.begin(), step.graphs.end(), figure.graph) != step.graphs.end()) {
       html += picture(parts, figure);
@@ -239,7 +245,7 @@ std::string html_report(const ReportParts& parts) {
       "<meta name=\"viewport\" content=\"width=device-width, "
       "initial-scale=1\">\n<title>{0}</title>\n<style>{1}</style>\n"
       "</head>\n<body>\n<main>\n<h1>{0}</h1>\n<p class=\"facts\">{2} · {3} lines, {4} failed · {5} graphs · {6}</p>\n",
-      escaped(record.script), style, escaped(record.started), record.steps.size(), failed, parts.figures.size(),
+      escaped(record.script), style, escaped(record.started), record.lines, failed, parts.figures.size(),
       duration(record.seconds));
   if (!record.ending.empty()) html += fmt::format("<p class=\"ending\">{}</p>\n", escaped(record.ending));
   html += contents(parts);

@@ -7,6 +7,7 @@
 #include <map>
 #include <numeric>
 
+#include "desk/messages/visible_text.h"
 #include "desk/model/elements.h"
 
 namespace pathstat::desk {
@@ -75,8 +76,8 @@ std::string atoms_text(const MolecularModel& model) {
                                  "x (Å)", "y (Å)", "z (Å)");
   for (std::size_t k = 0; k < count; ++k) {
     const auto& at = model.positions[k];
-    text += fmt::format("\n  {:>7}  {:<8} {:<7} {:<8}{:11.5f}{:11.5f}{:11.5f}", model.ids[k], model.names[k],
-                        elements()[model.elements[k]].symbol, model.ff_types[k], at[0], at[1], at[2]);
+    text += fmt::format("\n  {:>7}  {:<8} {:<7} {:<8}{:11.5f}{:11.5f}{:11.5f}", model.ids[k], visible(model.names[k]),
+                        elements()[model.elements[k]].symbol, visible(model.ff_types[k]), at[0], at[1], at[2]);
   }
   if (model.atoms() > count) text += fmt::format("\n  {:>7}  and {} more", "...", model.atoms() - count);
   return text;

@@ -39,15 +39,15 @@ std::vector<fs::path> result_files(const fs::path& work, fs::file_time_type sinc
   return {files.begin(), files.end()};
 }
 
-RunOutput::Graphs RunOutput::write_graphs(const GraphStore& store) {
-  Graphs graphs;
+std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
+  std::vector<std::string> all;
   auto figures = figures_of(store);
   std::erase_if(figures, [&](const Figure& figure) {
     const auto revision = store.revision(figure.graph);
     return std::exchange(written_[figure.graph], revision) == revision;
   });
   const PictureKinds kinds{.svg = formats_.svg || formats_.html, .png = formats_.png};
-  const auto undrawn = draw_pictures(figures, kinds, scratch_);
+  if (auto undrawn = draw_pictures(figures, kinds, scratch_); !undrawn.empty()) undrawn_.push_back(std::move(undrawn));
   for (const auto& figure : figures) {
     std::string files;
     for (const auto& [kind, extension] : kinds_of_files) {
@@ -58,21 +58,22 @@ RunOutput::Graphs RunOutput::write_graphs(const GraphStore& store) {
       const bool written = points ? results_.write(name, points_table(figure)) : results_.copy(scratch_ / name, name);
       if (written) files += (files.empty() ? "" : " ") + (results_.path() / name).string();
     }
-    if (!files.empty()) graphs.files.push_back(std::move(files));
+    if (!files.empty()) all.push_back(std::move(files));
   }
-  graphs.problems = results_.take_problems();
-  if (!undrawn.empty()) graphs.problems.push_back(undrawn);
-  return graphs;
+  return all;
 }
 
-std::vector<std::string> RunOutput::write_report(const RunRecord& record, const GraphStore& store,
-                                                 const std::vector<fs::path>& results) {
+void RunOutput::write_report(const RunRecord& record, const GraphStore& store, const std::vector<fs::path>& results) {
   for (const auto& result : results) results_.copy(result, result.filename());
-  if (formats_.html) {
-    const auto figures = figures_of(store);
-    results_.write("report.html", html_report({record, figures, scratch_, results, formats_.tsv}));
-  }
-  return results_.take_problems();
+  if (!formats_.html) return;
+  const auto figures = figures_of(store);
+  results_.write("report.html", html_report({record, figures, scratch_, results, formats_.tsv}));
+}
+
+std::vector<std::string> RunOutput::take_problems() {
+  auto problems = std::exchange(undrawn_, {});
+  for (auto& problem : results_.take_problems()) problems.push_back(std::move(problem));
+  return problems;
 }
 
 }  // namespace pathstat::desk

@@ -33,29 +33,30 @@ std::vector<std::filesystem::path> result_files(const std::filesystem::path& wor
                                                 std::filesystem::file_time_type since,
                                                 const std::set<std::filesystem::path>& tables);
 
-/// Writes what comes of a run, each graph again only when it has changed. What goes wrong is told sentence by sentence;
-/// everything else is written all the same.
+/// Writes what comes of a run, each graph again only when it has changed. Where something goes wrong, everything else
+/// is written all the same.
 class RunOutput {
  public:
   explicit RunOutput(OutputPlan plan)
       : results_(std::move(plan.folder)), scratch_(std::move(plan.scratch)), formats_(plan.formats) {}
 
-  struct Graphs {
-    std::vector<std::string> files;  ///< for each graph that was written, its files with blanks between
-    std::vector<std::string> problems;
-  };
   /// Writes the pictures and points of the graphs that have changed since they were last written.
-  Graphs write_graphs(const GraphStore& store);
+  /// @return for each graph that was written, its files with blanks between
+  std::vector<std::string> write_graphs(const GraphStore& store);
 
   /// Copies result files, those of the process under their own names, and writes the report. The graphs must have been
   /// written.
-  std::vector<std::string> write_report(const RunRecord& record, const GraphStore& store,
-                                        const std::vector<std::filesystem::path>& results);
+  void write_report(const RunRecord& record, const GraphStore& store,
+                    const std::vector<std::filesystem::path>& results);
+
+  /// What went wrong since this was last asked.
+  std::vector<std::string> take_problems();
 
  private:
   ResultFolder results_;
   std::filesystem::path scratch_;
   OutputFormats formats_;
+  std::vector<std::string> undrawn_;
   std::map<std::int32_t, std::uint64_t> written_;  ///< revisions by graph
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "desk/messages/visible_text.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -31,9 +33,9 @@ std::string on_lines(const std::vector<std::string>& items) {
   std::string all;
   for (const auto& item : items) {
     if (items.size() > most_on_a_line)
-      all += "\n    " + item;
+      all += "\n    " + visible(item);
     else
-      all += (all.empty() ? "" : ", ") + item.substr(item.find_first_not_of(' '));
+      all += (all.empty() ? "" : ", ") + visible(item.substr(item.find_first_not_of(' ')));
   }
   return all;
 }

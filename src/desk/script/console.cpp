@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+#include "desk/messages/visible_text.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -16,16 +18,16 @@ Console::Console() : terminal_(::isatty(STDERR_FILENO) != 0) {}
 
 void Console::write(std::FILE* stream, std::string_view text) {
   clear();
-  fmt::print(stream, "{}\n", text);
+  fmt::print(stream, "{}\n", visible_lines(text));
   std::fflush(stream);
 }
 
 void Console::print(std::string_view text) { write(stdout, text); }
 void Console::complain(std::string_view text) { write(stderr, text); }
 
-void Console::set_activity(std::string activity) {
+void Console::set_activity(std::string_view activity) {
   clear();
-  activity_ = std::move(activity);
+  activity_ = visible(activity);
   started_ = std::chrono::steady_clock::now();
 }
 
@@ -45,7 +47,7 @@ void Console::show_progress(double fraction) {
 
 void Console::show_status(std::string_view text) {
   if (text.empty()) return clear();
-  draw(fmt::format("{}: {}", activity_, text));
+  draw(fmt::format("{}: {}", activity_, visible(text)));
 }
 
 void Console::clear() {

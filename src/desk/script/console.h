@@ -8,7 +8,7 @@
 namespace pathstat::desk {
 
 /// The terminal: lines of results on standard output, lines of trouble on standard error, and below them, on a terminal
-/// only, one line that tells how far the work has come.
+/// only, one line that tells how far the work has come. Control characters in texts are shown, not sent.
 class Console {
  public:
   Console();
@@ -20,7 +20,7 @@ class Console {
   void complain(std::string_view text);
 
   /// What begins to run now; stands in front of the progress.
-  void set_activity(std::string activity);
+  void set_activity(std::string_view activity);
   /// Shows how far it has come, and how long the rest will take if it goes on like that.
   void show_progress(double fraction);
   void show_status(std::string_view text);

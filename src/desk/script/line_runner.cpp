@@ -13,6 +13,8 @@
 
 #include "desk/advice/word_table.h"
 #include "desk/graphs/plot_operations.h"
+#include "desk/link/work_directory.h"
+#include "desk/messages/visible_text.h"
 #include "desk/model/marked_measure.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
@@ -34,6 +36,9 @@ const std::array<std::string, 4> stepping_words{"CURRENT_FRAME_NUMBER", "CURRENT
 /// The class of modal states that says what a click on a graph does, and its state while it shows a frame.
 constexpr std::int32_t click_class = 9;
 constexpr std::string_view click_shows_frame = "ANALYSIS_PICK";
+
+/// Of a line in front of its progress.
+constexpr std::size_t most_shown = 60;
 
 double seconds_since(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
@@ -172,17 +177,17 @@ void LineRunner::ask_frame() {
 }
 
 void LineRunner::write_graphs() {
-  const auto written = output_.write_graphs(store_);
-  for (const auto& files : written.files) console_.print(fmt::format("Wrote {}", files));
-  for (const auto& problem : written.problems) console_.complain("pathdesk: " + problem);
+  for (const auto& files : output_.write_graphs(store_)) console_.print("Wrote " + visible(files));
+  for (const auto& problem : output_.take_problems()) console_.complain("pathdesk: " + visible(problem));
 }
 
 LineEnd LineRunner::run(const ScriptLine& line) {
-  record_.steps.push_back({.line = line.number, .text = line.text, .status = {}, .notes = {}, .graphs = {}});
+  record_.steps.push_back(
+      {.line = line.number, .text = shortened(line.text, most_characters), .status = {}, .notes = {}, .graphs = {}});
   held_.clear();
   frame_.reset();
   done_ = 0;
-  console_.set_activity(line.text);
+  console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
   const auto problem = run_kind(line);
   console_.clear();
@@ -203,11 +208,16 @@ LineEnd LineRunner::run(const ScriptLine& line) {
       console_.complain(fmt::format("{}{}: {}", where(line), kind, message.text));
     }
   }
+  if (step.failed || !held_.empty()) {
+    if (const auto full = full_disk(place_.work); !full.empty()) console_.complain("pathdesk: " + full);
+  }
+  const bool failed = step.failed;
+  record_.end_line();
   if (source_.pictures_at_once) write_graphs();
   if (interrupts() > 0) return LineEnd::interrupted;
   if (stopped_) return LineEnd::stopped;
   if (session_.lost()) return LineEnd::lost;
-  return step.failed ? LineEnd::failed : LineEnd::done;
+  return failed ? LineEnd::failed : LineEnd::done;
 }
 
 /// What stands in front of a sentence about a line; nothing for a line that is typed.
@@ -251,15 +261,16 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
 
 bool LineRunner::finish() {
   console_.clear();
-  auto problems = output_.write_graphs(store_).problems;
-  const auto others = output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
-  problems.insert(problems.end(), others.begin(), others.end());
+  output_.write_graphs(store_);
+  output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
   session_.finish();
-  for (const auto& problem : problems) console_.complain("pathdesk: " + problem);
+  const auto problems = output_.take_problems();
+  for (const auto& problem : problems) console_.complain("pathdesk: " + visible(problem));
+  const auto folder = visible(place_.output.string());
   if (problems.empty()) {
-    console_.print(fmt::format("Results are in {}", place_.output.string()));
+    console_.print(fmt::format("Results are in {}", folder));
   } else {
-    console_.complain(fmt::format("pathdesk: the results in {} are not complete", place_.output.string()));
+    console_.complain(fmt::format("pathdesk: the results in {} are not complete", folder));
   }
   return problems.empty();
 }
@@ -458,7 +469,7 @@ std::string LineRunner::show_model() {
   ask_frame();
   if (frame_) facts.push_back({"shown", *frame_});
   frame_.reset();
-  take_returned(fmt::format("Model {}\n{}\n{}", model->data.name, facts_text(facts), atoms_text(model->data)));
+  take_returned(fmt::format("Model {}\n{}\n{}", visible(model->data.name), facts_text(facts), atoms_text(model->data)));
   return {};
 }
 

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "desk/advice/nearest.h"
+#include "desk/messages/visible_text.h"
 #include "desk/model/marked_measure.h"
 
 namespace pathstat::desk {
@@ -131,7 +132,8 @@ constexpr auto helps = [] {
 const DeskLineHelp& nearest(const Words& words) {
   const auto away = [&](const DeskLineHelp& row) {
     const auto count = std::min(words.size(), words_of(row.name).size());
-    const auto begun = joined(Words(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count)), " ");
+    auto begun = joined(Words(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count)), " ");
+    begun.resize(std::min(begun.size(), 2 * row.name.size()));  // the rest of a long word brings it no nearer
     return distance(begun, row.name.substr(0, begun.size()));
   };
   return *std::min_element(helps.begin(), helps.end(), [&](const auto& a, const auto& b) { return away(a) < away(b); });
@@ -147,7 +149,7 @@ std::string read_desk_line(ScriptLine& line) {
     line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
     return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.help.usage);
   }
-  return fmt::format("there is no line {}; did you mean {}?", joined(words, " "), nearest(words).usage);
+  return fmt::format("there is no line {}; did you mean {}?", shortened(joined(words, " "), 60), nearest(words).usage);
 }
 
 void read_command(ScriptLine& line) {

@@ -7,6 +7,7 @@
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/link/work_directory.h"
+#include "desk/messages/visible_text.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script.h"
 
@@ -16,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 int complain(const std::string& problem) {
-  fmt::print(stderr, "pathdesk: {}\n", problem);
+  fmt::print(stderr, "pathdesk: {}\n", visible(problem));
   return exit_code::not_run;
 }
 
@@ -118,6 +119,8 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
   if (!fs::equivalent(place.work, place.output, differ)) error = take_folder(place.work, work_lock);
   if (!error.empty()) return complain(error);
 
+  if (error = full_disk(place.private_folder); !error.empty()) return complain(error);
+
   watch_interrupts();
   LineRunner runner(source, place);
   if (error = runner.start(); !error.empty()) {
@@ -131,7 +134,8 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
 
 int run_lines(const RunOptions& options, const LineSource& source, std::string_view text) {
   const Script script = read_script(text);
-  for (const auto& problem : script.problems) fmt::print(stderr, "{}:{}\n", source.place, problem);
+  for (const auto& problem : script.problems)
+    fmt::print(stderr, "{}\n", visible(fmt::format("{}:{}", source.place, problem)));
   if (!script.problems.empty()) return exit_code::not_run;
   return with_runner(options, source, [&](LineRunner& runner) { return run_all(runner, script); });
 }
