@@ -1,22 +1,17 @@
-#include <sys/mman.h>
-#include <unistd.h>
+#include "trajectory/archive_file.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
-#include "trajectory/archive_file.h"
+#include "memory_stream.h"
 
 using namespace pathstat;
 
 /// Any bytes, as an archive of the form that their first line tells: each operation ends, with a status, and the atoms
 /// fit into what the file can hold.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const int file = ::memfd_create("archive", 0);
-  if (file < 0 || ::write(file, data, size) != static_cast<ssize_t>(size)) __builtin_trap();
+  const fuzz::MemoryFile file(data, size);
   std::int32_t status = 0;
-  ArchiveFile archive(file, status);
+  ArchiveFile archive(file.descriptor(), status);
   if (status == 0) {
     const auto atoms = static_cast<std::size_t>(archive.header().atoms);
     if (8 * atoms > size) __builtin_trap();
@@ -27,6 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       archive.goes_on();
     }
   }
-  ::close(file);
   return 0;
 }

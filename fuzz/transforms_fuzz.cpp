@@ -1,0 +1,42 @@
+// Cosine, sine and real transforms of any length against their definitions.
+#include "transforms/transforms.h"
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "memory_stream.h"
+
+namespace {
+
+void hold(double found, double expected, double scale) {
+  if (std::abs(found - expected) > 1e-11 * (scale + 1)) __builtin_trap();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace pathstat;
+  fuzz::Numbers numbers(std::span(data, size));
+  const auto n = static_cast<std::size_t>(3 + numbers.below(600));
+  std::vector<double> x(n), cosines(n), sines(n + 1);
+  double scale = 0;
+  for (double& value : x) {
+    value = numbers.fraction();
+    scale += std::abs(2 * value);
+  }
+  fftcos_(x, cosines);
+  fftsin_(x, sines);
+  const std::size_t step = n > 60 ? n / 17 : 1;  // of a long sequence some elements stand for all
+  for (std::size_t i = 0; i < n; i += step) {
+    long double cosine = x[0] + (i % 2 == 0 ? x[n - 1] : -x[n - 1]), sine = 0;
+    const auto angle = [](std::size_t k, std::size_t of) {
+      return std::numbers::pi_v<long double> * static_cast<long double>(k % (2 * of)) / static_cast<long double>(of);
+    };
+    for (std::size_t k = 1; k + 1 < n; ++k) cosine += 2 * x[k] * std::cos(angle(k * i, n - 1));
+    for (std::size_t k = 0; k < n; ++k) sine += 2 * x[k] * std::sin(angle((k + 1) * (i + 1), n + 1));
+    hold(cosines[i], static_cast<double>(cosine), scale);
+    hold(sines[i], static_cast<double>(sine), scale);
+  }
+  return 0;
+}
