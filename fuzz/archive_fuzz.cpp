@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 using namespace pathstat;
 

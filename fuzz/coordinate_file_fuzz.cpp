@@ -1,7 +1,7 @@
 // Any bytes as a coordinate file: a model whose arrays belong together, or a sentence that tells why not.
 #include "desk/model/coordinate_file.h"
 
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const pathstat::fuzz::MemoryFile file(data, size);

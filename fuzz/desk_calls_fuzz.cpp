@@ -4,7 +4,7 @@
 #include "desk/ops/frame_codec.h"
 #include "desk/ops/model_operations.h"
 #include "desk/ops/user_interface.h"
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Call frames of any bytes: the first chooses the operation, the rest are what came over the wire.
 #include "desk/ops/frame_codec.h"
 
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;

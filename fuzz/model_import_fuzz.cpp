@@ -2,7 +2,7 @@
 #include "desk/model/model_import.h"
 
 #include "desk/model/data_model.h"
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace pathstat;

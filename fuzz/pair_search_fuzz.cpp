@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-#include "memory_stream.h"
+#include "fuzz_input.h"
 #include "pairs/pair_histogram.h"
 #include "pairs/pair_search.h"
 

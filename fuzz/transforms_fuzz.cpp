@@ -5,7 +5,7 @@
 #include <numbers>
 #include <vector>
 
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 namespace {
 

@@ -2,10 +2,11 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <functional>
 #include <vector>
 
 #include "corelink/typed_values.h"
-#include "memory_stream.h"
+#include "fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace pathstat;
@@ -27,30 +28,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::vector<std::int32_t> integers(count);
   std::vector<float> floats(count);
   std::vector<double> doubles(count);
-  bool good = true;
-  for (std::size_t k = 2; k < questions && good; ++k) {
-    switch (data[k] % 7) {
-      case 0:
-        good = PD_receive_string(record, text, 1) == 0;
-        break;
-      case 1:
-        good = PD_receive_longstring(record, text, 1) == 0;
-        break;
-      case 2:
-        good = PD_receive_char(record, chars, 1) == 0;
-        break;
-      case 3:
-        good = PD_receive_short(record, shorts, 1) == 0;
-        break;
-      case 4:
-        good = PD_receive_int(record, integers, 1) == 0;
-        break;
-      case 5:
-        good = PD_receive_float(record, floats, 1) == 0;
-        break;
-      default:
-        good = PD_receive_double(record, doubles, 1) == 0;
-    }
+  constexpr std::int32_t seconds = 1;
+  const std::array<std::function<std::int32_t()>, 7> ask{
+      [&] { return PD_receive_string(record, text, seconds); },
+      [&] { return PD_receive_longstring(record, text, seconds); },
+      [&] { return PD_receive_char(record, chars, seconds); },
+      [&] { return PD_receive_short(record, shorts, seconds); },
+      [&] { return PD_receive_int(record, integers, seconds); },
+      [&] { return PD_receive_float(record, floats, seconds); },
+      [&] { return PD_receive_double(record, doubles, seconds); },
+  };
+  for (std::size_t k = 2; k < questions && ask[data[k] % ask.size()]() == 0; ++k) {
     if (text.size() > size) __builtin_trap();
   }
   PNC_close(record);

@@ -11,6 +11,7 @@
 #include "catalogue/measure_families.h"
 #include "catalogue/measures.h"
 #include "catalogue/model_selection.h"
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
@@ -196,11 +197,8 @@ bool can_serve(std::int32_t id, const ModelSelection& selection) {
   }
 }
 
-void refuse(std::string_view property, bool is_current_model) {
-  std::int32_t error = 0;
-  kvu_msg_args_(property);
-  kvu_msg_args_(is_current_model ? "current model" : "any of the selected models");
-  kvu_msg_display_(2, "PATHSTAT_WARN_13", error);
+void refuse_property(std::string_view property, bool is_current_model) {
+  show_message("PATHSTAT_WARN_13", property, is_current_model ? "current model" : "any of the selected models");
 }
 
 }  // namespace
@@ -229,7 +227,7 @@ void checkprops_(std::int32_t& status) {
     const CatalogueTable table = property_table();  // a nested command may have built it anew
     if (!table.selected[row] || can_serve(table.ids[row], selection)) continue;
     table.selected[row] = false;
-    refuse(table.names[row], selection.is_current_model());
+    refuse_property(table.names[row], selection.is_current_model());
   }
 }
 

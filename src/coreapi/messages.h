@@ -23,4 +23,11 @@ void show_message(std::string_view key, const Arguments&... arguments) {
   kvu_msg_display_(2, key, error);
 }
 
+/// The same. @return 1, the result of what is refused
+template <class... Arguments>
+std::int32_t refuse(std::string_view key, const Arguments&... arguments) {
+  show_message(key, arguments...);
+  return 1;
+}
+
 }  // namespace pathstat

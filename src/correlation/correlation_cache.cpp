@@ -5,6 +5,8 @@
 #include <span>
 #include <string>
 
+#include "catalogue/model_selection.h"
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "correlation/frame_file.h"
@@ -19,13 +21,7 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t atom_class = 3;
 constexpr std::int32_t no_memory = -1;  ///< as the named blocks have it
-
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
 
 bool flag(const OpenTrajectory& trajectory, std::int32_t which) {
   Logical value;
@@ -57,7 +53,7 @@ std::size_t selected_identifiers(std::int32_t model, std::span<std::int32_t> lis
   const auto identifiers = selected.first(objects.size());
   kvd_id_(std::span<const std::int32_t>(objects), identifiers, error);
   if (std::ranges::any_of(identifiers, [](std::int32_t id) { return id < 1; })) {
-    show("PATHSTAT_ERROR_42");
+    show_message("PATHSTAT_ERROR_42");
     return 0;
   }
   std::ranges::copy(identifiers, objects.begin());
@@ -79,7 +75,7 @@ NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std
   IdentifierIndex index;
   if (status == 0) index = IdentifierIndex(moved, status);
   if (status != 0) {
-    show("PATHSTAT_ERROR_41");
+    show_message("PATHSTAT_ERROR_41");
     status = no_memory;
     return {};
   }
@@ -90,13 +86,13 @@ NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std
     if (place >= 0) list.span()[kept++] = place;
   }
   if (kept == 0) {
-    if (!identifiers.empty()) show("PATHSTAT_ERROR_43");
+    if (!identifiers.empty()) show_message("PATHSTAT_ERROR_43");
     status = cache_status::selection_unusable;
     return {};
   }
   if (kept < identifiers.size()) {
     kvu_msg_argi_(static_cast<std::int32_t>(identifiers.size() - kept));
-    show("PATHSTAT_MSG_40");
+    show_message("PATHSTAT_MSG_40");
   }
   list.resize(static_cast<std::int64_t>(kept), status);
   return list;
@@ -159,7 +155,7 @@ bool read_frame(const OpenTrajectory& trajectory, const FrameRange& range, std::
                 range.velocities ? trajectory_key::movable_velocities : trajectory_key::movable_positions, vectors,
                 count, status);
   }
-  if (status != 0) show("PATHSTAT_ERROR_93");
+  if (status != 0) show_message("PATHSTAT_ERROR_93");
   return status == 0;
 }
 
@@ -180,7 +176,7 @@ void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, cons
     if (!even) {
       kvu_msg_argi_(range.frame(k - 1));
       kvu_msg_argi_(range.frame(k));
-      show("PATHSTAT_ERROR_61");
+      show_message("PATHSTAT_ERROR_61");
       status = cache_status::uneven_spacing;
       return;
     }
@@ -208,9 +204,9 @@ void setupcorrl_(FrameSink& cache, std::string_view trajectory_file, std::int32_
 
   atoms = trajectory.integer(trajectory_key::movable_atoms, 0);
   const NamedBlock<std::int32_t> moved("thd_mvatmofst", atoms, status);
-  if (status != 0) return show("PATHSTAT_ERROR_41");
+  if (status != 0) return show_message("PATHSTAT_ERROR_41");
   const FrameArrays arrays(atoms, status);
-  if (status != 0) return show("PATHSTAT_ERROR_41");
+  if (status != 0) return show_message("PATHSTAT_ERROR_41");
   std::int32_t listed = 0;
   trj_ivalue_(trajectory.handle(), trajectory_key::movable_ids, moved.span(), listed, status);
   if (status == 0 && atoms < 1) status = cache_status::selection_unusable;

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "coreapi/interrupt.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "correlation/correlation_cache.h"
 #include "correlation/correlation_table.h"
@@ -22,11 +23,6 @@ namespace pathstat {
 namespace {
 
 constexpr std::int64_t reports_in_a_run = 50;
-
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
 
 /// The frames of a run on their way to whichever sums cost less.
 class RoutedCache : public FrameSink {
@@ -105,11 +101,11 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
               kind.of_velocities, request.first, request.last, request.step, request.atoms, status);
   if (status != 0) {
     const auto place = static_cast<std::size_t>(status) - 1;
-    if (place < kind.cache_messages.size()) show(kind.cache_messages[place]);
+    if (place < kind.cache_messages.size()) show_message(kind.cache_messages[place]);
     return;
   }
   const auto refuse = [&](std::size_t group) {
-    show(kind.memory_message);
+    show_message(kind.memory_message);
     status = kind.memory_statuses[group];
   };
   const PairSums sums = request.anisotropic ? PairSums{kind.products, correlation_columns} : PairSums{kind.total, 1};
@@ -130,7 +126,7 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
                            : sum_by_transforms(cache.batches(), cache.shape(), sums.kernel, atoms, table, watched);
   if (!read) {
     status = cache_status::not_written;
-    return show(kind.cache_messages[4]);
+    return show_message(kind.cache_messages[4]);
   }
   plots.draw();
   table.normalise();
@@ -145,7 +141,7 @@ void run_correlation(const CorrelationKind& kind, const CorrelationRequest& requ
   available = false;
   correlate(kind, request, available, status);
 } catch (const std::bad_alloc&) {
-  show(kind.memory_message);
+  show_message(kind.memory_message);
   status = kind.memory_statuses[0];
 }
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "extraction/scratch_format.h"
 #include "services/file_names.h"
 #include "support/record_file.h"
@@ -13,20 +13,16 @@ namespace pathstat {
 
 CorrelationSeries::CorrelationSeries(std::string_view file, std::string_view table_label, std::string_view lag_label,
                                      const SeriesMessages& messages, std::int32_t& status) {
-  std::int32_t error = 0;
-  std::string_view message;
+  status = 1;
   if (!kvs_fil_exists_(file)) {
-    message = "PATHSTAT_ERROR_70";
+    show_message("PATHSTAT_ERROR_70", file);
   } else if (!read(file, table_label, lag_label)) {
-    message = "PATHSTAT_ERROR_69";
-  }
-  if (!message.empty()) {
-    kvu_msg_args_(file);
+    show_message("PATHSTAT_ERROR_69", file);
+  } else if (const auto message = flaw(messages); !message.empty()) {
+    show_message(message);
   } else {
-    message = flaw(messages);
+    status = 0;
   }
-  status = message.empty() ? 0 : 1;
-  if (status != 0) kvu_msg_display_(2, message, error);
 }
 
 bool CorrelationSeries::read(std::string_view file, std::string_view table_label, std::string_view lag_label) {

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cinttypes>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <new>
 #include <span>
 #include <string>
@@ -11,6 +14,7 @@
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_rows.h"
 #include "coreapi/interrupt.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "correlation/column_plots.h"
 #include "correlation/dipole_pairs.h"
@@ -35,12 +39,6 @@ constexpr std::int64_t lags_for_transform = 128;
 constexpr ColumnTexts names{"DAC component XX", "DAC component YY", "DAC component ZZ",       "DAC component XY",
                             "DAC component XZ", "DAC component YZ", "Dipole Auto Correlation"};
 constexpr std::array<double, correlation_columns> factors{1, 1, 1, 0.5, 0.5, 0.5, 1};
-
-std::int32_t refuse(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return 1;
-}
 
 /// The dipoles of the frames, read back from their file.
 struct DipoleFrames {
@@ -144,6 +142,11 @@ class Table {
   std::int32_t viewer_ = 0;
 };
 
+void trace(const DipolePairs& pairs, std::int64_t lags, std::int64_t origin_step, bool by_transforms) {
+  std::fprintf(stderr, "correlation: %s, dipoles, %" PRId64 " frames, %" PRId64 " lags, origin step %" PRId64 "\n",
+               by_transforms ? "transforms" : "pairs of frames", pairs.frames(), lags, origin_step);
+}
+
 /// Goes over the origins in order, from one report or question to the next. @return false if the user interrupts
 bool sum_pairs(const DipolePairs& pairs, bool monitor, std::int64_t origin_step, Table& table) {
   const std::int64_t whole_steps = std::max<std::int64_t>(pairs.frames() / origin_step, 1);
@@ -152,6 +155,7 @@ bool sum_pairs(const DipolePairs& pairs, bool monitor, std::int64_t origin_step,
   const std::int64_t at_once = std::max(pairs_at_once / lags, origins_between_polls);
   // A curve that nobody watches does not have to grow origin by origin.
   const bool at_a_stroke = !monitor && origin_step == 1 && lags >= lags_for_transform;
+  if (std::getenv("PATHSTAT_TRACE") != nullptr) trace(pairs, lags, origin_step, at_a_stroke);
   const bool summed = at_a_stroke && pairs.sum_all(table.anisotropic(), table.sums());
   for (std::int64_t done = 0; done < pairs.origins();) {
     const std::int64_t next_report = (done / report_interval + 1) * report_interval;
@@ -201,7 +205,7 @@ void rundac_(std::string_view trajectory, std::string_view atoms, std::int32_t i
   trj_gui_l_.trj_gui_l_3 = false;
   const auto row = property_row_of(dipole_vector);
   if (!property_table().on_disk[row]) {
-    refuse("PATHSTAT_MSG_37");
+    show_message("PATHSTAT_MSG_37");
     dipole_(trajectory, from_trajectory, atoms, trj_gui_c_.dipole_using, status);
     if (status != 0) return;
   }

@@ -36,7 +36,6 @@ class DipolePairs {
  private:
   /// Frames p, p + step, p + 2 step and so on stand one behind the other, those of phase p + 1 behind them.
   std::int64_t start(std::int64_t phase) const;
-  std::int64_t size(std::int64_t phase) const { return start(phase + 1) - start(phase); }
   Axes axes(std::int64_t first, std::int64_t count) const;
   void add_lag(std::int64_t lag, std::int64_t first, std::int64_t end, bool components, std::span<double> row) const;
 

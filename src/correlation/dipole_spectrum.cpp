@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "correlation/column_plots.h"
 #include "correlation/correlation_series.h"
 #include "correlation/dipole_autocorrelation.h"
@@ -125,8 +125,7 @@ void runfftdac_(std::string_view trajectory, std::string_view atoms, std::int32_
                 std::int32_t origin_step, bool anisotropic, double max_time, std::int32_t& status) try {
   status = 0;
   if (!trj_gui_l_.trj_gui_l_3) {
-    std::int32_t error = 0;
-    kvu_msg_display_(2, "PATHSTAT_MSG_38", error);
+    show_message("PATHSTAT_MSG_38");
     rundac_(trajectory, atoms, intervals, monitor, origin_step, anisotropic, status);
     if (status != 0) return;
   }

@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <limits>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "services/file_names.h"
 #include "services/unit_paths.h"
 
@@ -40,11 +40,6 @@ iovec part_of(const double* values, std::size_t count) {
   return {const_cast<double*>(values), count * sizeof(double)};  // the system's type serves reading and writing
 }
 
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
-
 }  // namespace
 
 FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32_t& status) {
@@ -52,7 +47,7 @@ FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32
   if (kvs_fil_exists_(file)) kvs_fil_delete_(file, status);
   FileUnit unit(file, {.record_words = record_words}, status);
   if (status == unit_error::none_free) {
-    show("PATHSTAT_ERROR_12");
+    show_message("PATHSTAT_ERROR_12");
   } else if (!unit) {
     status = cache_status::not_written;
   } else {

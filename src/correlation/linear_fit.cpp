@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "correlation/column_plots.h"
 #include "correlation/correlation_series.h"
 #include "correlation/displacement.h"
@@ -86,11 +86,6 @@ void print(std::string_view name, float diffusion) {
   row(diffusion, "A*A/(pico second)");
 }
 
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
-
 void fit_lines(double min_time, double max_time, std::int32_t& status) {
   const CorrelationSeries series(displacement_file, "PathStat/MSDlf/MSD", "PathStat/MSDlf/MSDx",
                                  {"PATHSTAT_ERROR_29", "PATHSTAT_ERROR_30", "PATHSTAT_ERROR_31"}, status);
@@ -98,7 +93,7 @@ void fit_lines(double min_time, double max_time, std::int32_t& status) {
   const FitRange range = fit_range(series.lags(), min_time, max_time);
   if (range.last < range.first + 2) {
     status = 1;
-    return show("PATHSTAT_ERROR_32");
+    return show_message("PATHSTAT_ERROR_32");
   }
   const auto count = static_cast<std::int64_t>(series.size());
   const NamedBlock<float> points("PathStat/MSDlf/PlotData", 2 * count, status);
@@ -106,7 +101,7 @@ void fit_lines(double min_time, double max_time, std::int32_t& status) {
   if (status == 0) values = NamedBlock<double>("PathStat/MSDlf/data", count, status);
   if (status != 0) {
     status = 1;
-    return show("PATHSTAT_ERROR_33");
+    return show_message("PATHSTAT_ERROR_33");
   }
   for (std::size_t i = 0; i < series.size(); ++i) points.span()[2 * i] = static_cast<float>(series.lags()[i]);
 
@@ -157,7 +152,7 @@ void run_linefit_(double min_time, double max_time, std::int32_t& status) try {
   fit_lines(min_time, max_time, status);
 } catch (const std::bad_alloc&) {
   status = 1;
-  show("PATHSTAT_ERROR_33");
+  show_message("PATHSTAT_ERROR_33");
 }
 
 }  // namespace pathstat

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "correlation/column_plots.h"
 #include "correlation/correlation_series.h"
 #include "correlation/velocity_autocorrelation.h"
@@ -31,11 +31,6 @@ constexpr ColumnTexts titles{"Power Spectrum component XX A^4/ps^2",
                              "Power Spectrum component XZ A^4/ps^2",
                              "Power Spectrum component YZ A^4/ps^2",
                              "Power Spectrum A^4/ps^2"};
-
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
 
 /// Lengths of a transform, in points, and the distance of its frequencies.
 struct Frequencies {
@@ -81,7 +76,7 @@ void show_spectra(double max_time, std::int32_t& status) {
   const Frequencies range = frequencies(series, max_time, message);
   if (!message.empty()) {
     status = 1;
-    return show(message);
+    return show_message(message);
   }
   const auto length = static_cast<std::int64_t>(range.transformed);
   const NamedBlock<double> data("PathStat/PWR/data", length, status);
@@ -89,7 +84,7 @@ void show_spectra(double max_time, std::int32_t& status) {
   if (status == 0) block = NamedBlock<float>("PathStat/PWR/PlotData", 4 * length, status);
   if (status != 0) {
     status = 1;
-    return show("PATHSTAT_ERROR_53");
+    return show_message("PATHSTAT_ERROR_53");
   }
   const auto points = block.span().first(2 * range.shown);
   for (std::size_t i = 0; i < range.shown; ++i) {
@@ -117,7 +112,7 @@ void run_pwr_(double max_time, std::int32_t& status) try {
   show_spectra(max_time, status);
 } catch (const std::bad_alloc&) {
   status = 1;
-  show("PATHSTAT_ERROR_53");
+  show_message("PATHSTAT_ERROR_53");
 }
 
 }  // namespace pathstat

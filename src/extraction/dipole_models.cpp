@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "catalogue/model_selection.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "extraction/dipole.h"
 #include "extraction/dipole_charges.h"
@@ -13,32 +14,16 @@
 #include "extraction/scratch_file.h"
 #include "state/analysis_settings.h"
 #include "support/text_field.h"
+#include "trajectory/frame_cell.h"
 
 namespace pathstat {
 namespace {
-
-std::int32_t refuse(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return 1;
-}
 
 void warn(std::int32_t model, std::string_view key) {
   Text<80> name;
   std::int32_t error = 0;
   kvd_mod_name_(model, name, error);
-  kvu_msg_args_(name);
-  kvu_msg_display_(2, key, error);
-}
-
-Matrix3 cell_of(std::int32_t model, std::int32_t periodic_type, std::int32_t& status) {
-  Matrix3 cell{1, 0, 0, 0, 1, 0, 0, 0, 1};
-  if (periodic_type != periodic_type::three_dimensional) return cell;
-  const std::span<double, 9> all(cell);
-  std::int32_t error = 0;
-  kvd_mod_3dcellvector_(model, all.subspan<0, 3>(), all.subspan<3, 3>(), all.subspan<6, 3>(), error);
-  if (error != 0) status = 1;
-  return cell;
+  show_message(key, std::string_view(name));
 }
 
 /// The dipole of a model; that of one without charges of both signs is 0, which is told.
@@ -54,7 +39,8 @@ DipoleMoment moment_of(std::int32_t model, std::int32_t periodic_type, DipoleCho
   if (count > 0) kvd_xyz_(atoms.atoms(), xyz.span(), error);
   if (error != 0) status = 1;
   std::iota(places.span().begin(), places.span().end(), 1);
-  const Matrix3 cell = cell_of(model, periodic_type, status);
+  const CellVectors cell = cell_of_model(model, periodic_type, error);
+  if (error != 0) status = 1;
   if (status != 0) return {};
   const DipoleCharges charges(atoms, places.span(), status);
   if (status != 0) return {};
@@ -63,7 +49,7 @@ DipoleMoment moment_of(std::int32_t model, std::int32_t periodic_type, DipoleCho
   } else if (charges.of_one_sign()) {
     warn(model, "PATHSTAT_WARN_15");
   }
-  return charges.moment(xyz.span(), periodic_type, cell, status);
+  return charges.moment(xyz.span(), periodic_type, cell.matrix(), status);
 }
 
 void print(const char* label, std::span<const double> values) {
@@ -98,7 +84,7 @@ void dipolemodels_(std::string_view atom_choice, std::string_view atom_kind, std
     if (!can_have_dipole(type)) status = 1;
   }
   if (status != 0) {
-    refuse("PATHSTAT_ERROR_1");
+    show_message("PATHSTAT_ERROR_1");
     return;
   }
   DipoleSeries series(selection.size(), status);

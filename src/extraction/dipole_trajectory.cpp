@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "coreapi/interrupt.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "extraction/dipole.h"
 #include "extraction/dipole_charges.h"
@@ -25,12 +26,6 @@ namespace {
 
 constexpr std::int32_t frames_between_polls = 50;
 constexpr std::int32_t reports_in_a_run = 50;
-
-std::int32_t refuse(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return 1;
-}
 
 /// The charges of the trajectory's model, each with its atom's place in the frames' coordinates, and these.
 class FrameCharges {
@@ -65,13 +60,9 @@ class FrameCharges {
     if (!moved_.empty()) {
       trj_dvalue_(trajectory_.handle(), trajectory_key::movable_positions, moved_, count, status);
     }
-    Matrix3 cell{1, 0, 0, 0, 1, 0, 0, 0, 1};
-    if (status == 0 && type_ == periodic_type::three_dimensional) {
-      const CellVectors vectors = cell_of_frame(trajectory_.handle(), status);
-      for (std::size_t k = 0; k < 3; ++k)
-        cell[k] = vectors.a[k], cell[3 + k] = vectors.b[k], cell[6 + k] = vectors.c[k];
-    }
-    return status == 0 ? charges_.moment(xyz_.span(), type_, cell, status).dipole : Vector3{};
+    CellVectors cell;
+    if (status == 0 && type_ == periodic_type::three_dimensional) cell = cell_of_frame(trajectory_.handle(), status);
+    return status == 0 ? charges_.moment(xyz_.span(), type_, cell.matrix(), status).dipole : Vector3{};
   }
 
  private:
@@ -94,9 +85,7 @@ class TimeCheck {
     if (time_status != 0 || step_status != 0) {
       trj_gui_l_.dipole_data_ready = false;
     } else if (!spacing_.add(time, time_step)) {
-      kvu_msg_argi_(frame_before);
-      kvu_msg_argi_(frame);
-      refuse("PATHSTAT_WARN_11");
+      show_message("PATHSTAT_WARN_11", frame_before, frame);
       trj_gui_l_.dipole_data_ready = false;
     }
     return time_status == 0 ? time : absent;
@@ -126,7 +115,7 @@ void walk(const OpenTrajectory& trajectory, const FrameRange& range, FrameCharge
     trj_readframe_(trajectory.handle(), frame, status);
     const Vector3 dipole = status == 0 ? charges.dipole(status) : Vector3{};
     if (status != 0) {
-      refuse("PATHSTAT_ERROR_93");
+      show_message("PATHSTAT_ERROR_93");
       return;
     }
     const double time = times.add(trajectory, frame, range.frame(k - 1), frame);

@@ -4,7 +4,7 @@
 #include <tuple>
 #include <utility>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "measures/measure_blocks.h"
 #include "measures/measures.h"
 #include "structure/measure_geometry.h"
@@ -123,10 +123,7 @@ void calcinversion_(const Vector3& p1, const Vector3& p2, const Vector3& p3, con
   const Inversion found = inversion_of(p1, p2, p3, p4, convention);
   out = found.angle;
   status = found.fault == InversionFault::none ? 0 : -1;
-  if (status == 0) return;
-  std::int32_t error = 0;
-  kvu_msg_args_(inversion_fault_text(found.fault));
-  kvu_msg_display_(2, "DisplayText", error);
+  if (status != 0) show_message("DisplayText", inversion_fault_text(found.fault));
 }
 
 }  // namespace pathstat

@@ -3,6 +3,7 @@
 
 #include "catalogue/measure_families.h"
 #include "catalogue/measures.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "measures/measures.h"
 #include "services/file_names.h"
@@ -60,8 +61,7 @@ void domeasures_(std::int32_t model, std::int32_t id, std::string_view file, Log
   count = numberofmeasures_(model, family.monitor_type, error);
   if (count < 1) {
     on_disk = false;
-    kvu_msg_args_(family.word);
-    kvu_msg_display_(2, "PATHSTAT_WARN_6", error);
+    show_message("PATHSTAT_WARN_6", family.word);
     return;
   }
   do_it = !on_disk || !kvs_fil_exists_(file);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "coreapi/interrupt.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "pairs/pair_histogram.h"
 #include "pairs/rdf_atoms.h"
@@ -47,7 +48,7 @@ void write_result(const RdfRequest& request, RdfBlocks& blocks, const RdfTail& t
   const RdfHead head{request.bins, request.components ? 3 : 1};
   const RdfColumns<const double> functions{distances, blocks.total.span(), blocks.intra.span(), blocks.inter.span()};
   if (write_rdf(std::string(rdf_file), head, functions, tail) != RecordStatus::ok) {
-    status = refuse_rdf("PATHSTAT_ERROR_69", rdf_file);
+    status = refuse("PATHSTAT_ERROR_69", rdf_file);
   }
 }
 
@@ -65,13 +66,13 @@ void set_rdf_norm(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& st
   constexpr auto most = std::numeric_limits<std::int32_t>::max();
   gr_i_.pair_count = blocks.pairs < most ? static_cast<std::int32_t>(blocks.pairs) : most;
   if (normalise_rdf(request.normalization, blocks.pairs, request.interval, blocks.norm.span())) return;
-  status = refuse_rdf("PATHSTAT_ERROR_75", trimmed(request.normalization));
+  status = refuse("PATHSTAT_ERROR_75", trimmed(request.normalization));
 }
 
 bool rdf_interrupted(std::int32_t configuration) {
   constexpr std::int32_t between_polls = 10;
   if (configuration % between_polls != 0 || kvu_int_requestinterrupt_() != 1) return false;
-  refuse_rdf("PATHSTAT_WARN_12");
+  refuse("PATHSTAT_WARN_12");
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/pair_histogram.h"
@@ -324,17 +325,6 @@ void find_networks(RdfBlocks& blocks, std::int32_t& status) {
 
 }  // namespace
 
-std::int32_t refuse_rdf(std::string_view key) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return failed;
-}
-
-std::int32_t refuse_rdf(std::string_view key, std::string_view argument) {
-  kvu_msg_args_(argument);
-  return refuse_rdf(key);
-}
-
 void list_rdf_atoms(const RdfRequest& request, std::int32_t model, const RdfRefusals& refusals, RdfBlocks& blocks,
                     std::int32_t& status) {
   Candidates candidates(request, model);
@@ -364,7 +354,7 @@ void list_rdf_atoms(const RdfRequest& request, std::int32_t model, const RdfRefu
     kvd_mod_name_(model, name, error);
     kvu_msg_args_(name);
   }
-  if (!key.empty()) status = refuse_rdf(key);
+  if (!key.empty()) status = refuse(key);
   if (status == 0) order_atoms(candidates, sets.span(), blocks, status);
   if (status == 0) find_networks(blocks, status);
 }

@@ -23,10 +23,6 @@ constexpr RdfRefusals model_refusals{"PATHSTAT_ERROR_89", "PATHSTAT_ERROR_90", "
 /// The selector of all atoms of a model with their symmetry images.
 constexpr std::int32_t with_images = 3;
 
-/// Shows a message of severity 2. @return 1, the status of a refusal
-std::int32_t refuse_rdf(std::string_view key);
-std::int32_t refuse_rdf(std::string_view key, std::string_view argument);
-
 /// Lists the atoms of a model in their sets and molecules, with their translations and the periodicity of each
 /// molecule, and tells the way of counting. Linear in the atoms, but for a sort.
 ///

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <numeric>
 
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/rdf_atoms.h"
@@ -27,7 +28,7 @@ bool any_atom_selected(std::span<const std::int32_t> models, std::int32_t& statu
 void read_cell(std::int32_t model, std::int32_t& status) {
   const std::int32_t type = gr_i_.periodic_type;
   if (type != periodic_type::three_dimensional && type != periodic_type::two_dimensional) {
-    if (gr_l_.periodic) status = refuse_rdf("PATHSTAT_ERROR_88");
+    if (gr_l_.periodic) status = refuse("PATHSTAT_ERROR_88");
     return;
   }
   std::int32_t error = 0;
@@ -75,9 +76,9 @@ void initrdfmodel_(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& s
   if (models.empty()) {
     status = 1;
   } else if (blocks.models->count_of(types[0]) != gr_i_.model_count) {
-    status = refuse_rdf("PATHSTAT_ERROR_81");
+    status = refuse("PATHSTAT_ERROR_81");
   } else if (request.set_type == rdf_between::selected && !any_atom_selected(models, status)) {
-    status = refuse_rdf("PATHSTAT_ERROR_72");
+    status = refuse("PATHSTAT_ERROR_72");
   }
   if (status != 0) return;
   gr_i_.periodic_type = types[0];

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "catalogue/model_selection.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
@@ -15,7 +16,6 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t model_class = 13;
 constexpr std::size_t most_names_a_model = 20;
 
 std::vector<std::int32_t> atoms_of(std::int32_t model) {

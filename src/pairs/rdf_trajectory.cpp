@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "pairs/rdf_atoms.h"
@@ -25,7 +26,7 @@ void read_model(const RdfRequest& request, std::int32_t& status) {
   if (status != 0 || request.set_type != rdf_between::selected) return;
   std::int32_t selected = 0;
   count_selected(request.model, atom_class, selected, error);
-  if (error != 0 || selected < 1) status = refuse_rdf("PATHSTAT_ERROR_72");
+  if (error != 0 || selected < 1) status = refuse("PATHSTAT_ERROR_72");
 }
 
 void open(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
@@ -35,7 +36,7 @@ void open(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& status) {
   if (status != 0) return;
   std::int32_t type = 0;
   trj_ivalue_(gr_i_.trj_handle, trajectory_key::periodic_type, type, status);
-  if (status == 0 && type != gr_i_.periodic_type) status = refuse_rdf("PATHSTAT_ERROR_86");
+  if (status == 0 && type != gr_i_.periodic_type) status = refuse("PATHSTAT_ERROR_86");
   if (status == 0) trj_lvalue_(gr_i_.trj_handle, trajectory_key::cell_varies, gr_l_.cell_varies, status);
 }
 
@@ -46,7 +47,7 @@ void find_places(RdfBlocks& blocks, std::int32_t& status) {
   const FramePlaces places(*blocks.trajectory, blocks.at_oids.span(), blocks.index_list.span(),
                            {"PathStat/gr/TrjAtIds", "PathStat/gr/AtIds", "PathStat/gr/iWork1", "PathStat/gr/iWork2"},
                            status);
-  if (status == 0 && places.lacks_movable()) status = refuse_rdf("PATHSTAT_ERROR_87");
+  if (status == 0 && places.lacks_movable()) status = refuse("PATHSTAT_ERROR_87");
   gr_i_.moved_count = places.moved();
   blocks.xyz_in.make(3 * std::max<std::int64_t>(places.size(), gr_i_.model_atoms), status);
   if (status == 0) places.place_fixed(blocks.xyz_in.span(), status);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "coreapi/messages.h"
 #include "pairs/radial_distribution.h"
 #include "pairs/rdf_atoms.h"
 #include "pairs/rdf_graphs.h"
@@ -27,7 +28,7 @@ class Distribution {
  public:
   explicit Distribution(std::int32_t& status) {
     if (!kvs_fil_exists_(rdf_file)) {
-      status = refuse_rdf("PATHSTAT_ERROR_70", rdf_file);
+      status = refuse("PATHSTAT_ERROR_70", rdf_file);
       return;
     }
     RecordReader file;
@@ -38,7 +39,7 @@ class Distribution {
     if (read == RecordStatus::ok) {
       read = read_rdf_body(file, head_, {distances_.span(), total.span(), intra.span(), inter.span()}, tail_);
     }
-    if (read != RecordStatus::ok || !(spacing() > 0.0)) status = refuse_rdf("PATHSTAT_ERROR_69", rdf_file);
+    if (read != RecordStatus::ok || !(spacing() > 0.0)) status = refuse("PATHSTAT_ERROR_69", rdf_file);
   }
 
   bool has_components() const { return head_.columns == 3; }
@@ -106,7 +107,7 @@ void sofk_(double k_interval, std::int32_t& status) {
   if (status != 0) return;
   const double wanted = pi / (k_interval * distribution.spacing());
   if (!(wanted > 0.0 && wanted < most_points)) {
-    status = refuse_rdf("PATHSTAT_ERROR_54");
+    status = refuse("PATHSTAT_ERROR_54");
     return;
   }
   const Transform transform(distribution, std::max<std::int64_t>(2, static_cast<std::int64_t>(wanted)), status);

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 
 namespace pathstat {
@@ -36,8 +37,7 @@ std::optional<std::int32_t> take_graph(std::string_view name) {
   std::int32_t error = 0;
   kvp_han_write_(name, graph_kind, graph, error);
   if (error == 0) return graph;
-  kvu_msg_args_(name);
-  kvu_msg_display_(2, "PATHSTAT_ERROR_118", error);
+  show_message("PATHSTAT_ERROR_118", name);
   return std::nullopt;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "catalogue/measure_families.h"
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
 #include "extraction/scratch_format.h"
 #include "plots/graph.h"
@@ -231,11 +232,7 @@ void draw_single(const Drawing& drawing, const PlottedSeries& series, std::int32
 
 /// The curves that are drawn; the user hears of those that are not. A vector counts as one.
 std::int32_t curve_limit(std::int32_t values, std::int32_t numbers_per_curve) {
-  if (values / numbers_per_curve > most_curves) {
-    std::int32_t error = 0;
-    kvu_msg_argi_(most_curves);
-    kvu_msg_display_(2, "PATHSTAT_WARN_5", error);
-  }
+  if (values / numbers_per_curve > most_curves) show_message("PATHSTAT_WARN_5", most_curves);
   return std::min(values, most_curves * numbers_per_curve);
 }
 

@@ -8,13 +8,6 @@
 
 namespace pathstat {
 
-/// Shows a message of severity 2 with its arguments and gives the result of a failed command.
-template <class... Arguments>
-std::int32_t refuse(std::string_view key, const Arguments&... arguments) {
-  show_message(key, arguments...);
-  return 1;
-}
-
 /// Prints why a word does nothing now and gives the result of a failed command.
 inline std::int32_t decline(std::string_view word, const char* why) {
   std::printf("%.*s: %s\n", static_cast<int>(word.size()), word.data(), why);

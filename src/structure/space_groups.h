@@ -36,8 +36,7 @@ void kva_sgr_islatticebravais_(std::int32_t model, std::int32_t group, std::int3
 /// @param lattice    the lattice type of the new setting; 0 where there is none
 /// @param centring   its centring type; 0 for a primitive setting
 /// @param status     0; 1 another direction, a centring that the lattice does not have, or a conventional group that
-/// the
-///                   library does not have; that of the Core
+///                   the library does not have; that of the Core
 void kva_sgr_latticetransform_(std::int32_t model, std::int32_t direction, Matrix3& m, std::int32_t& lattice,
                                std::int32_t& centring, std::int32_t& status);
 

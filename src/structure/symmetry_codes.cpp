@@ -18,7 +18,6 @@ namespace pathstat {
 namespace {
 
 constexpr double steps = 12;  ///< into which a code divides a translation of one
-constexpr std::int32_t most_group_operators = 192;
 
 MatrixIn<double> rotation_of(std::span<const double> rotations, std::int32_t number) {
   return rotations.subspan(9 * (static_cast<std::size_t>(number) - 1)).first<9>();

@@ -13,6 +13,9 @@
 /// all of R and t but whole translations.
 namespace pathstat {
 
+/// No space group has more.
+inline constexpr std::int32_t most_group_operators = 192;
+
 /// Statuses of these routines, beside 0 and those of the Core.
 inline constexpr std::int32_t no_such_operator = 99998;  ///< a number outside the group, or a group without operators
 inline constexpr std::int32_t not_in_group = 99999;      ///< an operator that the group does not have

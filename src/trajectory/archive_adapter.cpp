@@ -5,14 +5,15 @@
 #include <new>
 #include <string>
 
+#include "coreapi/messages.h"
 #include "coreapi/operations.h"
-#include "services/file_names.h"
 #include "services/file_units.h"
 #include "state/analysis_settings.h"
 #include "support/named_memory.h"
 #include "support/plain_array.h"
 #include "trajectory/archive_file.h"
 #include "trajectory/model_frame.h"
+#include "trajectory/reader_checks.h"
 #include "trajectory/symmetry_images.h"
 
 namespace pathstat {
@@ -30,12 +31,6 @@ struct OpenArchive {
   SymmetryImages images;
 };
 OpenArchive archive;
-
-std::int32_t refused(std::string_view key, std::int32_t status) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, key, error);
-  return status;
-}
 
 struct Block {
   std::string_view name;
@@ -86,8 +81,8 @@ std::int32_t open_archive(std::string_view name) {
   if (status != 0) return status;
   archive.file = ArchiveFile(::fileno(unit_reader(arctrj_i_.arc_unit)), status);
   take_header(archive.file.header());
-  if (status == helical) return refused("PATHSTAT_ERROR_110", status);
-  if (status == unknown_periodicity) return refused("PATHSTAT_ERROR_119", status);
+  if (status == helical) show_message("PATHSTAT_ERROR_110");
+  if (status == unknown_periodicity) show_message("PATHSTAT_ERROR_119");
   if (status != 0) return status;
   const std::int64_t atoms = arctrj_i_.arc_atoms;
   archive.positions = NamedBlock<double>(label("Inxyz"), 3 * atoms, status);
@@ -127,14 +122,8 @@ void openarctrajectory_(std::string_view name, std::int32_t mode, std::int32_t& 
   handle = 0;
   trj_i_.trj_current_frame = 0;
   name = trimmed(name);
-  if (mode != 1) {
-    status = refused("PATHSTAT_ERROR_106", bad_mode);
-  } else if (!kvs_fil_exists_(name)) {
-    kvu_msg_args_(name);
-    status = refused("PATHSTAT_ERROR_107", no_file);
-  } else {
-    status = open_archive(name);
-  }
+  status = check_open(name, mode);
+  if (status == 0) status = open_archive(name);
   std::int32_t ignored = 0;
   if (status != 0) return closearc_(open_trajectory_handle, ignored);
   arctrj_l_.arc_open = true;
@@ -146,13 +135,8 @@ void openarctrajectory_(std::string_view name, std::int32_t mode, std::int32_t& 
 
 void attacharcmodels_(std::int32_t, std::span<const std::int32_t> models, std::int32_t& status) {
   arctrj_l_.arc_attached = false;
-  if (models.size() > 1) {
-    status = refused("PATHSTAT_ERROR_111", attach_refused);
-  } else if (models.empty() || !arctrj_l_.arc_open) {
-    status = attach_refused;
-  } else {
-    status = fits_model(models[0]) && bring_atoms(models[0]) ? 0 : refused("PATHSTAT_ERROR_112", attach_refused);
-  }
+  status = check_attach(models, arctrj_l_.arc_open,
+                        [](std::int32_t model) { return fits_model(model) && bring_atoms(model); });
   arctrj_l_.arc_attached = status == 0;
 }
 

@@ -11,6 +11,7 @@
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_coordinates.h"
+#include "structure/symmetry_codes.h"
 #include "support/plain_array.h"
 
 namespace pathstat {
@@ -20,8 +21,8 @@ constexpr std::int32_t failed = 1;
 constexpr std::int32_t with_images = 3;
 constexpr std::int32_t identity = 1;
 
-/// Operators of the largest space group, of which each may take an atom to an image of its own.
-constexpr std::size_t most_operators = 192;
+/// Each operator may take an atom to an image of its own.
+constexpr std::size_t most_operators = most_group_operators;
 
 std::string label(std::string_view labels, std::string_view name) { return std::string(labels) + std::string(name); }
 
@@ -63,7 +64,7 @@ SymmetryImages::SymmetryImages(std::string_view labels, std::int32_t model, std:
 void SymmetryImages::read_operators(std::string_view labels, std::int32_t model, std::int32_t& status) {
   std::int32_t count = 0, delivered = 0;
   const std::int32_t group = space_group(model, count);
-  if (count < 1 || count > static_cast<std::int32_t>(most_operators)) status = failed;
+  if (count < 1 || count > most_group_operators) status = failed;
   if (status != 0) return;
   rotations_ = NamedBlock<double>(label(labels, "SymMat"), std::int64_t{9} * count, status);
   if (status == 0) translations_ = NamedBlock<double>(label(labels, "SymTr"), std::int64_t{3} * count, status);

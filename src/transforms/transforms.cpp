@@ -6,7 +6,7 @@
 #include <new>
 #include <string_view>
 
-#include "coreapi/operations.h"
+#include "coreapi/messages.h"
 #include "support/named_memory.h"
 #include "transforms/real_transform.h"
 
@@ -16,25 +16,20 @@ namespace {
 constexpr double pi = 3.141592653589793;
 constexpr std::size_t shortest = 3;
 
-void show(std::string_view message) {
-  std::int32_t error = 0;
-  kvu_msg_display_(2, message, error);
-}
-
 using MakeTables = void (*)(std::int64_t, std::span<double>);
 using Transform = void (*)(std::span<const double>, std::span<double>, std::span<double>);
 
 void transform(std::span<const double> input, std::span<double> output, std::int64_t work_per_point,
                std::string_view too_short, MakeTables make_tables, Transform run) try {
-  if (input.size() < shortest) return show(too_short);
+  if (input.size() < shortest) return show_message(too_short);
   const auto n = static_cast<std::int64_t>(input.size());
   std::int32_t status = 0;
   const NamedBlock<double> work("fft.kestrel", work_per_point * n + 30, status);
-  if (status != 0) return show("PATHSTAT_ERROR_34");
+  if (status != 0) return show_message("PATHSTAT_ERROR_34");
   make_tables(n, work.span());
   run(input, output, work.span());
 } catch (const std::bad_alloc&) {
-  show("PATHSTAT_ERROR_34");
+  show_message("PATHSTAT_ERROR_34");
 }
 
 /// The real transform of all of `data` with what its tables are followed by.

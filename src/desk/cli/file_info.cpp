@@ -1,12 +1,11 @@
 #include "desk/cli/file_info.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/messages/visible_text.h"
@@ -16,6 +15,7 @@
 #include "state/analysis_settings.h"
 #include "structure/crystal_cell.h"
 #include "structure/measure_geometry.h"
+#include "support/record_file.h"
 #include "trajectory/archive_file.h"
 #include "trajectory/binary_trajectory.h"
 #include "trajectory/front_end.h"
@@ -250,9 +250,9 @@ class HistoryTrajectory : public KeyedTrajectory {
 
 class ArchiveTrajectory : public OpenTrajectory {
  public:
-  explicit ArchiveTrajectory(const std::string& path) : stream_(std::fopen(path.c_str(), "rb")) {
-    if (!stream_) return;
-    file_ = ArchiveFile(::fileno(stream_.get()), status_);
+  explicit ArchiveTrajectory(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (!descriptor_.is_open()) return;
+    file_ = ArchiveFile(descriptor_.get(), status_);
     positions_.resize(3 * static_cast<std::size_t>(file_.header().atoms));
     charges_.resize(static_cast<std::size_t>(file_.header().atoms));
   }
@@ -301,10 +301,7 @@ class ArchiveTrajectory : public OpenTrajectory {
  private:
   std::int32_t type() const { return file_.header().periodicity.type; }
 
-  struct Closer {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-  };
-  std::unique_ptr<std::FILE, Closer> stream_;
+  FileDescriptor descriptor_;
   std::int32_t status_ = trajectory_status::no_file;
   ArchiveFile file_;
   ArchiveFrame frame_;

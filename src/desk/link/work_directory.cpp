@@ -17,7 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view private_prefix = "pathdesk-", private_letters = "XXXXXX";
+constexpr std::string_view private_prefix = "pathdesk-";
+constexpr std::size_t chosen_letters = 6;  ///< that the system puts in the place of as many X
 constexpr const char* lock_name = ".pathdesk.lock";
 constexpr std::uintmax_t least_room = 65536;
 
@@ -38,10 +39,10 @@ void clear_dead_folders(const fs::path& base) {
   std::error_code trouble;
   for (fs::directory_iterator entry(base, trouble), end; !trouble && entry != end; entry.increment(trouble)) {
     const auto name = entry->path().filename().string();
-    if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + private_letters.size()) continue;
-    const Descriptor folder(open_folder(entry->path()));
+    if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + chosen_letters) continue;
+    const FileDescriptor folder(open_folder(entry->path()));
     struct stat facts {};
-    if (::fstat(folder.number(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.number())) continue;
+    if (::fstat(folder.get(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.get())) continue;
     std::error_code ignored;
     fs::remove_all(entry->path(), ignored);
   }
@@ -53,11 +54,6 @@ std::string cannot_make(const fs::path& base, const char* why) {
 
 }  // namespace
 
-void Descriptor::reset(int number) {
-  if (number_ >= 0) ::close(number_);
-  number_ = number;
-}
-
 PrivateDirectory::PrivateDirectory(std::string& error) {
   std::error_code failure;
   const char* asked = std::getenv("TMPDIR");
@@ -65,14 +61,14 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
   clear_dead_folders(base);
   // Between the making and the lock another run may take the folder for a dead one; then a new one is made.
   for (int tries = 0; path_.empty() && tries < 10; ++tries) {
-    std::string name = base / (std::string(private_prefix) += private_letters);
+    std::string name = base / std::string(private_prefix).append(chosen_letters, 'X');
     if (!::mkdtemp(name.data())) {
       error = cannot_make(base, std::strerror(errno));
       return;
     }
-    lock_.reset(open_folder(name));
-    ::flock(lock_.number(), LOCK_EX);
-    if (is_at(lock_.number(), name)) path_ = name;
+    lock_ = FileDescriptor(open_folder(name));
+    ::flock(lock_.get(), LOCK_EX);
+    if (is_at(lock_.get(), name)) path_ = name;
   }
   if (path_.empty()) error = cannot_make(base, "another program removes it");
 }
@@ -92,25 +88,25 @@ std::string full_disk(const fs::path& folder) {
 std::string FolderLock::take(const fs::path& folder) {
   const auto path = folder / lock_name;
   while (true) {
-    lock_.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (lock_.number() < 0) {
+    lock_ = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!lock_.is_open()) {
       return fmt::format("the folder {} cannot be written: {}", folder.string(), std::strerror(errno));
     }
     std::array<char, 20> other{};
-    if (!lock(lock_.number()) && errno == EWOULDBLOCK) {
-      const auto length = ::read(lock_.number(), other.data(), other.size() - 1);
+    if (!lock(lock_.get()) && errno == EWOULDBLOCK) {
+      const auto length = ::read(lock_.get(), other.data(), other.size() - 1);
       return fmt::format("another run{} writes into the folder {}; wait for its end or choose another folder",
                          length > 0 ? fmt::format(" (process {})", std::atoi(other.data())) : std::string{},
                          folder.string());
     }
     // The run that held the file may have removed it meanwhile. A file system without locks has none to wait for.
-    if (is_at(lock_.number(), path)) break;
+    if (is_at(lock_.get(), path)) break;
   }
   file_ = path;
   const auto holder = std::to_string(::getpid());
   // Whom to tell of is a help only; a full disk is met, and told, by the results.
-  if (::ftruncate(lock_.number(), 0) == 0) {
-    [[maybe_unused]] const auto written = ::write(lock_.number(), holder.data(), holder.size());
+  if (::ftruncate(lock_.get(), 0) == 0) {
+    [[maybe_unused]] const auto written = ::write(lock_.get(), holder.data(), holder.size());
   }
   return {};
 }

@@ -3,22 +3,9 @@
 #include <filesystem>
 #include <string>
 
+#include "support/record_file.h"
+
 namespace pathstat::desk {
-
-/// A descriptor that is closed, and with it a lock given up, when its owner ends.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor() { reset(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int number() const { return number_; }
-  void reset(int number = -1);
-
- private:
-  int number_;
-};
 
 /// A directory that only this user can read, removed with all it holds when its owner ends. Those that killed runs of
 /// this user left behind are removed when the next one is made; a lock tells them from those in use.
@@ -34,7 +21,7 @@ class PrivateDirectory {
 
  private:
   std::filesystem::path path_;
-  Descriptor lock_;
+  FileDescriptor lock_;  ///< given up when it is closed
 };
 
 /// @return empty while the disk of a folder has room for the files of a small run, else that it is full
@@ -53,7 +40,7 @@ class FolderLock {
 
  private:
   std::filesystem::path file_;
-  Descriptor lock_;
+  FileDescriptor lock_;  ///< given up when it is closed
 };
 
 }  // namespace pathstat::desk

@@ -1,11 +1,10 @@
 #include "desk/model/coordinate_file.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <charconv>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +12,7 @@
 #include "desk/model/elements.h"
 #include "structure/crystal_coordinates.h"
 #include "structure/model_numbers.h"
+#include "support/record_file.h"
 #include "trajectory/archive_layout.h"
 #include "trajectory/archive_lines.h"
 
@@ -21,7 +21,7 @@ namespace {
 
 class CoordinateFileReader {
  public:
-  CoordinateFileReader(const std::string& path, std::FILE* file) : path_(path), lines_(::fileno(file)) {
+  CoordinateFileReader(const std::string& path, int file) : path_(path), lines_(file) {
     model_.name = std::filesystem::path(path).stem().string();
   }
 
@@ -142,8 +142,8 @@ class CoordinateFileReader {
 }  // namespace
 
 ImportedModels read_coordinate_file(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-  if (!file) return {{}, fmt::format("{} can't be opened", path)};
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.is_open()) return {{}, fmt::format("{} can't be opened", path)};
   return CoordinateFileReader(path, file.get()).read();
 }
 

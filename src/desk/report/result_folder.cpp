@@ -11,7 +11,7 @@
 #include <cstring>
 #include <utility>
 
-#include "desk/link/work_directory.h"
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 namespace {
@@ -70,12 +70,12 @@ bool ResultFolder::write(const std::string& name, std::string_view content) {
 bool ResultFolder::copy(const fs::path& from, const std::string& name) {
   std::error_code unknown;
   if (fs::equivalent(from, folder_ / name, unknown) && !fs::is_symlink(folder_ / name, unknown)) return true;
-  const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
-  if (source.number() < 0) {
+  const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!source.is_open()) {
     failed_[fmt::format("{}: {}", from.string(), std::strerror(errno))].push_back((folder_ / name).string());
     return false;
   }
-  return put(name, [&](int descriptor) { return copy_all(descriptor, source.number()); });
+  return put(name, [&](int descriptor) { return copy_all(descriptor, source.get()); });
 }
 
 std::vector<std::string> ResultFolder::take_problems() {
