@@ -227,8 +227,27 @@ TEST_F(Program, tells_of_results_that_do_not_fit_and_leaves_no_part_of_them) {
   EXPECT_THAT(trouble, HasSubstr("the results in out are not complete"));
   EXPECT_THAT(text_of(folder() / "output"), Not(HasSubstr("Results are in")));
   for (const auto& entry : fs::directory_iterator(folder() / "out")) {
-    EXPECT_EQ(entry.path().filename(), "Profile-of-Temperature.tsv");
+    EXPECT_THAT(entry.path().filename().string(),
+                testing::AnyOf("Profile-of-Temperature.tsv", "summary.tsv", "summary.json"));
   }
+}
+
+TEST_F(Program, says_what_came_of_a_run_in_numbers) {
+  const std::string water = "TRAJECTORY " EXAMPLES_DIR "/water/water.trj\n";
+  ASSERT_EQ(script(water + "SELECT_PROPERTIES Temperature\nPROFILE\nRDF_BETWEEN ELEMENTS\nRDF_CUTOFF 3\n"
+                           "RDF_TYPE H O\nRDF\nRDF_TYPE O H\nRDF\nRDF_TYPE H H\nRDF\n"
+                           "MSD_MAX_INTERVAL_NO 40\nMSD\nMIN_FIT_TIME 0.1\nMAX_FIT_TIME 0.3\nLINEAR_FIT\n"),
+            0)
+      << trouble;
+  const auto table = text_of(folder() / "out/summary.tsv");
+  EXPECT_THAT(table, ContainsRegex("series\tTemperature\tmean\t[0-9.]+\t[0-9.]+\tK\t"));
+  // Bonds hold the atoms of a molecule at fixed distances: one O around each H, two H around each O.
+  EXPECT_THAT(table, ContainsRegex("g\\(r\\) of H and O[^\t]*\tcoordination number\t(1|1.0000[0-9]*|0.9999[0-9]*)\t"));
+  EXPECT_THAT(table, ContainsRegex("g\\(r\\) of O and H[^\t]*\tcoordination number\t(2|2.0000[0-9]*|1.9999[0-9]*)\t"));
+  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted from\t0.1\t"));
+  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted to\t0.3\t"));
+  EXPECT_THAT(report(), HasSubstr("What the run says"));
+  EXPECT_THAT(output, HasSubstr("What the run says:\n  Temperature: mean "));
 }
 
 TEST_F(Program, tells_of_command_words) {

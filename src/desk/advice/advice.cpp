@@ -319,6 +319,13 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
   return all;
 }
 
+std::string Adviser::made_of(std::string_view word) const {
+  for (std::size_t k = 0; k < kept_results.size(); ++k) {
+    if (word == kept_results[k].made_by || word == kept_results[k].used_by) return results_[k];
+  }
+  return {};
+}
+
 std::optional<std::string> constant_in_words(const Message& message) {
   constexpr double rounding = 1e-12;
   if (message.key != "PATHSTAT_MSG_61" || message.arguments.size() < 2) return std::nullopt;

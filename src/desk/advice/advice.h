@@ -38,6 +38,9 @@ class Adviser {
   /// What there is to say of a command that has ended, well or not.
   std::vector<Advice> about(const EndedCommand& command);
 
+  /// Of what an analysis was, or that which its result goes back to: "all atoms, frames 1 to 200"; empty for others.
+  std::string made_of(std::string_view word) const;
+
   /// The process is a new one: nothing stands any more that was calculated.
   void forget_results() { results_ = {}; }
 

@@ -47,6 +47,7 @@ Figure figure_of(const GraphStore& store, std::int32_t handle) {
   if (!graph.remark.empty()) figure.heading += fmt::format(" ({})", graph.remark);
   figure.x_text = axis_text(graph.x_label, graph.title);
   figure.y_text = graph.labels == title_on_y_axis ? axis_text(graph.title, {}) : axis_text(graph.y_label, graph.title);
+  figure.facts = graph.facts;
   figure.aspect_ratio = graph.aspect_ratio;
   if (graph.layout == fixed_x_layout && graph.x_low < graph.x_high) figure.x_range = {graph.x_low, graph.x_high};
   for (const auto set : graph.sets) figure.curves.push_back(curve_of(store, set, graph.sets.size() == 1));

@@ -23,6 +23,7 @@ struct Figure {
   std::string name;        ///< of its files, without an extension; safe in any file system and unlike all others
   std::string heading;
   std::string x_text, y_text;
+  GraphFacts facts;
   float aspect_ratio = 0;            ///< width over height; 0 where it is free
   std::optional<PlotPoint> x_range;  ///< low and high end, where the axis is fixed
   std::vector<Curve> curves;

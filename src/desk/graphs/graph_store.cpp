@@ -115,6 +115,7 @@ std::int32_t GraphStore::set_graph_method(std::int32_t graph, Graph layout) {
   auto& old = graphs_[handle->place];
   layout.aspect_ratio = old.aspect_ratio;
   layout.shown = old.shown;
+  layout.facts = std::move(old.facts);
   old = std::move(layout);
   old.revision = ++changes_;
   return 0;
@@ -134,6 +135,15 @@ std::int32_t GraphStore::set_remark(std::int32_t graph, std::string remark) {
   if (!handle) return no_such_handle;
   auto& changed = graphs_[handle->place];
   changed.remark = std::move(remark);
+  changed.revision = ++changes_;
+  return 0;
+}
+
+std::int32_t GraphStore::set_facts(std::int32_t graph, GraphFacts facts) {
+  const auto* handle = of_kind(graph, PlotKind::graph);
+  if (!handle) return no_such_handle;
+  auto& changed = graphs_[handle->place];
+  changed.facts = std::move(facts);
   changed.revision = ++changes_;
   return 0;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace pathstat::desk {
@@ -46,6 +48,13 @@ struct DataSet {
   std::uint64_t revision = 0;  ///< of the last change
 };
 
+/// What pathdesk knows of a graph beside what the process draws.
+struct GraphFacts {
+  std::string of;                                   ///< the atoms and frames, in words; empty if it is not known
+  std::optional<std::pair<double, double>> fitted;  ///< first and last x of the window of a fit
+  double density = 0;  ///< of a radial distribution: neighbours of an atom in 1 Å³; 0 if it is not known
+};
+
 struct Graph {
   std::int32_t layout = 0;
   float x_low = 0, x_high = 0;
@@ -54,8 +63,9 @@ struct Graph {
   std::vector<std::int32_t> sets;  ///< handles
   float aspect_ratio = 0;          ///< width over height; 0 where it is not set
   bool shown = false;              ///< was in the list of a viewer
-  std::string remark;              ///< what pathdesk says of it beside its title
-  std::uint64_t revision = 0;      ///< of the last change, that of its data sets aside
+  GraphFacts facts;
+  std::string remark;          ///< what pathdesk says of it beside its title
+  std::uint64_t revision = 0;  ///< of the last change, that of its data sets aside
 };
 
 /// Errors of the store's operations.
@@ -90,11 +100,12 @@ class GraphStore {
   /// Removes the marks of a name from all data sets.
   void clear_marks(std::string_view name);
 
-  /// Lays a graph out: everything but the aspect ratio, which keeps its value.
+  /// Lays a graph out: everything but the aspect ratio and the facts, which keep their values.
   std::int32_t set_graph_method(std::int32_t graph, Graph layout);
   std::int32_t set_aspect_ratio(std::int32_t graph, float ratio);
   /// Puts a remark behind the heading of a graph.
   std::int32_t set_remark(std::int32_t graph, std::string remark);
+  std::int32_t set_facts(std::int32_t graph, GraphFacts facts);
   std::int32_t set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs);
   /// The graphs that a viewer shows, in order; empty for another kind of handle.
   std::span<const std::int32_t> graph_list(std::int32_t viewer) const;

@@ -44,6 +44,9 @@ figcaption { color: var(--quiet); font-size: .85rem; text-align: right; }
 table { border-collapse: collapse; font-size: .85rem; font-variant-numeric: tabular-nums; width: 100%; }
 th, td { padding: .25rem .8rem; text-align: right; border-bottom: 1px solid var(--line); white-space: nowrap; }
 th { position: sticky; top: 0; background: var(--tint); }
+.hint { color: var(--warn); text-align: left; white-space: normal; }
+th:first-child, td:first-child { text-align: left; }
+.says h3 { font-size: .95rem; margin: 1rem 0 .3rem; }
 h2 { font-size: 1.15rem; margin: 2rem 0 .7rem; }
 @media print { .table { max-height: none; } nav { display: none; } }
 )";
@@ -209,6 +212,27 @@ std::string contents(const ReportParts& parts) {
   return html + "</nav>\n";
 }
 
+std::string summary_row(const SummaryItem& item) {
+  auto row = fmt::format("<tr><td>{}</td>", escaped(item.name));
+  for (const auto& value : item.values) {
+    row += fmt::format("<td>{}{}</td>", with_error(value), value.unit.empty() ? "" : " " + escaped(value.unit));
+  }
+  return row + fmt::format("<td class=\"hint\">{}</td></tr>\n", escaped(item.hint));
+}
+
+std::string what_the_run_says(std::span<const SummaryTable> summary) {
+  if (summary.empty()) return {};
+  std::string html = "<div class=\"says\">\n<h2>What the run says</h2>\n";
+  for (const auto& table : summary) {
+    html += fmt::format("<h3>{}</h3>\n<div class=\"table\"><table>\n<tr><th></th>", table.title);
+    for (const auto& value : table.items.front().values) html += fmt::format("<th>{}</th>", value.quantity);
+    html += "<th></th></tr>\n";
+    for (const auto& item : table.items) html += summary_row(item);
+    html += "</table></div>\n";
+  }
+  return html + "</div>\n";
+}
+
 std::string tables(const ReportParts& parts) {
   std::string html;
   for (const auto& result : parts.results) {
@@ -248,6 +272,7 @@ std::string html_report(const ReportParts& parts) {
       escaped(record.script), style, escaped(record.started), record.lines, failed, parts.figures.size(),
       duration(record.seconds));
   if (!record.ending.empty()) html += fmt::format("<p class=\"ending\">{}</p>\n", escaped(record.ending));
+  html += what_the_run_says(parts.summary);
   html += contents(parts);
   html += notes(record.before);
   for (const auto& step : record.steps) html += section(parts, step);

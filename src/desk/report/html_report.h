@@ -7,6 +7,7 @@
 
 #include "desk/graphs/figure.h"
 #include "desk/report/run_record.h"
+#include "desk/summary/run_summary.h"
 
 namespace pathstat::desk {
 
@@ -17,10 +18,11 @@ struct ReportParts {
   std::filesystem::path pictures;              ///< folder with NAME.svg of each figure that has points
   std::vector<std::filesystem::path> results;  ///< result files; the tables among them are shown
   bool links_points = false;                   ///< NAME.tsv stands beside the report
+  std::span<const SummaryTable> summary = {};
 };
 
-/// One page that shows a whole run: its commands with their statuses and durations, messages, tables and graphs. It
-/// needs nothing but itself.
+/// One page that shows a whole run: what its numbers say, its commands with their statuses and durations, messages,
+/// tables and graphs. It needs nothing but itself.
 std::string html_report(const ReportParts& parts);
 
 /// The rows of a tab-separated file as a table of HTML, numbers shortened to what a reader needs; empty for a file that

@@ -6,6 +6,7 @@
 #include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
 #include "desk/report/html_report.h"
+#include "desk/summary/run_summary.h"
 
 namespace pathstat::desk {
 namespace {
@@ -63,11 +64,19 @@ std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
   return all;
 }
 
-void RunOutput::write_report(const RunRecord& record, const GraphStore& store, const std::vector<fs::path>& results) {
+std::vector<std::string> RunOutput::write_report(const RunRecord& record, const GraphStore& store,
+                                                 const std::vector<fs::path>& results) {
   for (const auto& result : results) results_.copy(result, result.filename());
-  if (!formats_.html) return;
   const auto figures = figures_of(store);
-  results_.write("report.html", html_report({record, figures, scratch_, results, formats_.tsv}));
+  const auto summary = summarise(figures);
+  if (formats_.tsv && !summary.empty()) {
+    results_.write("summary.tsv", summary_tsv(summary));
+    results_.write("summary.json", summary_json(summary));
+  }
+  if (formats_.html) {
+    results_.write("report.html", html_report({record, figures, scratch_, results, formats_.tsv, summary}));
+  }
+  return summary_lines(summary);
 }
 
 std::vector<std::string> RunOutput::take_problems() {

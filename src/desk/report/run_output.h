@@ -44,10 +44,11 @@ class RunOutput {
   /// @return for each graph that was written, its files with blanks between
   std::vector<std::string> write_graphs(const GraphStore& store);
 
-  /// Copies result files, those of the process under their own names, and writes the report. The graphs must have been
-  /// written.
-  void write_report(const RunRecord& record, const GraphStore& store,
-                    const std::vector<std::filesystem::path>& results);
+  /// Copies result files, those of the process under their own names, and writes the summary and the report. The graphs
+  /// must have been written.
+  /// @return the lines of the summary
+  std::vector<std::string> write_report(const RunRecord& record, const GraphStore& store,
+                                        const std::vector<std::filesystem::path>& results);
 
   /// What went wrong since this was last asked.
   std::vector<std::string> take_problems();

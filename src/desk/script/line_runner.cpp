@@ -15,12 +15,14 @@
 #include "desk/graphs/plot_operations.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
+#include "desk/model/elements.h"
 #include "desk/model/marked_measure.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
 #include "desk/report/printed_unit.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
+#include "desk/summary/neighbour_density.h"
 
 namespace pathstat::desk {
 namespace {
@@ -199,6 +201,10 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   for (const auto graph : store_.shown_graphs()) {
     if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
   }
+  if (!step.graphs.empty() && !session_.lost() && interrupts() == 0) {
+    const auto facts = facts_of(line);
+    for (const auto graph : step.graphs) store_.set_facts(graph, facts);
+  }
   if (interrupts() > 0) mark_interrupted(step, line);
   if (step.failed) {
     report_failure(line, problem);
@@ -218,6 +224,37 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   if (stopped_) return LineEnd::stopped;
   if (session_.lost()) return LineEnd::lost;
   return failed ? LineEnd::failed : LineEnd::done;
+}
+
+/// What there is to know of the graphs that a line has drawn.
+GraphFacts LineRunner::facts_of(const ScriptLine& line) {
+  GraphFacts facts{.of = adviser_.made_of(line.word), .fitted = {}};
+  if (line.word == "LINEAR_FIT") {
+    const auto from = number_in(first_value(ask_word("MIN_FIT_TIME")));
+    const auto to = number_in(first_value(ask_word("MAX_FIT_TIME")));
+    if (from && to) facts.fitted = {*from, *to};
+  }
+  const auto* model = model_.model(model_.current_model());
+  if (line.word == "RDF" && model) {
+    facts.density =
+        neighbour_density(place_.work / "PathStat.rdf", model->data.positions.size(), rdf_centres(model->data));
+  }
+  return facts;
+}
+
+/// Atoms of a model around which RDF counts neighbours; 0 if it counts something else.
+std::size_t LineRunner::rdf_centres(const MolecularModel& model) {
+  if (first_value(ask_word("RDF_NORMALIZATION")) != "PARTIAL") return 0;
+  const auto sets = first_value(ask_word("RDF_BETWEEN"));
+  if (sets == "ALL ATOMS") return model.positions.size();
+  if (sets == "SELECTED") return model_.selected_atoms();
+  const auto first = first_value(ask_word("RDF_TYPE"));
+  if (sets == "ELEMENTS") {
+    return static_cast<std::size_t>(std::ranges::count(model.elements, element_of_symbol(first)));
+  }
+  std::size_t count = 0;
+  for (std::size_t k = 0; k < model.ff_types.size(); ++k) count += model.ff_types[k] == first ? 1 : 0;
+  return count;
 }
 
 /// What stands in front of a sentence about a line; nothing for a line that is typed.
@@ -262,8 +299,10 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
 bool LineRunner::finish() {
   console_.clear();
   output_.write_graphs(store_);
-  output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
+  const auto says = output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
   session_.finish();
+  if (!says.empty()) console_.print("\nWhat the run says:");
+  for (const auto& line : says) console_.print(line);
   const auto problems = output_.take_problems();
   for (const auto& problem : problems) console_.complain("pathdesk: " + visible(problem));
   const auto folder = visible(place_.output.string());

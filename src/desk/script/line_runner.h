@@ -89,6 +89,8 @@ class LineRunner {
   void refresh_values(std::string_view words);
   void ask_frame();
   void write_graphs();
+  GraphFacts facts_of(const ScriptLine& line);
+  std::size_t rdf_centres(const MolecularModel& model);
   void report_failure(const ScriptLine& line, const std::string& problem);
 
   // Each returns what went wrong, or nothing.
