@@ -5,7 +5,7 @@ import re
 import subprocess
 import sys
 
-LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "plots", "trajectory", "catalogue",
+LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "volumes", "plots", "trajectory", "catalogue",
           "measures", "extraction", "reports", "transforms", "correlation", "pairs", "shell"]
 DESK_MAY_INCLUDE = {"desk", "trajectory", "structure", "services", "coreapi", "corelink", "state", "support"}
 INCLUDE = re.compile(r'^\s*#include "([^"]+)"', re.M)
@@ -79,6 +79,9 @@ def main():
         if path.suffix == ".h" and not text.startswith("#pragma once"):
             faults.append(f"{path}: a header begins with #pragma once")
     faults += circles(graph)
+    table = subprocess.run([sys.executable, "tools/surface_cases.py", "--check"], capture_output=True, text=True)
+    if table.returncode != 0:
+        faults.append(table.stdout.strip() or table.stderr.strip())
     for fault in faults:
         print(fault)
     return 1 if faults else 0

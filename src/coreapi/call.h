@@ -25,7 +25,8 @@ inline std::int32_t binding = -1;
 
 /// Slots that the caller passes as arguments: not those that follow from an array's length, nor the result.
 constexpr bool is_argument(SlotKind kind) {
-  return kind != SlotKind::count && kind != SlotKind::capacity && kind != SlotKind::result;
+  return kind != SlotKind::count && kind != SlotKind::capacity && kind != SlotKind::presence &&
+         kind != SlotKind::result;
 }
 
 constexpr std::size_t argument_count(const Slots& slots) {
@@ -46,6 +47,11 @@ constexpr std::size_t first_counted(const Slots& slots, std::size_t from, Extent
   std::size_t k = from;
   while (k < slots.size && !(slots[k].is_array() && slots[k].extent == extent)) ++k;
   return k;
+}
+
+/// True if the slot in front of `k` says whether the one at `k` is there.
+constexpr bool is_optional(const Slots& slots, std::size_t k) {
+  return k > 0 && slots[k - 1].kind == SlotKind::presence;
 }
 
 constexpr std::size_t first_text(const Slots& slots) {
@@ -173,6 +179,8 @@ class Call {
       frame.send(as_count(objects<K>()));
     } else if constexpr (slot.kind == SlotKind::capacity) {
       frame.send(as_count(capacity()));
+    } else if constexpr (slot.kind == SlotKind::presence) {
+      frame.send(std::int32_t{size_of(input<K + 1>()) > 0});
     } else if constexpr (slot.kind == SlotKind::integer) {
       frame.send(static_cast<std::int32_t>(input<K>()));
     } else if constexpr (slot.kind == SlotKind::real32) {
@@ -184,6 +192,7 @@ class Call {
     } else {
       using Element = typename ElementOf<slot.kind>::type;
       const auto array = elements_of<const Element>(input<K>());
+      if (is_optional(sends, K) && array.empty()) return;
       if constexpr (slot.extent == Extent::per_count) {
         assert(array.size() == counted<K>() * slot.factor);
       } else {

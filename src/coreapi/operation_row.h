@@ -43,7 +43,20 @@ constexpr std::int32_t second_frame_word(Family family) {
 }
 
 /// What stands in one place of a frame.
-enum class SlotKind { integer, real32, real64, text, integers, reals32, reals64, count, capacity, error, result };
+enum class SlotKind {
+  integer,
+  real32,
+  real64,
+  text,
+  integers,
+  reals32,
+  reals64,
+  count,
+  capacity,
+  presence,
+  error,
+  result
+};
 
 /// What the length of an array slot is counted in.
 enum class Extent { one, fixed, per_count, per_capacity };
@@ -74,6 +87,7 @@ struct Slots {
 ///   n          the count of the arrays behind it        c  the capacity of an output array or text
 ///   i[n] d[3n] arrays, so many elements for each object counted   i[c] d[9c]  the same by the capacity
 ///   i[9] d[3]  arrays of a fixed length
+///   o          1 if the input array behind it is there; 0 if it is left out
 ///   e r        the error and the result
 /// A word that is none of these does not compile where the row is a constant.
 constexpr Slots slots_of(std::string_view words) {
@@ -105,6 +119,9 @@ constexpr Slots slots_of(std::string_view words) {
         break;
       case 'c':
         slot.kind = SlotKind::capacity;
+        break;
+      case 'o':
+        slot.kind = SlotKind::presence;
         break;
       case 'e':
         slot.kind = SlotKind::error;

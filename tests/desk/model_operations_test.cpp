@@ -354,6 +354,7 @@ TEST_F(ModelOperations, refuse_unknown_objects) {
             inputs.emplace_back(Doubles(slot.factor, 1.0));
             break;
           case SlotKind::count:
+          case SlotKind::presence:
             inputs.emplace_back(1);
             break;
           case SlotKind::capacity:

@@ -224,6 +224,17 @@ const SpaceGroup* DataModel::space_group(std::int32_t id) const {
 
 std::vector<std::int32_t> DataModel::space_groups() const { return group_ids_; }
 
+std::int32_t DataModel::add_surface() {
+  const auto id = registry_.add(ObjectClass::surface, 1, ObjectRegistry::no_model, surfaces_.size());
+  if (id != 0) surfaces_.emplace_back();
+  return id;
+}
+
+Surface* DataModel::surface(std::int32_t id) {
+  const auto place = find(id);
+  return place.kind == ObjectClass::surface ? &surfaces_[place.index] : nullptr;
+}
+
 void DataModel::set_user_value(std::int32_t owner, std::string_view name, UserValue value) {
   user_data_[owner].insert_or_assign(std::string(name), std::move(value));
 }

@@ -14,6 +14,7 @@
 #include "desk/model/connectivity.h"
 #include "desk/model/molecular_model.h"
 #include "desk/model/object_registry.h"
+#include "desk/model/surface.h"
 #include "desk/model/symmetry.h"
 #include "structure/model_file.h"
 
@@ -135,6 +136,14 @@ class DataModel {
   const SpaceGroup* space_group(std::int32_t id) const;
   std::vector<std::int32_t> space_groups() const;
 
+  // Surfaces, in the order in which they came.
+
+  /// @return the identifier of a surface without triangles, or 0 if none is left
+  std::int32_t add_surface();
+  /// The surface with this identifier; null if it is none.
+  Surface* surface(std::int32_t id);
+  const std::vector<Surface>& surfaces() const { return surfaces_; }
+
   // User data.
 
   void set_user_value(std::int32_t owner, std::string_view name, UserValue value);
@@ -173,6 +182,7 @@ class DataModel {
   std::uint64_t version_ = 0;
   std::vector<SpaceGroup> groups_;
   std::vector<std::int32_t> group_ids_;
+  std::vector<Surface> surfaces_;
   std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>> user_data_;
   std::filesystem::path folder_;
   ModelFile trajectory_;

@@ -19,6 +19,7 @@ enum class ObjectClass : std::int32_t {
   space_group_library = 12,
   model = 13,
   space_group = 14,
+  surface = 15,
 };
 
 /// Where an object stands.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <type_traits>
+#include <utility>
 
 #include "coreapi/object_counts.h"
 
@@ -67,6 +68,13 @@ bool read_slot(ByteStream& stream, const Slot& slot, const Lengths& lengths, Slo
   }
 }
 
+/// An array that the slot in front of it said is not there.
+void leave_out(const Slot& slot, SlotValue& value) {
+  if (slot.kind == SlotKind::integers) value.emplace<std::vector<std::int32_t>>();
+  if (slot.kind == SlotKind::reals32) value.emplace<std::vector<float>>();
+  if (slot.kind == SlotKind::reals64) value.emplace<std::vector<double>>();
+}
+
 bool is_length(const Slot& slot) { return slot.kind == SlotKind::count || slot.kind == SlotKind::capacity; }
 
 std::string cut_short(const OperationRow& row) {
@@ -116,10 +124,16 @@ std::string read_call(ByteStream& stream, const OperationRow& row, std::vector<S
   }
   const Slots slots = slots_of(row.sends);
   Lengths lengths;
+  bool left_out = false;
   inputs.clear();
   for (const auto& slot : slots.view()) {
     auto& value = inputs.emplace_back();
+    if (std::exchange(left_out, false)) {
+      leave_out(slot, value);
+      continue;
+    }
     if (!read_slot(stream, slot, lengths, value)) return cut_short(row);
+    if (slot.kind == SlotKind::presence) left_out = std::get<std::int32_t>(value) == 0;
     if (!is_length(slot)) continue;
     const auto length = std::get<std::int32_t>(value);
     if (!is_object_count(length)) return fmt::format("a call of {} has a length of {}", row.name, length);

@@ -188,6 +188,7 @@ void register_data_model_operations(OperationServer& server, DataModel& model) {
   serve_model_operations(server, model);
   serve_atom_operations(server, model);
   serve_monitor_operations(server, model);
+  serve_surface_operations(server, model);
   serve_symmetry_operations(server, model);
   serve_user_data_operations(server, model);
   serve_vector_operations(server, model);
