@@ -59,7 +59,8 @@ class Run {
       (std::filesystem::temp_directory_path() / ("measures_" + std::to_string(::getpid()) + ".trj")).string();
 };
 
-/// Torsions of any four atoms, the last of them in a neighbouring cell.
+/// Torsions of four atoms that follow each other, as those of a chain do, anywhere in the model, the last of them in a
+/// neighbouring cell.
 class Torsions {
  public:
   Torsions() {
@@ -68,9 +69,11 @@ class Torsions {
     free_measure_blocks(family);
     make_measure_blocks(family, torsions, status);
     std::mt19937 random(8);
-    std::uniform_int_distribution<std::int32_t> atom(1, atoms);
+    std::uniform_int_distribution<std::int32_t> atom(1, atoms - 3);
+    std::ranges::generate(measure_atoms(family, 0), [&] { return atom(random); });
     for (std::size_t k = 0; k < family.atoms; ++k) {
-      std::ranges::generate(measure_atoms(family, k), [&] { return atom(random); });
+      std::ranges::transform(measure_atoms(family, 0), measure_atoms(family, k).begin(),
+                             [&](std::int32_t first) { return first + static_cast<std::int32_t>(k); });
       std::ranges::fill(measure_images(family, k), k == 3 ? 1 : 0);
     }
   }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <tuple>
 #include <utility>
@@ -7,6 +8,7 @@
 #include "coreapi/messages.h"
 #include "measures/measure_blocks.h"
 #include "measures/measures.h"
+#include "measures/torsion_block.h"
 #include "structure/measure_geometry.h"
 
 namespace pathstat {
@@ -53,9 +55,11 @@ class MeasuresOfFrame {
   std::array<Vector3, atoms_of_measure> points(std::size_t measure) const {
     std::array<Vector3, atoms_of_measure> points;
     for (std::size_t k = 0; k < atoms_of_measure; ++k) {
-      const auto atom = 3 * static_cast<std::size_t>(atoms_[k][measure] - 1);
-      const auto image = images_[k].subspan(3 * measure);
-      measurescoords_(xyz_.subspan(atom).template first<3>(), a_, b_, c_, image.template first<3>(), points[k]);
+      const double* atom = &xyz_[3 * static_cast<std::size_t>(atoms_[k][measure] - 1)];
+      const std::int32_t* image = &images_[k][3 * measure];
+      points[k] = {atom[0], atom[1], atom[2]};
+      if ((image[0] | image[1] | image[2]) != 0)
+        measurescoords_(points[k], a_, b_, c_, VectorIn<std::int32_t>(image, 3), points[k]);
     }
     return points;
   }
@@ -66,6 +70,26 @@ class MeasuresOfFrame {
   std::array<std::span<const std::int32_t>, atoms_of_measure> atoms_;
   std::array<std::span<const std::int32_t>, atoms_of_measure> images_;
 };
+
+void put_torsion(const std::array<Vector3, 4>& points, std::size_t lane, TorsionBlock& block) {
+  for (std::size_t k = 0; k < 4; ++k) {
+    for (std::size_t direction = 0; direction < 3; ++direction) block.points[k][direction][lane] = points[k][direction];
+  }
+}
+
+/// Degrees of the first torsions of a block. Those without a plane go by the definition.
+void take_torsions(TorsionBlock& block, std::span<double> out) {
+  block.compute();
+  const auto point = [&](std::size_t k, std::size_t lane) {
+    const auto& [x, y, z] = block.points[k];
+    return Vector3{x[lane], y[lane], z[lane]};
+  };
+  for (std::size_t lane = 0; lane < out.size(); ++lane) {
+    double angle = block.angles[lane];
+    if (std::isnan(angle)) angle = torsion_of(point(0, lane), point(1, lane), point(2, lane), point(3, lane));
+    out[lane] = degrees_per_radian * angle;
+  }
+}
 
 }  // namespace
 
@@ -97,7 +121,13 @@ void calcangmeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<
 
 void calctormeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,
                       VectorIn<double> c, std::span<double> out, std::int32_t& status) {
-  MeasuresOfFrame<4>(503, xyz, a, b, c).angles(count, out, status, torsion_of);
+  TorsionBlock block{};
+  MeasuresOfFrame<4>(503, xyz, a, b, c).each(count, out, status, [&](const auto& points, std::size_t i) {
+    const std::size_t lane = i % TorsionBlock::size;
+    put_torsion(points, lane, block);
+    const bool is_last = std::cmp_equal(i + 1, count);
+    if (lane + 1 == TorsionBlock::size || is_last) take_torsions(block, out.subspan(i - lane, lane + 1));
+  });
 }
 
 void calcplanemeasures_(std::int32_t count, std::span<const double> xyz, VectorIn<double> a, VectorIn<double> b,

@@ -4,13 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "catalogue/measure_families.h"
+#include "measures/measure_blocks.h"
 #include "measures/measure_labels.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
@@ -281,6 +284,46 @@ std::vector<std::string> numbered(std::vector<std::string> texts) {
   number_equal_labels(labels);
   std::ranges::transform(labels, texts.begin(), &MeasureLabel::str);
   return texts;
+}
+
+TEST(MeasureValues, of_many_torsions_are_those_of_the_definition) {
+  constexpr std::int32_t torsions = 150, atoms = 60;
+  const auto& family = measure_family(503);
+  std::int32_t status = 0;
+  make_measure_blocks(family, torsions, status);
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> place(-9, 9);
+  std::uniform_int_distribution<std::int32_t> atom(1, atoms), image(-1, 1);
+  std::vector<double> xyz(3 * std::size_t{atoms});
+  std::ranges::generate(xyz, [&] { return place(random); });
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::ranges::generate(measure_atoms(family, k), [&] { return atom(random); });
+    std::ranges::generate(measure_images(family, k), [&] { return image(random); });
+  }
+  // One without a plane, one whose points lie flat on one side, one on both.
+  const auto set = [&](std::size_t measure, std::array<std::int32_t, 4> of) {
+    for (std::size_t k = 0; k < 4; ++k) {
+      measure_atoms(family, k)[measure] = of[k];
+      std::ranges::fill(measure_images(family, k).subspan(3 * measure, 3), 0);
+    }
+  };
+  set(3, {1, 1, 2, 3}), set(70, {4, 5, 6, 4}), set(149, {7, 8, 9, 10});
+  std::ranges::copy(std::array{0., 1., 0., 0., 0., 0., 2., 0., 0., 2., -1., 0.}, xyz.begin() + 18);
+  const Vector3 u{20, 0, 0}, v{3, 19, 0}, w{-2, 4, 21};
+  std::vector<double> values(torsions);
+  calctormeasures_(torsions, xyz, u, v, w, values, status);
+  ASSERT_EQ(status, 0);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    std::array<Vector3, 4> p;
+    for (std::size_t k = 0; k < 4; ++k) {
+      const auto at = 3 * static_cast<std::size_t>(measure_atoms(family, k)[i] - 1);
+      measurescoords_(std::span(xyz).subspan(at).first<3>(), u, v, w,
+                      measure_images(family, k).subspan(3 * i).first<3>(), p[k]);
+    }
+    EXPECT_NEAR(values[i], degrees_per_radian * torsion_of(p[0], p[1], p[2], p[3]), 1e-9) << i;
+  }
+  EXPECT_EQ(values[149], 180);
+  free_measure_blocks(family);
 }
 
 TEST(MeasureLabels, that_are_equal_get_numbers) {
