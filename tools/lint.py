@@ -5,8 +5,11 @@ import re
 import subprocess
 import sys
 
-LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "volumes", "plots", "trajectory", "catalogue",
-          "measures", "extraction", "reports", "transforms", "correlation", "pairs", "shell"]
+LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "volumes", "plots", "trajectory",
+          "catalogue", "measures", "extraction", "reports", "transforms", "correlation", "pairs"]
+# What stands beside the row of layers: the layers of the row that each may include up to, and which others.
+BESIDE = {"shell": ("services", set()), "analysis": ("pairs", {"shell"}), "building": ("trajectory", {"shell"}),
+          "main": ("pairs", {"shell", "analysis", "building"})}
 DESK_MAY_INCLUDE = {"desk", "trajectory", "structure", "services", "coreapi", "corelink", "state", "support"}
 INCLUDE = re.compile(r'^\s*#include "([^"]+)"', re.M)
 HABITS = [
@@ -26,7 +29,10 @@ def sources():
 def may_include(layer, other):
     if layer == "desk":
         return other in DESK_MAY_INCLUDE
-    return other in LAYERS and LAYERS.index(other) <= LAYERS.index(layer)
+    highest, others = BESIDE.get(layer, (layer, set()))
+    if other == layer or other in others:
+        return True
+    return other in LAYERS and LAYERS.index(other) <= LAYERS.index(highest)
 
 
 def layer_faults(path, text):

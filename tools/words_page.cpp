@@ -2,10 +2,12 @@
 #include <cstdio>
 #include <string_view>
 
+#include "main/applications.h"
 #include "shell/words_page.h"
 
 int main(int argc, char** argv) {
   const bool list = argc > 1 && std::string_view(argv[1]) == "--list";
-  std::fputs((list ? pathstat::command_words_list() : pathstat::command_words_page()).c_str(), stdout);
+  const auto tables = pathstat::words_of_applications();
+  std::fputs((list ? pathstat::command_words_list(tables) : pathstat::command_words_page(tables)).c_str(), stdout);
   return 0;
 }

@@ -1,5 +1,6 @@
 #include "shell/application_table.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "shell/messages.h"
@@ -12,57 +13,57 @@ namespace {
 constexpr const char* VERSION = "99";
 constexpr const char* REVISION = "0102";
 
-struct Application {
-  const char* version;
-  std::string_view key;
-  std::int32_t multi_thread;
-  ApplicationEntries entries;
-};
+std::span<const Application> applications;
 
-Application application{nullptr, "", 0, {}};
+bool serves(const Application& row, std::string_view key) {
+  return row.whole_key ? key == row.key : key.starts_with(row.key.front());
+}
 
-/// The application that serves a key: only the first letter counts.
-bool serves(std::string_view key) { return key.starts_with('M'); }
+/// The application that serves a key; shows a message if none does.
+const Application* application_of(std::string_view key) {
+  const Application* found = nullptr;
+  for (const auto& row : applications) {
+    if (serves(row, key) && (found == nullptr || row.whole_key)) found = &row;
+  }
+  if (found == nullptr) refuse("KVZ_APP_UNDEF", key);
+  return found;
+}
 
 }  // namespace
 
-void register_application(const ApplicationEntries& entries) { application.entries = entries; }
+void register_applications(std::span<const Application> table) { applications = table; }
 
 void sch_InitApplications() {
-  application.key = "MD_ANALYSIS";
-  application.multi_thread = 0;
-  application.entries.initialize();
+  for (const auto& row : applications) row.entries.initialize();
   sch_DisplayRevision();
 }
 
-void sch_TerminateApplications() { application.entries.terminate(); }
-void sch_LoadApplications() { application.entries.load(); }
-void sch_SaveApplications() { application.entries.save(); }
-
-void sch_DisplayRevision() {
-  if (application.version != nullptr) {
-    std::printf("%s version %s", program_name(), application.version);
-  } else {
-    std::printf("%s", program_name());
-  }
-  std::printf("  :  revision %.2s.%.4s\n", VERSION, REVISION);
+void sch_TerminateApplications() {
+  for (const auto& row : applications) row.entries.terminate();
 }
+
+void sch_LoadApplications() {
+  for (const auto& row : applications) row.entries.load();
+}
+
+void sch_SaveApplications() {
+  for (const auto& row : applications) row.entries.save();
+}
+
+void sch_DisplayRevision() { std::printf("%s  :  revision %.2s.%.4s\n", program_name(), VERSION, REVISION); }
 
 std::int32_t sch_ParseApplicationCommand(std::string_view application_key, std::string_view command,
                                          std::string_view arguments) {
-  if (!serves(application_key)) return refuse("KVZ_APP_UNDEF", application_key);
-  return application.entries.command(command, arguments);
+  const auto* application = application_of(application_key);
+  return application == nullptr ? 1 : application->entries.command(command, arguments);
 }
 
 void sch_ParseApplicationRequest(std::string_view application_key, std::string_view key, std::span<char> value,
                                  std::span<char> range, std::int64_t& value_length, std::int64_t& range_length) {
   const OutputTextsAside outer;
   sch_RegisterOutputStrings(value, range);
-  if (serves(application_key)) {
-    application.entries.request(key);
-  } else {
-    refuse("KVZ_APP_UNDEF", application_key);
-  }
+  const auto* application = application_of(application_key);
+  if (application != nullptr) application->entries.request(key);
   sch_GetFillLengths(value_length, range_length);
 }
 
@@ -76,6 +77,9 @@ std::int32_t sch_AppData(const DataRequest& request, std::string& reply, std::in
   return status;
 }
 
-std::int32_t sch_MultiThread(std::string_view key) { return key == application.key ? application.multi_thread : -1; }
+std::int32_t sch_MultiThread(std::string_view key) {
+  const auto row = std::ranges::find(applications, key, &Application::key);
+  return row == applications.end() ? -1 : row->multi_thread;
+}
 
 }  // namespace pathstat

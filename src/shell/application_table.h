@@ -19,10 +19,19 @@ struct ApplicationEntries {
   void (*save)();
 };
 
-/// Names the entries of the one application, before anything else here is called.
-void register_application(const ApplicationEntries& entries);
+/// A row of the table of applications.
+struct Application {
+  std::string_view key;
+  bool whole_key;  ///< serves exactly its key; without it, every key that begins as its own does
+  std::int32_t multi_thread;
+  ApplicationEntries entries;
+};
 
-/// Sets the table, starts the application and prints the revision line.
+/// Sets the table, which stays where it is, before anything else here is called. A key that is matched whole comes
+/// ahead of one that is matched by its first letter, wherever the rows stand.
+void register_applications(std::span<const Application> table);
+
+/// Starts the applications in the order of the table and prints the revision line.
 void sch_InitApplications();
 inline void sch_initcommands_() { sch_InitApplications(); }
 void sch_TerminateApplications();
@@ -32,7 +41,7 @@ void sch_SaveApplications();
 /// Prints the program's name and revision.
 void sch_DisplayRevision();
 
-/// Runs a command of the application whose key has this first letter. @return its status; 1 with a message if none has
+/// Runs a command of the application that serves this key. @return its status; 1 with a message if none does
 std::int32_t sch_ParseApplicationCommand(std::string_view application, std::string_view command,
                                          std::string_view arguments);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <initializer_list>
@@ -14,17 +15,11 @@
 namespace pathstat {
 
 /// What must hold before an action runs. A guard that fails shows its message and ends the command with 1.
-enum class Guard : std::uint8_t {
-  property_selected,
-  source_is_trajectory,
-  loaded,
-  loaded_if_trajectory,
-  fluctuation_selected,
-  time_axis,
-  displacement_done,
-  velocities_done,
-  distribution_done,
-  dipole_interval_set,
+struct Guard {
+  bool (*holds)();
+  std::string_view key;
+  std::string_view meaning;        ///< in words
+  bool names_source_word = false;  ///< the message names the source word of the action
 };
 
 /// The guards of an action, in the order of their tests.
@@ -35,7 +30,7 @@ struct Guards {
 
   constexpr Guards() = default;
   constexpr Guards(std::initializer_list<Guard> list) {
-    for (const auto each : list) guard[size++] = each;
+    for (const auto& each : list) guard[size++] = each;
   }
   constexpr std::span<const Guard> view() const { return {guard.data(), size}; }
 };
@@ -52,7 +47,7 @@ enum class Nesting : std::uint8_t { analysis, frames, free };
 struct Action {
   Guards guards{};
   Run run = nullptr;
-  std::string_view source_word = {};  ///< what the message of source_is_trajectory names
+  std::string_view source_word = {};  ///< what the message of a guard may name
   std::string_view allowed = {};      ///< the texts that its one argument may be, where there is a list
   Nesting nesting = Nesting::analysis;
 };
@@ -62,7 +57,7 @@ struct TextSetting {
   std::span<char> field;
   std::string_view allowed;
   Run after = nullptr;
-  bool rebuilds = false;  ///< builds the catalogue anew, which a running analysis reads
+  bool rebuilds = false;  ///< builds anew what a running analysis reads
 };
 
 struct LogicalSetting {
@@ -108,13 +103,25 @@ struct CommandWord {
   std::string_view arguments;  ///< in words, where the effect does not tell them
 };
 
-constexpr std::size_t command_word_count = 116;
-std::span<const CommandWord, command_word_count> command_words();
+/// The row of a word, compared exactly up to its first blank; null if there is none. The rows stand in the order of
+/// their words.
+const CommandWord* find_command_word(std::span<const CommandWord> words, std::string_view word);
 
-/// The row of a word, compared exactly up to its first blank; null if there is none.
-const CommandWord* find_command_word(std::string_view word);
+/// True for rows in the order of their words, no word twice, each action with something to run.
+constexpr bool well_formed(std::span<const CommandWord> words) {
+  return std::ranges::is_sorted(words, {}, &CommandWord::word) &&
+         std::ranges::adjacent_find(words, {}, &CommandWord::word) == words.end() &&
+         std::ranges::all_of(words, [](const CommandWord& word) {
+           const auto* action = std::get_if<Action>(&word.effect);
+           return action == nullptr || action->run != nullptr;
+         });
+}
 
-/// The words alone, blank-padded, in the order of the table.
-const std::array<Text<28>, command_word_count>& pathstat_cmd_common__();
+/// The setting of a text field that stands in the state.
+template <std::size_t N>
+constexpr TextSetting text_setting(Text<N>& field, std::string_view allowed, Run after = nullptr,
+                                   bool rebuilds = false) {
+  return {std::span<char>(field.begin(), N), allowed, after, rebuilds};
+}
 
 }  // namespace pathstat

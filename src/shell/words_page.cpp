@@ -51,32 +51,6 @@ struct ArgumentsInWords {
   std::string operator()(const Label&) const { return "none"; }
 };
 
-std::string_view guard_text(Guard guard) {
-  switch (guard) {
-    case Guard::property_selected:
-      return "a property is selected";
-    case Guard::source_is_trajectory:
-      return "the input is a trajectory";
-    case Guard::loaded:
-      return "a trajectory is loaded";
-    case Guard::loaded_if_trajectory:
-      return "a trajectory is loaded, if it is the input";
-    case Guard::fluctuation_selected:
-      return "a fluctuation quantity is selected";
-    case Guard::time_axis:
-      return "the frames carry times";
-    case Guard::displacement_done:
-      return "MSD has run";
-    case Guard::velocities_done:
-      return "VAC has run";
-    case Guard::distribution_done:
-      return "RDF has run";
-    case Guard::dipole_interval_set:
-      return "DAC_MAX_INTERVAL_NO is not 0";
-  }
-  return "";
-}
-
 }  // namespace
 
 std::string arguments_in_words(const CommandWord& row) {
@@ -87,31 +61,37 @@ std::string guards_in_words(const CommandWord& row) {
   std::string text;
   const auto* action = std::get_if<Action>(&row.effect);
   if (action == nullptr) return text;
-  for (const auto guard : action->guards.view()) {
+  for (const auto& guard : action->guards.view()) {
     if (!text.empty()) text += "; ";
-    text += guard_text(guard);
+    text += guard.meaning;
   }
   return text;
 }
 
-std::string command_words_page() {
+std::string command_words_page(std::span<const WordTable* const> tables) {
   std::string page =
       "# Command words\n\n"
-      "Written by `./dev docs` from the table in `src/shell/command_words.cpp`. A text with blanks stands in quotes. "
-      "Logical arguments are true for a text that begins with Y, T, y, t or a digit from 1 to 9.\n\n"
-      "| Word | Meaning | Argument | Needs |\n|---|---|---|---|\n";
-  for (const auto& row : command_words()) {
-    page += "| `" + std::string(row.word) + "` | " + std::string(row.meaning) + " | " + arguments_in_words(row) +
-            " | " + guards_in_words(row) + " |\n";
+      "Written by `./dev docs` from the tables of words, `command_words.cpp` in `src/analysis/` and `src/building/`. A "
+      "text with blanks stands in quotes. Logical arguments are true for a text that begins with Y, T, y, t or a digit "
+      "from 1 to 9.\n";
+  for (const auto* table : tables) {
+    page += "\n## " + std::string(table->title) + "\n\nApplication `" + std::string(table->application) +
+            "`.\n\n| Word | Meaning | Argument | Needs |\n|---|---|---|---|\n";
+    for (const auto& row : table->words) {
+      page += "| `" + std::string(row.word) + "` | " + std::string(row.meaning) + " | " + arguments_in_words(row) +
+              " | " + guards_in_words(row) + " |\n";
+    }
   }
   return page;
 }
 
-std::string command_words_list() {
+std::string command_words_list(std::span<const WordTable* const> tables) {
   std::string list;
-  for (const auto& row : command_words()) {
-    list += std::string(row.word) + '\t' + arguments_in_words(row) + '\t' + std::string(row.meaning) + '\t' +
-            guards_in_words(row) + '\n';
+  for (const auto* table : tables) {
+    for (const auto& row : table->words) {
+      list += std::string(row.word) + '\t' + arguments_in_words(row) + '\t' + std::string(row.meaning) + '\t' +
+              guards_in_words(row) + '\t' + std::string(table->application) + '\n';
+    }
   }
   return list;
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
 #include <functional>
 
@@ -37,7 +38,8 @@ std::string request(std::string_view keys, std::int32_t count, std::int32_t capa
   return ints({-2, 4}) + text(key) + text(keys) + ints({count, 2, capacity});
 }
 
-/// The shell over an application that notes what it is asked, with the test as the Core.
+/// The shell over two applications that note what they are asked, with the test as the Core: one that is found by its
+/// first letter, whose notes are the words alone, and one by its whole key.
 class InputLoop : public testing::Test {
  protected:
   InputLoop() {
@@ -46,16 +48,7 @@ class InputLoop : public testing::Test {
     applications_started = termination_requested = false;
     fixture = this;
     set_nested_input_handler(process_input);
-    register_application({[](std::string_view word, std::string_view arguments) {
-                            fixture->calls.push_back(std::string(word) + "(" + std::string(arguments) + ")");
-                            return fixture->on_command ? fixture->on_command(word) : 0;
-                          },
-                          [](std::string_view key) {
-                            fixture->calls.push_back("?" + std::string(key));
-                            if (fixture->on_request) fixture->on_request(key);
-                          },
-                          [] { fixture->calls.push_back("init"); }, [] { fixture->calls.push_back("end"); },
-                          [] { fixture->calls.push_back("load"); }, [] { fixture->calls.push_back("save"); }});
+    register_applications(rows);
   }
   ~InputLoop() override {
     kvC_API_pnc = nullptr;
@@ -73,6 +66,30 @@ class InputLoop : public testing::Test {
   }
 
   static inline InputLoop* fixture = nullptr;
+  static std::int32_t note_command(std::string_view from, std::string_view word, std::string_view arguments) {
+    fixture->calls.push_back(std::string(from) + std::string(word) + "(" + std::string(arguments) + ")");
+    return fixture->on_command ? fixture->on_command(word) : 0;
+  }
+  static void note_request(std::string_view from, std::string_view key) {
+    fixture->calls.push_back(std::string(from) + "?" + std::string(key));
+    if (fixture->on_request) fixture->on_request(key);
+  }
+
+  static void note(std::string_view what) { fixture->calls.emplace_back(what); }
+
+  static constexpr std::array rows{
+      Application{
+          "STRUCTURE",
+          true,
+          1,
+          {[](std::string_view word, std::string_view arguments) { return note_command("S:", word, arguments); },
+           [](std::string_view key) { note_request("S:", key); }, [] {}, [] {}, [] {}, [] {}}},
+      Application{"MD_ANALYSIS",
+                  false,
+                  0,
+                  {[](std::string_view word, std::string_view arguments) { return note_command("", word, arguments); },
+                   [](std::string_view key) { note_request("", key); }, [] { note("init"); }, [] { note("end"); },
+                   [] { note("load"); }, [] { note("save"); }}}};
   TestPeer core;
   std::vector<std::string> calls;
   std::function<std::int32_t(std::string_view)> on_command;
@@ -136,6 +153,22 @@ TEST_F(InputLoop, thread_answer_is_1_unless_the_key_is_not_in_the_table) {
   EXPECT_EQ(exchange(command("A", "")), ints({1, 1, -64, 0}));
   EXPECT_EQ(sch_MultiThread("MD_ANALYSIS"), 0);
   EXPECT_EQ(sch_MultiThread("MD_ANALYSIS "), -1);
+}
+
+TEST_F(InputLoop, finds_an_application_by_its_whole_key_and_another_by_its_first_letter) {
+  struct Case {
+    std::string_view key, called;
+  };
+  constexpr std::array cases{Case{"STRUCTURE", "S:"}, Case{"MD_ANALYSIS", ""}, Case{"MX", ""}, Case{"M", ""}};
+  exchange(command("FIRST", ""));
+  for (const auto& [key, called] : cases) {
+    calls.clear();
+    exchange(command("W", "x", key));
+    exchange(request("w", 1, 100, key));
+    EXPECT_THAT(calls, ElementsAre(std::string(called) + "W(x)", std::string(called) + "?w")) << key;
+  }
+  EXPECT_EQ(sch_MultiThread("STRUCTURE"), 1);
+  EXPECT_EQ(sch_MultiThread("STRUCTURES"), -1);
 }
 
 TEST_F(InputLoop, input_that_breaks_off_ends_the_loop) {

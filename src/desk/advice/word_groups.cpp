@@ -41,6 +41,8 @@ constexpr std::array group_rows{
     GroupRow{"Structure factor", "s(k) scattering diffraction x-ray neutron",
              "STRUCTURE_FACTOR K_SPACE_INTERVAL R_SPACE_CUTOFF"},
     GroupRow{"Free volume", "void cavity", "FREE_VOLUME*"},
+    GroupRow{"Asymmetric unit of a crystal", "cell lattice parameters space group symmetry atom site structure",
+             "CELL SITE CLEAR_SITES SPACE_GROUP"},
     GroupRow{"Where results go", "output table text plot graph print save",
              "STATISTICS_* SELECTED_STATISTICS_FILENAME"},
 };

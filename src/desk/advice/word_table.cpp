@@ -6,7 +6,7 @@
 namespace pathstat::desk {
 namespace {
 
-/// One line a word: word, arguments, meaning and needs with tabs between.
+/// One line a word: word, arguments, meaning, needs and application with tabs between.
 constexpr std::string_view list =
 #include <command_help.inc>
     ;
@@ -26,7 +26,8 @@ std::vector<CommandHelp> read_list() {
     row.word = take_to(line, '\t');
     row.arguments = take_to(line, '\t');
     row.meaning = take_to(line, '\t');
-    row.needs = line;
+    row.needs = take_to(line, '\t');
+    row.application = line;
     rows.push_back(row);
   }
   return rows;
@@ -50,6 +51,9 @@ constexpr std::array leads{
     Lead{"two names", {ArgumentForm::names, 2}},
     Lead{"any number of names", {ArgumentForm::names, any_number}},
     Lead{"graph name", {ArgumentForm::text, 5}},
+    Lead{"six numbers", {ArgumentForm::number, 6}},
+    Lead{"element symbol and three", {ArgumentForm::text, 4}},
+    Lead{"name or number", {ArgumentForm::text, 2}},
 };
 
 /// Words that are given something but keep nothing of it for later analyses.
@@ -73,6 +77,12 @@ const CommandHelp* find_command_help(std::string_view word) {
   const auto rows = command_helps();
   const auto row = std::find_if(rows.begin(), rows.end(), [&](const CommandHelp& each) { return each.word == word; });
   return row == rows.end() ? nullptr : &*row;
+}
+
+std::string_view application_of(std::string_view word) {
+  constexpr std::string_view analysis = "MD_ANALYSIS";
+  const auto* row = find_command_help(word);
+  return row ? row->application : analysis;
 }
 
 ArgumentShape argument_shape(const CommandHelp& row) {

@@ -13,7 +13,8 @@ struct CommandHelp {
   std::string_view word;
   std::string_view arguments;  ///< "none", "yes or no", "one of A, B", or in words
   std::string_view meaning;
-  std::string_view needs;  ///< what must hold before it runs; empty where nothing must
+  std::string_view needs;        ///< what must hold before it runs; empty where nothing must
+  std::string_view application;  ///< the key of the application that has the word
 };
 
 /// All command words of the process, in the order of its own table.
@@ -21,6 +22,9 @@ std::span<const CommandHelp> command_helps();
 
 /// Null for a word that there is not.
 const CommandHelp* find_command_help(std::string_view word);
+
+/// The application that has a word; that of the analysis for a word that there is not.
+std::string_view application_of(std::string_view word);
 
 /// What the argument of a word looks like.
 enum class ArgumentForm { none, flag, choice, integer, number, path, text, names };

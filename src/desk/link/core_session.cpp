@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <chrono>
 
+#include "desk/advice/word_table.h"
 #include "desk/ops/frame_codec.h"
 
 namespace pathstat::desk {
 namespace {
 
-constexpr std::string_view application = "MD_ANALYSIS";
 constexpr std::string_view greeting = "remote process success IEEE";
 constexpr char between_keys = '\x10';
 constexpr char between_values = '\x11';
@@ -178,14 +178,15 @@ std::optional<std::int32_t> CoreSession::command(std::string_view word, std::str
   if (word.size() > longest_text || arguments.size() > longest_text) return 1;
   std::int32_t status = 0;
   const bool ran = open_exchange(command_code) && write_value(*stream_, std::int32_t{1}) &&
-                   write_text(*stream_, application) && write_text(*stream_, word) && write_text(*stream_, arguments) &&
-                   accepted(true) && serve_until_done() && next_code(status);
+                   write_text(*stream_, application_of(word)) && write_text(*stream_, word) &&
+                   write_text(*stream_, arguments) && accepted(true) && serve_until_done() && next_code(status);
   if (ran) return status;
   fail("pathstat has closed the connection");
   return std::nullopt;
 }
 
-std::optional<std::string> CoreSession::ask(const std::string& keys, std::size_t count, std::int32_t selector) {
+std::optional<std::string> CoreSession::ask(std::string_view application, const std::string& keys, std::size_t count,
+                                            std::int32_t selector) {
   for (std::int32_t capacity = first_capacity;;) {
     std::string reply;
     std::int32_t answers = 0, status = 0;
@@ -208,22 +209,33 @@ std::optional<std::string> CoreSession::ask(const std::string& keys, std::size_t
   return std::nullopt;
 }
 
-std::optional<std::vector<WordAnswer>> CoreSession::request(std::span<const std::string> words) {
+bool CoreSession::request(std::string_view application, std::span<const std::string> words, WordAnswer* answers) {
   std::string keys;
   for (const auto& word : words) keys += (keys.empty() ? "" : std::string(1, between_keys)) + word;
-  std::vector<WordAnswer> answers(words.size());
-  if (words.empty() || keys.size() > longest_text) return answers;
+  if (keys.size() > longest_text) return true;
 
   // One group for both: the process evaluates the words once and answers the second time from what it kept.
   last_group_ = last_group_ % most_groups + 1;
   for (const auto part : {&WordAnswer::values, &WordAnswer::ranges}) {
     const auto pool = part == &WordAnswer::values ? value_texts : range_texts;
-    const auto reply = ask(keys, words.size(), pool | last_group_ << 8);
-    if (!reply) return std::nullopt;
+    const auto reply = ask(application, keys, words.size(), pool | last_group_ << 8);
+    if (!reply) return false;
     const auto texts = cut_at(*reply, between_keys);
-    for (std::size_t k = 0; k < std::min(texts.size(), answers.size()); ++k) {
+    for (std::size_t k = 0; k < std::min(texts.size(), words.size()); ++k) {
       if (!texts[k].empty()) answers[k].*part = cut_at(texts[k], between_values);
     }
+  }
+  return true;
+}
+
+std::optional<std::vector<WordAnswer>> CoreSession::request(std::span<const std::string> words) {
+  std::vector<WordAnswer> answers(words.size());
+  for (std::size_t from = 0; from < words.size();) {
+    const auto application = application_of(words[from]);
+    auto end = from + 1;
+    while (end < words.size() && application_of(words[end]) == application) ++end;
+    if (!request(application, words.subspan(from, end - from), answers.data() + from)) return std::nullopt;
+    from = end;
   }
   return answers;
 }

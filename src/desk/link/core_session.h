@@ -84,7 +84,10 @@ class CoreSession {
   bool serve_until_done();
   bool bind(std::int32_t family);
   bool serve_call(std::int32_t binding);
-  std::optional<std::string> ask(const std::string& keys, std::size_t count, std::int32_t selector);
+  /// Asks one application for words, whose answers go to `answers`. @return false if the process is lost
+  bool request(std::string_view application, std::span<const std::string> words, WordAnswer* answers);
+  std::optional<std::string> ask(std::string_view application, const std::string& keys, std::size_t count,
+                                 std::int32_t selector);
 
   const OperationServer& server_;
   std::function<bool()> stop_now_;

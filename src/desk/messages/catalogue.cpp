@@ -33,6 +33,11 @@ constexpr MessageRow rows[] = {
     {"KVZ_CONFIRM_PROMPT", dialog, "s", "Set everything in {0} back to its start?"},
     {"KVZ_CONFIRM_OPTIONS", dialog, "", "Reset|Leave as it is"},
 
+    // Structures
+    {"STRUCTURE_CELL_IMPOSSIBLE", error, "ddd", "No cell has the angles {0}, {1} and {2} degrees."},
+    {"STRUCTURE_ELEMENT_UNKNOWN", error, "s", "There is no element \"{0}\"."},
+    {"STRUCTURE_GROUP_UNKNOWN", error, "s", "There is no space group \"{0}\"."},
+
     // What a command needs before it can run
     {"PATHSTAT_MSG_30", error, "", "No property is selected: choose one with SELECT_PROPERTIES."},
     {"PATHSTAT_MSG_34", error, "", "No fluctuation property is selected: choose one with SELECT_FLUCTUATIONS."},

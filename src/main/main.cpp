@@ -3,9 +3,9 @@
 
 #include "coreapi/error_reporting.h"
 #include "coreapi/operations.h"
+#include "main/applications.h"
 #include "measures/measures.h"
 #include "plots/labels.h"
-#include "shell/analysis.h"
 #include "shell/application_table.h"
 #include "shell/fatal_signals.h"
 #include "shell/input_loop.h"
@@ -43,8 +43,7 @@ int main(int argc, char** argv) {
   set_memory_error_sink(show_memory_error);
   set_memory_failure_hook(report_allocation_failure);
   register_measure_labels(measure_label);
-  register_application(
-      {set_pathstat_, get_pathstat_, init_pathstat_, terminate_pathstat_, load_pathstat_, save_pathstat_});
+  register_applications(applications_of_process());
   extappl();
   std::printf("Close external process: %s\n", argc < 1 ? "" : argv[0]);
   std::exit(0);

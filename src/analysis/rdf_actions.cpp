@@ -1,10 +1,10 @@
-#include "shell/rdf_actions.h"
+#include "analysis/rdf_actions.h"
 
+#include "analysis/analysis_state.h"
 #include "pairs/radial_distribution.h"
 #include "pairs/rdf_names.h"
 #include "pairs/structure_factor.h"
 #include "plots/graph.h"
-#include "shell/analysis_state.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 #include "state/rdf_settings.h"

@@ -3,7 +3,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "shell/word_table.h"
+
 namespace pathstat {
+
+/// The words of the analysis.
+const WordTable& analysis_words();
 
 /// Runs one command word. @return the command's status, 0 on success
 std::int32_t set_pathstat_(std::string_view command, std::string_view arguments);

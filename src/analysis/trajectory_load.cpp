@@ -3,16 +3,16 @@
 #include <optional>
 #include <string>
 
+#include "analysis/actions.h"
+#include "analysis/analysis_state.h"
+#include "analysis/settings.h"
 #include "catalogue/catalogue_mask.h"
 #include "catalogue/derived_data.h"
 #include "coreapi/operations.h"
 #include "plots/saved_handles.h"
 #include "services/file_names.h"
-#include "shell/actions.h"
-#include "shell/analysis_state.h"
 #include "shell/arguments.h"
 #include "shell/messages.h"
-#include "shell/settings.h"
 #include "state/analysis_settings.h"
 #include "state/statistics_settings.h"
 #include "state/trajectory_frames.h"

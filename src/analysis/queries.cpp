@@ -1,16 +1,13 @@
-#include <algorithm>
 #include <array>
 #include <string>
-#include <variant>
 
+#include "analysis/analysis.h"
+#include "analysis/analysis_state.h"
+#include "analysis/command_words.h"
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_mask.h"
 #include "pairs/rdf_names.h"
 #include "services/file_names.h"
-#include "shell/analysis.h"
-#include "shell/analysis_state.h"
-#include "shell/command_words.h"
-#include "shell/messages.h"
 #include "shell/output_texts.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
@@ -27,69 +24,26 @@ constexpr std::string_view trajectory_or_model = "TRAJECTORY,MODEL";
 constexpr double light_cm_per_ps = 0.03;
 constexpr double pi = 3.141592653589793;
 
-struct TextQuery {
-  std::string_view (*value)();
-  std::string_view range;
-};
-struct FlagQuery {
-  const Logical* value;
-};
-struct CountQuery {
-  const std::int32_t* value;
-  std::string_view format;
-};
-struct NumberQuery {
-  double (*value)();
-  std::string_view format;
-  bool is_time = false;  ///< defines nothing where frames carry no times
-};
-/// A point of time or a span of frames, in the form that suits its size; blanks where frames carry no times.
-struct FrameTimeQuery {
-  double (*value)();
-};
-/// The time that a spectrum transforms, as the step of its frequencies; nothing where it is 0.
-struct FrequencyQuery {
-  const double* transform_ps;
-};
-struct OtherQuery {
-  void (*define)();
-};
-
-struct QueryRow {
-  std::string_view word;
-  std::variant<TextQuery, FlagQuery, CountQuery, NumberQuery, FrameTimeQuery, FrequencyQuery, OtherQuery> answer;
-};
-
-struct Define {
-  void operator()(const TextQuery& query) const {
-    kvz_definevalue_(query.value());
-    if (!query.range.empty()) kvz_definerange_(query.range);
-  }
-  void operator()(const FlagQuery& query) const { kvz_definevalue_(formatted(bool(*query.value), "(L1)")); }
-  void operator()(const CountQuery& query) const { kvz_definevalue_(formatted(*query.value, query.format)); }
-  void operator()(const NumberQuery& query) const {
-    if (query.is_time && !trj_gui_l_.has_time_axis) return;
-    kvz_definevalue_(formatted(query.value(), query.format));
-  }
-  void operator()(const FrameTimeQuery& query) const {
-    constexpr double long_run = 100000.0;
-    constexpr std::size_t width = 16;
-    if (!trj_gui_l_.has_time_axis) return kvz_definevalue_(std::string(width, ' '));
-    const double time_ps = query.value();
-    kvz_definevalue_(formatted(time_ps, time_ps < long_run ? "(F16.5)" : "(G16.8)"));
-  }
-  void operator()(const FrequencyQuery& query) const {
-    const double time_ps = *query.transform_ps;
-    if (time_ps != 0.0) kvz_definevalue_(formatted(0.5 / (time_ps * light_cm_per_ps), "(G12.5)"));
-  }
-  void operator()(const OtherQuery& query) const { query.define(); }
-};
-
 /// Time of so many frames of the range.
 double span_ps(std::int32_t frames) { return trj_frames_.frame_step * trj_frames_.frame_time_step * frames; }
 
 /// Time of a frame of the file.
 double time_ps(std::int32_t frame) { return trj_frames_.frame_first_time + trj_frames_.frame_time_step * (frame - 1); }
+
+bool frames_have_times() { return trj_gui_l_.has_time_axis; }
+
+/// A point of time or a span of frames, in the form that suits its size; blanks where frames carry no times.
+void define_frame_time(double time) {
+  constexpr double long_run = 100000.0;
+  constexpr std::size_t width = 16;
+  if (!frames_have_times()) return kvz_definevalue_(std::string(width, ' '));
+  kvz_definevalue_(formatted(time, time < long_run ? "(F16.5)" : "(G16.8)"));
+}
+
+/// The time that a spectrum transforms, as the step of its frequencies; nothing where it is 0.
+void define_frequency(double transform_ps) {
+  if (transform_ps != 0.0) kvz_definevalue_(formatted(0.5 / (transform_ps * light_cm_per_ps), "(G12.5)"));
+}
 
 std::string_view name_of_between() {
   switch (trj_rdf_i_.rdf_set_type) {
@@ -184,44 +138,44 @@ const std::array queries{
   QueryRow{"ANALYSIS_INPUT_SOURCE", TextQuery{[] { return trj_gui_c_.input_source.full(); }, "SELECTED MODELS,TRAJECTORY"}},
   QueryRow{"ANISOTROPIC", FlagQuery{&trj_aniso_.anisotropic}},
   QueryRow{"ATOMS", TextQuery{[] { return trj_vac_msd_c_.atoms.full(); }, all_or_selected}},
-  QueryRow{"BLOCK_INTERVAL", NumberQuery{[] { return span_ps(trj_stats_.block_interval); }, "(f10.4)", true}},
+  QueryRow{"BLOCK_INTERVAL", NumberQuery{[] { return span_ps(trj_stats_.block_interval); }, "(f10.4)", frames_have_times}},
   QueryRow{"BLOCK_INTERVAL_NO", CountQuery{&trj_stats_.block_interval, "(i8)"}},
-  QueryRow{"BLOCK_WIDTH", NumberQuery{[] { return span_ps(trj_stats_.block_width); }, "(f10.4)", true}},
+  QueryRow{"BLOCK_WIDTH", NumberQuery{[] { return span_ps(trj_stats_.block_width); }, "(f10.4)", frames_have_times}},
   QueryRow{"BLOCK_WIDTH_NO", CountQuery{&trj_stats_.block_width, "(i8)"}},
   QueryRow{"CALCULATE_HISTOGRAM", FlagQuery{&trj_gui_l_.calculate_histogram}},
   QueryRow{"CURRENT_FRAME_NUMBER", CountQuery{&trj_gui_i_.current_frame, "(I7)"}},
-  QueryRow{"CURRENT_FRAME_TIME", FrameTimeQuery{[] { return time_ps(trj_frames_.first_frame + trj_frames_.frame_step * (trj_gui_i_.current_frame - 1)); }}},
+  QueryRow{"CURRENT_FRAME_TIME", OtherQuery{[] { define_frame_time(time_ps(trj_frames_.first_frame + trj_frames_.frame_step * (trj_gui_i_.current_frame - 1))); }}},
   QueryRow{"DAC_ANISOTROPIC", FlagQuery{&trj_aniso_.anisotropic_dac}},
-  QueryRow{"DAC_FREQUENCY_INTERVAL", FrequencyQuery{&trj_vac_msd_d_.max_time_transform_dac}},
-  QueryRow{"DAC_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_dac); }, "(G12.5)", true}},
+  QueryRow{"DAC_FREQUENCY_INTERVAL", OtherQuery{[] { define_frequency(trj_vac_msd_d_.max_time_transform_dac); }}},
+  QueryRow{"DAC_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_dac); }, "(G12.5)", frames_have_times}},
   QueryRow{"DAC_MAX_INTERVAL_NO", CountQuery{&trj_vac_msd_i_.max_interval_no_dac, "(i6)"}},
   QueryRow{"DAC_MAX_TIME_TRANSFORM", NumberQuery{[] { return trj_vac_msd_d_.max_time_transform_dac; }, "(G12.5)"}},
-  QueryRow{"DAC_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_dac); }, "(G12.5)", true}},
+  QueryRow{"DAC_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_dac); }, "(G12.5)", frames_have_times}},
   QueryRow{"DAC_ORIGIN_STEP_NO", CountQuery{&trj_vac_msd_i_.origin_step_no_dac, "(i6)"}},
   QueryRow{"DIPOLE_ATOMS", TextQuery{[] { return trj_vac_msd_c_.atoms_dac.full(); }, all_or_selected}},
   QueryRow{"DIPOLE_FOR", TextQuery{[] { return trj_gui_c_.dipole_for.full(); }, trajectory_or_model}},
   QueryRow{"DIPOLE_USING", TextQuery{[] { return trj_gui_c_.dipole_using.full(); }, "MOLECULES,ATOMS"}},
   QueryRow{"EXTRACT_FRAMES_USING", TextQuery{[] { return trj_gui_c_.extract_frames_using.full(); }, "CURRENT FRAME,SELECTED POINTS ON GRAPHS"}},
   QueryRow{"EXTRACT_FRAME_NO", CountQuery{&trj_extract_, "(i6)"}},
-  QueryRow{"EXTRACT_FRAME_TIME", NumberQuery{[] { return time_ps(trj_extract_); }, "(G12.5)", true}},
+  QueryRow{"EXTRACT_FRAME_TIME", NumberQuery{[] { return time_ps(trj_extract_); }, "(G12.5)", frames_have_times}},
   QueryRow{"EXTREMA", TextQuery{[] { return trj_gui_c_.extrema_kind.full(); }, "HIGHEST,LOWEST"}},
   QueryRow{"EXTREMA_NUMBER", CountQuery{&trj_gui_i_.extrema_number, "(I3)"}},
   QueryRow{"FIRST_FRAME_NO", CountQuery{&trj_frames_.first_frame, "(i6)"}},
-  QueryRow{"FIRST_FRAME_TIME", FrameTimeQuery{[] { return time_ps(trj_frames_.first_frame); }}},
+  QueryRow{"FIRST_FRAME_TIME", OtherQuery{[] { define_frame_time(time_ps(trj_frames_.first_frame)); }}},
   QueryRow{"FRAME_STEPPING_MODE", TextQuery{[] { return trj_gui_c_.stepping_mode.full(); }, "STOP AT END,REVERSE AT END,LOOP AT END"}},
   QueryRow{"FRAME_STEP_BACKWARDS", TextQuery{[] { return std::string_view(trj_gui_c_.step_state == "B" ? "Y" : "N"); }, ""}},
   QueryRow{"FRAME_STEP_FORWARDS", TextQuery{[] { return std::string_view(trj_gui_c_.step_state == "F" ? "Y" : "N"); }, ""}},
   QueryRow{"FRAME_STEP_SPEED", OtherQuery{define_step_speed}},
   QueryRow{"FREE_VOLUME_FOR", TextQuery{[] { return trj_gui_c_.free_volume_for.full(); }, trajectory_or_model}},
-  QueryRow{"FREQUENCY_INTERVAL", FrequencyQuery{&trj_vac_msd_d_.max_time_transform}},
+  QueryRow{"FREQUENCY_INTERVAL", OtherQuery{[] { define_frequency(trj_vac_msd_d_.max_time_transform); }}},
   QueryRow{"INCREMENT_NO", CountQuery{&trj_frames_.frame_step, "(I6)"}},
-  QueryRow{"INCREMENT_TIME", FrameTimeQuery{[] { return span_ps(1); }}},
+  QueryRow{"INCREMENT_TIME", OtherQuery{[] { define_frame_time(span_ps(1)); }}},
   QueryRow{"K_SPACE_INTERVAL", NumberQuery{[] { return trj_rdf_d_.k_space_interval; }, "(f10.4)"}},
   QueryRow{"LAST_FRAME_NO", CountQuery{&trj_frames_.last_frame, "(i6)"}},
-  QueryRow{"LAST_FRAME_TIME", FrameTimeQuery{[] { return time_ps(trj_frames_.last_frame); }}},
+  QueryRow{"LAST_FRAME_TIME", OtherQuery{[] { define_frame_time(time_ps(trj_frames_.last_frame)); }}},
   QueryRow{"MAXIMA", CountQuery{&trj_stats_.maxima_count, "(i4)"}},
   QueryRow{"MAX_FIT_TIME", NumberQuery{[] { return trj_vac_msd_d_.max_fit_time; }, "(G12.5)"}},
-  QueryRow{"MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no); }, "(G12.5)", true}},
+  QueryRow{"MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no); }, "(G12.5)", frames_have_times}},
   QueryRow{"MAX_INTERVAL_NO", CountQuery{&trj_vac_msd_i_.max_interval_no, "(i6)"}},
   QueryRow{"MAX_TIME_TRANSFORM", NumberQuery{[] { return trj_vac_msd_d_.max_time_transform; }, "(G12.5)"}},
   QueryRow{"MINIMA", CountQuery{&trj_stats_.minima_count, "(i4)"}},
@@ -233,12 +187,12 @@ const std::array queries{
   QueryRow{"MONITOR_VAC", FlagQuery{&trj_vac_msd_l_.monitor_vac}},
   QueryRow{"MSD_ANISOTROPIC", FlagQuery{&trj_aniso_.anisotropic_msd}},
   QueryRow{"MSD_ATOMS", TextQuery{[] { return trj_vac_msd_c_.atoms_msd.full(); }, all_or_selected}},
-  QueryRow{"MSD_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_msd); }, "(G12.5)", true}},
+  QueryRow{"MSD_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_msd); }, "(G12.5)", frames_have_times}},
   QueryRow{"MSD_MAX_INTERVAL_NO", CountQuery{&trj_vac_msd_i_.max_interval_no_msd, "(i6)"}},
-  QueryRow{"MSD_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_msd); }, "(G12.5)", true}},
+  QueryRow{"MSD_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_msd); }, "(G12.5)", frames_have_times}},
   QueryRow{"MSD_ORIGIN_STEP_NO", CountQuery{&trj_vac_msd_i_.origin_step_no_msd, "(i6)"}},
   QueryRow{"NUMBER_OF_BINS", CountQuery{&trj_stats_.number_of_bins, "(i6)"}},
-  QueryRow{"ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no); }, "(G12.5)", true}},
+  QueryRow{"ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no); }, "(G12.5)", frames_have_times}},
   QueryRow{"ORIGIN_STEP_NO", CountQuery{&trj_vac_msd_i_.origin_step_no, "(i6)"}},
   QueryRow{"RDF_BETWEEN", TextQuery{name_of_between, "ALL ATOMS,SELECTED,ELEMENTS,FF TYPES"}},
   QueryRow{"RDF_COMPONENTS", FlagQuery{&trj_gui_l_.rdf_components}},
@@ -258,25 +212,26 @@ const std::array queries{
   QueryRow{"STATISTICS_TEXT", FlagQuery{&trj_stats_.stats_text}},
   QueryRow{"VAC_ANISOTROPIC", FlagQuery{&trj_aniso_.anisotropic_vac}},
   QueryRow{"VAC_ATOMS", TextQuery{[] { return trj_vac_msd_c_.atoms_vac.full(); }, all_or_selected}},
-  QueryRow{"VAC_FREQUENCY_INTERVAL", FrequencyQuery{&trj_vac_msd_d_.max_time_transform_vac}},
-  QueryRow{"VAC_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_vac); }, "(G12.5)", true}},
+  QueryRow{"VAC_FREQUENCY_INTERVAL", OtherQuery{[] { define_frequency(trj_vac_msd_d_.max_time_transform_vac); }}},
+  QueryRow{"VAC_MAX_INTERVAL", NumberQuery{[] { return span_ps(trj_vac_msd_i_.max_interval_no_vac); }, "(G12.5)", frames_have_times}},
   QueryRow{"VAC_MAX_INTERVAL_NO", CountQuery{&trj_vac_msd_i_.max_interval_no_vac, "(i6)"}},
   QueryRow{"VAC_MAX_TIME_TRANSFORM", NumberQuery{[] { return trj_vac_msd_d_.max_time_transform_vac; }, "(G12.5)"}},
-  QueryRow{"VAC_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_vac); }, "(G12.5)", true}},
+  QueryRow{"VAC_ORIGIN_STEP", NumberQuery{[] { return span_ps(trj_vac_msd_i_.origin_step_no_vac); }, "(G12.5)", frames_have_times}},
   QueryRow{"VAC_ORIGIN_STEP_NO", CountQuery{&trj_vac_msd_i_.origin_step_no_vac, "(i6)"}},
 };
 // clang-format on
 
 }  // namespace
 
-void get_pathstat_(std::string_view key) {
-  const CommandWord* word = find_command_word(key);
-  if (word == nullptr) {
-    refuse("KVZ_CMD_UNDEF", application_key, trimmed(key));
-    return;
-  }
-  const auto query = std::ranges::find(queries, word->word, &QueryRow::word);
-  if (query != queries.end()) std::visit(Define{}, query->answer);
+const WordTable& analysis_words() {
+  static const WordTable table{application_key, "Analysis of trajectories", command_words(), queries};
+  return table;
 }
+
+std::int32_t set_pathstat_(std::string_view command, std::string_view arguments) {
+  return run_command(analysis_words(), command, arguments);
+}
+
+void get_pathstat_(std::string_view key) { answer_request(analysis_words(), key); }
 
 }  // namespace pathstat

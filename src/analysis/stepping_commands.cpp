@@ -1,16 +1,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/analysis_state.h"
+#include "analysis/frame_actions.h"
+#include "analysis/shown_frame.h"
 #include "coreapi/operations.h"
 #include "plots/graph.h"
 #include "plots/saved_handles.h"
 #include "services/text_operations.h"
-#include "shell/analysis_state.h"
 #include "shell/arguments.h"
-#include "shell/frame_actions.h"
 #include "shell/messages.h"
 #include "shell/running_analysis.h"
-#include "shell/shown_frame.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 #include "trajectory/frame_cache.h"

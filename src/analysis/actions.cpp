@@ -1,15 +1,15 @@
-#include "shell/actions.h"
+#include "analysis/actions.h"
 
 #include <cstdio>
 #include <cstdlib>
 
+#include "analysis/analysis.h"
+#include "analysis/analysis_state.h"
 #include "coreapi/operations.h"
 #include "extraction/extraction.h"
 #include "plots/labels.h"
 #include "reports/fluctuations.h"
 #include "reports/profile.h"
-#include "shell/analysis.h"
-#include "shell/analysis_state.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 

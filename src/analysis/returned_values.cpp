@@ -1,11 +1,11 @@
 #include <array>
 #include <string>
 
+#include "analysis/actions.h"
+#include "analysis/returned_values.h"
 #include "services/coded_number.h"
-#include "shell/actions.h"
 #include "shell/arguments.h"
 #include "shell/return_list.h"
-#include "shell/returned_values.h"
 #include "state/statistics_settings.h"
 #include "state/trajectory_frames.h"
 #include "support/number_format.h"

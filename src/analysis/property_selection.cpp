@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "analysis/actions.h"
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_mask.h"
 #include "services/text_operations.h"
-#include "shell/actions.h"
 #include "shell/arguments.h"
 #include "shell/messages.h"
 #include "state/analysis_settings.h"

@@ -1,9 +1,9 @@
-#include "shell/shown_frame.h"
+#include "analysis/shown_frame.h"
 
 #include <algorithm>
 
+#include "analysis/analysis_state.h"
 #include "coreapi/operations.h"
-#include "shell/analysis_state.h"
 #include "shell/running_analysis.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"

@@ -1,13 +1,13 @@
-#include "shell/settings.h"
+#include "analysis/settings.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
+#include "analysis/analysis_state.h"
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_mask.h"
 #include "pairs/rdf_names.h"
-#include "shell/analysis_state.h"
 #include "shell/arguments.h"
 #include "shell/messages.h"
 #include "state/analysis_settings.h"

@@ -1,4 +1,4 @@
-#include "shell/ranking_actions.h"
+#include "analysis/ranking_actions.h"
 
 #include <cstddef>
 

@@ -2,13 +2,13 @@
 #include <charconv>
 #include <optional>
 
+#include "analysis/analysis_state.h"
+#include "analysis/frame_actions.h"
+#include "analysis/shown_frame.h"
 #include "catalogue/derived_data.h"
 #include "plots/saved_handles.h"
 #include "services/text_operations.h"
-#include "shell/analysis_state.h"
 #include "shell/arguments.h"
-#include "shell/frame_actions.h"
-#include "shell/shown_frame.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 

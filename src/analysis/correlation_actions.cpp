@@ -1,7 +1,8 @@
-#include "shell/correlation_actions.h"
+#include "analysis/correlation_actions.h"
 
 #include <algorithm>
 
+#include "analysis/shown_frame.h"
 #include "correlation/dipole_autocorrelation.h"
 #include "correlation/dipole_spectrum.h"
 #include "correlation/displacement.h"
@@ -10,7 +11,6 @@
 #include "correlation/velocity_autocorrelation.h"
 #include "extraction/dipole.h"
 #include "plots/graph.h"
-#include "shell/shown_frame.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 #include "state/trajectory_frames.h"

@@ -1,17 +1,17 @@
-#include "shell/analysis_state.h"
+#include "analysis/analysis_state.h"
 
 #include <array>
 #include <cmath>
 #include <limits>
 #include <string>
 
+#include "analysis/analysis.h"
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_mask.h"
 #include "catalogue/catalogue_rows.h"
 #include "coreapi/operations.h"
 #include "plots/saved_handles.h"
 #include "services/file_names.h"
-#include "shell/analysis.h"
 #include "state/analysis_settings.h"
 #include "state/correlation_settings.h"
 #include "state/rdf_settings.h"
