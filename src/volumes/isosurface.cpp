@@ -67,7 +67,7 @@ bool is_crossed(std::uint8_t number) { return number != 0 && number != cube_case
 
 /// The case numbers of all cubes, z fastest.
 std::vector<std::uint8_t> case_numbers(const Grid& grid, double iso) {
-  const auto [nx, ny, nz] = grid.points;
+  const auto nx = grid.points[0], ny = grid.points[1], nz = grid.points[2];
   std::vector<std::uint8_t> tags(grid.values.size());
   for_pieces(tags.size(), Size{1} << 18, [&](Size first, Size end) {
     for (Size k = first; k < end; ++k) tags[k] = iso <= grid.values[k];
