@@ -78,7 +78,10 @@ std::int32_t GraphStore::write_points(std::int32_t set, bool append, std::span<c
   auto& data = sets_[handle->place];
   data.revision = ++changes_;
   auto& points = data.points;
-  if (!append) points.clear();
+  if (!append) {
+    points.clear();
+    data.rewritten = data.revision;
+  }
   points.reserve(points.size() + xy.size() / 2);
   for (std::size_t k = 0; k + 1 < xy.size(); k += 2) points.push_back({xy[k], xy[k + 1]});
   return 0;

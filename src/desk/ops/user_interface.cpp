@@ -82,7 +82,7 @@ std::int32_t UserInterface::display_status(std::int32_t code, std::string_view r
 std::int32_t UserInterface::ask(const std::string& key, std::string_view options, std::int32_t unsettled) {
   auto message = message_of(2, key, take_arguments());
   const auto* row = find_message(options);
-  const Question question{message.text, pieces_of(row ? row->text : std::string_view{}, '|'), unsettled};
+  const Question question{key, message.text, pieces_of(row ? row->text : std::string_view{}, '|'), unsettled};
   const auto settled = answers_.find(key);
   std::optional<std::int32_t> chosen;
   if (settled != answers_.end()) {

@@ -15,6 +15,7 @@ namespace pathstat::desk {
 
 /// A dialog of the process that waits for an answer.
 struct Question {
+  std::string key;
   std::string text;
   std::vector<std::string> choices;
   std::int32_t unsettled = 1;  ///< the choice without an answer; below 1: none of them

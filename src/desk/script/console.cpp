@@ -16,14 +16,15 @@ constexpr int bar_width = 30;
 
 Console::Console() : terminal_(::isatty(STDERR_FILENO) != 0) {}
 
-void Console::write(std::FILE* stream, std::string_view text) {
+void Console::write(std::FILE* stream, std::string_view text, Told kind) {
+  if (sink_.told) return sink_.told(kind, text);
   clear();
   fmt::print(stream, "{}\n", visible_lines(text));
   std::fflush(stream);
 }
 
-void Console::print(std::string_view text) { write(stdout, text); }
-void Console::complain(std::string_view text) { write(stderr, text); }
+void Console::print(std::string_view text, Told kind) { write(stdout, text, kind); }
+void Console::complain(std::string_view text) { write(stderr, text, Told::complaint); }
 
 void Console::set_activity(std::string_view activity) {
   clear();
@@ -39,6 +40,7 @@ void Console::draw(const std::string& line) {
 }
 
 void Console::show_progress(double fraction) {
+  if (sink_.progress) return sink_.progress(fraction);
   const auto done = static_cast<int>(std::lround(fraction * bar_width));
   const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - started_;
   draw(fmt::format("{} [{:=<{}}{: <{}}] {:3.0f} % {}", activity_, "", done, "", bar_width - done, 100 * fraction,
@@ -46,6 +48,7 @@ void Console::show_progress(double fraction) {
 }
 
 void Console::show_status(std::string_view text) {
+  if (sink_.status) return sink_.status(text);
   if (text.empty()) return clear();
   draw(fmt::format("{}: {}", activity_, visible(text)));
 }

@@ -2,10 +2,22 @@
 
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace pathstat::desk {
+
+/// What a text tells.
+enum class Told { result, table, complaint };
+
+/// Takes what would stand on the terminal. Every member is there.
+struct ConsoleSink {
+  std::function<void(Told kind, std::string_view text)> told;
+  std::function<void(double fraction)> progress;
+  std::function<void(std::string_view text)> status;  ///< empty when it is over
+};
 
 /// The terminal: lines of results on standard output, lines of trouble on standard error, and below them, on a terminal
 /// only, one line that tells how far the work has come. Control characters in texts are shown, not sent.
@@ -16,7 +28,10 @@ class Console {
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  void print(std::string_view text);
+  /// Has everything go to a sink instead of the terminal.
+  void lead_to(ConsoleSink sink) { sink_ = std::move(sink); }
+
+  void print(std::string_view text, Told kind = Told::result);
   void complain(std::string_view text);
 
   /// What begins to run now; stands in front of the progress.
@@ -28,9 +43,10 @@ class Console {
   void clear();
 
  private:
-  void write(std::FILE* stream, std::string_view text);
+  void write(std::FILE* stream, std::string_view text, Told kind);
   void draw(const std::string& line);
 
+  ConsoleSink sink_;
   bool terminal_;
   bool drawn_ = false;
   std::string activity_;

@@ -1,15 +1,20 @@
 #include "desk/script/interrupts.h"
 
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
 namespace pathstat::desk {
 namespace {
 
-volatile std::sig_atomic_t requests = 0;
+std::atomic<int> requests = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "it is counted in a signal handler");
 
 void count_request(int signal) {
-  requests = signal == SIGINT ? requests + 1 : 2;
+  if (signal == SIGINT)
+    ++requests;
+  else
+    requests = 2;
   if (requests >= 2) std::signal(SIGINT, SIG_DFL);
 }
 
@@ -24,6 +29,8 @@ void watch_interrupts() {
 }
 
 int interrupts() { return requests; }
+
+void request_interrupt() { ++requests; }
 
 void forget_interrupts() {
   requests = 0;

@@ -7,6 +7,8 @@ namespace pathstat::desk {
 /// Writing to a process or a pager that is gone becomes an error instead of the end.
 void watch_interrupts();
 int interrupts();
+/// Asks to stop as the interrupt key does; from any thread.
+void request_interrupt();
 /// Begins to count anew, for the next line that is typed.
 void forget_interrupts();
 

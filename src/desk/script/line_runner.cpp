@@ -119,10 +119,15 @@ InterfaceEvents LineRunner::events() {
               [this](double fraction) {
                 done_ = fraction;
                 console_.show_progress(fraction);
+                work_goes_on();
               },
           .status = [this](const std::string& text) { console_.show_status(text); },
           .returned = [this](const std::string& text) { take_returned(text); },
-          .interrupted = [] { return interrupts() > 0; },
+          .interrupted =
+              [this] {
+                work_goes_on();
+                return interrupts() > 0;
+              },
           .repeats_end = [this] { repeats_ended_ = true; },
           .choose =
               [this](const Question& question) {
@@ -144,7 +149,11 @@ void LineRunner::take_message(Message message) {
   if (held)
     held_.push_back(message);
   else
-    console_.print(message.text);
+    console_.print(message.text, message.kind == MessageKind::table ? Told::table : Told::result);
+}
+
+void LineRunner::work_goes_on() const {
+  if (watcher_.working) watcher_.working();
 }
 
 void LineRunner::take_line(std::string_view line) {
@@ -169,6 +178,7 @@ void LineRunner::refresh_values(std::string_view words) {
   if (!words.starts_with(stepping_panel)) return;
   ask_frame();
   if (frame_) console_.show_status(*frame_);
+  work_goes_on();
 }
 
 void LineRunner::ask_frame() {
@@ -176,6 +186,7 @@ void LineRunner::ask_frame() {
   frame_.reset();
   if (!answers) return;
   if (auto text = frame_text(*answers); !text.empty()) frame_ = std::move(text);
+  if (frame_ && watcher_.frame) watcher_.frame(*frame_);
 }
 
 void LineRunner::write_graphs() {
@@ -425,11 +436,16 @@ StateSources LineRunner::state_sources() {
               }};
 }
 
-WordAnswer LineRunner::ask_word(const std::string& word) {
+std::optional<std::vector<WordAnswer>> LineRunner::values(std::span<const std::string> words) {
   std::string nowhere;
   asked_ = &nowhere;
-  const auto answers = session_.request(std::span(&word, 1));
+  auto answers = session_.request(words);
   asked_ = nullptr;
+  return answers;
+}
+
+WordAnswer LineRunner::ask_word(const std::string& word) {
+  const auto answers = values(std::span(&word, 1));
   return answers ? answers->front() : WordAnswer{};
 }
 
@@ -550,14 +566,14 @@ std::string LineRunner::remove_measures(const std::string& which) {
 std::string LineRunner::step(const std::vector<std::string>& words) {
   const auto* word = words[0] == "forwards" ? "FRAME_STEP_FORWARDS" : "FRAME_STEP_BACKWARDS";
   const int wanted = words.size() > 1 ? std::stoi(words[1]) : 1;
-  int steps = 0;
+  steps_ = 0;
   repeats_ended_ = false;
   auto problem = send(word, "START");
-  while (problem.empty() && !repeats_ended_ && ++steps < wanted && interrupts() == 0) problem = send(word, "HOLD");
+  while (problem.empty() && !repeats_ended_ && ++steps_ < wanted && interrupts() == 0) problem = send(word, "HOLD");
   auto release_problem = session_.lost() ? std::string{} : send(word, "END");
   if (problem.empty()) problem = std::move(release_problem);
   if (!problem.empty()) return problem;
-  if (repeats_ended_) take_returned(fmt::format("Stepping ended after {} of {} steps.", steps, wanted));
+  if (repeats_ended_) take_returned(fmt::format("Stepping ended after {} of {} steps.", steps_, wanted));
   if (!frame_) ask_frame();
   return {};
 }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,12 @@ enum class LineEnd {
   lost,         ///< the process was lost
 };
 
+/// What goes on while a line runs, for whoever shows it as it goes. Every member may be left empty.
+struct RunWatcher {
+  std::function<void()> working;                      ///< the stores may have changed; called often
+  std::function<void(const std::string& text)> frame;  ///< another frame is shown
+};
+
 /// The desk's parts, wired together, with a process under them: runs one line after the other, tells the user what
 /// comes of it and keeps it for the report.
 class LineRunner {
@@ -62,6 +69,7 @@ class LineRunner {
   std::string start_again();
   /// Has dialogs of the process answered; without it, and where it has no answer, they take their default.
   void answer_with(std::function<std::optional<std::int32_t>(const Question&)> choose) { choose_ = std::move(choose); }
+  void watch_with(RunWatcher watcher) { watcher_ = std::move(watcher); }
   LineEnd run(const ScriptLine& line);
   bool stops_on_error() const { return stop_on_error_; }
   /// Why the run ends ahead of its lines, for the report.
@@ -73,6 +81,15 @@ class LineRunner {
   bool finish();
 
   Console& console() { return console_; }
+  const GraphStore& graphs() const { return store_; }
+  const DataModel& models() const { return model_; }
+  const std::filesystem::path& folder() const { return source_.folder; }
+  /// Steps that the last @step has made.
+  int steps() const { return steps_; }
+  /// Draws the graphs and writes their points now; what is written and what went wrong is told.
+  void write_graphs();
+  /// The values and ranges of words, none if the process is lost. Nothing of it is told.
+  std::optional<std::vector<WordAnswer>> values(std::span<const std::string> words);
 
   // What is there to choose from, for whoever types lines.
 
@@ -88,7 +105,7 @@ class LineRunner {
   void take_returned(const std::string& text);
   void refresh_values(std::string_view words);
   void ask_frame();
-  void write_graphs();
+  void work_goes_on() const;
   GraphFacts facts_of(const ScriptLine& line);
   std::size_t rdf_centres(const MolecularModel& model);
   void report_failure(const ScriptLine& line, const std::string& problem);
@@ -131,6 +148,8 @@ class LineRunner {
   RunOutput output_;
   Adviser adviser_;
   std::function<std::optional<std::int32_t>(const Question&)> choose_;
+  RunWatcher watcher_;
+  int steps_ = 0;
   std::vector<ScriptLine> settings_;  ///< the last line that went well of each word that sets something, in order
   double done_ = 0;                   ///< share of the work of the line that runs, as last reported
   std::vector<Message> held_;         ///< errors and warnings of the line that runs

@@ -1,0 +1,98 @@
+#include "desk/panel/start_folder.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "desk/advice/trajectory_advice.h"
+#include "desk/advice/word_table.h"
+
+namespace pathstat::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool names_path(const std::string& word) {
+  if (takes_path(word)) return true;
+  const auto* row = find_command_help(word);
+  return row && argument_shape(*row).form == ArgumentForm::path;
+}
+
+std::string kind_name(const fs::path& path) {
+  if (path.extension() == ".script") return "script";
+  switch (kind_of_file(path)) {
+    case FileKind::folder:
+      return "folder";
+    case FileKind::trajectory:
+      return "trajectory";
+    case FileKind::model:
+      return "model";
+    default:
+      return "file";
+  }
+}
+
+}  // namespace
+
+StartFolder::StartFolder(const fs::path& folder) {
+  std::error_code error;
+  folder_ = fs::canonical(folder, error);
+  if (error) folder_ = fs::absolute(folder).lexically_normal();
+}
+
+std::optional<fs::path> StartFolder::inside(const fs::path& path) const {
+  std::error_code error;
+  auto real = fs::weakly_canonical(folder_ / path, error);
+  if (error) return std::nullopt;
+  const auto [rest, unused] = std::mismatch(folder_.begin(), folder_.end(), real.begin(), real.end());
+  return rest == folder_.end() ? std::optional(std::move(real)) : std::nullopt;
+}
+
+std::string StartFolder::refusal(const ScriptLine& line) const {
+  if (line.kind != LineKind::command || !names_path(line.word)) return {};
+  const auto words = words_of(line.arguments);
+  if (words.empty() || words[0].empty()) return {};
+  const auto& name = words[0];
+  const auto outside = fmt::format("{} is outside of {}, where this panel was started", name, folder_.string());
+  // pathstat puts a variable or the home folder in the place of such a beginning.
+  if (name.front() == '$' || name.front() == '~' || name.front() == '/') {
+    return name.front() == '/' && inside(name) ? std::string{} : outside;
+  }
+  const auto path = inside(name);
+  if (!path) return outside;
+  std::error_code error;
+  const auto named = folder_ / name;
+  for (fs::directory_iterator entry(named.parent_path(), error), end; !error && entry != end; entry.increment(error)) {
+    if (entry->path().stem() == named.stem() && !inside(entry->path())) {
+      return fmt::format("{}, which belongs to it, leads outside of {}", entry->path().filename().string(),
+                         folder_.string());
+    }
+  }
+  return {};
+}
+
+std::optional<std::vector<StartFolder::Entry>> StartFolder::list(std::string_view folder) const {
+  const auto path = inside(folder);
+  std::error_code error;
+  if (!path || !fs::is_directory(*path, error)) return std::nullopt;
+  std::vector<Entry> entries;
+  for (fs::directory_iterator entry(*path, error), end; !error && entry != end; entry.increment(error)) {
+    const auto name = entry->path().filename().string();
+    const auto real = inside(entry->path());
+    if (name.starts_with('.') || !real) continue;
+    std::error_code unreadable;
+    const bool folder_entry = fs::is_directory(*real, unreadable);
+    if (!folder_entry && !fs::is_regular_file(*real, unreadable)) continue;
+    const auto bytes = folder_entry ? 0 : fs::file_size(*real, unreadable);
+    entries.push_back({name, folder_entry ? "folder" : kind_name(*real), unreadable ? 0 : bytes});
+    if (entries.size() == most_entries) break;
+  }
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return std::make_tuple(a.kind != "folder", std::cref(a.name)) <
+           std::make_tuple(b.kind != "folder", std::cref(b.name));
+  });
+  return entries;
+}
+
+}  // namespace pathstat::desk
