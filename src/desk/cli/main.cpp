@@ -16,6 +16,7 @@
 #include "desk/cli/file_info.h"
 #include "desk/cli/shell.h"
 #include "desk/messages/visible_text.h"
+#include "desk/panel/panel.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
 #include "support/parallel.h"
@@ -26,6 +27,7 @@ namespace {
 constexpr const char* about =
     "Runs the analysis of molecular dynamics trajectories and shows what comes of it.\n"
     "pathdesk run takes a command script, pathdesk shell takes commands as they are typed,\n"
+    "pathdesk panel shows plots and the structure in a browser,\n"
     "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean.";
 
 std::string script_help() {
@@ -139,6 +141,13 @@ int main_of(int argc, char** argv) {
   auto* shell = app.add_subcommand("shell", "Runs commands as they are typed, or a script from the standard input");
   add_run_options(shell, options, words);
 
+  auto* panel = app.add_subcommand("panel", "Opens a page in the browser: the structure, the plots, and all commands");
+  PanelOptions panel_options;
+  bool no_open = false;
+  panel->add_option("FILE", panel_options.file, "A script to run or a trajectory to load first")->option_text(" ");
+  panel->add_flag("--no-open", no_open, "Only prints the address of the page");
+  add_run_options(panel, options, words);
+
   auto* help = app.add_subcommand("words", "Tells what the command words mean");
   help->add_option("WORD", topic, "A command word, or a text to look for")->option_text(" ");
   auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
@@ -161,6 +170,8 @@ int main_of(int argc, char** argv) {
   }
   if (run->parsed()) return run_script(options, file);
   if (shell->parsed()) return run_shell(options);
+  panel_options.open_browser = !no_open;
+  if (panel->parsed()) return run_panel(options, panel_options);
   if (info->parsed()) return print_file_info(file);
   fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;

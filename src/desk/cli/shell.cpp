@@ -13,9 +13,8 @@
 #include <string>
 
 #include "desk/advice/nearest.h"
-#include "desk/advice/word_table.h"
-#include "desk/cli/command_help.h"
 #include "desk/cli/line_editor.h"
+#include "desk/cli/typed_line.h"
 #include "desk/script/interrupts.h"
 
 namespace pathstat::desk {
@@ -108,26 +107,11 @@ class Shell {
   }
 
   void take(const std::string& text) {
-    ++number_;
-    const auto words = words_of(text);
-    if (!words.empty() && words[0] == "help") {
-      const auto help = help_text(words.size() > 1 ? words[1] : std::string_view{});
-      runner_.console().print(std::string_view(help).substr(0, help.size() - 1));
-    } else if (words.size() == 1 && (words[0] == "quit" || words[0] == "exit")) {
-      ended_ = true;
-    } else {
-      const auto script = read_script(shows_value(words) ? fmt::format("@request {}", words[0]) : text, number_);
-      for (const auto& problem : script.problems) {
-        runner_.console().complain(problem.substr(problem.find(' ') + 1));
-      }
-      if (script.problems.empty() && !script.lines.empty()) follow(runner_.run(script.lines[0]));
-    }
-  }
-
-  /// True for the name of a setting alone: who types it wants to see what it is.
-  static bool shows_value(const std::vector<std::string>& words) {
-    const auto* row = words.size() == 1 ? find_command_help(words[0]) : nullptr;
-    return row && is_setting(*row);
+    const auto typed = read_typed_line(text, ++number_);
+    ended_ = typed.ends;
+    if (!typed.help.empty()) runner_.console().print(typed.help);
+    if (!typed.problem.empty()) runner_.console().complain(typed.problem);
+    if (typed.line) follow(runner_.run(*typed.line));
   }
 
   /// Goes on with another process where this one was lost. @return false if there is none to be had

@@ -16,8 +16,8 @@ struct TypedLine {
   std::optional<ScriptLine> line;  ///< to run
 };
 
-/// Reads a line as the shell and the panel take it: as a script has it, or help, quit and exit, or the name of a setting
-/// alone, which shows its value.
+/// Reads a line as the shell and the panel take it: as a script has it, or help, quit and exit, or the name of a
+/// setting alone, which shows its value.
 TypedLine read_typed_line(std::string_view text, int number);
 
 }  // namespace pathstat::desk

@@ -45,7 +45,7 @@ struct DataSet {
   std::string label;
   std::vector<PlotPoint> points;
   std::vector<PointMark> marks;
-  std::uint64_t revision = 0;  ///< of the last change
+  std::uint64_t revision = 0;   ///< of the last change
   std::uint64_t rewritten = 0;  ///< the revision in which the points began anew; since then they were only added to
 };
 

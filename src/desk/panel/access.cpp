@@ -65,7 +65,7 @@ Access access_of(const RequestFacts& facts, unsigned short port, std::string_vie
   if (same_secret(cookie_value(facts.cookie, cookie_name(port)), token)) return Access::allowed;
   const bool first_page = path_of(facts.target) == "/" && !facts.upgrade;
   return first_page && same_secret(query_value(facts.target, token_name), token) ? Access::hands_over_token
-                                                                                : Access::wrong_token;
+                                                                                 : Access::wrong_token;
 }
 
 std::string cookie_name(unsigned short port) { return fmt::format("pathdesk_{}", port); }

@@ -27,9 +27,9 @@ enum class Access {
 
 /// What a request may do that reaches the server under its port.
 ///
-/// The host must be this machine's loopback by name or number, so that no name that resolves to it leads here. A page of
-/// another origin is refused; a web socket must name its origin. The token comes in the address of the first page, and
-/// in the cookie from then on.
+/// The host must be this machine's loopback by name or number, so that no name that resolves to it leads here. A page
+/// of another origin is refused; a web socket must name its origin. The token comes in the address of the first page,
+/// and in the cookie from then on.
 Access access_of(const RequestFacts& facts, unsigned short port, std::string_view token);
 
 /// The name of the cookie: cookies are not kept apart by port, so the port is part of it.

@@ -4,8 +4,6 @@
 
 namespace pathstat::desk {
 
-bool has_panel() { return false; }
-
 int run_panel(const RunOptions&, const PanelOptions&) {
   fmt::print(stderr,
              "pathdesk: this program was built without the panel: it needs Boost's headers, Node 18 or newer and npm, "

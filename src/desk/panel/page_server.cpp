@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <array>
-#include <boost/asio.hpp>
-#include <boost/beast/core.hpp>
-#include <boost/beast/http.hpp>
-#include <boost/beast/websocket.hpp>
 #include <chrono>
 #include <map>
 #include <thread>
 #include <utility>
+
+// Boost.Asio takes <utility> for granted, so these come behind it.
+#include <boost/asio.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket.hpp>
 
 #include "desk/panel/access.h"
 #include "desk/panel/embedded_page.h"
@@ -47,7 +49,8 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 5> types{{{"
                                                                               {".png", "image/png"}}};
 
 std::string_view type_of(std::string_view path) {
-  const auto found = std::find_if(types.begin(), types.end(), [&](const auto& row) { return path.ends_with(row.first); });
+  const auto found =
+      std::find_if(types.begin(), types.end(), [&](const auto& row) { return path.ends_with(row.first); });
   return found == types.end() ? "application/octet-stream" : found->second;
 }
 

@@ -24,8 +24,8 @@ enum class Keep {
   none,    ///< nothing: it is for the pages that are open
 };
 
-/// The messages from which a page that opens now learns all that the others have been told. Topics stand in the order in
-/// which they first came.
+/// The messages from which a page that opens now learns all that the others have been told. Topics stand in the order
+/// in which they first came.
 class PageState {
  public:
   /// @param most  messages of the topic that are kept, the latest ones

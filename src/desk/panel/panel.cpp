@@ -1,5 +1,6 @@
 #include "desk/panel/panel.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -68,8 +69,8 @@ std::optional<PageDocument> file_list(const StartFolder& folder, std::string_vie
   return PageDocument{"application/json", text_message({{"folder", place}, {"entries", std::move(list)}}).bytes};
 }
 
-/// Opens the browser on a private file that leads to the address: the arguments of a program can be read by everybody on
-/// this machine, and the address holds the token.
+/// Opens the browser on a private file that leads to the address: the arguments of a program can be read by everybody
+/// on this machine, and the address holds the token.
 void open_browser(const std::string& address, const fs::path& private_folder) {
   const bool has_display = std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
   if (!has_display) return;
@@ -90,8 +91,6 @@ void open_browser(const std::string& address, const fs::path& private_folder) {
 
 }  // namespace
 
-bool has_panel() { return true; }
-
 int run_panel(const RunOptions& options, const PanelOptions& panel) {
   std::vector<ScriptLine> lines;
   if (!first_lines(panel.file, lines)) return exit_code::not_run;
@@ -105,17 +104,18 @@ int run_panel(const RunOptions& options, const PanelOptions& panel) {
   PageRequests requests;
   Downloads downloads;
   PageServer* refusing = nullptr;
-  PageServer server(token, {.received =
-                                [&](PageId page, const std::string& text) {
-                                  if (requests.take(page, text)) return;
-                                  refusing->send(page, text_message({{"type", "log"},
-                                                                     {"kind", "complaint"},
-                                                                     {"text", "too much waits to be done"}}));
-                                },
-                            .document = [&](std::string_view target) -> std::optional<PageDocument> {
-                              if (path_of(target) == "/files") return file_list(folder, target);
-                              return downloads.find(path_of(target));
-                            }});
+  PageServer server(
+      token, {.received =
+                  [&](PageId page, const std::string& text) {
+                    if (requests.take(page, text)) return;
+                    refusing->send(
+                        page,
+                        text_message({{"type", "log"}, {"kind", "complaint"}, {"text", "too much waits to be done"}}));
+                  },
+              .document = [&](std::string_view target) -> std::optional<PageDocument> {
+                if (path_of(target) == "/files") return file_list(folder, target);
+                return downloads.find(path_of(target));
+              }});
   refusing = &server;
 
   const LineSource source{.name = "panel", .place = {}, .folder = folder.path(), .stop_on_error = false};

@@ -11,9 +11,6 @@ struct PanelOptions {
   bool open_browser = true;
 };
 
-/// True if this program was built with the panel.
-bool has_panel();
-
 /// Serves the panel until somebody ends it.
 /// @return an exit code
 int run_panel(const RunOptions& options, const PanelOptions& panel);

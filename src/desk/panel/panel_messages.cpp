@@ -165,9 +165,8 @@ json figure_body(const Figure& figure, const GraphStore::Handle& handle, std::sp
     if (curve.highlighted) body["highlighted"] = {curve.highlighted->x, curve.highlighted->y};
     curves.push_back(std::move(body));
   }
-  json body{{"type", "graph"},        {"graph", figure.graph}, {"name", handle.name},
-            {"version", handle.version}, {"heading", figure.heading}, {"x", figure.x_text},
-            {"y", figure.y_text},     {"curves", std::move(curves)}};
+  json body{{"type", "graph"},           {"graph", figure.graph}, {"name", handle.name}, {"version", handle.version},
+            {"heading", figure.heading}, {"x", figure.x_text},    {"y", figure.y_text},  {"curves", std::move(curves)}};
   if (figure.x_range) body["range"] = {figure.x_range->x, figure.x_range->y};
   return body;
 }
@@ -182,10 +181,7 @@ PageMessage points_message(std::int32_t set, const std::vector<PlotPoint>& point
 }
 
 json values_body(const std::string& word, const WordAnswer& answer) {
-  return {{"type", "values"},
-          {"word", word},
-          {"values", items_of(answer.values)},
-          {"ranges", items_of(answer.ranges)}};
+  return {{"type", "values"}, {"word", word}, {"values", items_of(answer.values)}, {"ranges", items_of(answer.ranges)}};
 }
 
 }  // namespace pathstat::desk

@@ -1,6 +1,7 @@
 #include "desk/panel/panel_session.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -9,11 +10,13 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "desk/advice/word_table.h"
 #include "desk/cli/completion.h"
 #include "desk/cli/typed_line.h"
 #include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
 #include "desk/panel/panel_messages.h"
+#include "desk/report/result_folder.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script_run.h"
 
@@ -32,10 +35,10 @@ constexpr std::array told_names{"result", "table", "complaint"};
 struct ExportFormat {
   std::string_view name;
   std::string_view type;
-  fs::path PictureFolders::*folder;  ///< null for the table of points
+  bool PictureKinds::*picture;  ///< null for the table of points
 };
-constexpr std::array export_formats{ExportFormat{"svg", "image/svg+xml", &PictureFolders::svg},
-                                    ExportFormat{"png", "image/png", &PictureFolders::png},
+constexpr std::array export_formats{ExportFormat{"svg", "image/svg+xml", &PictureKinds::svg},
+                                    ExportFormat{"png", "image/png", &PictureKinds::png},
                                     ExportFormat{"tsv", "text/tab-separated-values; charset=utf-8", nullptr}};
 
 std::string content_of(const fs::path& path) {
@@ -63,16 +66,20 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
              last = Clock::now();
              tell("progress", {{"type", "progress"}, {"fraction", fraction}});
            },
-       .status = [this](std::string_view text) { tell("status", {{"type", "status"}, {"text", text}}); }});
+       .status =
+           [this](std::string_view text) {
+             tell("status", {{"type", "status"}, {"text", text}});
+           }});
   runner_.answer_with([this](const Question& question) { return ask(question); });
   runner_.watch_with({.working =
                           [this] {
                             view_.look_now_and_then();
                             serve_beside_line();
                           },
-                      .frame = [this](const std::string& text) {
-                        tell("frame", {{"type", "frame"}, {"text", text}});
-                      }});
+                      .frame =
+                          [this](const std::string& text) {
+                            tell("frame", {{"type", "frame"}, {"text", text}});
+                          }});
 }
 
 int PanelSession::run(const std::vector<ScriptLine>& first_lines) {
@@ -220,17 +227,15 @@ void PanelSession::refresh_values() {
 }
 
 void PanelSession::complete(const PageRequest& request, bool line_runs) {
-  auto words = words_of(request.text("before"));
-  std::string begun;
-  if (!words.empty() && !request.text("before").ends_with(' ')) {
-    begun = words.back();
-    words.pop_back();
-  }
-  const auto completion = completion_of(
-      words, begun,
-      {.allowed_values = [&](const std::string& word) { return line_runs ? std::vector<std::string>{} : runner_.allowed_values(word); },
-       .graphs = [&] { return runner_.graph_names(); },
-       .models = [&] { return runner_.model_names(); }});
+  const auto [before, begun, from, mark] = last_word(request.text("before"));
+  const auto completion =
+      completion_of(before, begun,
+                    {.allowed_values =
+                         [&](const std::string& word) {
+                           return line_runs ? std::vector<std::string>{} : runner_.allowed_values(word);
+                         },
+                     .graphs = [&] { return runner_.graph_names(); },
+                     .models = [&] { return runner_.model_names(); }});
   auto candidates = completion.candidates;
   if (completion.files) {
     const auto folder = fs::path(begun).parent_path();
@@ -242,23 +247,23 @@ void PanelSession::complete(const PageRequest& request, bool line_runs) {
     }
   }
   reply(request.page,
-        {{"type", "completion"}, {"tag", request.number("tag")}, {"begun", begun}, {"candidates", candidates}});
+        {{"type", "completion"}, {"tag", request.number("tag")}, {"from", from}, {"candidates", candidates}});
 }
 
 void PanelSession::export_graph(const PageRequest& request) {
   const auto wanted = request.text("format");
-  const auto* format = std::find_if(export_formats.begin(), export_formats.end(),
-                                    [&](const auto& row) { return row.name == wanted; });
+  const auto* format =
+      std::find_if(export_formats.begin(), export_formats.end(), [&](const auto& row) { return row.name == wanted; });
   const auto figures = figures_of(runner_.graphs());
   const auto figure = std::find_if(figures.begin(), figures.end(),
                                    [&](const Figure& each) { return each.graph == request.number("graph"); });
   if (format == export_formats.end() || figure == figures.end()) return;
   const auto file = fmt::format("{}.{}", figure->name, format->name);
   std::string bytes, problem;
-  if (format->folder) {
-    PictureFolders folders;
-    folders.*(format->folder) = scratch_;
-    problem = draw_pictures(std::span(&*figure, 1), folders, scratch_);
+  if (format->picture) {
+    PictureKinds kinds;
+    kinds.*(format->picture) = true;
+    problem = draw_pictures(std::span(&*figure, 1), kinds, scratch_);
     bytes = content_of(scratch_ / file);
   } else {
     bytes = points_table(*figure);
@@ -285,27 +290,23 @@ void PanelSession::save_history(const PageRequest& request) {
       for (const auto& answer : line.answers) script += answer + '\n';
       script += line.text + '\n';
     }
-    std::ofstream file(*path, std::ios::binary | std::ios::trunc);
-    file << script;
-    file.close();
-    if (!file) problem = fmt::format("{} cannot be written", path->string());
+    ResultFolder place(path->parent_path());
+    if (!place.write(path->filename(), script)) problem = fmt::format("{}", fmt::join(place.take_problems(), "\n"));
   }
   reply(request.page, {{"type", "saved"}, {"name", name}, {"problem", problem}});
 }
 
-void PanelSession::tell(const char* topic, const json& body) {
-  server_.publish(topic, Keep::only, text_message(body));
-}
+void PanelSession::tell(const char* topic, const json& body) { server_.publish(topic, Keep::only, text_message(body)); }
 
 void PanelSession::tell_log(std::string_view kind, std::string_view text) {
-  server_.publish("log", Keep::behind, text_message({{"type", "log"}, {"kind", kind}, {"text", text}}),
-                  most_log_lines);
+  server_.publish("log", Keep::behind, text_message({{"type", "log"}, {"kind", kind}, {"text", text}}), most_log_lines);
 }
 
 void PanelSession::tell_line(const ScriptLine& line, std::string_view state, const std::string& text, double seconds) {
   const auto count = history_.size();
-  server_.publish(fmt::format("line {}", count), Keep::only,
-                  text_message({{"type", "line"}, {"number", count}, {"text", text}, {"state", state}, {"seconds", seconds}}));
+  server_.publish(
+      fmt::format("line {}", count), Keep::only,
+      text_message({{"type", "line"}, {"number", count}, {"text", text}, {"state", state}, {"seconds", seconds}}));
   const bool runs = state == "runs";
   tell("busy", {{"type", "busy"}, {"text", runs ? line.text : ""}, {"waiting", requests_.waiting_lines()}});
   if (runs) tell("progress", {{"type", "progress"}, {"fraction", 0}});

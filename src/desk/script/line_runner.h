@@ -52,7 +52,7 @@ enum class LineEnd {
 
 /// What goes on while a line runs, for whoever shows it as it goes. Every member may be left empty.
 struct RunWatcher {
-  std::function<void()> working;                      ///< the stores may have changed; called often
+  std::function<void()> working;                       ///< the stores may have changed; called often
   std::function<void(const std::string& text)> frame;  ///< another frame is shown
 };
 
@@ -86,8 +86,6 @@ class LineRunner {
   const std::filesystem::path& folder() const { return source_.folder; }
   /// Steps that the last @step has made.
   int steps() const { return steps_; }
-  /// Draws the graphs and writes their points now; what is written and what went wrong is told.
-  void write_graphs();
   /// The values and ranges of words, none if the process is lost. Nothing of it is told.
   std::optional<std::vector<WordAnswer>> values(std::span<const std::string> words);
 
@@ -105,6 +103,7 @@ class LineRunner {
   void take_returned(const std::string& text);
   void refresh_values(std::string_view words);
   void ask_frame();
+  void write_graphs();
   void work_goes_on() const;
   GraphFacts facts_of(const ScriptLine& line);
   std::size_t rdf_centres(const MolecularModel& model);
