@@ -33,8 +33,6 @@ constexpr std::int64_t origins_between_polls = 10;
 constexpr std::int64_t reports_in_a_run = 50;
 /// Pairs that are summed without a break, some hundredths of a second.
 constexpr std::int64_t pairs_at_once = std::int64_t{1} << 25;
-/// From so many lags on a transform is faster than pairs.
-constexpr std::int64_t lags_for_transform = 128;
 
 constexpr ColumnTexts names{"DAC component XX", "DAC component YY", "DAC component ZZ",       "DAC component XY",
                             "DAC component XZ", "DAC component YZ", "Dipole Auto Correlation"};
@@ -154,7 +152,7 @@ bool sum_pairs(const DipolePairs& pairs, bool monitor, std::int64_t origin_step,
   const auto lags = static_cast<std::int64_t>(table.lags());
   const std::int64_t at_once = std::max(pairs_at_once / lags, origins_between_polls);
   // A curve that nobody watches does not have to grow origin by origin.
-  const bool at_a_stroke = !monitor && origin_step == 1 && lags >= lags_for_transform;
+  const bool at_a_stroke = !monitor && pairs.transforms_pay(lags, table.anisotropic());
   if (std::getenv("PATHSTAT_TRACE") != nullptr) trace(pairs, lags, origin_step, at_a_stroke);
   const bool summed = at_a_stroke && pairs.sum_all(table.anisotropic(), table.sums());
   for (std::int64_t done = 0; done < pairs.origins();) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 #include "support/plain_array.h"
@@ -12,6 +13,12 @@ namespace {
 
 /// A sum of fewer than this part of all pairs is formed as it stands.
 constexpr std::int64_t few_pairs = 16;
+
+// Costs, as measured, in terms of a pair's: of a lag beyond its pairs, and of each point and factor of 2 of a
+// transform.
+constexpr double cost_of_lag = 8;
+constexpr double cost_of_point = 2.3;
+constexpr double transforms_of_total = 4, transforms_with_components = 10;
 
 /// The shortest even length from `least` on without other prime factors than 2, 3 and 5.
 std::int64_t transform_length(std::int64_t least) {
@@ -136,6 +143,14 @@ void DipolePairs::add(std::int64_t first, std::int64_t end, bool components, std
     add_lag(static_cast<std::int64_t>(at / correlation_columns), first, end, components,
             table.subspan(at, correlation_columns));
   }
+}
+
+bool DipolePairs::transforms_pay(std::int64_t lags, bool components) const {
+  double by_pairs = cost_of_lag * static_cast<double>(lags);
+  for (std::int64_t lag = 0; lag < lags; ++lag) by_pairs += static_cast<double>(pairs(lag, frames_));
+  const auto length = static_cast<double>(transform_length(frames_ + lags));
+  const double transforms = components ? transforms_with_components : transforms_of_total;
+  return step_ == 1 && by_pairs > cost_of_point * transforms * length * std::log2(length);
 }
 
 bool DipolePairs::sum_all(bool components, std::span<double> table) const {

@@ -27,6 +27,9 @@ class DipolePairs {
   /// @param components  all columns, or the total alone
   void add(std::int64_t first, std::int64_t end, bool components, std::span<double> table) const;
 
+  /// True if `sum_all` can sum so many lags, and costs less than `add` does.
+  bool transforms_pay(std::int64_t lags, bool components) const;
+
   /// Sums the pairs of all origins, which have to be all frames, by the transform of the series with zeros behind it:
   /// the spectrum of the sums is the product of the spectra (N. Wiener, Acta Math. 55, 117, 1930). Sums of few pairs
   /// are formed as they stand, so that no sum is less accurate than some 1e-14 of the mean square times its pairs.

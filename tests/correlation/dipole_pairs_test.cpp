@@ -100,6 +100,25 @@ TEST(DipolePairs, are_summed_at_a_stroke_by_a_transform) {
   }
 }
 
+TEST(DipolePairs, are_transformed_where_that_costs_less) {
+  struct Case {
+    std::size_t frames;
+    std::int64_t step, lags;
+    bool components, pays;
+  };
+  for (const auto& [frames, step, lags, components, pays] :
+       std::initializer_list<Case>{{20'000, 1, 20'000, false, true},
+                                   {20'000, 1, 5, false, false},
+                                   {20'000, 2, 20'000, false, false},  // a transform takes every frame for an origin
+                                   {400, 1, 200, false, true},
+                                   {400, 1, 200, true, false},
+                                   {50, 1, 50, false, false}}) {
+    std::int32_t status = -1;
+    EXPECT_EQ(DipolePairs(Doubles(3 * frames), step, status).transforms_pay(lags, components), pays)
+        << frames << ' ' << step << ' ' << lags;
+  }
+}
+
 TEST(DipolePairs, of_a_turning_dipole_are_cosines) {
   constexpr std::size_t frames = 3000;
   constexpr double turn = 0.1, length = 40.0, constant = 7.0;
