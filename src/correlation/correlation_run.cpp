@@ -14,6 +14,7 @@
 #include "correlation/correlation_cache.h"
 #include "correlation/correlation_table.h"
 #include "correlation/frame_file.h"
+#include "correlation/origin_blocks.h"
 #include "correlation/origin_groups.h"
 #include "correlation/spectral_run.h"
 #include "support/named_memory.h"
@@ -69,9 +70,10 @@ class RoutedCache : public FrameSink {
   bool by_transforms_ = false;
 };
 
-/// Goes over the origins in order. @param plots  drawn while the table grows; may be null. @return false if the cache
-/// can't be read
-bool add_origins(const OriginSeries& series, OriginGroups& groups, CorrelationTable& table, TablePlots* plots) {
+/// Goes over the origins in order. @param blocks  take the sums of each as well; may be null. @param plots  drawn while
+/// the table grows; may be null. @return false if the cache can't be read
+bool add_origins(const OriginSeries& series, OriginGroups& groups, CorrelationTable& table, OriginBlocks* blocks,
+                 TablePlots* plots) {
   const std::int64_t whole_steps = std::max<std::int64_t>((series.frames - 1) / series.step, 1);
   const std::int64_t report_interval = std::max<std::int64_t>(whole_steps / reports_in_a_run, 1);
   for (std::int64_t first = 0; first < series.count(); first += groups.origins_together()) {
@@ -80,6 +82,7 @@ bool add_origins(const OriginSeries& series, OriginGroups& groups, CorrelationTa
     for (std::int64_t place = 0; place < count; ++place) {
       const std::int64_t lags = series.end(first + place) - series.record(first + place);
       for (std::int64_t lag = 0; lag < lags; ++lag) table.add(static_cast<std::size_t>(lag), groups.sums(place, lag));
+      if (blocks != nullptr) blocks->add(first + place, [&](std::int64_t lag) { return groups.sums(place, lag); });
       const std::int64_t done = first + place + 1;
       const bool stop = done % origins_between_polls == 0 && kvu_int_requestinterrupt_() == 1;
       if (done % report_interval == 0) {
@@ -121,9 +124,14 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
 
   TablePlots plots(kind, table, spacing_ps, points.span());
   TablePlots* const watched = request.monitor ? &plots : nullptr;
+  const auto blocks_file = kind.of_velocities ? std::nullopt : OriginBlocks::wanted_file();
+  std::optional<OriginBlocks> blocks;
+  if (blocks_file) blocks.emplace(cache.shape().series, table.columns(), thread_count());
+  OriginBlocks* const beside = blocks ? &*blocks : nullptr;
   kvu_int_reportprogress_(0.0F);
-  const bool read = groups ? add_origins(cache.shape().series, *groups, table, watched)
-                           : sum_by_transforms(cache.batches(), cache.shape(), sums.kernel, atoms, table, watched);
+  const bool read = groups
+                        ? add_origins(cache.shape().series, *groups, table, beside, watched)
+                        : sum_by_transforms(cache.batches(), cache.shape(), sums.kernel, atoms, table, beside, watched);
   if (!read) {
     status = cache_status::not_written;
     return show_message(kind.cache_messages[4]);
@@ -131,6 +139,7 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
   plots.draw();
   table.normalise();
   table.save(kind.file, status);
+  if (blocks) blocks->save(*blocks_file, spacing_ps, atoms);
   available = status == 0;
 }
 

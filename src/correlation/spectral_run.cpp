@@ -108,7 +108,7 @@ bool transforms_pay(const SpectralShape& shape, std::int64_t atoms) {
 }
 
 bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel kernel, std::int64_t atoms,
-                       CorrelationTable& table, TablePlots* plots) {
+                       CorrelationTable& table, OriginBlocks* blocks, TablePlots* plots) {
   SpectralSums sums(shape, thread_count());
   const std::int64_t batches = store.batches();
   std::vector<std::int64_t> unsure;
@@ -120,8 +120,15 @@ bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel
     unsure = put_lags(shape, sums.lags(atoms_done), table);
   };
   const bool read = for_batches(
-      store, [&](const AtomBatch& batch, std::size_t worker) { sums.transform(batch, worker); },
-      [&](std::size_t worker) { sums.join(worker); },
+      store,
+      [&](const AtomBatch& batch, std::size_t worker) {
+        sums.transform(batch, worker);
+        if (blocks != nullptr) blocks->sum(batch, kernel, worker);
+      },
+      [&](std::size_t worker) {
+        sums.join(worker);
+        if (blocks != nullptr) blocks->join(worker);
+      },
       [&](std::int64_t done) {
         stopped = kvu_int_requestinterrupt_() == 1;
         kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(batches));

@@ -353,6 +353,61 @@ TEST_F(CorrelationRun, long_runs_are_as_the_definition_has_them) {
   }
 }
 
+TEST_F(CorrelationRun, blocks_of_origins_are_as_the_definition_has_them) {
+  const Motion motion = wandering();
+  make(motion);
+  ::setenv("PATHSTAT_ORIGIN_BLOCKS", "blocks", 1);
+  for (const Choice& choice : {Choice{.intervals = 4999, .frames = 5000},  // by transforms
+                               Choice{.intervals = 30, .frames = 700, .origin_step = 3, .anisotropic = true}}) {
+    ASSERT_EQ(run(run_msd_, choice), 0);
+    std::ifstream file("blocks");
+    double spacing = 0;
+    std::int32_t frames = 0, intervals = 0, step = 0, origins = 0, blocks = 0, columns = 0, lags = 0;
+    file >> spacing >> frames >> intervals >> step >> origins >> blocks >> columns >> lags;
+    EXPECT_EQ(spacing, 0.5);
+    EXPECT_EQ(frames, choice.frames - 1);
+    EXPECT_EQ(intervals, choice.intervals);
+    EXPECT_EQ(step, choice.origin_step);
+    EXPECT_EQ(blocks, 24);
+    EXPECT_EQ(columns, choice.anisotropic ? 7 : 1);
+    std::int32_t lag = 0;
+    for (std::int32_t k = 0; k < lags; ++k) {
+      file >> lag;
+      EXPECT_EQ(lag, k + 1 < lags ? 1 << k : std::min((choice.frames - 1) / 8, choice.intervals - 1));
+      for (std::int32_t block = 0; block < blocks; ++block) {
+        std::array<double, 7> sums{};
+        for (std::int32_t o = block * origins; o < (block + 1) * origins; ++o) {
+          for (std::size_t atom = 0; atom < long_atoms; ++atom) {
+            const Vector from = motion.position(atom, o * step), to = motion.position(atom, o * step + lag);
+            const Vector d{to[0] - from[0], to[1] - from[1], to[2] - from[2]};
+            const std::array<double, 7> terms{d[0] * d[0],
+                                              d[1] * d[1],
+                                              d[2] * d[2],
+                                              d[0] * d[1],
+                                              d[0] * d[2],
+                                              d[1] * d[2],
+                                              d[0] * d[0] + d[1] * d[1] + d[2] * d[2]};
+            for (std::size_t c = 0; c < terms.size(); ++c) sums[c] += terms[c] / (long_atoms * origins);
+          }
+        }
+        for (std::int32_t c = 7 - columns; c < 7; ++c) {
+          double value = 0;
+          file >> value;
+          EXPECT_NEAR(value, sums[static_cast<std::size_t>(c)], 1e-9 * sums[6]) << lag << ' ' << block << ' ' << c;
+        }
+      }
+    }
+    EXPECT_LE((lag + 24 * origins * step), frames + step);
+    EXPECT_TRUE(file);
+  }
+  std::filesystem::remove("blocks");
+  EXPECT_EQ(run(run_vac_, {.intervals = 5, .frames = 100}), 0);
+  EXPECT_FALSE(std::filesystem::exists("blocks"));
+  ::unsetenv("PATHSTAT_ORIGIN_BLOCKS");
+  EXPECT_EQ(run(run_msd_, {.intervals = 5, .frames = 100}), 0);
+  EXPECT_FALSE(std::filesystem::exists("blocks"));
+}
+
 TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
   make(wandering());
   ::setenv("PATHSTAT_TRACE", "1", 1);

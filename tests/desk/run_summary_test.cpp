@@ -65,7 +65,7 @@ TEST_F(RunSummary, tells_means_fits_pairs_and_spectra_and_nothing_of_other_graph
   add("Profile of Torsion", "Time (ps)", "Torsion (°)", {{"Torsion 1", &turning}});
   add("Running Average of Total Energy", "Time (ps)", "Energy (kcal/mol)", {{"", &series}});
   add("MSD/LineFit", "Time (ps)", "Å² per atom", {{"MSD", &msd}, {"FIT", &line}},
-      {.of = "all atoms", .fitted = std::pair{1.0, 3.0}, .density = 0});
+      {.of = "all atoms", .fitted = FittedWindow{1, 3, {0.6}, 10}, .density = 0});
   add("MSD/LineFit XX", "Time (ps)", "", {{"MSD", &msd}, {"FIT", &line}});
   add("Total RDF for all atoms", "r (Å)", "g(r)", {{"", &g}}, {.of = "O and H", .fitted = {}, .density = 0.01});
   add("Power Spectrum", "Wavenumber (cm⁻¹)", "", {{"", &spectrum}});
@@ -85,11 +85,13 @@ TEST_F(RunSummary, tells_means_fits_pairs_and_spectra_and_nothing_of_other_graph
   const auto& fits = tables[1].items;
   EXPECT_EQ(fits[0].name, "D of all atoms");
   EXPECT_DOUBLE_EQ(value(fits[0], "diffusion coefficient").value.value(), 1);
+  EXPECT_DOUBLE_EQ(value(fits[0], "diffusion coefficient").error.value(), 0.1);
   EXPECT_DOUBLE_EQ(value(fits[0], "in cm²/s").value.value(), 1e-4);
+  EXPECT_DOUBLE_EQ(value(fits[0], "in cm²/s").error.value(), 1e-5);
   EXPECT_DOUBLE_EQ(value(fits[0], "slope").value.value(), 6);
   EXPECT_DOUBLE_EQ(value(fits[0], "intercept").value.value(), 1);
   EXPECT_DOUBLE_EQ(value(fits[0], "R²").value.value(), 1);
-  EXPECT_EQ(fits[0].hint, "");
+  EXPECT_EQ(fits[0].hint, "the error is rough: the run is 3.3 times as long as the window reaches");
   EXPECT_DOUBLE_EQ(value(fits[1], "diffusion coefficient").value.value(), 3);
   EXPECT_THAT(fits[1].name, testing::StartsWith("Dxx"));
 
@@ -103,6 +105,27 @@ TEST_F(RunSummary, tells_means_fits_pairs_and_spectra_and_nothing_of_other_graph
   EXPECT_EQ(lines.size(), 6u);
   EXPECT_THAT(lines[0], HasSubstr("Total Energy: mean 2.0 ± 1.0 kcal/mol   (the run is too short"));
   EXPECT_THAT(lines[4], HasSubstr("first peak 1.5 Å, coordination number 1.13"));
+}
+
+TEST_F(RunSummary, says_of_a_fit_that_motion_is_not_diffusive) {
+  std::vector<PlotPoint> msd, line;
+  for (int k = 0; k <= 20; ++k) {
+    const auto time = static_cast<float>(k);
+    msd.push_back({time, std::pow(time, 0.6F)});
+    line.push_back({time, 1 + 0.3F * time});
+  }
+  struct Case {
+    double slope_error;
+    const char* hint;
+  };
+  for (const auto& [slope_error, hint] :
+       {Case{0.01, "not diffusive in the window but subdiffusive: the displacement grows as time to the power 0.60"},
+        Case{0.1, ""}}) {
+    figures_.clear();
+    add("MSD/LineFit", "Time (ps)", "", {{"MSD", &msd}, {"FIT", &line}},
+        {.of = "", .fitted = FittedWindow{2, 10, {slope_error}, 100}, .density = 0});
+    EXPECT_EQ(summarise(figures_)[0].items[0].hint, hint);
+  }
 }
 
 TEST_F(RunSummary, is_the_same_as_table_and_as_objects) {

@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace pathstat::desk {
@@ -49,10 +48,18 @@ struct DataSet {
   std::uint64_t rewritten = 0;  ///< the revision in which the points began anew; since then they were only added to
 };
 
+/// The window of a fit to a displacement.
+struct FittedWindow {
+  double from = 0, to = 0;  ///< ps
+  /// Of the slopes of the components and the total, or of the total alone, Å²/ps; empty where they are not known.
+  std::vector<std::optional<double>> slope_errors;
+  double run = 0;  ///< length of the run, ps; 0 if it is not known
+};
+
 /// What pathdesk knows of a graph beside what the process draws.
 struct GraphFacts {
-  std::string of;                                   ///< the atoms and frames, in words; empty if it is not known
-  std::optional<std::pair<double, double>> fitted;  ///< first and last x of the window of a fit
+  std::string of;  ///< the atoms and frames, in words; empty if it is not known
+  std::optional<FittedWindow> fitted;
   double density = 0;  ///< of a radial distribution: neighbours of an atom in 1 Å³; 0 if it is not known
 };
 

@@ -59,12 +59,14 @@ std::string CoreSession::start(const SessionOptions& options) {
   Listener listener(options.protocol, options.private_directory, error);
   if (!error.empty()) return error;
   const auto output = options.work_directory / "pathstat.out";
+  const auto origin_blocks = options.private_directory / origin_blocks_file;
   error = process_.start({.program = options.program,
                           .directory = options.work_directory,
                           .output = output,
                           .environment = {{"RJMACHINE", listener.machine()},
                                           {"RJPROTOCOL", protocol_name(options.protocol)},
-                                          {"RJSERVER", listener.name()}}});
+                                          {"RJSERVER", listener.name()},
+                                          {"PATHSTAT_ORIGIN_BLOCKS", origin_blocks.string()}}});
   if (!error.empty()) return error;
   follower_ = std::make_unique<OutputFollower>(output, output_);
   connection_ = {};  // nothing of a process before this one is left in its buffers

@@ -19,11 +19,14 @@
 
 namespace pathstat::desk {
 
+/// In the private directory: what the process leaves there for the error of a fit to a displacement.
+constexpr const char* origin_blocks_file = "origin-blocks";
+
 /// Where and how the process runs.
 struct SessionOptions {
   std::filesystem::path program;
   std::filesystem::path work_directory;     ///< must exist
-  std::filesystem::path private_directory;  ///< for the socket; nobody else may enter it
+  std::filesystem::path private_directory;  ///< for the socket and such; nobody else may enter it
   Protocol protocol = Protocol::unix_socket;
 };
 

@@ -22,6 +22,7 @@
 #include "desk/report/printed_unit.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
+#include "desk/summary/diffusion_error.h"
 #include "desk/summary/neighbour_density.h"
 
 namespace pathstat::desk {
@@ -243,7 +244,7 @@ GraphFacts LineRunner::facts_of(const ScriptLine& line) {
   if (line.word == "LINEAR_FIT") {
     const auto from = number_in(first_value(ask_word("MIN_FIT_TIME")));
     const auto to = number_in(first_value(ask_word("MAX_FIT_TIME")));
-    if (from && to) facts.fitted = {*from, *to};
+    if (from && to) facts.fitted = fitted_window(place_.private_folder / origin_blocks_file, *from, *to);
   }
   const auto* model = model_.model(model_.current_model());
   if (line.word == "RDF" && model) {
@@ -359,7 +360,11 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
 std::string LineRunner::run_command(const ScriptLine& line) {
   const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
   if (line.word.size() > longest_text || arguments.size() > longest_text) return "this line is too long";
+  const auto blocks = place_.private_folder / origin_blocks_file;
+  std::error_code none;
+  if (line.word == "MSD") fs::remove(blocks, none);
   auto problem = send(line.word, arguments);
+  if (line.word == "MSD" && interrupts() > 0) fs::remove(blocks, none);  // they are not complete
   if (session_.lost()) stopped_ = line.word == "STOP" && session_.ended_well();
   if (stopped_) return {};
   if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_table_name();

@@ -89,39 +89,63 @@ void add_series(const Figure& figure, std::vector<SummaryItem>& items) {
 
 constexpr std::string_view fit_graph = "MSD/LineFit";
 
+/// Columns of a displacement in front of the total, as the names of their graphs end.
+constexpr std::array<std::string_view, 6> components{"XX", "YY", "ZZ", "XY", "XZ", "YZ"};
+
+/// Why not to rely on a fit: motion that is not diffusive, or a window of which the run holds only a few.
+/// @param noise  relative error of the slope; an exponent that is off by less than two of it may be so by chance
+std::string hint_about_fit(const std::optional<double>& power, double noise, const FittedWindow& window, double to) {
+  constexpr double most_off = 0.1, fewest_windows = 5;
+  std::string hint;
+  if (power && std::abs(*power - 1) > std::max(most_off, 2 * noise)) {
+    hint = fmt::format("not diffusive in the window but {}: the displacement grows as time to the power {:.2f}",
+                       *power < 1 ? "subdiffusive" : "superdiffusive", *power);
+  }
+  if (window.run > 0 && window.run < fewest_windows * to) {
+    hint += fmt::format("{}the error is rough: the run is {:.1f} times as long as the window reaches",
+                        hint.empty() ? "" : "; ", window.run / to);
+  }
+  return hint;
+}
+
 /// The displacement and the line through it, which is drawn over all lags.
 void add_diffusion(const Figure& figure, std::vector<SummaryItem>& items) {
-  constexpr double square_cm_per_s = 1e-4, most_off = 0.1;
+  constexpr double square_cm_per_s = 1e-4;
   if (figure.curves.size() != 2 || figure.curves[1].points->size() < 3) return;
   const auto& line = *figure.curves[1].points;
   const double slope = (double{line.back().y} - line.front().y) / (double{line.back().x} - line.front().x);
   const double intercept = line.front().y - slope * line.front().x;
-  auto name = behind(figure.heading, fit_graph);
-  const bool is_component = !name.empty() && !name.starts_with('(');
-  const double diffusion = slope / (is_component ? 2 : 6);
+  auto name = behind(figure.heading, fit_graph).substr(0, 2);
+  const auto column =
+      static_cast<std::size_t>(std::ranges::find(components, std::string_view(name)) - components.begin());
+  const bool is_component = column < components.size();
+  const double share = is_component ? 2 : 6;
   const double longest = line.back().x;
-  const auto [from, to] = figure.facts.fitted.value_or(std::pair<double, double>{line.front().x, longest});
-  const auto fitted = within(*figure.curves[0].points, from, to);
+  const auto window = figure.facts.fitted.value_or(FittedWindow{line.front().x, longest, {}, 0});
+  const double to = std::min(window.to, longest);
+  const auto fitted = within(*figure.curves[0].points, window.from, to);
   const bool is_mixed = is_component && name[0] != name[1];  // of two axes: may well be negative
   const auto power = is_mixed ? std::nullopt : exponent(fitted);
-  std::string hint;
-  if (power && std::abs(*power - 1) > most_off) {
-    hint = fmt::format("not diffusive in the window: the displacement grows as time to the power {:.2f}", *power);
-  }
-  name.resize(is_component ? 2 : 0);
+  const auto& errors = window.slope_errors;
+  const auto error_at = errors.size() == 1 && !is_component ? 0 : column;
+  const auto slope_error = error_at < errors.size() ? errors[error_at] : std::nullopt;
+  const auto of_slope = [&](double factor) {
+    return slope_error ? std::optional(*slope_error * factor) : std::nullopt;
+  };
+  if (!is_component) name.clear();
   std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
   name = "D" + name + " ";
   name += figure.facts.of.empty() ? figure.heading : "of " + figure.facts.of;
   items.push_back({std::move(name),
-                   {{"diffusion coefficient", diffusion, {}, "Å²/ps"},
-                    {"in cm²/s", diffusion * square_cm_per_s, {}, "cm²/s"},
-                    {"fitted from", from, {}, "ps"},
-                    {"fitted to", std::min(to, longest), {}, "ps"},
-                    {"slope", slope, {}, "Å²/ps"},
+                   {{"diffusion coefficient", slope / share, of_slope(1 / share), "Å²/ps"},
+                    {"in cm²/s", slope / share * square_cm_per_s, of_slope(square_cm_per_s / share), "cm²/s"},
+                    {"fitted from", window.from, {}, "ps"},
+                    {"fitted to", to, {}, "ps"},
+                    {"slope", slope, slope_error, "Å²/ps"},
                     {"intercept", intercept, {}, "Å²"},
                     {"R²", determination(fitted, slope, intercept), {}, ""},
                     {"exponent", power, {}, ""}},
-                   std::move(hint)});
+                   hint_about_fit(power, slope_error.value_or(0) / std::abs(slope), window, to)});
 }
 
 std::optional<double> place(const std::optional<Extreme>& extreme) {

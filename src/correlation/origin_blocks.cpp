@@ -1,0 +1,57 @@
+#include "correlation/origin_blocks.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+
+namespace pathstat {
+
+OriginBlocks::OriginBlocks(const OriginSeries& series, std::size_t columns, std::size_t workers)
+    : series_(series), columns_(columns) {
+  constexpr std::int64_t most_blocks = 24, runs_in_longest = 8;
+  const auto longest = std::min((series.frames - 1) / runs_in_longest, series.intervals - 1);
+  if (longest < 1) return;
+  for (std::int64_t lag = 1; lag < longest; lag *= 2) lags_.push_back(lag);
+  lags_.push_back(longest);
+  block_count_ = std::min(most_blocks, series.pairs(longest));
+  origins_ = series.pairs(longest) / block_count_;
+  total_.resize(lags_.size() * static_cast<std::size_t>(block_count_) * columns);
+  workers_.assign(workers, total_);
+}
+
+std::optional<std::string> OriginBlocks::wanted_file() {
+  const char* file = std::getenv("PATHSTAT_ORIGIN_BLOCKS");
+  return file != nullptr ? std::optional<std::string>(file) : std::nullopt;
+}
+
+void OriginBlocks::sum(const AtomBatch& batch, PairKernel kernel, std::size_t worker) {
+  for (std::size_t k = 0; k < lags_.size(); ++k) {
+    const auto lag = static_cast<std::size_t>(lags_[k]);
+    for (std::int64_t origin = 0; origin < block_count_ * origins_; ++origin) {
+      const auto frame = static_cast<std::size_t>(origin * series_.step);
+      kernel(batch.frame(frame), batch.frame(frame + lag), at(workers_[worker], k, origin / origins_));
+    }
+  }
+}
+
+void OriginBlocks::join(std::size_t worker) {
+  for (std::size_t k = 0; k < total_.size(); ++k) total_[k] += workers_[worker][k];
+  std::ranges::fill(workers_[worker], 0.0);
+}
+
+void OriginBlocks::save(const std::string& file, double spacing_ps, std::int64_t atoms) const {
+  std::ofstream out(file);
+  out.precision(std::numeric_limits<double>::max_digits10);
+  out << spacing_ps << ' ' << series_.frames - 1 << ' ' << series_.intervals << ' ' << series_.step << ' ' << origins_
+      << ' ' << block_count_ << ' ' << columns_ << ' ' << lags_.size() << '\n';
+  const double share = 1 / (static_cast<double>(atoms) * static_cast<double>(origins_));
+  const auto values_of_lag = static_cast<std::size_t>(block_count_) * columns_;
+  for (std::size_t k = 0; k < lags_.size(); ++k) {
+    out << lags_[k];
+    for (std::size_t value = 0; value < values_of_lag; ++value) out << ' ' << total_[k * values_of_lag + value] * share;
+    out << '\n';
+  }
+}
+
+}  // namespace pathstat
