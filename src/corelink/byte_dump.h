@@ -19,4 +19,9 @@ std::string COM_scdump(std::span<const std::byte> bytes);
 /// 4096 bytes the first 80 at most are shown, behind a line that says so.
 void COM_cdump(std::string_view title, std::span<const std::byte> bytes, std::FILE* out = stdout);
 
+/// The same by address: the title is a field, of which trailing blanks are no part.
+inline void com_fdump_(std::string_view title, std::span<const std::byte> bytes) {
+  COM_cdump(title.substr(0, title.find_last_not_of(' ') + 1), bytes);
+}
+
 }  // namespace pathstat

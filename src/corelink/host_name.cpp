@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "corelink/last_error.h"
 #include "corelink/socket_address.h"
@@ -54,6 +55,30 @@ const char* COM_inet_n2a(const char* name) {
   const auto address = host_address(name);
   if (!address) return nullptr;
   return ::inet_ntop(AF_INET, &*address, text.data(), text.size());
+}
+
+const char* COM_gethostaddr() {
+  static std::string kept;
+  if (!kept.empty()) return kept.c_str();
+  const char* name = COM_gethostname();
+  const char* address = name != nullptr ? COM_inet_n2a(name) : nullptr;
+  if (address == nullptr) {
+    std::fprintf(stderr, "COM_gethostaddr: %s\n",
+                 name == nullptr ? PLE_get_error() : "cannot define the IP address of the local host");
+    return nullptr;
+  }
+  kept = address;
+  return kept.c_str();
+}
+
+std::int32_t COM_its_local(const char* machine) {
+  if (machine == nullptr) return 0;
+  const std::string_view wanted = machine;
+  if (wanted == "localhost") return 1;
+  const char* name = COM_gethostname();
+  if (name != nullptr && wanted == name) return 1;
+  const char* address = COM_gethostaddr();
+  return address != nullptr && wanted == address ? 1 : 0;
 }
 
 }  // namespace pathstat

@@ -33,6 +33,7 @@ bool COM_realloc(void*& block, std::int32_t& capacity, std::int32_t needed);
 
 /// Copies source.size() bytes; the ranges may overlap.
 void COM_bytecopy(std::byte* target, std::span<const std::byte> source);
+inline void com_bytecopy_(std::byte* target, std::span<const std::byte> source) { COM_bytecopy(target, source); }
 
 /// The arguments joined with blanks; one that holds a blank or a tab stands between single quotes.
 std::string COM_args2parm(std::span<const char* const> arguments);
