@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "transforms/lane_transform.h"
+#include "transforms/real_stages.h"
 
 namespace pathstat {
 namespace {
@@ -19,151 +20,6 @@ constexpr std::size_t largest_direct_radix = 128;
 
 /// A whole number out of the factor table.
 std::int64_t whole(double value) { return static_cast<std::int64_t>(value + (value < 0 ? -0.5 : 0.5)); }
-
-struct Complex {
-  double re = 0.0;
-  double im = 0.0;
-};
-constexpr Complex operator+(Complex a, Complex b) { return {a.re + b.re, a.im + b.im}; }
-constexpr Complex operator-(Complex a, Complex b) { return {a.re - b.re, a.im - b.im}; }
-constexpr Complex operator*(double factor, Complex a) { return {factor * a.re, factor * a.im}; }
-
-/// a times the conjugate of the factor cos + i sin.
-constexpr Complex turned(Complex a, double cos, double sin) {
-  return {cos * a.re + sin * a.im, cos * a.im - sin * a.re};
-}
-
-/// The transform of P values as sums that keep real values real: Y(q) = even[q] - i odd[q-1] and Y(P-q) = even[q] +
-/// i odd[q-1]; Y(0) and, for even P, Y(P/2) are even parts alone.
-template <std::size_t P, class Value>
-struct Parts {
-  std::array<Value, P / 2 + 1> even;
-  std::array<Value, (P - 1) / 2> odd;
-};
-
-template <class V>
-constexpr Parts<2, V> butterfly(const std::array<V, 2>& z) {
-  return {{z[0] + z[1], z[0] - z[1]}, {}};
-}
-
-template <class V>
-constexpr Parts<3, V> butterfly(const std::array<V, 3>& z) {
-  constexpr double sin3 = 0.8660254037844386;
-  const V sum = z[1] + z[2];
-  return {{z[0] + sum, z[0] + -0.5 * sum}, {sin3 * (z[1] - z[2])}};
-}
-
-template <class V>
-constexpr Parts<4, V> butterfly(const std::array<V, 4>& z) {
-  const V outer = z[0] + z[2];
-  const V inner = z[1] + z[3];
-  return {{outer + inner, z[0] - z[2], outer - inner}, {z[1] - z[3]}};
-}
-
-template <class V>
-constexpr Parts<5, V> butterfly(const std::array<V, 5>& z) {
-  constexpr double cos1 = 0.30901699437494745;
-  constexpr double cos2 = -0.8090169943749475;
-  constexpr double sin1 = 0.9510565162951535;
-  constexpr double sin2 = 0.5877852522924731;
-  const V a = z[1] + z[4];
-  const V b = z[2] + z[3];
-  const V c = z[1] - z[4];
-  const V d = z[2] - z[3];
-  return {{z[0] + a + b, z[0] + cos1 * a + cos2 * b, z[0] + cos2 * a + cos1 * b},
-          {sin1 * c + sin2 * d, sin2 * c - sin1 * d}};
-}
-
-/// Puts Y(q) at frequency q * points + m, and Y(P-q) as its conjugate at q * points - m.
-inline void put_pair(double* out, std::size_t q_points, std::size_t m, Complex even, Complex odd) {
-  double* upper = out + 2 * (q_points + m) - 1;
-  upper[0] = even.re + odd.im;
-  upper[1] = even.im - odd.re;
-  double* lower = out + 2 * (q_points - m) - 1;
-  lower[0] = even.re - odd.im;
-  lower[1] = -(even.im + odd.re);
-}
-
-/// Frequency 0 of the parts, which is real.
-template <std::size_t P>
-void real_columns(std::size_t points, std::size_t groups, const double* in, double* out) {
-  for (std::size_t k = 0; k < groups; ++k) {
-    std::array<double, P> z;
-    for (std::size_t j = 0; j < P; ++j) z[j] = in[points * (k + groups * j)];
-    const auto [even, odd] = butterfly(z);
-    double* to = out + points * P * k;
-    to[0] = even[0];
-    for (std::size_t q = 1; q <= odd.size(); ++q) {
-      to[2 * q * points - 1] = even[q];
-      to[2 * q * points] = -odd[q - 1];
-    }
-    if constexpr (P % 2 == 0) to[P * points - 1] = even[P / 2];
-  }
-}
-
-/// The complex frequencies of the parts.
-template <std::size_t P>
-void complex_columns(std::size_t points, std::size_t groups, const double* in, double* out, const double* twiddles) {
-  for (std::size_t k = 0; k < groups; ++k) {
-    const double* from = in + points * k;
-    double* to = out + points * P * k;
-    for (std::size_t m = 1; 2 * m < points; ++m) {
-      const std::size_t at = 2 * m - 1;
-      std::array<Complex, P> z;
-      z[0] = {from[at], from[at + 1]};
-      for (std::size_t j = 1; j < P; ++j) {
-        const double* part = from + points * groups * j + at;
-        const double* twiddle = twiddles + points * (j - 1) + at - 1;
-        z[j] = turned({part[0], part[1]}, twiddle[0], twiddle[1]);
-      }
-      const auto [even, odd] = butterfly(z);
-      to[at] = even[0].re;
-      to[at + 1] = even[0].im;
-      for (std::size_t q = 1; q <= odd.size(); ++q) put_pair(to, q * points, m, even[q], odd[q - 1]);
-      if constexpr (P % 2 == 0) {
-        double* lower = to + P * points - at - 2;
-        lower[0] = even[P / 2].re;
-        lower[1] = -even[P / 2].im;
-      }
-    }
-  }
-}
-
-/// The highest frequency of parts of even length, which is real, for an even radix.
-void last_columns_of_two(std::size_t points, std::size_t groups, std::span<const double> input,
-                         std::span<double> output) {
-  const auto count = static_cast<std::int64_t>(groups);
-  const auto step = static_cast<std::int64_t>(points);
-  fftcopy_(count, input.subspan(points - 1), step, output.subspan(points - 1), 2 * step);
-  fftvcal_(count, -1.0, input.subspan(points * groups + points - 1), step, output.subspan(points), 2 * step);
-}
-
-void last_columns_of_four(std::size_t points, std::size_t groups, const double* in, double* out) {
-  constexpr double half_root = 0.7071067811865476;
-  for (std::size_t k = 0; k < groups; ++k) {
-    std::array<double, 4> z;
-    for (std::size_t j = 0; j < 4; ++j) z[j] = in[points * (k + groups * j + 1) - 1];
-    const double even = half_root * (z[1] - z[3]);
-    const double odd = half_root * (z[1] + z[3]);
-    double* to = out + 4 * points * k + points - 1;
-    to[0] = z[0] + even;
-    to[1] = -odd - z[2];
-    to[2 * points] = z[0] - even;
-    to[2 * points + 1] = z[2] - odd;
-  }
-}
-
-template <std::size_t P>
-void stage(StageShape shape, std::span<const double> input, std::span<double> output,
-           std::span<const double> twiddles) {
-  const auto points = static_cast<std::size_t>(shape.points);
-  const auto groups = static_cast<std::size_t>(shape.groups);
-  real_columns<P>(points, groups, input.data(), output.data());
-  if (points > 2) complex_columns<P>(points, groups, input.data(), output.data(), twiddles.data());
-  if (points % 2 != 0) return;
-  if constexpr (P == 2) last_columns_of_two(points, groups, input, output);
-  if constexpr (P == 4) last_columns_of_four(points, groups, input.data(), output.data());
-}
 
 /// Makes the factor list of `length` behind the first two elements; gives their number.
 std::size_t factorise(std::int64_t length, std::span<double> factors) {
@@ -195,7 +51,7 @@ void twiddle_parts(std::size_t radix, std::size_t points, std::size_t groups, st
     for (std::size_t k = 0; k < groups; ++k) {
       double* from = data.data() + part * j + points * k;
       for (std::size_t at = 1; at < points; at += 2) {
-        const Complex z = turned({from[at], from[at + 1]}, twiddle[at - 1], twiddle[at]);
+        const Complex z = turned(Complex{from[at], from[at + 1]}, {twiddle[at - 1], twiddle[at]});
         from[at] = z.re;
         from[at + 1] = z.im;
       }
@@ -268,7 +124,7 @@ void combine_by_chirp(std::size_t radix, std::size_t part, const double* parts, 
       std::array<double, 2 * lanes_together> z{};
       std::copy_n(parts + part * j + first, count, z.begin());
       for (std::size_t k = 0; k < lanes_together; ++k) {
-        const Complex turn = turned({z[k], z[k + lanes_together]}, chirp[j].re, chirp[j].im);
+        const Complex turn = turned(Complex{z[k], z[k + lanes_together]}, chirp[j]);
         data[j].re[k] = turn.re;
         data[j].im[k] = turn.im;
       }
@@ -277,7 +133,7 @@ void combine_by_chirp(std::size_t radix, std::size_t part, const double* parts, 
     multiply_lanes(data, filter);
     plan.back(data);
     const auto at = [&](std::size_t q, std::size_t k) {
-      return turned({data[q].re[k], data[q].im[k]}, chirp[q].re, chirp[q].im);
+      return turned(Complex{data[q].re[k], data[q].im[k]}, chirp[q]);
     };
     for (std::size_t q = 0; 2 * q < radix; ++q) {
       const std::size_t mirrored = (radix - q) % radix;
@@ -358,19 +214,19 @@ void fft3tri_(std::int64_t length, std::span<double> twiddles, std::span<double>
 
 void fft4trf_(StageShape shape, std::span<const double> input, std::span<double> output,
               std::span<const double> twiddles) {
-  stage<2>(shape, input, output, twiddles);
+  real_stage(2, shape, input, output, twiddles);
 }
 void fft5trf_(StageShape shape, std::span<const double> input, std::span<double> output,
               std::span<const double> twiddles) {
-  stage<3>(shape, input, output, twiddles);
+  real_stage(3, shape, input, output, twiddles);
 }
 void fft6trf_(StageShape shape, std::span<const double> input, std::span<double> output,
               std::span<const double> twiddles) {
-  stage<4>(shape, input, output, twiddles);
+  real_stage(4, shape, input, output, twiddles);
 }
 void fft7trf_(StageShape shape, std::span<const double> input, std::span<double> output,
               std::span<const double> twiddles) {
-  stage<5>(shape, input, output, twiddles);
+  real_stage(5, shape, input, output, twiddles);
 }
 
 void fft8trf_(std::int64_t radix, StageShape shape, std::span<double> data, std::span<double> scratch,
@@ -390,8 +246,6 @@ void fft8trf_(std::int64_t radix, StageShape shape, std::span<double> data, std:
 
 void fft3trf_(std::span<double> data, std::span<double> scratch, std::span<const double> twiddles,
               std::span<double> factors) {
-  using Stage = void (*)(StageShape, std::span<const double>, std::span<double>, std::span<const double>);
-  constexpr std::array<Stage, 6> stages{nullptr, nullptr, fft4trf_, fft5trf_, fft6trf_, fft7trf_};
   const auto length = static_cast<std::int64_t>(data.size());
   if (length <= 1) return;
   const auto count = static_cast<std::size_t>(whole(factors[1]));
@@ -403,8 +257,8 @@ void fft3trf_(std::span<double> data, std::span<double> scratch, std::span<const
     const std::int64_t radix = whole(factors[2 + k]);
     const StageShape shape{length / spanned, spanned / radix};
     twiddle -= static_cast<std::size_t>((radix - 1) * shape.points);
-    if (radix < static_cast<std::int64_t>(stages.size())) {
-      stages[static_cast<std::size_t>(radix)](shape, from, to, twiddles.subspan(twiddle));
+    if (radix <= 5) {
+      real_stage(static_cast<std::size_t>(radix), shape, from, to, twiddles.subspan(twiddle));
       std::swap(from, to);
     } else {
       fft8trf_(radix, shape, from, to, twiddles.subspan(twiddle), factors.subspan(2 + count));
