@@ -97,50 +97,12 @@ TEST(DataModel, drops_what_was_attached_to_a_model_that_is_removed) {
   EXPECT_TRUE(data.user_value(data.root(), "n", UserValue::Kind::int_array));
 }
 
-struct SelectionCase {
-  const char* key;
-  std::vector<std::string> values;
-  std::vector<std::uint8_t> selected;
-};
-void PrintTo(const SelectionCase& c, std::ostream* out) { *out << c.key; }
-
-class AtomSelection : public testing::TestWithParam<SelectionCase> {};
-
-TEST_P(AtomSelection, takes_the_atoms_that_match_instead_of_those_before) {
-  DataModel data;
-  add_pair(data);
-  add_pair(data, "other");
-  ASSERT_THAT(data.select_atoms("id", std::vector<std::string>{"11"}), IsEmpty());
-  ASSERT_THAT(data.select_atoms(GetParam().key, GetParam().values), IsEmpty());
-  for (const auto* model : data.models()) EXPECT_EQ(model->atom_selected, GetParam().selected);
-  const auto each = std::count(GetParam().selected.begin(), GetParam().selected.end(), 1);
-  EXPECT_EQ(data.selected_atoms(), static_cast<std::size_t>(2 * each));
-}
-
-INSTANTIATE_TEST_SUITE_P(keys, AtomSelection,
-                         testing::Values(SelectionCase{"all", {}, {1, 1, 1, 1, 1, 1}},
-                                         SelectionCase{"none", {}, {0, 0, 0, 0, 0, 0}},
-                                         SelectionCase{"element", {"o"}, {1, 0, 0, 1, 0, 0}},
-                                         SelectionCase{"element", {"Fe", "H"}, {0, 1, 1, 0, 1, 1}},
-                                         SelectionCase{"fftype", {"OX", "nobody"}, {0, 0, 0, 1, 0, 0}},
-                                         SelectionCase{"name", {"H4", "O1"}, {1, 0, 0, 0, 0, 1}},
-                                         SelectionCase{"residue", {"WAT"}, {1, 1, 1, 1, 1, 1}},
-                                         SelectionCase{"id", {"22-30", "12-13", "21"}, {0, 1, 1, 1, 1, 1}},
-                                         SelectionCase{"id", {"1-30", "12"}, {1, 1, 1, 1, 1, 1}}));
-
-TEST(Selection, says_what_it_can_not_do_and_changes_nothing) {
+TEST(Selection, of_models_says_what_it_can_not_do_and_changes_nothing) {
   DataModel data;
   add_pair(data);
   using Words = std::vector<std::string>;
-  data.select_atoms("name", Words{"O1"});
+  data.set_selected_atoms(*data.models()[0], {1, 0, 0, 0, 0, 0});
   data.select_models(Words{"pair"});
-  EXPECT_THAT(data.select_atoms("colour", Words{"red"}), HasSubstr("colour"));
-  EXPECT_THAT(data.select_atoms("element", Words{"O", "Qq"}), HasSubstr("Qq"));
-  EXPECT_THAT(data.select_atoms("element", Words{}), HasSubstr("element"));
-  EXPECT_THAT(data.select_atoms("all", Words{"O"}), HasSubstr("all"));
-  for (const auto* range : {"5-", "7-3", "x", "1-2-3"}) {
-    EXPECT_THAT(data.select_atoms("id", Words{range}), HasSubstr(range));
-  }
   EXPECT_THAT(data.select_models(Words{"pair", "nobody"}), HasSubstr("nobody"));
   EXPECT_EQ(data.selected_atoms(), 1u);
   EXPECT_EQ(data.selected_models(), 1u);

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "desk/ops/frame_codec.h"
+#include "desk/selection/selection.h"
 #include "memory_stream.h"
 #include "small_models.h"
 
@@ -201,7 +202,7 @@ TEST_F(ModelOperations, answer_for_selections) {
   expect("kvD_SEL_NumSelected", {13, 2, Ints{root, model_}}, {Ints{0, 0}});
   expect("kvD_SEL_FindSelected", {root, 13, 4}, {Ints{}, 0});
   data_.select_models(std::vector<std::string>{"pair"});
-  data_.select_atoms("fftype", std::vector<std::string>{"HW"});
+  select_atoms(data_, *read_selection("fftype HW").selection);
   expect("kvD_SEL_NumSelected", {13, 2, Ints{root, model_}}, {Ints{1, 1}});
   expect("kvD_SEL_NumSelected", {3, 2, Ints{root, model_}}, {Ints{4, 4}});
   expect("kvD_SEL_FindSelected", {root, 13, 4}, {Ints{model_}, 1});

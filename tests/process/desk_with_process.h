@@ -13,6 +13,7 @@
 #include "desk/model/data_model.h"
 #include "desk/ops/model_operations.h"
 #include "desk/ops/user_interface.h"
+#include "desk/selection/selection.h"
 
 namespace pathstat::desk {
 
@@ -34,6 +35,9 @@ class DeskWithProcess {
 
   /// Loads examples/NAME/NAME.trj. @return the status of the command
   std::int32_t load_example(const std::string& name);
+
+  /// Selects atoms by a selection that can be read.
+  void select(std::string_view selection) { select_atoms(model, *read_selection(selection).selection); }
 
   /// The points of the data sets that a command left in the viewer, by the name of the graph.
   std::vector<std::string> graph_titles() const;

@@ -140,8 +140,7 @@ TEST(Dipole, of_frames_is_that_of_the_definition) {
     ASSERT_EQ(desk.run("INCREMENT_NO", "5"), 0);
     ASSERT_EQ(desk.run("DIPOLE_USING", c.kind), 0);
     if (c.selection != nullptr) {
-      const std::vector<std::string> values{c.selection};
-      ASSERT_EQ(desk.model.select_atoms("id", values), "");
+      desk.select(std::string("id ") + c.selection);
       ASSERT_EQ(desk.run("DIPOLE_ATOMS", "SELECTED"), 0);
     }
     ASSERT_EQ(desk.run("DIPOLE"), 0) << c.kind;
@@ -223,8 +222,7 @@ TEST(Dipole, of_models_tells_which_have_none) {
   EXPECT_EQ(series.values[0], Doubles({0, 0, 0}));
   EXPECT_GT(std::abs(series.values[1][1]), 1.0);
 
-  const std::vector<std::string> ion{"4"};
-  ASSERT_EQ(desk.model.select_atoms("id", ion), "");
+  desk.select("id 4");
   ASSERT_EQ(desk.run("DIPOLE_ATOMS", "SELECTED"), 0);
   ASSERT_EQ(desk.run("DIPOLE"), 0);
   EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_WARN_14", "PATHSTAT_WARN_15"));
@@ -251,8 +249,7 @@ TEST(Dipole, of_frames_that_have_none_is_refused) {
     ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
     ASSERT_EQ(desk.run("DIPOLE_ATOMS", c.selection == nullptr ? "ALL" : "SELECTED"), 0);
     if (c.selection != nullptr && *c.selection != 0) {
-      const std::vector<std::string> ids{c.selection};
-      ASSERT_EQ(desk.model.select_atoms("id", ids), "");
+      desk.select(std::string("id ") + c.selection);
     }
     desk.take_keys();
     EXPECT_EQ(desk.run("DIPOLE"), 1) << c.key;

@@ -188,8 +188,7 @@ TEST(RadialDistribution, of_models_works_on_their_selected_atoms) {
   ASSERT_EQ(desk.run("RDF_BETWEEN", "SELECTED"), 0);
   EXPECT_EQ(desk.run("RDF"), 1);
   EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_72"));
-  const std::vector<std::string> oxygen{"O"};
-  ASSERT_EQ(desk.model.select_atoms("element", oxygen), "");
+  desk.select("element O");
   ASSERT_EQ(desk.run("RDF_COMPONENTS", "yes"), 0);
   ASSERT_EQ(desk.run("RDF"), 0);
   const auto found = read_distribution(desk.work());

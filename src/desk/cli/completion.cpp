@@ -8,6 +8,7 @@
 #include "desk/advice/word_table.h"
 #include "desk/messages/message.h"
 #include "desk/script/script.h"
+#include "desk/selection/selection.h"
 
 namespace pathstat::desk {
 namespace {
@@ -86,9 +87,7 @@ const std::array<Followers, 11>& followers() {
        false},
       {{"@measure", "remove"}, [](const CompletionSources&) { return Words{"all"}; }, false},
       {{"@pick"}, [](const CompletionSources& sources) { return sources.graphs(); }, false},
-      {{"@select", "atoms"},
-       [](const CompletionSources&) { return Words{"all", "none", "element", "fftype", "name", "residue", "ids"}; },
-       false},
+      {{"@select", "atoms"}, [](const CompletionSources&) { return selection_words(); }, false},
       {{"@select", "models"},
        [](const CompletionSources& sources) {
          return with(sources.models(), {"all", "none"});

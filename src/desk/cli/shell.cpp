@@ -107,7 +107,7 @@ class Shell {
   }
 
   void take(const std::string& text) {
-    const auto typed = read_typed_line(text, ++number_);
+    const auto typed = read_typed_line(text, ++number_, runner_.groups());
     ended_ = typed.ends;
     if (!typed.help.empty()) runner_.console().print(typed.help);
     if (!typed.problem.empty()) runner_.console().complain(typed.problem);

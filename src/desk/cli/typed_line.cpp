@@ -18,7 +18,7 @@ bool shows_value(const std::vector<std::string>& words) {
 
 }  // namespace
 
-TypedLine read_typed_line(std::string_view text, int number) {
+TypedLine read_typed_line(std::string_view text, int number, const AtomGroups& groups) {
   TypedLine typed;
   const auto words = words_of(text);
   if (!words.empty() && words[0] == "help") {
@@ -28,7 +28,8 @@ TypedLine read_typed_line(std::string_view text, int number) {
   }
   typed.ends = words.size() == 1 && (words[0] == "quit" || words[0] == "exit");
   if (typed.ends) return typed;
-  auto script = read_script(shows_value(words) ? fmt::format("@request {}", words[0]) : std::string(text), number);
+  auto script =
+      read_script(shows_value(words) ? fmt::format("@request {}", words[0]) : std::string(text), number, groups);
   for (const auto& problem : script.problems) {
     typed.problem += (typed.problem.empty() ? "" : "\n") + problem.substr(problem.find(' ') + 1);
   }

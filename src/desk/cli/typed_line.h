@@ -18,6 +18,7 @@ struct TypedLine {
 
 /// Reads a line as the shell and the panel take it: as a script has it, or help, quit and exit, or the name of a
 /// setting alone, which shows its value.
-TypedLine read_typed_line(std::string_view text, int number);
+/// @param groups  groups of atoms that it may name
+TypedLine read_typed_line(std::string_view text, int number, const AtomGroups& groups = {});
 
 }  // namespace pathstat::desk

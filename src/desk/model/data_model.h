@@ -120,13 +120,12 @@ class DataModel {
   /// Ends a monitor; those behind it move up.
   void remove_monitor(ModelObject& model, std::size_t place);
 
-  // Selection. The functions return what is wrong, or an empty text; nothing is changed then.
+  // Selection.
 
-  /// Selects atoms of all models instead of those selected now.
-  /// @param key     all, none, element, fftype, name, residue or id
-  /// @param values  any of which an atom has to match; an id may be a range, as 3-7
-  std::string select_atoms(std::string_view key, std::span<const std::string> values);
+  /// Selects atoms of a model instead of those selected now: one flag per atom.
+  void set_selected_atoms(ModelObject& model, std::vector<std::uint8_t> flags);
   /// Selects models instead of those selected now: all, none, or those of any of the names.
+  /// @return what is wrong, or an empty text; nothing is changed then
   std::string select_models(std::span<const std::string> names);
   std::size_t selected_atoms() const;
   std::size_t selected_models() const;

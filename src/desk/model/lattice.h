@@ -43,6 +43,7 @@ class Lattice {
   /// Fractional coordinates; along directions that do not repeat they are lengths in Å.
   Vector3 fractional(const Vector3& point) const;
   Vector3 cartesian(const Vector3& fractional) const;
+  bool repeats(std::size_t axis) const { return static_cast<int>(axis) >= first_; }
   /// The distance between the faces of the cell across a direction, Å; 1 where it does not repeat.
   double width(std::size_t axis) const;
 

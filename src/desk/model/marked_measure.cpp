@@ -148,12 +148,27 @@ std::string image_text(const Translation& image) {
 
 }  // namespace
 
-bool is_measure(std::span<const std::string> words) {
+std::size_t words_before_atoms(std::span<const std::string> words) {
   const auto* kind = words.empty() ? nullptr : row_of(kinds, words[0]);
-  if (!kind) return false;
-  const bool has_convention = kind->type == inversion_monitor;
-  if (has_convention && (words.size() < 2 || !row_of(conventions, words[1]))) return false;
-  return words.size() == monitor_atoms(kind->type) + (has_convention ? 2 : 1);
+  if (!kind) return 0;
+  if (kind->type != inversion_monitor) return 1;
+  return words.size() > 1 && row_of(conventions, words[1]) ? 2 : 0;
+}
+
+bool is_measure(std::span<const std::string> words) {
+  const auto before = words_before_atoms(words);
+  return before > 0 && words.size() == monitor_atoms(row_of(kinds, words[0])->type) + before;
+}
+
+bool names_group(std::string_view word) {
+  const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  return !word.empty() && is_letter(word.front()) && word.find(':') == std::string_view::npos;
+}
+
+bool may_be_measure(std::span<const std::string> words) {
+  const auto before = words_before_atoms(words);
+  return is_measure(words) ||
+         (before > 0 && std::any_of(words.begin() + static_cast<std::ptrdiff_t>(before), words.end(), names_group));
 }
 
 MarkedMeasure marked_measure(const MolecularModel& model, std::span<const std::string> words) {

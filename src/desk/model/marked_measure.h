@@ -19,6 +19,15 @@ struct MarkedMeasure {
 /// angle 3, torsion 4, plane 6, inversion ijkl, jilk or umbrella 4.
 bool is_measure(std::span<const std::string> words);
 
+/// The words of a measure in front of its atoms: its kind, and of an inversion its convention; 0 if it is none.
+std::size_t words_before_atoms(std::span<const std::string> words);
+
+/// True if the words are a measure as they stand, or may be one once names of groups have given way to their atoms.
+bool may_be_measure(std::span<const std::string> words);
+
+/// True for a word that can only be the name of a group of atoms.
+bool names_group(std::string_view word);
+
 /// Marks a measure between atoms of a model.
 ///
 /// An atom is named by its number or by NAME:RESIDUE, its name and the number of its residue. It stands in the cell in

@@ -120,7 +120,7 @@ void PanelSession::serve_beside_line() {
 }
 
 void PanelSession::take_line(const std::string& text) {
-  const auto typed = read_typed_line(text, ++number_);
+  const auto typed = read_typed_line(text, ++number_, runner_.groups());
   if (typed.ends) return end(code_);
   if (!typed.help.empty()) {
     tell_log("entry", text);

@@ -8,9 +8,9 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <sstream>
 #include <utility>
 
+#include "desk/advice/nearest.h"
 #include "desk/advice/word_table.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/link/work_directory.h"
@@ -88,6 +88,8 @@ std::string joined(const std::vector<std::string>& items) {
   for (const auto& item : items) all += (all.empty() ? "" : ", ") + item;
   return all;
 }
+
+std::string atoms_are(std::size_t count) { return count == 1 ? "1 atom is" : fmt::format("{} atoms are", count); }
 
 constexpr auto* no_model = "there is no model; TRAJECTORY brings in the one that lies beside its file";
 
@@ -331,7 +333,9 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
     case LineKind::command:
       return run_command(line);
     case LineKind::select_atoms:
-      return select_atoms(line.words);
+      return select_atoms(line);
+    case LineKind::group:
+      return name_group(line);
     case LineKind::select_models:
       return model_.select_models(line.words);
     case LineKind::answer:
@@ -490,17 +494,26 @@ std::string LineRunner::settle_answer(const std::vector<std::string>& words) {
   return fmt::format("no dialog has the key {}; these have:{}", words[0], known);
 }
 
-std::string LineRunner::select_atoms(const std::vector<std::string>& words) {
-  std::vector<std::string> values;
-  for (std::size_t k = 1; k < words.size(); ++k) {
-    std::istringstream parts(words[k]);
-    for (std::string part; std::getline(parts, part, ',');) {
-      if (!part.empty()) values.push_back(part);
-    }
-  }
-  auto problem = model_.select_atoms(words[0] == "ids" ? "id" : words[0], values);
-  if (problem.empty()) take_returned(fmt::format("{} atoms are selected", model_.selected_atoms()));
-  return problem;
+std::string LineRunner::select_atoms(const ScriptLine& line) {
+  tell_notes(desk::select_atoms(model_, *line.selection));
+  take_returned(atoms_are(model_.selected_atoms()) + " selected");
+  return {};
+}
+
+std::string LineRunner::name_group(const ScriptLine& line) {
+  const auto& name = line.words[0];
+  groups_.insert_or_assign(name, line.selection);
+  const auto models = model_.models();
+  auto chosen = chosen_atoms(model_, models, *line.selection);
+  tell_notes(std::move(chosen.notes));
+  take_returned(models.empty() ? fmt::format("The group {} will choose from the models that come", name)
+                               : fmt::format("{} in the group {}", atoms_are(chosen.count), name));
+  return {};
+}
+
+/// Words of a selection that fit no atom are seldom meant.
+void LineRunner::tell_notes(std::vector<std::string> notes) {
+  for (auto& note : notes) take_message({MessageKind::warning, 1, {}, {}, std::move(note)});
 }
 
 std::string LineRunner::request(const std::vector<std::string>& words) {
@@ -533,10 +546,27 @@ std::string LineRunner::show_model() {
   return {};
 }
 
+/// Why words are no measure although groups have given way to their atoms.
+std::string LineRunner::why_no_measure(const std::vector<std::string>& words,
+                                       const std::vector<std::string>& replaced) const {
+  std::vector<std::string> known;
+  for (const auto& [name, group] : groups_) known.push_back(name);
+  const auto before = words_before_atoms(words);
+  for (const auto& word : std::span(words).subspan(before)) {
+    if (!names_group(word) || groups_.contains(word)) continue;
+    const auto meant = did_you_mean(word, known);
+    return fmt::format("there is no group {}{}{}", word, meant.empty() ? "" : "; ", meant);
+  }
+  return fmt::format("these are {} atoms, which a {} does not take", replaced.size() - before, words[0]);
+}
+
 std::string LineRunner::measure(const std::vector<std::string>& words) {
   auto* model = model_.model(model_.current_model());
   if (!model) return no_model;
-  auto [monitor, problem] = marked_measure(model->data, words);
+  const auto replaced = with_groups_replaced(model_, *model, words, groups_);
+  if (!replaced.problem.empty()) return fmt::format("{}, too many or too few for a measure", replaced.problem);
+  if (!is_measure(replaced.words)) return why_no_measure(words, replaced.words);
+  auto [monitor, problem] = marked_measure(model->data, replaced.words);
   if (problem.empty() && !model_.add_monitor(*model, std::move(monitor))) problem = "there are too many objects";
   if (problem.empty()) tell_measure(model->data, model->data.monitors.size() - 1);
   return problem;

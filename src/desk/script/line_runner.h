@@ -95,6 +95,7 @@ class LineRunner {
   std::vector<std::string> allowed_values(const std::string& word);
   std::vector<std::string> graph_names() const;
   std::vector<std::string> model_names() const;
+  const AtomGroups& groups() const { return groups_; }
 
  private:
   InterfaceEvents events();
@@ -122,12 +123,15 @@ class LineRunner {
   double cell_width() const;
   std::string where(const ScriptLine& line) const;
   std::string in_full(const Message& message) const;
-  std::string select_atoms(const std::vector<std::string>& words);
+  std::string select_atoms(const ScriptLine& line);
+  std::string name_group(const ScriptLine& line);
+  void tell_notes(std::vector<std::string> notes);
   std::string settle_answer(const std::vector<std::string>& words);
   std::string request(const std::vector<std::string>& words);
   std::string show_model();
   std::string step(const std::vector<std::string>& words);
   std::string measure(const std::vector<std::string>& words);
+  std::string why_no_measure(const std::vector<std::string>& words, const std::vector<std::string>& replaced) const;
   std::string list_measures();
   std::string remove_measures(const std::string& which);
   std::string pick(const std::vector<std::string>& words);
@@ -149,6 +153,7 @@ class LineRunner {
   std::function<std::optional<std::int32_t>(const Question&)> choose_;
   RunWatcher watcher_;
   int steps_ = 0;
+  AtomGroups groups_;                 ///< that lines have named
   std::vector<ScriptLine> settings_;  ///< the last line that went well of each word that sets something, in order
   double done_ = 0;                   ///< share of the work of the line that runs, as last reported
   std::vector<Message> held_;         ///< errors and warnings of the line that runs

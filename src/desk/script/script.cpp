@@ -71,6 +71,23 @@ bool fits_pick(const Words& words) {
   return (words.size() == 2 || words.size() == 3) && std::all_of(words.begin() + 1, words.end(), is_coordinate);
 }
 
+struct Token {
+  std::size_t first = 0, end = 0;  ///< what lies between the marks, if it has any
+  std::size_t next = 0;            ///< behind the closing mark
+  char mark = '\0';                ///< that opens it; 0 for a word without
+};
+
+std::optional<Token> next_token(std::string_view text, std::size_t from) {
+  while (from < text.size() && is_blank(text[from])) ++from;
+  if (from >= text.size()) return std::nullopt;
+  if (const char closing = closing_mark(text[from])) {
+    const auto end = std::min(text.find(closing, from + 1), text.size());
+    return Token{from + 1, end, std::min(end + 1, text.size()), text[from]};
+  }
+  const auto end = std::min(text.find_first_of(blanks, from), text.size());
+  return Token{from, end, end};
+}
+
 /// One kind of line for the desk.
 struct DeskLine {
   DeskLineHelp help;
@@ -79,10 +96,14 @@ struct DeskLine {
 };
 
 constexpr std::array desk_lines{
-    DeskLine{{"@select atoms", "@select atoms all | none | element O | fftype OW | name O1 | residue WAT | ids 1,2-5",
-              "which atoms are selected; several values may follow"},
+    DeskLine{{"@select atoms", "@select atoms SELECTION",
+              "which atoms are selected: element O and not within 3 of name NA, resname WAT, ids 1,2-5 and more"},
              LineKind::select_atoms,
              [](const Words& words) { return !words.empty(); }},
+    DeskLine{
+        {"@group", "@group NAME = SELECTION", "gives a selection a name, for selections and measures on later lines"},
+        LineKind::group,
+        [](const Words& words) { return words.size() > 2 && words[1] == "="; }},
     DeskLine{{"@select models", "@select models all | none | NAME ...", "which models are selected"},
              LineKind::select_models,
              [](const Words& words) { return !words.empty(); }},
@@ -113,9 +134,9 @@ constexpr std::array desk_lines{
          "@measure distance ID ID | angle ID ID ID | torsion ID ID ID ID | plane ID ID ID ID ID ID | "
          "inversion ijkl|jilk|umbrella ID ID ID ID",
          "marks a measure in the current model; an ID is an atom's number or NAME:RESIDUE, +a-b behind it names an "
-         "image"},
+         "image; a group stands for its atoms"},
         LineKind::measure,
-        [](const Words& words) { return is_measure(words); }},
+        [](const Words& words) { return may_be_measure(words); }},
     DeskLine{{"@stop-on-error", "@stop-on-error yes | no",
               "whether a failed line ends the run; yes at the start, but no where lines are typed"},
              LineKind::stop_on_error,
@@ -139,15 +160,36 @@ const DeskLineHelp& nearest(const Words& words) {
   return *std::min_element(helps.begin(), helps.end(), [&](const auto& a, const auto& b) { return away(a) < away(b); });
 }
 
+/// What stands behind the first words of a line, as it stands.
+std::string_view behind_words(std::string_view text, std::size_t count) {
+  std::size_t at = 0;
+  for (; count > 0; --count) at = next_token(text, at)->next;
+  return stripped(text.substr(at));
+}
+
+/// Reads the selection in a line. @return what is wrong with it, or nothing
+std::string read_chosen_atoms(ScriptLine& line, std::size_t words_of_name, AtomGroups& groups) {
+  const bool named = line.kind == LineKind::group;
+  if (named) {
+    if (auto problem = why_no_group_name(line.words[0]); !problem.empty()) return problem;
+  }
+  auto [selection, problem] = read_selection(behind_words(line.text, words_of_name + (named ? 2 : 0)), groups);
+  line.selection = std::move(selection);
+  if (named && problem.empty()) groups.insert_or_assign(line.words[0], line.selection);
+  return problem;
+}
+
 /// Reads a line that begins with @. @return what is wrong with it, or nothing
-std::string read_desk_line(ScriptLine& line) {
+std::string read_desk_line(ScriptLine& line, AtomGroups& groups) {
   const auto words = words_of(line.text);
   for (const auto& row : desk_lines) {
     const auto name = words_of(row.help.name);
     if (words.size() < name.size() || !std::equal(name.begin(), name.end(), words.begin())) continue;
     line.kind = row.kind;
     line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
-    return row.fits(line.words) ? std::string{} : fmt::format("this line is written {}", row.help.usage);
+    if (!row.fits(line.words)) return fmt::format("this line is written {}", row.help.usage);
+    const bool chooses = line.kind == LineKind::select_atoms || line.kind == LineKind::group;
+    return chooses ? read_chosen_atoms(line, name.size(), groups) : std::string{};
   }
   return fmt::format("there is no line {}; did you mean {}?", shortened(joined(words, " "), 60), nearest(words).usage);
 }
@@ -156,23 +198,6 @@ void read_command(ScriptLine& line) {
   const auto end = std::min(line.text.find_first_of(blanks), line.text.size());
   line.word = line.text.substr(0, end);
   line.arguments = stripped(std::string_view(line.text).substr(end));
-}
-
-struct Token {
-  std::size_t first = 0, end = 0;  ///< what lies between the marks, if it has any
-  std::size_t next = 0;            ///< behind the closing mark
-  char mark = '\0';                ///< that opens it; 0 for a word without
-};
-
-std::optional<Token> next_token(std::string_view text, std::size_t from) {
-  while (from < text.size() && is_blank(text[from])) ++from;
-  if (from >= text.size()) return std::nullopt;
-  if (const char closing = closing_mark(text[from])) {
-    const auto end = std::min(text.find(closing, from + 1), text.size());
-    return Token{from + 1, end, std::min(end + 1, text.size()), text[from]};
-  }
-  const auto end = std::min(text.find_first_of(blanks, from), text.size());
-  return Token{from, end, end};
 }
 
 constexpr std::array path_commands{std::string_view("TRAJECTORY"), std::string_view("STATISTICS_FILENAME")};
@@ -202,8 +227,9 @@ LastWord last_word(std::string_view text) {
   return last;
 }
 
-Script read_script(std::string_view text, int first_number) {
+Script read_script(std::string_view text, int first_number, AtomGroups groups) {
   Script script;
+  script.groups = std::move(groups);
   if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
   for (int number = first_number; !text.empty(); ++number) {
     const auto end = std::min(text.find('\n'), text.size());
@@ -215,7 +241,7 @@ Script read_script(std::string_view text, int first_number) {
     if (content.find('\0') != std::string_view::npos) {
       problem = "this is not a line of text";
     } else if (content.front() == '@') {
-      problem = read_desk_line(line);
+      problem = read_desk_line(line, script.groups);
     } else {
       read_command(line);
     }

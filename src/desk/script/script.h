@@ -6,12 +6,15 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/selection/selection.h"
+
 namespace pathstat::desk {
 
 /// What a line of a script does.
 enum class LineKind {
   command,
   select_atoms,
+  group,
   select_models,
   answer,
   request,
@@ -31,17 +34,20 @@ struct ScriptLine {
   std::string word;                ///< of a command
   std::string arguments;           ///< of a command, as they stand
   std::vector<std::string> words;  ///< of a line for the desk, behind what names it
+  SelectionPointer selection{};    ///< of a line that holds one
 };
 
 struct Script {
   std::vector<ScriptLine> lines;
   std::vector<std::string> problems;  ///< sentences that begin with the line number; a script with any is not run
+  AtomGroups groups;                  ///< those that lines may name behind the last one
 };
 
 /// Reads a script: one command or one line for the desk (@) a line, empty lines, and comments that begin with a #
 /// outside quotes at the start or behind a blank.
 /// @param first_number  the number of the first line of the text
-Script read_script(std::string_view text, int first_number = 1);
+/// @param groups        groups of atoms that lines in front of it have named
+Script read_script(std::string_view text, int first_number = 1, AtomGroups groups = {});
 
 /// The words of a text: separated by blanks, a word with blanks between quotes.
 std::vector<std::string> words_of(std::string_view text);

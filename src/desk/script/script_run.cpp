@@ -135,7 +135,7 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
 int run_lines(const RunOptions& options, const LineSource& source, std::string_view text) {
   const Script script = read_script(text);
   for (const auto& problem : script.problems)
-    fmt::print(stderr, "{}\n", visible(fmt::format("{}:{}", source.place, problem)));
+    fmt::print(stderr, "{}\n", visible_lines(fmt::format("{}:{}", visible(source.place), problem)));
   if (!script.problems.empty()) return exit_code::not_run;
   return with_runner(options, source, [&](LineRunner& runner) { return run_all(runner, script); });
 }

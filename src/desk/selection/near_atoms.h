@@ -1,0 +1,12 @@
+#pragma once
+
+#include "desk/selection/selection.h"
+
+namespace pathstat::desk {
+
+/// The atoms whose distance to any of some atoms, or to an image of it, is not above a limit; those atoms are among
+/// them. Linear in atoms of ordinary densities, whatever the limit.
+/// @param distance  the limit, Å; not negative
+AtomFlags atoms_near(const MolecularModel& model, const AtomFlags& from, double distance);
+
+}  // namespace pathstat::desk
