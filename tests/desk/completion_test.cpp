@@ -88,7 +88,7 @@ TEST(CommandHelp, knows_every_word_with_its_meaning) {
 TEST(CommandHelp, answers_by_word_by_line_and_by_search) {
   const auto meaning = std::string(find_command_help("MSD_ATOMS")->meaning);
   EXPECT_EQ(help_text("msd_atoms"), "MSD_ATOMS\n  " + meaning + "\n  Arguments: one of ALL, SELECTED\n");
-  EXPECT_THAT(help_text("@select"), AllOf(HasSubstr("@select atoms all"), HasSubstr("@select models all")));
+  EXPECT_THAT(help_text("@select"), AllOf(HasSubstr("@select atoms SELECTION"), HasSubstr("@select models all")));
   EXPECT_THAT(help_text("diffusion"), AllOf(HasSubstr("LINEAR_FIT"), HasSubstr("MSD_ATOMS"), Not(HasSubstr("VAC"))));
   EXPECT_THAT(help_text("Temperature"), AllOf(HasSubstr("SELECT_PROPERTIES"), HasSubstr("PROFILE")));
   EXPECT_THAT(help_text("temprature"), HasSubstr("did you mean temperature?"));

@@ -34,7 +34,7 @@ TEST(Script, reads_each_kind_of_line) {
         LineCase{"RDF_TYPE \"# no comment\" C#1", LineKind::command, "RDF_TYPE", "\"# no comment\" C#1", {}},
         LineCase{"@select atoms element O H", LineKind::select_atoms, "", "", {"element", "O", "H"}},
         LineCase{"@select atoms ids 1,2-5", LineKind::select_atoms, "", "", {"ids", "1,2-5"}},
-        LineCase{"@group water = (element 'O') # all", LineKind::group, "", "", {"water", "=", "(element", "'O')"}},
+        LineCase{"@group water = (element 'O') # all", LineKind::group, "", "", {"water", "=", "(element", "O", ")"}},
         LineCase{"@select  models 'my model'", LineKind::select_models, "", "", {"my model"}},
         LineCase{"@answer PATHSTAT_DLG_1 2", LineKind::answer, "", "", {"PATHSTAT_DLG_1", "2"}},
         LineCase{"@request RDF_TYPE RDF_CUTOFF", LineKind::request, "", "", {"RDF_TYPE", "RDF_CUTOFF"}},
