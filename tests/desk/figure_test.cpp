@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "desk/graphs/axis_text.h"
+#include "desk/graphs/graph_kind.h"
 #include "desk/graphs/pictures.h"
 #include "desk/link/work_directory.h"
 
@@ -33,6 +34,11 @@ TEST(FileName, keeps_letters_and_digits_and_is_safe_everywhere) {
     EXPECT_EQ(file_name_of(title), name) << title;
   }
   EXPECT_LE(file_name_of(std::string(500, 'x')).size(), 80u);
+}
+
+std::string without_comments(std::string table) {
+  while (table.starts_with('#')) table.erase(0, table.find('\n') + 1);
+  return table;
 }
 
 /// A store with one shown graph of a name for each list of curves.
@@ -100,21 +106,23 @@ TEST_F(Figures, write_one_column_of_x_where_the_curves_share_it) {
   add_graph("one", {add_set("total", {0, 1.5f, 0.1f, -2})}, layout);
   add_graph("two", {add_set("a", {0, 1, 1, 2}), add_set("b\tc", {0, 3, 1, 4})}, layout);
   const auto figures = figures_of(store_);
-  EXPECT_EQ(points_table(figures[0]), "Time (ps)\tEnergy (kcal/mol)\n0\t1.5\n0.1\t-2\n");
-  EXPECT_EQ(points_table(figures[1]), "Time (ps)\ta\tb c\n0\t1\t3\n1\t2\t4\n");
+  EXPECT_EQ(points_table(figures[0]),
+            "# one\n# graph: one\n# column 1: Time (ps), ps\n# column 2: Energy (kcal/mol), kcal/mol\n"
+            "Time (ps)\tEnergy (kcal/mol)\n0\t1.5\n0.1\t-2\n");
+  EXPECT_EQ(without_comments(points_table(figures[1])), "Time (ps)\ta\tb c\n0\t1\t3\n1\t2\t4\n");
 }
 
 TEST_F(Figures, write_pairs_of_columns_where_the_curves_differ_in_x_and_blank_the_missing_cells) {
   Graph layout;
   layout.x_label = "x";
   add_graph("g", {add_set("a", {0, 1}), add_set("b", {5, 6, 7, 8})}, layout);
-  EXPECT_EQ(points_table(figures_of(store_)[0]), "x\ta\tx\tb\n0\t1\t5\t6\n\t\t7\t8\n");
+  EXPECT_EQ(without_comments(points_table(figures_of(store_)[0])), "x\ta\tx\tb\n0\t1\t5\t6\n\t\t7\t8\n");
 }
 
 TEST_F(Figures, write_numbers_that_read_back_as_they_were) {
   const float third = 1.0f / 3.0f;
   add_graph("g", {add_set("a", {16777216.0f, third, 1e-30f, std::nextafter(1.0f, 2.0f)})});
-  const auto table = points_table(figures_of(store_)[0]);
+  const auto table = without_comments(points_table(figures_of(store_)[0]));
   float x = 0, y = 0, x2 = 0, y2 = 0;
   ASSERT_EQ(std::sscanf(table.c_str() + table.find('\n'), "%g %g %g %g", &x, &y, &x2, &y2), 4);
   EXPECT_EQ(x, 16777216.0f);
@@ -136,7 +144,7 @@ TEST_F(Figures, draw_histograms_as_steps_and_leave_out_what_has_no_finite_point)
 TEST_F(Figures, keep_texts_of_the_process_inside_their_quotes) {
   add_graph("it's\n\"; system 'rm'", {add_set("a", {0, 1, 2, 3})});
   EXPECT_THAT(picture_script(figures_of(store_), {.svg = true, .png = false}),
-              HasSubstr("set title 'it''s \"; system ''rm''' noenhanced\n"));
+              HasSubstr("set label 1 'it''s \"; system ''rm''' at graph 0"));
 }
 
 TEST_F(Figures, thin_out_long_curves_without_losing_their_extremes) {
@@ -149,6 +157,67 @@ TEST_F(Figures, thin_out_long_curves_without_losing_their_extremes) {
   const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
   EXPECT_THAT(script, HasSubstr("50123 1000\n"));
   EXPECT_LT(std::count(script.begin(), script.end(), '\n'), 6100);
+}
+
+TEST_F(Figures, put_the_legend_where_there_is_room_and_shade_what_is_pointed_out) {
+  const auto legend_of = [&](const std::string& name, std::vector<float> xy) {
+    add_graph(name, {add_set("a", xy), add_set("b", xy)});
+    auto figures = figures_of(store_);
+    figures.back().guides = {{0.5, 1.5, "window"}, {1, 1, "mean"}};
+    return picture_script({&figures.back(), 1}, {.svg = true});
+  };
+  const auto rising = legend_of("rises", {0, 0, 1, 1, 2, 2, 3, 3});
+  EXPECT_THAT(rising, HasSubstr("set key inside left top"));
+  EXPECT_THAT(rising, HasSubstr("rectangle from first 0.5, graph 0 to first 1.5, graph 1 behind"));
+  EXPECT_THAT(rising, HasSubstr("arrow from first 1, graph 0 to first 1, graph 1 nohead"));
+  EXPECT_THAT(rising, HasSubstr("title 'window'"));
+  EXPECT_THAT(rising, HasSubstr("title 'mean'"));
+  EXPECT_THAT(legend_of("falls", {0, 3, 1, 2, 2, 1, 3, 0}), HasSubstr("set key inside right top"));
+  EXPECT_THAT(legend_of("hill", {0, 0, 1, 3, 2, 3, 3, 3, 4, 3, 5, 0, 6, 0}), HasSubstr("set key inside right top"));
+}
+
+TEST_F(Figures, of_chosen_atoms_are_named_for_them) {
+  GraphFacts facts;
+  facts.of = "O and H, frames 1 to 300";
+  facts.command = "RDF";
+  facts.settings = "RDF_CUTOFF 9; RDF_TYPE O H";
+  facts.trajectory = "water.trj";
+  Graph layout;
+  layout.x_label = "r (Angstrom)";
+  layout.y_label = "g(r)";
+  add_graph("Total RDF for selected elements", {add_set("", {0, 1})}, layout);
+  add_graph("Total RDF for selected elements", {add_set("", {0, 1})}, layout);
+  for (const auto graph : shown_) EXPECT_EQ(store_.set_facts(graph, facts), 0);
+  const auto figures = figures_of(store_);
+  EXPECT_EQ(figures[0].name, "rdf-O-H");
+  EXPECT_EQ(figures[1].name, "rdf-O-H-2");
+  EXPECT_EQ(figures[0].heading, "Radial distribution of O and H");
+  EXPECT_EQ(figures[1].heading, "Radial distribution of O and H (2)");
+  EXPECT_EQ(points_table(figures[0]),
+            "# Radial distribution of O and H\n# graph: Total RDF for selected elements\n# command: RDF\n"
+            "# settings: RDF_CUTOFF 9; RDF_TYPE O H\n# atoms: O and H, frames 1 to 300\n# trajectory: water.trj\n"
+            "# column 1: r (Å), Å\n# column 2: g(r), without a unit\nr (Å)\tg(r)\n0\t1\n");
+}
+
+TEST(GraphText, tells_what_a_graph_holds) {
+  struct Case {
+    const char *title, *atoms, *file, *heading;
+  };
+  for (const auto& [title, atoms, file, heading] :
+       {Case{"Total MSD", "all atoms", "msd", "Mean square displacement of all atoms"},
+        Case{"MSD component XZ", "all atoms", "msd-XZ", "Mean square displacement of all atoms, XZ"},
+        Case{"MSD/LineFit", "the 8 selected atoms", "diffusion-selected", "Diffusion of the 8 selected atoms"},
+        Case{"MSD/LineFit XX", "the 8 selected atoms (element O)", "diffusion-element-O-XX",
+             "Diffusion of the 8 selected atoms (element O), XX"},
+        Case{"VAC component YY A^2/ps^2", "all atoms", "vac-YY", "Velocity autocorrelation of all atoms, YY"},
+        Case{"Components of S(k) for all atoms", "all atoms", "structure-factor-parts",
+             "Structure factor within and between molecules of all atoms"},
+        Case{"Total RDF for force field types", "../c and o*", "rdf-c-o", "Radial distribution of ../c and o*"},
+        Case{"Total MSD", "", "", ""}, Case{"Profile of Energy", "all atoms", "", ""}}) {
+    const auto text = graph_text(title, atoms);
+    EXPECT_EQ(text.file, file);
+    EXPECT_EQ(text.heading, heading);
+  }
 }
 
 TEST_F(Figures, leave_curves_of_angles_open_across_half_a_turn) {
@@ -183,9 +252,9 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   add_graph("One point", {add_set("p", {5, 1})});
   add_graph("Nothing", {add_set("n", {})});
   const auto figures = figures_of(store_);
-  EXPECT_THAT(draw_pictures(figures, {.svg = true, .png = true}, folder), IsEmpty());
+  EXPECT_THAT(draw_pictures(figures, {.svg = true, .png = true, .pdf = true}, folder), IsEmpty());
   for (const auto* name : {"Curves-of-A-B", "Steps", "One-value", "One-point"}) {
-    for (const auto* kind : {".svg", ".png"}) {
+    for (const auto* kind : {".svg", ".png", ".pdf"}) {
       EXPECT_GT(std::filesystem::file_size(folder / (std::string(name) + kind)), 2000u) << name << kind;
     }
   }

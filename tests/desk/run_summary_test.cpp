@@ -39,7 +39,7 @@ class RunSummary : public testing::Test {
   void add(const std::string& heading, const std::string& x, const std::string& y,
            const std::vector<NamedPoints>& curves, GraphFacts facts = {}) {
     Figure figure;
-    figure.heading = heading;
+    figure.title = figure.heading = heading;
     figure.x_text = x;
     figure.y_text = y;
     for (const auto& [label, points] : curves) {

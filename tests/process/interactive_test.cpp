@@ -246,6 +246,14 @@ TEST_F(Program, says_what_came_of_a_run_in_numbers) {
   EXPECT_THAT(table, ContainsRegex("g\\(r\\) of O and H[^\t]*\tcoordination number\t(2|2.0000[0-9]*|1.9999[0-9]*)\t"));
   EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted from\t0.1\t"));
   EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted to\t0.3\t"));
+  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tdiffusion coefficient\t[-0-9.e]+\t[0-9.e-]+\tÅ²/ps"));
+  for (const auto* name : {"rdf-H-O", "rdf-O-H", "rdf-H-H", "coordination-O-H", "msd", "diffusion"}) {
+    EXPECT_TRUE(fs::exists(folder() / "out" / (std::string(name) + ".tsv"))) << name;
+  }
+  EXPECT_THAT(
+      text_of(folder() / "out/coordination-O-H.tsv"),
+      HasSubstr("# command: RDF\n# settings: SELECT_PROPERTIES Temperature; RDF_BETWEEN ELEMENTS; RDF_CUTOFF 3; "
+                "RDF_TYPE O H\n# atoms: O and H, frames 1 to 300\n"));
   EXPECT_THAT(report(), HasSubstr("What the run says"));
   EXPECT_THAT(output, HasSubstr("What the run says:\n  Temperature: mean "));
 }

@@ -44,7 +44,8 @@ std::string script_help() {
 const std::map<std::string, bool OutputFormats::*> format_words{{"svg", &OutputFormats::svg},
                                                                 {"png", &OutputFormats::png},
                                                                 {"tsv", &OutputFormats::tsv},
-                                                                {"html", &OutputFormats::html}};
+                                                                {"html", &OutputFormats::html},
+                                                                {"pdf", &OutputFormats::pdf}};
 
 const std::map<std::string, Protocol> protocol_words{{"unix", Protocol::unix_socket}, {"tcp", Protocol::tcp}};
 
@@ -65,10 +66,11 @@ struct RunWords {
 void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->add_option("--out", options.output, "Folder for pictures, tables and the report; out without it")
       ->option_text("DIR");
-  run->add_option("--format", words.formats, "What to write: any of svg, png, tsv and html; all without it")
+  run->add_option("--format", words.formats,
+                  "What to write: any of svg, png, pdf, tsv and html; all but pdf without it")
       ->delimiter(',')
       ->check(CLI::IsMember(format_words))
-      ->option_text("svg,png,tsv,html");
+      ->option_text("svg,png,pdf,tsv,html");
   run->add_option("--protocol", words.protocol, "How pathstat connects: by a private socket, or by a loopback port")
       ->check(CLI::IsMember(protocol_words))
       ->option_text("unix|tcp");

@@ -12,4 +12,7 @@ std::string typeset(std::string_view text);
 /// is only a unit, or none at all, takes the quantity from the graph's title.
 std::string axis_text(std::string_view label, std::string_view title);
 
+/// Of the text of an axis, "Energy (kcal/mol)": "kcal/mol"; empty where it tells none.
+std::string unit_of(std::string_view axis);
+
 }  // namespace pathstat::desk

@@ -5,15 +5,16 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "desk/graphs/axis_text.h"
+#include "desk/graphs/graph_kind.h"
 #include "desk/messages/visible_text.h"
 
 namespace pathstat::desk {
 namespace {
-
-constexpr std::size_t longest_name = 80;
 
 bool drawable(const PlotPoint& point) { return std::isfinite(point.x) && std::isfinite(point.y); }
 
@@ -29,7 +30,7 @@ std::optional<PlotPoint> highlighted(const DataSet& set) {
 Curve curve_of(const GraphStore& store, std::int32_t handle, bool only_one) {
   const auto& set = *store.data_set(handle);
   Curve curve;
-  if (!only_one) curve.label = typeset(set.label.empty() ? store.info(handle)->name : set.label);
+  if (!only_one) curve.label = curve_label(set.label.empty() ? store.info(handle)->name : set.label);
   curve.colour = set.colour;
   curve.histogram = set.style == histogram_style;
   curve.points = &set.points;
@@ -42,12 +43,15 @@ Figure figure_of(const GraphStore& store, std::int32_t handle) {
   const auto& info = *store.info(handle);
   Figure figure;
   figure.graph = handle;
-  figure.heading = typeset(info.name);
-  if (info.version > 1) figure.heading += fmt::format(" ({})", info.version);
-  if (!graph.remark.empty()) figure.heading += fmt::format(" ({})", graph.remark);
+  figure.title = typeset(info.name);
+  figure.facts = graph.facts;
+  const auto frames = std::min(graph.facts.of.find(", "), graph.facts.of.size());
+  auto text = graph_text(info.name, std::string_view(graph.facts.of).substr(0, frames));
+  figure.name = text.file.empty() ? file_name_of(info.name) : std::move(text.file);
+  figure.heading = text.heading.empty() ? figure.title : std::move(text.heading);
   figure.x_text = axis_text(graph.x_label, graph.title);
   figure.y_text = graph.labels == title_on_y_axis ? axis_text(graph.title, {}) : axis_text(graph.y_label, graph.title);
-  figure.facts = graph.facts;
+  if (!text.y_text.empty()) figure.y_text = std::move(text.y_text);
   figure.aspect_ratio = graph.aspect_ratio;
   if (graph.layout == fixed_x_layout && graph.x_low < graph.x_high) figure.x_range = {graph.x_low, graph.x_high};
   for (const auto set : graph.sets) figure.curves.push_back(curve_of(store, set, graph.sets.size() == 1));
@@ -78,6 +82,18 @@ std::string column_name(std::string text) {
   return visible(text);
 }
 
+/// Lines that tell what the points are of, each with a "#" in front of it.
+std::string origin_lines(const Figure& figure) {
+  const std::pair<std::string_view, const std::string*> facts[] = {
+      {"graph", &figure.title},    {"command", &figure.facts.command},       {"settings", &figure.facts.settings},
+      {"atoms", &figure.facts.of}, {"trajectory", &figure.facts.trajectory}, {"note", &figure.note}};
+  auto lines = fmt::format("# {}\n", column_name(figure.heading));
+  for (const auto& [name, fact] : facts) {
+    if (!fact->empty()) lines += fmt::format("# {}: {}\n", name, column_name(*fact));
+  }
+  return lines;
+}
+
 }  // namespace
 
 bool Figure::has_points() const {
@@ -86,26 +102,16 @@ bool Figure::has_points() const {
   });
 }
 
-std::string file_name_of(std::string_view title) {
-  std::string name;
-  for (const unsigned char c : title) {
-    if (name.size() >= longest_name) break;
-    if (c < 0x80 && std::isalnum(c)) {
-      name += static_cast<char>(c);
-    } else if (!name.empty() && name.back() != '-') {
-      name += '-';
-    }
-  }
-  while (!name.empty() && name.back() == '-') name.pop_back();
-  return name.empty() ? "graph" : name;
-}
-
 std::vector<Figure> figures_of(const GraphStore& store) {
   std::vector<Figure> figures;
   std::set<std::string> taken;
+  std::map<std::string, int> headings;
   for (const auto handle : store.shown_graphs()) {
-    figures.push_back(figure_of(store, handle));
-    figures.back().name = unlike(file_name_of(store.info(handle)->name), taken);
+    auto& figure = figures.emplace_back(figure_of(store, handle));
+    figure.name = unlike(figure.name, taken);
+    if (const int times = ++headings[figure.heading]; times > 1) figure.heading += fmt::format(" ({})", times);
+    if (const auto& remark = store.graph(handle)->remark; !remark.empty())
+      figure.heading += fmt::format(" ({})", remark);
   }
   return figures;
 }
@@ -113,14 +119,21 @@ std::vector<Figure> figures_of(const GraphStore& store) {
 std::string points_table(const Figure& figure) {
   if (figure.curves.empty()) return {};
   const bool shared = same_x(figure.curves);
-  std::string table;
+  auto table = origin_lines(figure);
+  std::string headings;
   std::size_t rows = 0;
+  int columns = 0;
+  const auto add_column = [&](const std::string& text, const std::string& unit) {
+    headings += (headings.empty() ? "" : "\t") + column_name(text);
+    table += fmt::format("# column {}: {}, {}\n", ++columns, column_name(text), unit.empty() ? "without a unit" : unit);
+  };
   for (const auto& curve : figure.curves) {
     const bool first = &curve == &figure.curves.front();
-    if (first || !shared) table += (first ? "" : "\t") + column_name(figure.x_text);
-    table += "\t" + column_name(curve.label.empty() ? figure.y_text : curve.label);
+    if (first || !shared) add_column(figure.x_text, unit_of(figure.x_text));
+    add_column(curve.label.empty() ? figure.y_text : curve.label, unit_of(figure.y_text));
     rows = std::max(rows, curve.points->size());
   }
+  table += headings;
   for (std::size_t row = 0; row < rows; ++row) {
     table += '\n';
     for (const auto& curve : figure.curves) {

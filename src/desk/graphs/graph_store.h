@@ -59,6 +59,7 @@ struct FittedWindow {
 /// What pathdesk knows of a graph beside what the process draws.
 struct GraphFacts {
   std::string of;  ///< the atoms and frames, in words; empty if it is not known
+  std::string command = {}, settings = {}, trajectory = {};
   std::optional<FittedWindow> fitted;
   double density = 0;  ///< of a radial distribution: neighbours of an atom in 1 Å³; 0 if it is not known
 };

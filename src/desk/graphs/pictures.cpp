@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -90,6 +91,34 @@ float widest_gap(const Figure& figure) {
   return figure.y_text.ends_with("(°)") ? half_turn : std::numeric_limits<float>::max();
 }
 
+constexpr std::string_view guide_colour = "#b07d00";
+
+bool is_line(const Guide& guide) { return guide.from == guide.to; }
+
+std::string guide_style(const Guide& guide) {
+  return is_line(guide) ? fmt::format("lines lw 1.4 dt 2 lc rgb '{}'", guide_colour)
+                        : fmt::format("boxes fs transparent solid 0.15 noborder lc rgb '{}'", guide_colour);
+}
+
+/// Shades and lines behind the curves.
+std::string guides(const Figure& figure) {
+  std::string text = "unset arrow\nunset object\n";
+  for (const auto& guide : figure.guides) {
+    if (is_line(guide)) {
+      text += fmt::format(
+          "set arrow from first {0:.9g}, graph 0 to first {0:.9g}, graph 1 nohead back lw 1.4 dt 2 lc rgb '{1}'\n",
+          guide.from, guide_colour);
+    } else {
+      text += fmt::format(
+          "set object rectangle from first {:.9g}, graph 0 to first {:.9g}, graph 1 behind fs transparent solid 0.15 "
+          "noborder "
+          "fc rgb '{}'\n",
+          guide.from, guide.to, guide_colour);
+    }
+  }
+  return text;
+}
+
 /// The plot command, and the blocks of points that it draws. Curves of one colour differ by their dashes.
 std::string plot_command(std::string& script, const Figure& figure, std::size_t number) {
   std::string plot;
@@ -105,7 +134,7 @@ std::string plot_command(std::string& script, const Figure& figure, std::size_t 
       add_points(script, name, thinned(*curve.points), widest_gap(figure));
     }
     const auto style = curve.points->size() == 1 ? std::string("points pt 7")
-                                                 : fmt::format("{} lw 1.6 dt {}", curve.histogram ? "histeps" : "lines",
+                                                 : fmt::format("{} lw 1.8 dt {}", curve.histogram ? "histeps" : "lines",
                                                                uses[curve.colour]++ % 5 + 1);
     plot += fmt::format("{} {} with {} lc rgb '{}' {}", plot.empty() ? "plot" : ",", name, style, colour,
                         curve.label.empty() ? "notitle" : "title " + literal(curve.label));
@@ -113,36 +142,84 @@ std::string plot_command(std::string& script, const Figure& figure, std::size_t 
     add_points(script, name + "m", {*curve.highlighted});
     plot += fmt::format(", {}m with points pt 6 ps 1.2 lw 1.6 lc rgb '{}' notitle", name, colour);
   }
+  for (const auto& guide : figure.guides) {
+    if (plot.empty()) break;
+    plot += fmt::format(", keyentry with {} title {}", guide_style(guide), literal(guide.label));
+  }
   return plot + "\n";
 }
 
-/// True for histograms, and for curves that are nowhere below zero but come near it.
-bool starts_at_zero(const Figure& figure) {
-  constexpr float near = 0.25F;
-  const bool histograms = std::ranges::all_of(figure.curves, &Curve::histogram);
-  float low = std::numeric_limits<float>::max();
-  float high = 0;
+/// The least box around all points that can be drawn.
+struct Box {
+  PlotPoint low{std::numeric_limits<float>::max(), std::numeric_limits<float>::max()};
+  PlotPoint high{std::numeric_limits<float>::lowest(), std::numeric_limits<float>::lowest()};
+};
+
+Box box_of(const Figure& figure) {
+  Box box;
   for (const auto& curve : figure.curves) {
     for (const auto& point : *curve.points) {
       if (!drawable(point)) continue;
-      low = std::min(low, point.y);
-      high = std::max(high, point.y);
+      box.low = {std::min(box.low.x, point.x), std::min(box.low.y, point.y)};
+      box.high = {std::max(box.high.x, point.x), std::max(box.high.y, point.y)};
     }
   }
-  return histograms || (low >= 0 && low <= near * high);
+  return box;
+}
+
+/// True for histograms, and for curves that are nowhere below zero, rounding aside, but come near it.
+bool starts_at_zero(const Figure& figure, const Box& box) {
+  constexpr float near = 0.25F, rounding = 1e-5F;
+  const bool histograms = std::ranges::all_of(figure.curves, &Curve::histogram);
+  return histograms || (box.high.y > 0 && box.low.y >= -rounding * box.high.y && box.low.y <= near * box.high.y);
+}
+
+/// The corner of the frame with the fewest points in it, for the legend.
+std::string_view emptiest_corner(const Figure& figure, Box box, bool from_zero) {
+  constexpr float width = 0.4F, height = 0.35F;
+  struct Corner {
+    std::string_view name;
+    bool right, top;
+    std::size_t points = 0;
+  };
+  std::array corners{Corner{"right top", true, true}, Corner{"left top", false, true},
+                     Corner{"right bottom", true, false}, Corner{"left bottom", false, false}};
+  if (from_zero) box.low.y = 0;
+  const float across = box.high.x - box.low.x, up = box.high.y - box.low.y;
+  for (const auto& curve : figure.curves) {
+    for (const auto& point : *curve.points) {
+      const float x = (point.x - box.low.x) / across, y = (point.y - box.low.y) / up;
+      for (auto& corner : corners) {
+        const bool inside = (corner.right ? x > 1 - width : x < width) && (corner.top ? y > 1 - height : y < height);
+        corner.points += inside ? 1 : 0;
+      }
+    }
+  }
+  return std::ranges::min_element(corners, {}, &Corner::points)->name;
 }
 
 std::string settings(const Figure& figure) {
-  std::string text = fmt::format("set title {} noenhanced\nset xlabel {} noenhanced\nset ylabel {} noenhanced\n",
-                                 literal(figure.heading), literal(figure.x_text), literal(figure.y_text));
+  const auto box = box_of(figure);
+  const bool from_zero = starts_at_zero(figure, box);
+  auto text = fmt::format(
+      "set label 1 {} at graph 0, graph 1 offset 0, {} left noenhanced font ',15'\n"
+      "set label 2 {} at graph 0, graph 1 offset 0, 1 left noenhanced font ',11' tc rgb '#666666'\n"
+      "set xlabel {} noenhanced\nset ylabel {} noenhanced\n",
+      literal(figure.heading), figure.note.empty() ? "1.2" : "2.4", literal(figure.note), literal(figure.x_text),
+      literal(figure.y_text));
   text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x, figure.x_range->y)
                          : std::string("set xrange [*:*] noextend\n");
-  text += starts_at_zero(figure) ? "set yrange [0:*]\n" : "set yrange [*:*]\n";
-  text += figure.curves.size() > 1 ? "set key outside right top Left reverse noenhanced samplen 2 spacing 1.2\n"
-                                   : "set key off\n";
+  text += fmt::format("set yrange [{}:*]\nset offsets graph 0, graph 0, graph 0.04, graph {}\n", from_zero ? "0" : "*",
+                      from_zero ? "0" : "0.04");
+  const bool has_key = figure.curves.size() > 1 || !figure.guides.empty();
+  text += has_key ? fmt::format(
+                        "set key inside {} Left reverse noenhanced samplen 2 spacing 1.2 width -1 opaque "
+                        "fc rgb '#ffffff'\n",
+                        emptiest_corner(figure, box, from_zero))
+                  : std::string("set key off\n");
   text += figure.aspect_ratio > 0 ? fmt::format("set size ratio {:.4g}\n", 1.0 / figure.aspect_ratio)
                                   : std::string("set size noratio\n");
-  return text;
+  return text + guides(figure);
 }
 
 constexpr std::string_view look =
@@ -152,7 +229,8 @@ constexpr std::string_view look =
     "set tics nomirror out textcolor rgb '#222222'\n"
     "set grid lc rgb '#dddddd' lt 1 lw 0.6\n"
     "set samples 2\n"
-    "set offsets graph 0, graph 0, graph 0.04, graph 0.04\n";
+    "set tmargin 4.2\n"
+    "set rmargin 4\n";
 
 constexpr const char *input_name = "pictures.gnuplot", *messages_name = "pictures.out";
 
@@ -164,6 +242,7 @@ struct Kind {
 constexpr Kind all_kinds[] = {
     {&PictureKinds::svg, "svg size 900,480 font 'sans-serif,13' background '#ffffff' name '{}'", ".svg", "</svg>"},
     {&PictureKinds::png, "pngcairo size 1800,960 font 'DejaVu Sans,13' fontscale 2 linewidth 2", ".png", "IEND"},
+    {&PictureKinds::pdf, "pdfcairo size 9in,4.8in font 'DejaVu Sans,12' linewidth 1.3", ".pdf", "%%EOF"},
 };
 
 /// Runs gnuplot in a folder to its end. @return its wait status, or -1 if it could not start

@@ -12,9 +12,10 @@ namespace pathstat::desk {
 struct PictureKinds {
   bool svg = false;
   bool png = false;
+  bool pdf = false;
 };
 
-/// The gnuplot program that draws the figures as NAME.svg and NAME.png where it runs. It holds no other path.
+/// The gnuplot program that draws the figures as NAME.svg, NAME.png and NAME.pdf where it runs. It holds no other path.
 std::string picture_script(std::span<const Figure> figures, PictureKinds kinds);
 
 /// Draws the figures that have points, with one run of gnuplot. Whatever stands in the folder under the name of a

@@ -19,6 +19,7 @@
 #include "desk/report/result_folder.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script_run.h"
+#include "desk/summary/figure_notes.h"
 
 namespace pathstat::desk {
 namespace {
@@ -254,9 +255,10 @@ void PanelSession::export_graph(const PageRequest& request) {
   const auto wanted = request.text("format");
   const auto* format =
       std::find_if(export_formats.begin(), export_formats.end(), [&](const auto& row) { return row.name == wanted; });
-  const auto figures = figures_of(runner_.graphs());
+  auto figures = figures_of(runner_.graphs());
   const auto figure = std::find_if(figures.begin(), figures.end(),
                                    [&](const Figure& each) { return each.graph == request.number("graph"); });
+  if (figure != figures.end()) annotate({&*figure, 1});
   if (format == export_formats.end() || figure == figures.end()) return;
   const auto file = fmt::format("{}.{}", figure->name, format->name);
   std::string bytes, problem;

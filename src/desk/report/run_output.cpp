@@ -6,6 +6,7 @@
 #include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
 #include "desk/report/html_report.h"
+#include "desk/summary/figure_notes.h"
 #include "desk/summary/run_summary.h"
 
 namespace pathstat::desk {
@@ -18,8 +19,10 @@ constexpr std::string_view result_prefix = "PathStat.";
 constexpr std::string_view table_suffix = ".dat";
 
 /// The files of one graph by the format that asks for them.
-constexpr std::array<std::pair<bool OutputFormats::*, const char*>, 3> kinds_of_files{
-    {{&OutputFormats::svg, ".svg"}, {&OutputFormats::png, ".png"}, {&OutputFormats::tsv, ".tsv"}}};
+constexpr std::array<std::pair<bool OutputFormats::*, const char*>, 4> kinds_of_files{{{&OutputFormats::svg, ".svg"},
+                                                                                       {&OutputFormats::png, ".png"},
+                                                                                       {&OutputFormats::pdf, ".pdf"},
+                                                                                       {&OutputFormats::tsv, ".tsv"}}};
 
 }  // namespace
 
@@ -43,11 +46,12 @@ std::vector<fs::path> result_files(const fs::path& work, fs::file_time_type sinc
 std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
   std::vector<std::string> all;
   auto figures = figures_of(store);
+  annotate(figures);
   std::erase_if(figures, [&](const Figure& figure) {
     const auto revision = store.revision(figure.graph);
     return std::exchange(written_[figure.graph], revision) == revision;
   });
-  const PictureKinds kinds{.svg = formats_.svg || formats_.html, .png = formats_.png};
+  const PictureKinds kinds{.svg = formats_.svg || formats_.html, .png = formats_.png, .pdf = formats_.pdf};
   if (auto undrawn = draw_pictures(figures, kinds, scratch_); !undrawn.empty()) undrawn_.push_back(std::move(undrawn));
   for (const auto& figure : figures) {
     std::string files;

@@ -19,6 +19,7 @@ struct OutputFormats {
   bool png = true;
   bool tsv = true;
   bool html = true;
+  bool pdf = false;
 };
 
 struct OutputPlan {

@@ -22,6 +22,7 @@
 #include "desk/report/printed_unit.h"
 #include "desk/script/answer_text.h"
 #include "desk/script/interrupts.h"
+#include "desk/summary/coordination_graph.h"
 #include "desk/summary/diffusion_error.h"
 #include "desk/summary/neighbour_density.h"
 
@@ -90,6 +91,16 @@ std::string joined(const std::vector<std::string>& items) {
 }
 
 std::string atoms_are(std::size_t count) { return count == 1 ? "1 atom is" : fmt::format("{} atoms are", count); }
+
+/// What stands behind the words "@select atoms" of a line.
+std::string selection_of(std::string_view text) {
+  const auto words = words_of(text);
+  std::string selection;
+  for (std::size_t k = 1; k < words.size(); ++k) {
+    if (k > 1 || words[k] != "atoms") selection += (selection.empty() ? "" : " ") + words[k];
+  }
+  return selection;
+}
 
 constexpr auto* no_model = "there is no model; TRAJECTORY brings in the one that lies beside its file";
 
@@ -206,6 +217,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
   const auto problem = run_kind(line);
+  if (line.kind == LineKind::select_atoms && problem.empty()) selection_ = selection_of(line.text);
   console_.clear();
   if (frame_ && problem.empty()) take_returned(*frame_);
   auto& step = record_.steps.back();
@@ -218,6 +230,10 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   if (!step.graphs.empty() && !session_.lost() && interrupts() == 0) {
     const auto facts = facts_of(line);
     for (const auto graph : step.graphs) store_.set_facts(graph, facts);
+    for (std::size_t k = 0; k < step.graphs.size(); ++k) {
+      const auto added = add_coordination_graph(store_, step.graphs[k]);
+      if (added != 0 && seen_graphs_.insert(added).second) step.graphs.push_back(added);
+    }
   }
   if (interrupts() > 0) mark_interrupted(step, line);
   if (step.failed) {
@@ -242,7 +258,18 @@ LineEnd LineRunner::run(const ScriptLine& line) {
 
 /// What there is to know of the graphs that a line has drawn.
 GraphFacts LineRunner::facts_of(const ScriptLine& line) {
-  GraphFacts facts{.of = adviser_.made_of(line.word), .fitted = {}};
+  GraphFacts facts{
+      .of = adviser_.made_of(line.word), .command = line.text, .settings = {}, .trajectory = {}, .fitted = {}};
+  if (const auto at = facts.of.find("selected atoms"); at != std::string::npos && !selection_.empty()) {
+    facts.of.insert(facts.of.find(',', at), fmt::format(" ({})", selection_));
+  }
+  for (const auto& setting : settings_) {
+    if (setting.word == "TRAJECTORY") {
+      facts.trajectory = setting.arguments;
+    } else {
+      facts.settings += (facts.settings.empty() ? "" : "; ") + setting.text;
+    }
+  }
   if (line.word == "LINEAR_FIT") {
     const auto from = number_in(first_value(ask_word("MIN_FIT_TIME")));
     const auto to = number_in(first_value(ask_word("MAX_FIT_TIME")));

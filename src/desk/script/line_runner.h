@@ -158,6 +158,7 @@ class LineRunner {
   double done_ = 0;                   ///< share of the work of the line that runs, as last reported
   std::vector<Message> held_;         ///< errors and warnings of the line that runs
   std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
+  std::string selection_;             ///< of the last line that selected atoms, as it stands
   std::set<std::int32_t> seen_graphs_;
   std::set<std::filesystem::path> tables_;
   std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state

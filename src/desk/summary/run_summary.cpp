@@ -8,6 +8,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "desk/graphs/axis_text.h"
 #include "desk/messages/visible_text.h"
 #include "desk/summary/curve_features.h"
 #include "desk/summary/series_statistics.h"
@@ -17,18 +18,11 @@ namespace {
 
 using Points = std::vector<PlotPoint>;
 
-/// Of an axis "Energy (kcal/mol)": "kcal/mol"; empty where it tells none.
-std::string unit_of(std::string_view axis) {
-  const auto open = axis.rfind(" (");
-  if (open == std::string_view::npos || !axis.ends_with(')')) return {};
-  return std::string(axis.substr(open + 2, axis.size() - open - 3));
-}
-
-/// The heading without how it begins.
-std::string behind(std::string_view heading, std::string_view start) {
-  heading.remove_prefix(std::min(start.size(), heading.size()));
-  heading.remove_prefix(std::min(heading.find_first_not_of(' '), heading.size()));
-  return std::string(heading);
+/// The title without how it begins.
+std::string behind(std::string_view title, std::string_view start) {
+  title.remove_prefix(std::min(start.size(), title.size()));
+  title.remove_prefix(std::min(title.find_first_not_of(' '), title.size()));
+  return std::string(title);
 }
 
 /// True for an angle that leaps from one end of its turn to the other.
@@ -71,7 +65,7 @@ void add_series(const Figure& figure, std::vector<SummaryItem>& items) {
     const auto time = unit_of(figure.x_text);
     const auto correlation =
         s.correlation_time ? std::optional(*s.correlation_time * spacing) : std::optional<double>{};
-    auto name = behind(figure.heading, "Profile of");
+    auto name = behind(figure.title, "Profile of");
     if (!curve.label.empty()) name = curve.label.starts_with(name) ? curve.label : name + ": " + curve.label;
     auto hint = hint_about(s);
     if (unit == "°" && goes_round(points)) hint = "the angle goes round: its mean says little";
@@ -115,7 +109,7 @@ void add_diffusion(const Figure& figure, std::vector<SummaryItem>& items) {
   const auto& line = *figure.curves[1].points;
   const double slope = (double{line.back().y} - line.front().y) / (double{line.back().x} - line.front().x);
   const double intercept = line.front().y - slope * line.front().x;
-  auto name = behind(figure.heading, fit_graph).substr(0, 2);
+  auto name = behind(figure.title, fit_graph).substr(0, 2);
   const auto column =
       static_cast<std::size_t>(std::ranges::find(components, std::string_view(name)) - components.begin());
   const bool is_component = column < components.size();
@@ -210,11 +204,6 @@ nlohmann::ordered_json number(const std::optional<double>& value) {
 
 std::string plain(const std::optional<double>& value) { return value ? fmt::format("{}", *value) : std::string{}; }
 
-/// "first peak 3.69 Å"
-std::string in_words(const SummaryValue& value) {
-  return fmt::format("{} {}{}{}", value.quantity, with_error(value), value.unit.empty() ? "" : " ", value.unit);
-}
-
 std::string cell(std::string text) {
   std::ranges::replace_if(
       text, [](char c) { return c == '\t' || c == '\n'; }, ' ');
@@ -228,7 +217,7 @@ std::vector<SummaryTable> summarise(std::span<const Figure> figures) {
   for (const auto& kind : kinds) {
     if (tables.empty() || tables.back().kind != kind.kind) tables.push_back({kind.kind, kind.title, kind.beside, {}});
     for (const auto& figure : figures) {
-      if (figure.heading.starts_with(kind.start)) kind.add(figure, tables.back().items);
+      if (figure.title.starts_with(kind.start)) kind.add(figure, tables.back().items);
     }
   }
   std::erase_if(tables, [](const auto& table) { return table.items.empty(); });
@@ -247,6 +236,10 @@ std::string with_error(const SummaryValue& value) {
     return fmt::format("{:.6g} ± {:.2g}", *value.value, *value.error);
   }
   return fmt::format("{:.{}f} ± {:.{}f}", *value.value, decimals, *value.error, decimals);
+}
+
+std::string in_words(const SummaryValue& value) {
+  return fmt::format("{} {}{}{}", value.quantity, with_error(value), value.unit.empty() ? "" : " ", value.unit);
 }
 
 std::string summary_tsv(std::span<const SummaryTable> tables) {

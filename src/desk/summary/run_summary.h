@@ -40,6 +40,9 @@ std::vector<SummaryTable> summarise(std::span<const Figure> figures);
 /// a dash for none.
 std::string with_error(const SummaryValue& value);
 
+/// "first peak 3.69 Å"
+std::string in_words(const SummaryValue& value);
+
 /// One row a number: kind, name, quantity, value, error, unit, hint; numbers read back as they were.
 std::string summary_tsv(std::span<const SummaryTable> tables);
 /// An object of arrays by kind; each number an object of value, error and unit, null where there is none.
