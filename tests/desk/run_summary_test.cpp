@@ -25,9 +25,11 @@ TEST(Summary, writes_a_value_as_far_as_its_error_goes) {
   constexpr double nan = NAN;
   for (const auto& [value, error, text] :
        {ErrorCase{-515.85949, 0.0196, "-515.859 ± 0.020"}, ErrorCase{92.678, 1.2345, "92.7 ± 1.2"},
-        ErrorCase{1234.5, 34.0, "1234 ± 34"}, ErrorCase{12345.6, 345.0, "12345.6 ± 3.4e+02"},
-        ErrorCase{0.02110724, 0.0015, "0.0211 ± 0.0015"}, ErrorCase{2.5, 0.0, "2.5"}, ErrorCase{2.5, {}, "2.5"},
-        ErrorCase{{}, {}, "–"}, ErrorCase{nan, 1.0, "–"}, ErrorCase{2.5, nan, "2.5"}}) {
+        ErrorCase{1234.5, 34.0, "1234 ± 34"}, ErrorCase{12345.6, 345.0, "12350 ± 350"},
+        ErrorCase{3.669e-5, 1.14e-6, "(3.67 ± 0.11) × 10⁻⁵"}, ErrorCase{-2.5e12, 3e9, "(-2.5000 ± 0.0030) × 10¹²"},
+        ErrorCase{1e-9, 0.25, "0.00 ± 0.25"}, ErrorCase{0.02110724, 0.0015, "0.0211 ± 0.0015"},
+        ErrorCase{2.5, 0.0, "2.5"}, ErrorCase{2.5, {}, "2.5"}, ErrorCase{{}, {}, "–"}, ErrorCase{nan, 1.0, "–"},
+        ErrorCase{2.5, nan, "2.5"}}) {
     EXPECT_EQ(with_error({"mean", value, error, ""}), text);
   }
 }

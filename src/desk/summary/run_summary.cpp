@@ -204,6 +204,23 @@ nlohmann::ordered_json number(const std::optional<double>& value) {
 
 std::string plain(const std::optional<double>& value) { return value ? fmt::format("{}", *value) : std::string{}; }
 
+/// Both to the second digit of the error, seven digits behind the point at most.
+std::string to_digits_of_error(double value, double error) {
+  constexpr int most_decimals = 7;
+  const int decimals = std::min(1 - static_cast<int>(std::floor(std::log10(error))), most_decimals);
+  if (decimals >= 0) return fmt::format("{:.{}f} ± {:.{}f}", value, decimals, error, decimals);
+  const double unit = std::pow(10.0, -decimals);
+  return fmt::format("{:.0f} ± {:.0f}", std::round(value / unit) * unit, std::round(error / unit) * unit);
+}
+
+/// A whole number as an exponent is set: "⁻⁵".
+std::string raised(int number) {
+  constexpr std::array<std::string_view, 10> digits{"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
+  std::string text;
+  for (const char c : fmt::format("{}", number)) text += c == '-' ? "⁻" : digits[static_cast<std::size_t>(c - '0')];
+  return text;
+}
+
 std::string cell(std::string text) {
   std::ranges::replace_if(
       text, [](char c) { return c == '\t' || c == '\n'; }, ' ');
@@ -228,14 +245,12 @@ std::string with_error(const SummaryValue& value) {
   if (!value.value || !std::isfinite(*value.value)) return "–";
   const double size = std::abs(*value.value);
   if (!value.error || !(*value.error > 0) || !std::isfinite(*value.error)) return fmt::format("{:.6g}", *value.value);
-  // Digits behind the point for two of the error.
-  const int decimals = 1 - static_cast<int>(std::floor(std::log10(*value.error)));
-  constexpr int most_decimals = 8;
-  constexpr double most_plain = 1e9;
-  if (decimals > most_decimals || decimals < 0 || size > most_plain) {
-    return fmt::format("{:.6g} ± {:.2g}", *value.value, *value.error);
-  }
-  return fmt::format("{:.{}f} ± {:.{}f}", *value.value, decimals, *value.error, decimals);
+  constexpr double least_plain = 1e-3, most_plain = 1e6;
+  const double larger = std::max(size, *value.error);
+  if (larger >= least_plain && larger < most_plain) return to_digits_of_error(*value.value, *value.error);
+  const int power = static_cast<int>(std::floor(std::log10(larger)));
+  const double unit = std::pow(10.0, power);
+  return fmt::format("({}) × 10{}", to_digits_of_error(*value.value / unit, *value.error / unit), raised(power));
 }
 
 std::string in_words(const SummaryValue& value) {

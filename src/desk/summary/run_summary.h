@@ -36,8 +36,8 @@ struct SummaryTable {
 /// What the graphs of a run say, by kind; kinds without an item are left out.
 std::vector<SummaryTable> summarise(std::span<const Figure> figures);
 
-/// "-515.860 ± 0.004": the error with two digits and the value to the same place; six digits of a value without error;
-/// a dash for none.
+/// "-515.860 ± 0.004": the error with two digits and the value to the same place; "(3.67 ± 0.11) × 10⁻⁵" for small and
+/// large ones; six digits of a value without error; a dash for none.
 std::string with_error(const SummaryValue& value);
 
 /// "first peak 3.69 Å"
