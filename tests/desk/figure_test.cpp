@@ -209,10 +209,12 @@ TEST(GraphText, tells_what_a_graph_holds) {
         Case{"MSD/LineFit", "the 8 selected atoms", "diffusion-selected", "Diffusion of the 8 selected atoms"},
         Case{"MSD/LineFit XX", "the 8 selected atoms (element O)", "diffusion-element-O-XX",
              "Diffusion of the 8 selected atoms (element O), XX"},
-        Case{"VAC component YY A^2/ps^2", "all atoms", "vac-YY", "Velocity autocorrelation of all atoms, YY"},
+        Case{"VAC component YY( A^2/ps^2 )", "all atoms", "vac-YY", "Velocity autocorrelation of all atoms, YY"},
         Case{"Components of S(k) for all atoms", "all atoms", "structure-factor-parts",
              "Structure factor within and between molecules of all atoms"},
         Case{"Total RDF for force field types", "../c and o*", "rdf-c-o", "Radial distribution of ../c and o*"},
+        Case{"Running coordination number for selected elements", "O and H", "coordination-O-H",
+             "Running coordination number of H around O"},
         Case{"Total MSD", "", "", ""}, Case{"Profile of Energy", "all atoms", "", ""}}) {
     const auto text = graph_text(title, atoms);
     EXPECT_EQ(text.file, file);

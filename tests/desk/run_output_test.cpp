@@ -44,7 +44,8 @@ TEST(RunOutput, writes_a_graph_again_only_when_it_has_changed) {
   store.set_aspect_ratio(graphs[1], 2);
   EXPECT_THAT(output.write_graphs(store), ElementsAre(b));
   std::ifstream file(b);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "x\ty\n1\t2\n3\t4\n");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
+            "# b\n# graph: b\n# column 1: x, without a unit\n# column 2: y, without a unit\nx\ty\n1\t2\n3\t4\n");
 }
 
 }  // namespace

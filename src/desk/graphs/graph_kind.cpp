@@ -14,6 +14,7 @@ constexpr std::size_t longest_name = 80;
 struct GraphKind {
   std::string_view start;  ///< of the title
   std::string_view file, heading, y_text;
+  bool of_second = false;  ///< of the second set of a pair, around the first
 };
 constexpr std::array kinds{
     GraphKind{"MSD/LineFit", "diffusion", "Diffusion", "Mean square displacement (Å²)"},
@@ -24,7 +25,8 @@ constexpr std::array kinds{
     GraphKind{"Power Spectrum", "power-spectrum", "Power spectrum", "Power (Å⁴/ps²)"},
     GraphKind{"Total RDF", "rdf", "Radial distribution", ""},
     GraphKind{"Components of RDF", "rdf-parts", "Radial distribution within and between molecules", "g(r)"},
-    GraphKind{"Running coordination number", "coordination", "Running coordination number", "Neighbours within r"},
+    GraphKind{"Running coordination number", "coordination", "Running coordination number", "Neighbours within r",
+              true},
     GraphKind{"Total S(k)", "structure-factor", "Structure factor", ""},
     GraphKind{"Components of S(k)", "structure-factor-parts", "Structure factor within and between molecules", "S(k)"},
 };
@@ -36,7 +38,8 @@ std::string_view component_of(std::string_view title) {
   for (const auto& pair : axes) {
     const auto at = title.find(pair);
     if (at == std::string_view::npos || title[at - 1] != ' ') continue;
-    if (at + pair.size() == title.size() || title[at + pair.size()] == ' ') return pair;
+    const auto end = at + pair.size();
+    if (end == title.size() || !std::isalpha(static_cast<unsigned char>(title[end]))) return pair;
   }
   return {};
 }
@@ -51,6 +54,14 @@ std::string tag_of(std::string_view atoms) {
   return file_name_of(tag);
 }
 
+/// "H around O" of "O and H".
+std::string second_around_first(std::string_view atoms) {
+  constexpr std::string_view between = " and ";
+  const auto at = atoms.find(between);
+  if (at == std::string_view::npos) return std::string(atoms);
+  return std::string(atoms.substr(at + between.size())).append(" around ").append(atoms.substr(0, at));
+}
+
 }  // namespace
 
 GraphText graph_text(std::string_view title, std::string_view atoms) {
@@ -60,7 +71,7 @@ GraphText graph_text(std::string_view title, std::string_view atoms) {
   if (atoms.empty()) return text;
   text.file = kind->file;
   text.heading = kind->heading;
-  text.heading.append(" of ").append(atoms);
+  text.heading.append(" of ").append(kind->of_second ? second_around_first(atoms) : std::string(atoms));
   const auto component = component_of(title);
   if (!component.empty()) text.heading.append(", ").append(component);
   for (const auto& part : {tag_of(atoms), std::string(component)}) {

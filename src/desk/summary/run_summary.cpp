@@ -254,7 +254,9 @@ std::string with_error(const SummaryValue& value) {
 }
 
 std::string in_words(const SummaryValue& value) {
-  return fmt::format("{} {}{}{}", value.quantity, with_error(value), value.unit.empty() ? "" : " ", value.unit);
+  const bool is_exact = value.value && !(value.error.value_or(0) > 0);
+  return fmt::format("{} {}{}{}", value.quantity, is_exact ? fmt::format("{:.5g}", *value.value) : with_error(value),
+                     value.unit.empty() ? "" : " ", value.unit);
 }
 
 std::string summary_tsv(std::span<const SummaryTable> tables) {

@@ -40,7 +40,7 @@ std::vector<SummaryTable> summarise(std::span<const Figure> figures);
 /// large ones; six digits of a value without error; a dash for none.
 std::string with_error(const SummaryValue& value);
 
-/// "first peak 3.69 Å"
+/// "first peak 3.69 Å", "mean 92.68 ± 0.82 K"; five digits of a value without error.
 std::string in_words(const SummaryValue& value);
 
 /// One row a number: kind, name, quantity, value, error, unit, hint; numbers read back as they were.
