@@ -14,9 +14,9 @@ using testing::HasSubstr;
 TEST(MomentsOf, a_histogram_are_those_of_what_was_counted) {
   std::vector<PlotPoint> bins;
   for (int k = -40; k <= 40; ++k) {
-    // The share of a normal distribution of mean 3 and deviation 2 in a bin of width 0.5.
+    // The share of a normal distribution of mean 3 and deviation 2 that is nearest to the lower end of a bin.
     const double low = (0.5 * k - 0.25) / (2 * std::sqrt(2.0)), high = (0.5 * k + 0.25) / (2 * std::sqrt(2.0));
-    bins.push_back({static_cast<float>(3 + 0.5 * k), static_cast<float>(0.5 * (std::erf(high) - std::erf(low)))});
+    bins.push_back({static_cast<float>(3.25 + 0.5 * k), static_cast<float>(0.5 * (std::erf(high) - std::erf(low)))});
   }
   const auto moments = moments_of(bins);
   EXPECT_NEAR(moments.value().mean, 3, 1e-5);
@@ -46,9 +46,9 @@ TEST(FigureNotes, point_out_means_windows_and_minima) {
   figures[2].facts.of = "all atoms, frames 1 to 10";
   annotate(figures);
   ASSERT_EQ(figures[0].guides.size(), 2u);
-  EXPECT_EQ(figures[0].guides[0].from, 300.5);
-  EXPECT_EQ(figures[0].guides[0].to, 300.5);
-  EXPECT_EQ(figures[0].guides[0].label, "mean 300.5 K");
+  EXPECT_EQ(figures[0].guides[0].from, 300);
+  EXPECT_EQ(figures[0].guides[0].to, 300);
+  EXPECT_EQ(figures[0].guides[0].label, "mean 300 K");
   EXPECT_NEAR(figures[0].guides[1].to - figures[0].guides[1].from, 2 * std::sqrt(0.25 - 1.0 / 12), 1e-9);
   ASSERT_EQ(figures[1].guides.size(), 1u);
   EXPECT_EQ(figures[1].guides[0].label, "fitted, 0.5 to 2 ps");

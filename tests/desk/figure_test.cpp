@@ -173,7 +173,9 @@ TEST_F(Figures, put_the_legend_where_there_is_room_and_shade_what_is_pointed_out
   EXPECT_THAT(rising, HasSubstr("title 'window'"));
   EXPECT_THAT(rising, HasSubstr("title 'mean'"));
   EXPECT_THAT(legend_of("falls", {0, 3, 1, 2, 2, 1, 3, 0}), HasSubstr("set key inside right top"));
-  EXPECT_THAT(legend_of("hill", {0, 0, 1, 3, 2, 3, 3, 3, 4, 3, 5, 0, 6, 0}), HasSubstr("set key inside right top"));
+  const auto full = legend_of("zigzag", {0, 0, 1, 3, 2, 0, 3, 3, 4, 0, 5, 3, 6, 0, 7, 3});
+  EXPECT_THAT(full, HasSubstr("set key inside right top"));
+  EXPECT_THAT(full, HasSubstr("set offsets graph 0, graph 0, graph 0.3, graph 0\n")) << "room above the curves";
 }
 
 TEST_F(Figures, of_chosen_atoms_are_named_for_them) {

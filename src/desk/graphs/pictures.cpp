@@ -174,28 +174,45 @@ bool starts_at_zero(const Figure& figure, const Box& box) {
   return histograms || (box.high.y > 0 && box.low.y >= -rounding * box.high.y && box.low.y <= near * box.high.y);
 }
 
-/// The corner of the frame with the fewest points in it, for the legend.
-std::string_view emptiest_corner(const Figure& figure, Box box, bool from_zero) {
-  constexpr float width = 0.4F, height = 0.35F;
+/// Where the legend goes: the corner of the frame with the least of the curves in it.
+struct Legend {
+  std::string_view corner;
+  bool hides = false;  ///< even there it hides a part of them
+};
+
+Legend legend_of(const Figure& figure, Box box, bool from_zero) {
+  constexpr float width = 0.46F, height_of_line = 0.08F;
+  constexpr std::size_t places_between_points = 8;
+  const auto lines = static_cast<float>(figure.guides.size() + (figure.curves.size() > 1 ? figure.curves.size() : 0));
+  const float height = std::min(0.5F, height_of_line * (lines + 1));
   struct Corner {
     std::string_view name;
     bool right, top;
-    std::size_t points = 0;
+    std::size_t places = 0;
   };
   std::array corners{Corner{"right top", true, true}, Corner{"left top", false, true},
                      Corner{"right bottom", true, false}, Corner{"left bottom", false, false}};
   if (from_zero) box.low.y = 0;
   const float across = box.high.x - box.low.x, up = box.high.y - box.low.y;
+  const auto count = [&](float x, float y) {
+    for (auto& corner : corners) {
+      const bool inside = (corner.right ? x > 1 - width : x < width) && (corner.top ? y > 1 - height : y < height);
+      corner.places += inside ? 1 : 0;
+    }
+  };
   for (const auto& curve : figure.curves) {
-    for (const auto& point : *curve.points) {
-      const float x = (point.x - box.low.x) / across, y = (point.y - box.low.y) / up;
-      for (auto& corner : corners) {
-        const bool inside = (corner.right ? x > 1 - width : x < width) && (corner.top ? y > 1 - height : y < height);
-        corner.points += inside ? 1 : 0;
+    const auto points = thinned(*curve.points);
+    for (std::size_t k = 0; k + 1 < points.size(); ++k) {
+      const auto &from = points[k], &to = points[k + 1];
+      for (std::size_t place = 0; place <= places_between_points; ++place) {
+        const float part = static_cast<float>(place) / places_between_points;
+        count((from.x + part * (to.x - from.x) - box.low.x) / across,
+              (from.y + part * (to.y - from.y) - box.low.y) / up);
       }
     }
   }
-  return std::ranges::min_element(corners, {}, &Corner::points)->name;
+  const auto& best = *std::ranges::min_element(corners, {}, &Corner::places);
+  return {best.name, best.places > 0};
 }
 
 std::string settings(const Figure& figure) {
@@ -207,15 +224,18 @@ std::string settings(const Figure& figure) {
       "set xlabel {} noenhanced\nset ylabel {} noenhanced\n",
       literal(figure.heading), figure.note.empty() ? "1.2" : "2.4", literal(figure.note), literal(figure.x_text),
       literal(figure.y_text));
-  text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x, figure.x_range->y)
+  text += figure.x_range ? fmt::format("set xrange [{:.9g}:{:.9g}]\n", figure.x_range->x,
+                                       box.high.x > figure.x_range->x ? std::min(box.high.x, figure.x_range->y)
+                                                                      : figure.x_range->y)
                          : std::string("set xrange [*:*] noextend\n");
-  text += fmt::format("set yrange [{}:*]\nset offsets graph 0, graph 0, graph 0.04, graph {}\n", from_zero ? "0" : "*",
-                      from_zero ? "0" : "0.04");
   const bool has_key = figure.curves.size() > 1 || !figure.guides.empty();
+  const auto legend = legend_of(figure, box, from_zero);
+  text += fmt::format("set yrange [{}:*]\nset offsets graph 0, graph 0, graph {}, graph {}\n", from_zero ? "0" : "*",
+                      has_key && legend.hides ? "0.3" : "0.04", from_zero ? "0" : "0.04");
   text += has_key ? fmt::format(
                         "set key inside {} Left reverse noenhanced samplen 2 spacing 1.2 width -1 opaque "
                         "fc rgb '#ffffff'\n",
-                        emptiest_corner(figure, box, from_zero))
+                        legend.hides ? "right top" : legend.corner)
                   : std::string("set key off\n");
   text += figure.aspect_ratio > 0 ? fmt::format("set size ratio {:.4g}\n", 1.0 / figure.aspect_ratio)
                                   : std::string("set size noratio\n");

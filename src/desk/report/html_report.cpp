@@ -215,7 +215,8 @@ std::string contents(const ReportParts& parts) {
 std::string summary_row(const SummaryItem& item) {
   auto row = fmt::format("<tr><td>{}</td>", escaped(item.name));
   for (const auto& value : item.values) {
-    row += fmt::format("<td>{}{}</td>", with_error(value), value.unit.empty() ? "" : " " + escaped(value.unit));
+    const bool has_unit = value.value && !value.unit.empty();
+    row += fmt::format("<td>{}{}</td>", with_error(value), has_unit ? " " + escaped(value.unit) : "");
   }
   return row + fmt::format("<td class=\"hint\">{}</td></tr>\n", escaped(item.hint));
 }

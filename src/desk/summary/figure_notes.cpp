@@ -67,7 +67,7 @@ std::optional<Moments> moments_of(std::span<const PlotPoint> histogram) {
   for (const auto& point : histogram) squares += point.y * (point.x - mean) * (point.x - mean);
   const double bins = static_cast<double>(histogram.size()) - 1;
   const double width = bins > 0 ? (double{histogram.back().x} - histogram.front().x) / bins : 0;
-  return Moments{mean, std::sqrt(std::max(0.0, squares / weight - width * width / 12))};
+  return Moments{mean - 0.5 * width, std::sqrt(std::max(0.0, squares / weight - width * width / 12))};
 }
 
 void annotate(std::span<Figure> figures) {

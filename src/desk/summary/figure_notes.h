@@ -16,8 +16,9 @@ struct Moments {
   double mean = 0, deviation = 0;
 };
 
-/// From a histogram of bins of equal width, at their middles: the width of the bins, of variance h²/12, is taken off
-/// the variance (Sheppard's correction). Absent for an empty one.
+/// From a histogram of bins of equal width h as the process makes it, with points at the middles of bins: it counts a
+/// value in the bin whose lower end is nearest, so that half a width is taken off the mean of the points, and h²/12 off
+/// their variance (Sheppard's correction). Absent for an empty one.
 std::optional<Moments> moments_of(std::span<const PlotPoint> histogram);
 
 }  // namespace pathstat::desk
