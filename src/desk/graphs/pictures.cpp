@@ -181,7 +181,7 @@ struct Legend {
 };
 
 Legend legend_of(const Figure& figure, Box box, bool from_zero) {
-  constexpr float width = 0.46F, height_of_line = 0.08F;
+  constexpr float width = 0.52F, height_of_line = 0.08F;
   constexpr std::size_t places_between_points = 8;
   const auto lines = static_cast<float>(figure.guides.size() + (figure.curves.size() > 1 ? figure.curves.size() : 0));
   const float height = std::min(0.5F, height_of_line * (lines + 1));

@@ -14,7 +14,7 @@ namespace pathstat::desk {
 namespace {
 
 std::string with_unit(double value, std::string_view unit) {
-  return fmt::format("{:.5g}{}{}", value, unit.empty() ? "" : " ", unit);
+  return fmt::format("{:.4g}{}{}", value, unit.empty() ? "" : " ", unit);
 }
 
 void add_distribution(Figure& figure) {
