@@ -12,6 +12,7 @@
 
 #include "desk/advice/nearest.h"
 #include "desk/advice/word_table.h"
+#include "desk/graphs/overlay.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
@@ -227,7 +228,8 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   for (const auto graph : store_.shown_graphs()) {
     if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
   }
-  if (!step.graphs.empty() && !session_.lost() && interrupts() == 0) {
+  const bool by_process = line.kind != LineKind::overlay;
+  if (by_process && !step.graphs.empty() && !session_.lost() && interrupts() == 0) {
     const auto facts = facts_of(line);
     for (const auto graph : step.graphs) store_.set_facts(graph, facts);
     for (std::size_t k = 0; k < step.graphs.size(); ++k) {
@@ -375,6 +377,8 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
       return step(line.words);
     case LineKind::pick:
       return pick(line.words);
+    case LineKind::overlay:
+      return make_overlay(store_, line.words[0], std::span(line.words).subspan(1));
     case LineKind::measure:
       return measure(line.words);
     case LineKind::list_measures:
@@ -576,8 +580,7 @@ std::string LineRunner::show_model() {
 /// Why words are no measure although groups have given way to their atoms.
 std::string LineRunner::why_no_measure(const std::vector<std::string>& words,
                                        const std::vector<std::string>& replaced) const {
-  std::vector<std::string> known;
-  for (const auto& [name, group] : groups_) known.push_back(name);
+  const auto known = group_names(groups_);
   const auto before = words_before_atoms(words);
   for (const auto& word : std::span(words).subspan(before)) {
     if (!names_group(word) || groups_.contains(word)) continue;

@@ -21,6 +21,7 @@ enum class LineKind {
   show_model,
   step,
   pick,
+  overlay,
   measure,
   list_measures,
   remove_measures,

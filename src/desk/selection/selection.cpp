@@ -120,7 +120,7 @@ class Reader {
     if (begin.is(")") || (!begin.quoted && holds(inner_words, begin.text)))
       return fail(begin, fmt::format("a selection is missing in front of {}", begin.text));
     auto known = selection_words();
-    for (const auto& [name, selection] : groups_) known.push_back(name);
+    for (auto& name : group_names(groups_)) known.push_back(std::move(name));
     const auto meant = did_you_mean(begin.text, known);
     return fail(begin, fmt::format("{} is neither a word of selections nor a group; {}", shown(begin),
                                    meant.empty() ? fmt::format("these are words: {}", listed_words()) : meant));
@@ -295,6 +295,12 @@ class Reader {
 };
 
 }  // namespace
+
+std::vector<std::string> group_names(const AtomGroups& groups) {
+  std::vector<std::string> names;
+  for (const auto& [name, selection] : groups) names.push_back(name);
+  return names;
+}
 
 std::string why_no_group_name(std::string_view name) {
   const auto letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };

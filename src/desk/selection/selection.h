@@ -36,6 +36,8 @@ using SelectionPointer = std::shared_ptr<const Selection>;
 /// Selections that a user has given names.
 using AtomGroups = std::map<std::string, SelectionPointer, std::less<>>;
 
+std::vector<std::string> group_names(const AtomGroups& groups);
+
 /// Why a name can't be one of a group; empty for one that can.
 std::string why_no_group_name(std::string_view name);
 
