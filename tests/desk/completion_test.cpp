@@ -22,7 +22,8 @@ const CompletionSources sources{.allowed_values =
                                                  : std::vector<std::string>{};
                                     },
                                 .graphs = [] { return std::vector<std::string>{"Profile of Pressure"}; },
-                                .models = [] { return std::vector<std::string>{"butane"}; }};
+                                .models = [] { return std::vector<std::string>{"butane"}; },
+                                .groups = [] { return std::vector<std::string>{"water"}; }};
 
 struct Case {
   std::vector<std::string> before;
@@ -37,7 +38,11 @@ TEST(Completion, offers_what_may_stand_at_each_place_of_a_line) {
            Case{{}, "@s", {"@select", "@show", "@step", "@stop-on-error"}},
            Case{{"@select"}, "", {"atoms", "models"}},
            Case{{"@select", "atoms"}, "e", {"element"}},
-           Case{{"@select", "atoms", "element"}, "", {}},
+           Case{{"@select", "atoms", "element", "O"}, "", {"and", "or"}},
+           Case{{"@select", "atoms", "element", "O", "and"}, "w", {"water", "within"}},
+           Case{{"@group", "near", "="}, "wi", {"within"}},
+           Case{{"@select", "atoms", "within", "3"}, "", {"of"}},
+           Case{{"@overlay", "Both"}, "pro", {"Profile of Pressure"}},
            Case{{"@select", "models", "butane"}, "", {"all", "butane", "none"}},
            Case{{"@step"}, "", {"backwards", "forwards"}},
            Case{{"@step", "forwards"}, "", {}},
@@ -69,7 +74,11 @@ TEST(WordGroups, hold_each_word_once) {
 }
 
 TEST(Completion, leaves_names_of_files_to_the_editor) {
-  EXPECT_TRUE(completion_of({"TRAJECTORY"}, "a", sources).files);
+  const auto trajectories = completion_of({"TRAJECTORY"}, "a", sources);
+  EXPECT_TRUE(trajectories.files);
+  ASSERT_TRUE(trajectories.fits);
+  EXPECT_TRUE(trajectories.fits("run.trj"));
+  EXPECT_FALSE(trajectories.fits("run.qfx"));
   EXPECT_FALSE(completion_of({"PROFILE"}, "a", sources).files);
   EXPECT_FALSE(completion_of({"STATISTICS_FILENAME"}, "a", sources).files) << "trajectories are no tables";
   EXPECT_FALSE(completion_of({"TRAJECTORY", "a.trj"}, "a", sources).files);

@@ -63,6 +63,9 @@ TEST(LineCompletion, goes_on_with_paths) {
   const auto in = folder.path().string() + "/";
   EXPECT_THAT(paths_beginning(in + "o"), ElementsAre(in + "one.trj", in + "only.msi"));
   EXPECT_THAT(paths_beginning(in), ElementsAre(in + "one.trj", in + "only.msi", in + "with blank/"));
+  const auto trajectories = [](const std::filesystem::path& file) { return file.extension() == ".trj"; };
+  EXPECT_THAT(paths_beginning(in + "o", trajectories), ElementsAre(in + "one.trj"));
+  EXPECT_THAT(paths_beginning(in, trajectories), ElementsAre(in + "one.trj", in + "with blank/"));
   EXPECT_THAT(paths_beginning(in + ".h"), ElementsAre(in + ".hidden"));
   EXPECT_THAT(paths_beginning(in + "missing/"), IsEmpty());
 

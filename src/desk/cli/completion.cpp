@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <span>
 
+#include "desk/advice/trajectory_advice.h"
 #include "desk/advice/word_table.h"
 #include "desk/messages/message.h"
 #include "desk/script/script.h"
@@ -87,7 +90,7 @@ const std::array<Followers, 11>& followers() {
        false},
       {{"@measure", "remove"}, [](const CompletionSources&) { return Words{"all"}; }, false},
       {{"@pick"}, [](const CompletionSources& sources) { return sources.graphs(); }, false},
-      {{"@select", "atoms"}, [](const CompletionSources&) { return selection_words(); }, false},
+      {{"@overlay"}, [](const CompletionSources& sources) { return sources.graphs(); }, true},
       {{"@select", "models"},
        [](const CompletionSources& sources) {
          return with(sources.models(), {"all", "none"});
@@ -104,8 +107,32 @@ Words values_of(const std::string& word, const CompletionSources& sources) {
   return values.empty() ? listed_values(help->arguments) : values;
 }
 
+/// How a selection goes on behind its words so far: with a new part, or behind one.
+Words selection_goes_on(std::span<const std::string> behind, const CompletionSources& sources) {
+  constexpr std::array<std::string_view, 6> openers{"and", "or", "not", "of", "as", "to"};
+  const auto* last = behind.empty() ? nullptr : &behind.back();
+  if (last && *last == "same") return {"residue", "molecule", "element", "name", "fftype", "resname"};
+  if (last && *last == "bonded") return {"to"};
+  if (behind.size() > 1 && behind[behind.size() - 2] == "within") return {"of"};
+  if (behind.size() > 1 && behind[behind.size() - 2] == "same") return {"as"};
+  const bool begins =
+      !last || last->ends_with('(') || std::find(openers.begin(), openers.end(), *last) != openers.end();
+  if (!begins) return {"and", "or"};
+  auto words = with(selection_words(), {"not"});
+  for (auto& group : sources.groups()) words.push_back(std::move(group));
+  return words;
+}
+
+/// The words of the selection in a line so far; nothing in a line that holds none there.
+std::optional<std::span<const std::string>> selection_in(const Words& before) {
+  if (before.size() >= 2 && before[0] == "@select" && before[1] == "atoms") return std::span(before).subspan(2);
+  if (before.size() >= 3 && before[0] == "@group") return std::span(before).subspan(3);
+  return std::nullopt;
+}
+
 Words all_candidates(const Words& before, const CompletionSources& sources) {
   if (before.empty()) return with(all_topics(), {"help", "quit"});
+  if (const auto behind = selection_in(before)) return selection_goes_on(*behind, sources);
   for (const auto& row : followers()) {
     const auto& first = row.first_words;
     const bool begins = before.size() >= first.size() && std::equal(first.begin(), first.end(), before.begin());
@@ -117,14 +144,17 @@ Words all_candidates(const Words& before, const CompletionSources& sources) {
 }  // namespace
 
 Completion completion_of(const Words& before, std::string_view begun, const CompletionSources& sources) {
-  if (before.size() == 1 && before[0] == "TRAJECTORY") return {.candidates = {}, .files = true};
+  const auto* help = before.size() == 1 ? find_command_help(before[0]) : nullptr;
+  if (help && argument_shape(*help).form == ArgumentForm::path) {
+    return {.candidates = {}, .files = true, .fits = help->word == "TRAJECTORY" ? is_trajectory_name : nullptr};
+  }
   auto words = all_candidates(before, sources);
   std::erase_if(words, [&](const std::string& word) {
     return word.size() < begun.size() || ::strncasecmp(word.c_str(), begun.data(), begun.size()) != 0;
   });
   std::sort(words.begin(), words.end());
   words.erase(std::unique(words.begin(), words.end()), words.end());
-  return {.candidates = std::move(words), .files = false};
+  return {.candidates = std::move(words)};
 }
 
 }  // namespace pathstat::desk

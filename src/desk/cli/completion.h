@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -12,12 +13,14 @@ struct CompletionSources {
   std::function<std::vector<std::string>(const std::string& word)> allowed_values;  ///< of a command word
   std::function<std::vector<std::string>()> graphs;
   std::function<std::vector<std::string>()> models;
+  std::function<std::vector<std::string>()> groups = [] { return std::vector<std::string>{}; };  ///< of atoms
 };
 
 /// What may stand at one place of a line.
 struct Completion {
-  std::vector<std::string> candidates;  ///< texts without quotes
-  bool files = false;                   ///< the name of a file stands there
+  std::vector<std::string> candidates;                        ///< texts without quotes
+  bool files = false;                                         ///< the name of a file stands there ...
+  bool (*fits)(const std::filesystem::path& file) = nullptr;  ///< ... of those that fit; of any without it
 };
 
 /// How the word that is being typed can go on.

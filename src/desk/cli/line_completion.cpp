@@ -36,7 +36,7 @@ char mark_for(const LastWord& last, const std::vector<std::string>& candidates) 
 
 }  // namespace
 
-std::vector<std::string> paths_beginning(std::string_view begun) {
+std::vector<std::string> paths_beginning(std::string_view begun, bool (*fits)(const fs::path& file)) {
   const auto name_at = begun.rfind('/') + 1;  // 0 without a slash
   const auto folder = std::string(begun.substr(0, name_at));
   const auto name = begun.substr(name_at);
@@ -48,7 +48,8 @@ std::vector<std::string> paths_beginning(std::string_view begun) {
     const auto found = entry->path().filename().string();
     if (!found.starts_with(name) || (name.empty() && found.front() == '.')) continue;
     std::error_code unknown;
-    paths.push_back(folder + found + (entry->is_directory(unknown) ? "/" : ""));
+    const bool is_folder = entry->is_directory(unknown);
+    if (is_folder || !fits || fits(entry->path())) paths.push_back(folder + found + (is_folder ? "/" : ""));
   }
   std::sort(paths.begin(), paths.end());
   return paths;
@@ -57,7 +58,7 @@ std::vector<std::string> paths_beginning(std::string_view begun) {
 LineCompletion complete_line(std::string_view line, const Completer& completer) {
   const auto last = last_word(line);
   auto completion = completer(last.before, last.begun);
-  auto candidates = completion.files ? paths_beginning(last.begun) : std::move(completion.candidates);
+  auto candidates = completion.files ? paths_beginning(last.begun, completion.fits) : std::move(completion.candidates);
   LineCompletion done{.from = last.from, .text = std::string(line.substr(last.from)), .choices = {}};
   if (candidates.empty()) return done;
   // Candidates may differ from what is typed in the case of letters; fewer letters than were typed are no progress.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,8 @@ LineCompletion complete_line(std::string_view line, const Completer& completer);
 
 /// The paths that begin as this text does, sorted; a folder ends in a slash. A leading ~ is the home folder, and hidden
 /// names are for those who type their dot.
-std::vector<std::string> paths_beginning(std::string_view begun);
+/// @param fits  which files are meant, folders aside; null for all
+std::vector<std::string> paths_beginning(std::string_view begun,
+                                         bool (*fits)(const std::filesystem::path& file) = nullptr);
 
 }  // namespace pathstat::desk

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <limits>
 #include <map>
 #include <span>
 #include <string>
@@ -14,7 +15,10 @@
 #include "desk/advice/trajectory_advice.h"
 #include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
+#include "desk/cli/manual_page.h"
 #include "desk/cli/shell.h"
+#include "desk/export/export_command.h"
+#include "desk/export/export_writer.h"
 #include "desk/messages/visible_text.h"
 #include "desk/panel/panel.h"
 #include "desk/script/script.h"
@@ -28,7 +32,8 @@ constexpr const char* about =
     "Runs the analysis of molecular dynamics trajectories and shows what comes of it.\n"
     "pathdesk run takes a command script, pathdesk shell takes commands as they are typed,\n"
     "pathdesk panel shows plots and the structure in a browser,\n"
-    "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean.";
+    "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean,\n"
+    "pathdesk export writes frames and atoms in formats of other programs.";
 
 std::string script_help() {
   return "A script has one command a line in pathstat's own words (TRAJECTORY argon.trj, PROFILE), comments behind #,\n"
@@ -69,6 +74,7 @@ void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->add_option("--format", words.formats,
                   "What to write: any of svg, png, pdf, tsv and html; all but pdf without it")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->check(CLI::IsMember(format_words))
       ->option_text("svg,png,pdf,tsv,html");
   run->add_option("--protocol", words.protocol, "How pathstat connects: by a private socket, or by a loopback port")
@@ -85,6 +91,41 @@ void add_run_options(CLI::App* run, RunOptions& options, RunWords& words) {
   run->add_flag("--verbose", options.verbose,
                 "Shows the keys and arguments of messages too, and where pathstat starts and ends");
   run->footer(script_help());
+}
+
+/// The words of `export`.
+CLI::App* add_export(CLI::App& app, ExportOptions& options) {
+  auto* part = app.add_subcommand("export", "Writes frames and atoms of a trajectory or a model for other programs");
+  part->add_option("FILE", options.file, "A trajectory with its model beside it, or a model")
+      ->required()
+      ->option_text(" ");
+  part->add_option("-o,--output", options.output,
+                   "File to write, its format by the extension: " + export_formats() + "; FILE as .pdb without it")
+      ->option_text("OUT");
+  part->add_option("--model", options.model, "The model of the trajectory; the one beside it without it")
+      ->option_text("FILE");
+  const auto count = CLI::Range(1, std::numeric_limits<std::int32_t>::max());
+  auto* frame = part->add_option("--frame", options.frame, "This frame alone; all frames without it");
+  frame->check(count)->option_text("N");
+  part->add_option("--first", options.first, "The first frame")->check(count)->option_text("N")->excludes(frame);
+  part->add_option("--last", options.last, "The last frame")->check(count)->option_text("N")->excludes(frame);
+  part->add_option("--step", options.step, "Every Nth frame")->check(count)->option_text("N")->excludes(frame);
+  part->add_option("--select", options.selection, "The atoms, as behind @select atoms; all without it")
+      ->option_text("SELECTION");
+  return part;
+}
+
+/// What the installation asks for, hidden from the help: texts made of the description of the program.
+void add_made_texts(CLI::App& app) {
+  const auto add = [&](const char* name, std::string (*make)(const CLI::App& app)) {
+    const auto print = [&app, make] {
+      fmt::print("{}", make(app));
+      throw CLI::Success();
+    };
+    app.add_flag_callback(name, print)->group("");
+  };
+  add("--manual-page", [](const CLI::App& described) { return manual_page(described, PATHSTAT_VERSION); });
+  add("--bash-completion", bash_completion);
 }
 
 /// The names of the options of a program and its parts.
@@ -150,11 +191,14 @@ int main_of(int argc, char** argv) {
   panel->add_flag("--no-open", no_open, "Only prints the address of the page");
   add_run_options(panel, options, words);
 
+  ExportOptions part;
+  auto* exported = add_export(app, part);
   auto* help = app.add_subcommand("words", "Tells what the command words mean");
   help->add_option("WORD", topic, "A command word, or a text to look for")->option_text(" ");
   auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
   info->add_option("FILE", file, "The file")->required()->option_text(" ");
 
+  add_made_texts(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -174,6 +218,7 @@ int main_of(int argc, char** argv) {
   if (shell->parsed()) return run_shell(options);
   panel_options.open_browser = !no_open;
   if (panel->parsed()) return run_panel(options, panel_options);
+  if (exported->parsed()) return run_export(part);
   if (info->parsed()) return print_file_info(file);
   fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;

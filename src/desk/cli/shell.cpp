@@ -103,7 +103,8 @@ class Shell {
   CompletionSources sources() {
     return {.allowed_values = [this](const std::string& word) { return runner_.allowed_values(word); },
             .graphs = [this] { return runner_.graph_names(); },
-            .models = [this] { return runner_.model_names(); }};
+            .models = [this] { return runner_.model_names(); },
+            .groups = [this] { return group_names(runner_.groups()); }};
   }
 
   void take(const std::string& text) {

@@ -236,7 +236,8 @@ void PanelSession::complete(const PageRequest& request, bool line_runs) {
                            return line_runs ? std::vector<std::string>{} : runner_.allowed_values(word);
                          },
                      .graphs = [&] { return runner_.graph_names(); },
-                     .models = [&] { return runner_.model_names(); }});
+                     .models = [&] { return runner_.model_names(); },
+                     .groups = [&] { return group_names(runner_.groups()); }});
   auto candidates = completion.candidates;
   if (completion.files) {
     const auto folder = fs::path(begun).parent_path();
