@@ -148,12 +148,13 @@ class Exported : public testing::Test {
 TEST_F(Exported, holds_the_frames_and_atoms_that_were_chosen) {
   options_.selection = "molecule 1 or name H4";
   const auto pdb = exported("a.pdb");
+  // The cell of the second frame is turned about x until b = (0, 11, 1) lies on y: y' = (11 y + z) / sqrt(122).
   EXPECT_THAT(pdb, AllOf(HasSubstr("MODEL        1\n"), HasSubstr("ENDMDL\nTITLE     pair t= 0.60000\nCRYST1   10.000"),
-                         HasSubstr("MODEL        2\nATOM      1  O1  WAT     1       1.000   2.000   3.000"),
+                         HasSubstr("MODEL        2\nATOM      1  O1  WAT     1       1.000   2.263   2.807"),
                          HasSubstr("ATOM      4  H4  WAT     2 "), Not(HasSubstr("O2")),
                          HasSubstr("ENDMDL\nCONECT    1    2    3\n")));
   options_.frame = 2;
-  EXPECT_THAT(exported("b.pdb"), AllOf(Not(HasSubstr("MODEL")), HasSubstr("1.000   2.000   3.000")));
+  EXPECT_THAT(exported("b.pdb"), AllOf(Not(HasSubstr("MODEL")), HasSubstr("1.000   2.263   2.807")));
   EXPECT_THAT(exported("b.cif"), HasSubstr("_cell_length_c 13.000000\n"));
   options_.frame.reset();
   EXPECT_THAT(exported("c.cif", exit_code::not_run), IsEmpty());

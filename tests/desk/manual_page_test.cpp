@@ -72,7 +72,7 @@ TEST(BashCompletion, offers_what_each_place_takes) {
   folder.write("b.qfx", "");
   folder.write("c.script", "");
   std::filesystem::create_directories(folder.file("sub"));
-  EXPECT_THAT(offered(folder, "pathdesk "), ElementsAre("run", "info", "--help"));
+  EXPECT_THAT(offered(folder, "pathdesk "), ElementsAre("run", "info", "-h", "--help"));
   EXPECT_THAT(offered(folder, "pathdesk r"), ElementsAre("run"));
   EXPECT_THAT(offered(folder, "pathdesk run "), UnorderedElementsAre("c.script", "sub"));
   EXPECT_THAT(offered(folder, "pathdesk info "), UnorderedElementsAre("a run.trj", "b.qfx", "sub"));
@@ -81,7 +81,7 @@ TEST(BashCompletion, offers_what_each_place_takes) {
   EXPECT_THAT(offered(folder, "pathdesk run --out "), ElementsAre("sub"));
   EXPECT_THAT(offered(folder, "pathdesk run --format "), ElementsAre("svg", "png"));
   EXPECT_THAT(offered(folder, "pathdesk run --format svg,p"), ElementsAre("svg,png"));
-  EXPECT_THAT(offered(folder, "pathdesk info c"), ElementsAre("c.script")) << "where nothing else fits";
+  EXPECT_THAT(offered(folder, "pathdesk info c."), ElementsAre("c.script")) << "where nothing else fits";
 }
 
 }  // namespace
