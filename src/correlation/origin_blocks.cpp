@@ -12,7 +12,7 @@ OriginBlocks::OriginBlocks(const OriginSeries& series, std::size_t columns, std:
   constexpr std::int64_t most_blocks = 24, runs_in_longest = 8;
   const auto longest = std::min((series.frames - 1) / runs_in_longest, series.intervals - 1);
   if (longest < 1) return;
-  for (std::int64_t lag = 1; lag < longest; lag *= 2) lags_.push_back(lag);
+  for (std::int64_t lag = 1; lag < longest; lag *= 4) lags_.push_back(lag);
   lags_.push_back(longest);
   block_count_ = std::min(most_blocks, series.pairs(longest));
   origins_ = series.pairs(longest) / block_count_;
@@ -28,9 +28,12 @@ std::optional<std::string> OriginBlocks::wanted_file() {
 void OriginBlocks::sum(const AtomBatch& batch, PairKernel kernel, std::size_t worker) {
   for (std::size_t k = 0; k < lags_.size(); ++k) {
     const auto lag = static_cast<std::size_t>(lags_[k]);
-    for (std::int64_t origin = 0; origin < block_count_ * origins_; ++origin) {
-      const auto frame = static_cast<std::size_t>(origin * series_.step);
-      kernel(batch.frame(frame), batch.frame(frame + lag), at(workers_[worker], k, origin / origins_));
+    for (std::int64_t block = 0; block < block_count_; ++block) {
+      const auto sums = at(workers_[worker], k, block);
+      for (std::int64_t origin = 0; origin < origins_; origin += stride(k)) {
+        const auto frame = static_cast<std::size_t>((block * origins_ + origin) * series_.step);
+        kernel(batch.frame(frame), batch.frame(frame + lag), sums);
+      }
     }
   }
 }
@@ -45,9 +48,10 @@ void OriginBlocks::save(const std::string& file, double spacing_ps, std::int64_t
   out.precision(std::numeric_limits<double>::max_digits10);
   out << spacing_ps << ' ' << series_.frames - 1 << ' ' << series_.intervals << ' ' << series_.step << ' ' << origins_
       << ' ' << block_count_ << ' ' << columns_ << ' ' << lags_.size() << '\n';
-  const double share = 1 / (static_cast<double>(atoms) * static_cast<double>(origins_));
   const auto values_of_lag = static_cast<std::size_t>(block_count_) * columns_;
   for (std::size_t k = 0; k < lags_.size(); ++k) {
+    const auto taken = (origins_ + stride(k) - 1) / stride(k);
+    const double share = 1 / (static_cast<double>(atoms) * static_cast<double>(taken));
     out << lags_[k];
     for (std::size_t value = 0; value < values_of_lag; ++value) out << ' ' << total_[k * values_of_lag + value] * share;
     out << '\n';

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,8 +18,9 @@ namespace pathstat {
 /// of the blocks the Core tells the error of what it fits. Only a Core that names a file for them in the environment
 /// variable PATHSTAT_ORIGIN_BLOCKS gets them.
 ///
-/// The lags are the powers of two up to an eighth of the run, and that eighth or the longest lag of the analysis. The
-/// origins that reach all of them fall into up to 24 blocks of the same length; a few at the end may be left out.
+/// The lags are the powers of four up to an eighth of the run, and that eighth or the longest lag of the analysis. The
+/// origins that reach all of them fall into up to 24 blocks of the same length; a few at the end may be left out. Of
+/// the origins of a block a long lag takes those that are an eighth of it apart: more know hardly more of it.
 class OriginBlocks {
  public:
   /// @param columns  sums of a pair of frames
@@ -34,6 +36,7 @@ class OriginBlocks {
   void add(std::int64_t origin, OfLag of_lag) {
     if (origin >= block_count_ * origins_) return;
     for (std::size_t k = 0; k < lags_.size(); ++k) {
+      if (origin % origins_ % stride(k) != 0) continue;
       const auto sums = of_lag(lags_[k]);
       const auto kept = at(total_, k, origin / origins_);
       for (std::size_t column = 0; column < columns_; ++column) kept[column] += sums[column];
@@ -51,6 +54,8 @@ class OriginBlocks {
   void save(const std::string& file, double spacing_ps, std::int64_t atoms) const;
 
  private:
+  /// From one origin of a block to the next that a lag takes.
+  std::int64_t stride(std::size_t lag) const { return std::max<std::int64_t>(1, lags_[lag] / (8 * series_.step)); }
   std::span<double> at(std::vector<double>& sums, std::size_t lag, std::int64_t block) const {
     const auto row = lag * static_cast<std::size_t>(block_count_) + static_cast<std::size_t>(block);
     return std::span(sums).subspan(row * columns_, columns_);

@@ -373,10 +373,11 @@ TEST_F(CorrelationRun, blocks_of_origins_are_as_the_definition_has_them) {
     std::int32_t lag = 0;
     for (std::int32_t k = 0; k < lags; ++k) {
       file >> lag;
-      EXPECT_EQ(lag, k + 1 < lags ? 1 << k : std::min((choice.frames - 1) / 8, choice.intervals - 1));
+      EXPECT_EQ(lag, k + 1 < lags ? 1 << (2 * k) : std::min((choice.frames - 1) / 8, choice.intervals - 1));
       for (std::int32_t block = 0; block < blocks; ++block) {
         std::array<double, 7> sums{};
-        for (std::int32_t o = block * origins; o < (block + 1) * origins; ++o) {
+        const std::int32_t apart = std::max(1, lag / (8 * step)), taken = (origins + apart - 1) / apart;
+        for (std::int32_t o = block * origins; o < (block + 1) * origins; o += apart) {
           for (std::size_t atom = 0; atom < long_atoms; ++atom) {
             const Vector from = motion.position(atom, o * step), to = motion.position(atom, o * step + lag);
             const Vector d{to[0] - from[0], to[1] - from[1], to[2] - from[2]};
@@ -387,7 +388,8 @@ TEST_F(CorrelationRun, blocks_of_origins_are_as_the_definition_has_them) {
                                               d[0] * d[2],
                                               d[1] * d[2],
                                               d[0] * d[0] + d[1] * d[1] + d[2] * d[2]};
-            for (std::size_t c = 0; c < terms.size(); ++c) sums[c] += terms[c] / (long_atoms * origins);
+            for (std::size_t c = 0; c < terms.size(); ++c)
+              sums[c] += terms[c] / static_cast<double>(long_atoms) / taken;
           }
         }
         for (std::int32_t c = 7 - columns; c < 7; ++c) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <random>
@@ -34,15 +35,16 @@ class Walkers {
     }
   }
 
-  /// Mean over the walkers and over `count` origins from number `first` on.
-  double msd(std::int64_t lag, std::int64_t first, std::int64_t count, std::int64_t step) const {
-    double sum = 0;
-    for (auto origin = first; origin < first + count; ++origin) {
+  /// Mean over the walkers and over the origins `apart` from each other, of `count` from number `first` on.
+  double msd(std::int64_t lag, std::int64_t first, std::int64_t count, std::int64_t step,
+             std::int64_t apart = 1) const {
+    double sum = 0, origins = 0;
+    for (auto origin = first; origin < first + count; origin += apart, ++origins) {
       const auto* from = &places_[static_cast<std::size_t>(origin * step) * axes];
       const auto* to = from + static_cast<std::size_t>(lag) * axes;
       for (std::size_t k = 0; k < axes; ++k) sum += (to[k] - from[k]) * (to[k] - from[k]);
     }
-    return sum / (walkers * static_cast<double>(count));
+    return sum / (walkers * origins);
   }
 
   std::int64_t origins(std::int64_t lag, std::int64_t step) const { return (frames_ - 1 - lag) / step + 1; }
@@ -59,11 +61,12 @@ class Walkers {
   }
 
   OriginBlocks blocks(const Walk& walk) const {
-    OriginBlocks blocks{0.5, frames_, walk.last + 1, walk.step, 0, 24, 1, {1, 2, 4, 8, 16, frames_ / 8}, {}};
+    OriginBlocks blocks{0.5, frames_, walk.last + 1, walk.step, 0, 24, 1, {1, 4, 16, frames_ / 8}, {}};
     blocks.origins = origins(frames_ / 8, walk.step) / 24;
     for (const auto lag : blocks.lags) {
       for (std::int64_t k = 0; k < 24; ++k) {
-        blocks.means.push_back(msd(lag, k * blocks.origins, blocks.origins, walk.step));
+        blocks.means.push_back(
+            msd(lag, k * blocks.origins, blocks.origins, walk.step, std::max<std::int64_t>(1, lag / (8 * walk.step))));
       }
     }
     return blocks;
