@@ -28,6 +28,9 @@ class NumberDensity {
 
   std::int64_t frames() const { return frames_; }
 
+  /// Atoms counted at each point, x fastest.
+  std::span<const std::uint32_t> counts() const { return counts_; }
+
   /// The cell, each of its numbers the mean over the frames.
   Matrix3 mean_cell() const;
 
