@@ -97,6 +97,7 @@ TEST_F(Program, a_pick_shows_the_frame_and_marks_its_point) {
   EXPECT_THAT(report(), HasSubstr("marked: "));
   EXPECT_THAT(report(), HasSubstr(" 0.05, "));
 
+  EXPECT_EQ(shell(profile + "@pick profile-of-total-energy 0.052\n"), 0) << trouble;
   EXPECT_EQ(shell(profile + "@pick Nothing 1\n"), 1);
   EXPECT_THAT(trouble, HasSubstr("there is no graph Nothing; there are: Profile of Total Energy"));
   EXPECT_EQ(shell("@pick Profile 1\n"), 1);

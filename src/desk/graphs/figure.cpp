@@ -9,6 +9,7 @@
 #include <set>
 #include <utility>
 
+#include "desk/advice/nearest.h"
 #include "desk/graphs/axis_text.h"
 #include "desk/graphs/graph_kind.h"
 #include "desk/messages/visible_text.h"
@@ -114,6 +115,16 @@ std::vector<Figure> figures_of(const GraphStore& store) {
       figure.heading += fmt::format(" ({})", remark);
   }
   return figures;
+}
+
+const Figure* find_figure(const GraphStore& store, std::span<const Figure> figures, std::string_view name) {
+  const auto found = std::find_if(figures.rbegin(), figures.rend(), [&](const Figure& figure) {
+    std::string_view title = store.info(figure.graph)->name;
+    title = title.substr(0, title.find_last_not_of(' ') + 1);
+    return same_in_any_case(figure.heading, name) || same_in_any_case(figure.name, name) ||
+           same_in_any_case(title, name);
+  });
+  return found == figures.rend() ? nullptr : &*found;
 }
 
 std::string points_table(const Figure& figure) {

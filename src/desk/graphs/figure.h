@@ -1,7 +1,9 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
@@ -43,6 +45,10 @@ struct Figure {
 
 /// The figures of all graphs that were shown, in the order in which they were made, with names unlike each other.
 std::vector<Figure> figures_of(const GraphStore& store);
+
+/// The figure that a name means, in upper or lower case: its heading, the title that the process gave it or the name of
+/// its files; the latest of equals, null if none.
+const Figure* find_figure(const GraphStore& store, std::span<const Figure> figures, std::string_view name);
 
 /// The points as tab-separated columns: one column of x where all curves share it, otherwise a pair of columns for each
 /// curve. Lines that begin with "# " tell where they come from and the unit of each column; then stands one line of

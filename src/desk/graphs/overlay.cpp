@@ -18,24 +18,6 @@ constexpr std::string_view set_name = "pathdesk overlay";
 
 constexpr std::int32_t first_colour = 3, colours = 13;
 
-std::string without_blanks(std::string_view text) {
-  const auto last = text.find_last_not_of(' ');
-  return std::string(text.substr(0, last == std::string_view::npos ? 0 : last + 1));
-}
-
-std::string title_of(const GraphStore& store, const Figure& figure) {
-  return without_blanks(store.info(figure.graph)->name);
-}
-
-/// The figure that a name means, the latest of equals; null if none.
-const Figure* find_figure(const GraphStore& store, const std::vector<Figure>& figures, std::string_view name) {
-  const auto found = std::find_if(figures.rbegin(), figures.rend(), [&](const Figure& figure) {
-    return same_in_any_case(figure.heading, name) || same_in_any_case(figure.name, name) ||
-           same_in_any_case(title_of(store, figure), name);
-  });
-  return found == figures.rend() ? nullptr : &*found;
-}
-
 std::string about_unknown(const std::vector<Figure>& figures, const std::string& name) {
   if (figures.empty()) return fmt::format("there is no graph {}; none has been drawn yet", name);
   std::vector<std::string> headings;

@@ -2,7 +2,6 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <array>
@@ -12,6 +11,7 @@
 
 #include "desk/advice/nearest.h"
 #include "desk/advice/word_table.h"
+#include "desk/graphs/figure.h"
 #include "desk/graphs/overlay.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/link/work_directory.h"
@@ -644,11 +644,9 @@ std::string LineRunner::step(const std::vector<std::string>& words) {
 }
 
 std::string LineRunner::pick(const std::vector<std::string>& words) {
-  const GraphStore::Handle* graph = nullptr;
-  for (const auto shown : store_.shown_graphs()) {
-    const auto* info = store_.info(shown);
-    if (::strcasecmp(without_blanks(info->name).c_str(), words[0].c_str()) == 0) graph = info;
-  }
+  const auto figures = figures_of(store_);
+  const auto* figure = find_figure(store_, figures, words[0]);
+  const auto* graph = figure ? store_.info(figure->graph) : nullptr;
   if (!graph) {
     const auto names = graph_names();
     if (names.empty()) return "no graph has been drawn yet";
