@@ -9,12 +9,14 @@
 #include <map>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desk/advice/nearest.h"
 #include "desk/advice/trajectory_advice.h"
 #include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
+#include "desk/cli/import_command.h"
 #include "desk/cli/manual_page.h"
 #include "desk/cli/shell.h"
 #include "desk/export/export_command.h"
@@ -33,7 +35,7 @@ constexpr const char* about =
     "pathdesk run takes a command script, pathdesk shell takes commands as they are typed,\n"
     "pathdesk panel shows plots and the structure in a browser,\n"
     "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean,\n"
-    "pathdesk export writes frames and atoms in formats of other programs.";
+    "pathdesk import brings in runs of other programs, pathdesk export writes frames and atoms in their formats.";
 
 std::string script_help() {
   return "A script has one command a line in pathstat's own words (TRAJECTORY argon.trj, PROFILE), comments behind #,\n"
@@ -197,6 +199,8 @@ int main_of(int argc, char** argv) {
   help->add_option("WORD", topic, "A command word, or a text to look for")->option_text(" ");
   auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
   info->add_option("FILE", file, "The file")->required()->option_text(" ");
+  ImportWords import_words;
+  auto* import = add_import_command(app, import_words);
 
   add_made_texts(app);
   try {
@@ -220,6 +224,7 @@ int main_of(int argc, char** argv) {
   if (panel->parsed()) return run_panel(options, panel_options);
   if (exported->parsed()) return run_export(part);
   if (info->parsed()) return print_file_info(file);
+  if (import->parsed()) return run_import(std::move(import_words));
   fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;
 }

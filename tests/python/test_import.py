@@ -1,0 +1,350 @@
+"""Runs of other programs come in as their files have them: against MDAnalysis where it reads plain numbers, and against walks
+whose every step is known."""
+
+import bz2
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from imported import Imported, Refused, pathdesk  # first: it finds the right interpreter
+
+import MDAnalysis
+import numpy as np
+from MDAnalysis.lib.mdamath import triclinic_box, triclinic_vectors
+
+EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
+GROMACS = os.path.join(EXAMPLES, "gromacs", "water.")
+LAMMPS = os.path.join(EXAMPLES, "lammps", "water")
+KCAL = 1 / 418.4  # of one amu A^2/ps^2
+
+
+def turned(cell):
+    """The rotation that takes a cell (rows) into one with c on z and b in the yz plane."""
+    z = cell[2] / np.linalg.norm(cell[2])
+    x = np.cross(cell[1], cell[2])
+    x /= np.linalg.norm(x)
+    return np.array([x, np.cross(z, x), z])
+
+
+def nearest(difference, cell):
+    """The shortest image, by trying all that can be."""
+    steps = np.array(np.meshgrid(*3 * [[-1, 0, 1]])).reshape(3, -1).T @ cell
+    rounded = difference - np.round(difference @ np.linalg.inv(cell)) @ cell
+    images = rounded[..., None, :] + steps
+    best = np.argmin((images ** 2).sum(-1), axis=-1)
+    return np.take_along_axis(images, best[..., None, None], axis=-2)[..., 0, :]
+
+
+class Walk:
+    """Rigid molecules of three atoms that walk at random in a cell that changes, each atom wrapped by itself."""
+
+    def __init__(self, cells, molecules=20, seed=1):
+        random = np.random.default_rng(seed)
+        self.cells = np.array(cells)
+        frames, atoms = len(cells), 3 * molecules
+        offsets = np.array([[0, 0, 0], [0.76, 0.59, 0], [-0.76, 0.59, 0]])
+        wrapped = random.random((molecules, 3)) @ self.cells[0]
+        place = wrapped.copy()
+        self.true = np.empty((frames, atoms, 3))
+        self.wrapped = np.empty((frames, atoms, 3))
+        for k, cell in enumerate(self.cells):
+            if k > 0:
+                step = random.normal(0, 0.8, (molecules, 3))
+                place, wrapped = place + step, self.wrap(wrapped + step, cell)
+            # The whole molecule stands at its first atom, as that is seen in the cell, and where that went.
+            self.true[k] = (place[:, None] + offsets).reshape(-1, 3)
+            self.wrapped[k] = self.wrap((wrapped[:, None] + offsets).reshape(-1, 3), cell)
+        self.velocities = random.normal(0, 3, self.true.shape)
+        self.universe = MDAnalysis.Universe.empty(atoms, n_residues=molecules, atom_resindex=np.arange(atoms) // 3,
+                                                  trajectory=True, velocities=True)
+        for name, values in (("names", ["OW", "HW1", "HW2"] * molecules), ("types", ["O", "H", "H"] * molecules),
+                             ("resnames", ["SOL"] * molecules), ("resids", np.arange(1, molecules + 1)),
+                             ("masses", [15.9994, 1.008, 1.008] * molecules), ("charges", [-0.8, 0.4, 0.4] * molecules),
+                             ("elements", ["O", "H", "H"] * molecules)):
+            self.universe.add_TopologyAttr(name, values)
+        self.universe.add_TopologyAttr("bonds", [(3 * k, 3 * k + h) for k in range(molecules) for h in (1, 2)])
+
+    @staticmethod
+    def wrap(places, cell):
+        fractions = places @ np.linalg.inv(cell)
+        return (fractions - np.floor(fractions)) @ cell
+
+    def write(self, path, **options):
+        ts = self.universe.trajectory.ts
+        with MDAnalysis.Writer(path, n_atoms=len(self.universe.atoms), **options) as writer:
+            for k, cell in enumerate(self.cells):
+                ts.positions, ts.velocities, ts.dimensions = self.wrapped[k], self.velocities[k], triclinic_box(*cell)
+                ts.time, ts.frame = 0.5 * k, k
+                ts.data["step"] = 500 * k
+                writer.write(self.universe)
+
+    def write_topology(self, path):
+        ts = self.universe.trajectory.ts
+        ts.positions, ts.dimensions = self.wrapped[0], triclinic_box(*self.cells[0])
+        self.universe.atoms.write(path)
+
+
+def breathing(box, frames=60):
+    """Cells of a run at constant pressure: lengths in which the size wavers."""
+    base = triclinic_vectors(np.array(box, dtype=float)).astype(float)
+    return [base * (1 + 0.02 * np.sin(0.7 * k)) for k in range(frames)]
+
+
+BOXES = {"orthorhombic": [14, 15, 16, 90, 90, 90], "triclinic": [15, 16, 17, 75, 80, 65],
+         "octahedron": [16, 16, 16, 70.53, 109.47, 70.53]}
+
+
+class Case(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = holder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+
+class Walks(Case):
+    """Formats that MDAnalysis can write, in cells that change."""
+
+    formats = {"dcd": (1e-3, False), "xtc": (8e-3, False), "trr": (1e-3, True), "nc": (1e-3, True)}
+
+    def check(self, run, walk, tolerance, velocities):
+        turns = [turned(cell) for cell in walk.cells]
+        for k, (cell, turn) in enumerate(zip(walk.cells, turns)):
+            np.testing.assert_allclose(run.cells[k], cell @ turn.T, atol=2e-3)
+            moved = (run.xyz[k] @ turn) - (run.xyz[0] @ turns[0])
+            # Every atom of the toroidal view, by its definition.
+            np.testing.assert_allclose(moved, walk.true[k] - walk.true[0], atol=tolerance, err_msg=f"frame {k}")
+            if velocities:
+                np.testing.assert_allclose(run.velocities[k] @ turn, walk.velocities[k], atol=2e-3)
+        whole = run.xyz.reshape(len(run.xyz), -1, 3, 3)
+        lengths = np.linalg.norm(whole[:, :, 1:] - whole[:, :, :1], axis=-1)
+        np.testing.assert_allclose(lengths, np.hypot(0.76, 0.59), atol=2 * tolerance)
+        self.assertEqual(len(run.velocities), len(walk.cells) if velocities else 0)
+        np.testing.assert_allclose(run.value("volume"), [np.linalg.det(cell) for cell in walk.cells], rtol=1e-4)
+
+    def test_walks_are_followed_out_of_any_cell_in_any_format(self):
+        pairs = (("orthorhombic", "xtc"), ("triclinic", "dcd"), ("triclinic", "nc"), ("octahedron", "trr"))
+        for shape, ending in pairs:
+            with self.subTest(shape=shape, format=ending):
+                walk = Walk(breathing(BOXES[shape]))
+                walk.write_topology(self.path("top.pdb"))
+                walk.write(self.path("walk." + ending))
+                run = Imported(self.folder, self.path("top.pdb"), self.path("walk." + ending))
+                self.check(run, walk, *self.formats[ending])
+                np.testing.assert_allclose(run.times, 0.5 * np.arange(len(walk.cells)), atol=1e-4)
+
+    def test_as_is_leaves_places_in_the_cell(self):
+        walk = Walk(breathing(BOXES["triclinic"], 5))
+        walk.write_topology(self.path("top.pdb"))
+        walk.write(self.path("walk.dcd"))
+        run = Imported(self.folder, self.path("top.pdb"), self.path("walk.dcd"), "--as-is")
+        for k, cell in enumerate(walk.cells):
+            np.testing.assert_allclose(run.xyz[k] @ turned(cell), walk.wrapped[k], atol=1e-3)
+
+    def test_frames_and_atoms_can_be_chosen(self):
+        walk = Walk(breathing(BOXES["orthorhombic"], 30))
+        walk.write_topology(self.path("top.pdb"))
+        walk.write(self.path("walk.trr"))
+        run = Imported(self.folder, self.path("top.pdb"), self.path("walk.trr"), "--first", 4, "--last", 20, "--step", 5,
+                       "--select", "name OW", "--as-is")
+        np.testing.assert_allclose(run.times, [1.5, 4, 6.5, 9])
+        np.testing.assert_allclose(run.xyz, walk.wrapped[3:20:5, ::3], atol=1e-3)
+        self.assertEqual(run.model["Element"], ["O"] * 20)
+        self.assertEqual(list(run.ids), list(range(1, 61, 3)))
+
+    def test_files_follow_one_another(self):
+        walk = Walk(breathing(BOXES["orthorhombic"], 20))
+        walk.write_topology(self.path("top.pdb"))
+        walk.write(self.path("all.trr"))
+        reader = MDAnalysis.Universe(self.path("top.pdb"), self.path("all.trr"))
+        for name, frames in (("one.trr", slice(0, 12)), ("two.trr", slice(9, 20))):
+            with MDAnalysis.Writer(self.path(name), n_atoms=60) as writer:
+                for _ in reader.trajectory[frames]:
+                    writer.write(reader)
+        run = Imported(self.folder, self.path("top.pdb"), self.path("one.trr"), self.path("two.trr"))
+        np.testing.assert_allclose(run.times, 0.5 * np.arange(20))
+        self.check(run, walk, 1e-3, True)
+        again = Imported(self.folder, self.path("top.pdb"), self.path("one.trr"), self.path("one.trr"), "--as-is")
+        np.testing.assert_allclose(again.times, 0.5 * np.arange(24))
+        self.assertIn("moved by 6 ps", again.told)
+
+    def test_a_run_without_cell_or_velocities_has_neither(self):
+        walk = Walk(breathing(BOXES["orthorhombic"], 3))
+        ts = walk.universe.trajectory.ts
+        with MDAnalysis.Writer(self.path("walk.xyz"), n_atoms=60) as writer:
+            for k in range(3):
+                ts.positions, ts.dimensions = walk.true[k], None
+                writer.write(walk.universe)
+        run = Imported(self.folder, self.path("walk.xyz"), "--dt", 2.5)
+        np.testing.assert_allclose(run.times, [0, 2.5, 5])
+        np.testing.assert_allclose(run.xyz, walk.true, atol=1e-4)
+        self.assertEqual(run.flags[0], 0)
+        self.assertTrue(np.isnan(run.value("kinetic")).all() and np.isnan(run.value("volume")).all())
+        self.assertEqual(len(run.model["Bond"]), 80)  # by distance
+
+
+class RealRuns(Case):
+    def test_gromacs_runs_are_as_the_files_have_them(self):
+        for ending, tolerance in (("xtc", 0.011), ("trr", 1e-4)):
+            with self.subTest(ending):
+                run = Imported(self.folder, GROMACS + "tpr", GROMACS + ending)
+                file = MDAnalysis.Universe(GROMACS + "tpr", GROMACS + ending)
+                self.assertEqual(len(run.times), len(file.trajectory))
+                for k, ts in enumerate(file.trajectory):
+                    cell = triclinic_vectors(ts.dimensions).astype(float)
+                    self.assertAlmostEqual(run.times[k], ts.time, places=4)
+                    np.testing.assert_allclose(run.cells[k], cell, atol=1e-4)
+                    # Distances between atoms are those of the file; the first frame is the file's.
+                    ours, theirs = np.diff(run.xyz[k], axis=0), np.diff(ts.positions.astype(float), axis=0)
+                    inner = np.arange(647) % 3 != 2
+                    self.assertLess(np.abs(nearest(ours - theirs, cell)[inner]).max(), 1e-3)
+                    if k > 0:
+                        moved = nearest(ts.positions[::3] - before[::3], cell)
+                        np.testing.assert_allclose((run.xyz[k] - run.xyz[k - 1])[::3], moved, atol=1e-3)
+                    before = ts.positions.astype(float)
+                    if ending == "trr":
+                        np.testing.assert_allclose(run.velocities[k], ts.velocities, atol=1e-4)
+                bonds = np.sort(run.model["Bond"].reshape(-1, 2) - 1, axis=1)
+                self.assertEqual({*map(tuple, bonds)}, {*map(tuple, np.sort(file.bonds.indices, axis=1))})
+                np.testing.assert_allclose(run.model["Charge"], file.atoms.charges, atol=1e-6)
+                np.testing.assert_allclose(run.model["Mass"], file.atoms.masses, rtol=1e-5)
+                water = run.xyz.reshape(len(run.xyz), -1, 3, 3)
+                np.testing.assert_allclose(np.linalg.norm(water[:, :, 1:] - water[:, :, :1], axis=-1), 1, atol=2 * tolerance)
+
+    def test_kinetic_energy_and_temperature_follow_from_velocities(self):
+        run = Imported(self.folder, GROMACS + "tpr", GROMACS + "trr", "--constraints", 648)
+        kinetic = (run.model["Mass"][:, None] * run.velocities ** 2).sum((1, 2)) / 2 * KCAL
+        np.testing.assert_allclose(run.value("kinetic"), kinetic, rtol=1e-6)
+        np.testing.assert_allclose(run.value("temperature"), 2 * kinetic / (0.0019872043 * (3 * 648 - 3 - 648)), rtol=1e-6)
+        for name in ("total", "potential", "pressure", "coulomb", "xx"):
+            self.assertTrue(np.isnan(run.value(name)).all(), name)
+
+    def dumps(self):
+        """Wrapped and unwrapped places, velocities and cell origins and lengths of each frame of the dumps."""
+        def frames(path, columns):
+            with bz2.open(path, "rt") as file:
+                lines = file.read().splitlines()
+            for at in range(0, len(lines), 657):
+                bounds = np.array([line.split() for line in lines[at + 5:at + 8]], dtype=float)
+                names = lines[at + 8].split()[2:]
+                table = np.array([line.split() for line in lines[at + 9:at + 657]], dtype=float)
+                yield table[np.argsort(table[:, 0])][:, [names.index(c) for c in columns]], bounds
+        wrapped = list(frames(LAMMPS + ".dump.bz2", ["x", "y", "z", "vx", "vy", "vz"]))
+        unwrapped = list(frames(LAMMPS + "_unwrapped.dump.bz2", ["xu", "yu", "zu"]))
+        places = np.array([frame[0] for frame in wrapped])
+        lengths = np.array([bounds[:, 1] - bounds[:, 0] for _, bounds in wrapped])
+        return places[..., :3], places[..., 3:], np.array([frame[0] for frame in unwrapped]), lengths
+
+    def test_lammps_displacements_are_those_of_its_own_unwrapped_output(self):
+        wrapped, velocities, unwrapped, lengths = self.dumps()
+        run = Imported(self.folder, LAMMPS + ".data", LAMMPS + ".dump.bz2", "--lammps-units", "real", "--timestep", "1.0")
+        np.testing.assert_allclose(run.times, 0.02 * np.arange(20), atol=1e-9)
+        np.testing.assert_allclose(run.velocities, 1000 * velocities, atol=2e-3)
+        np.testing.assert_allclose(np.diagonal(run.cells, axis1=1, axis2=2), lengths, atol=1e-4)
+        # The engine counts cells of the size that they have in a frame; the toroidal view leaves their growth out.
+        images = np.round((unwrapped - wrapped) / lengths[:, None])
+        growth = np.diff(lengths, axis=0)[:, None] * images[:-1]
+        expected = np.concatenate(([0 * wrapped[0]], np.cumsum(np.diff(unwrapped, axis=0) - growth, axis=0)))
+        oxygens = slice(0, None, 3)
+        np.testing.assert_allclose((run.xyz - run.xyz[0])[:, oxygens], expected[:, oxygens], atol=2e-3)
+        np.testing.assert_allclose((run.xyz[:, oxygens] - wrapped[:, oxygens])[0], 0, atol=1e-4)
+        stays = (images == 0).all((0, 2))
+        self.assertGreater(stays.sum(), 100)
+        np.testing.assert_allclose((run.xyz - run.xyz[0])[:, stays & (np.arange(648) % 3 == 0)],
+                                   (unwrapped - unwrapped[0])[:, stays & (np.arange(648) % 3 == 0)], atol=2e-3)
+        self.assertEqual(run.model["Element"], ["O", "H", "H"] * 216)
+        np.testing.assert_allclose(run.model["Charge"], [-0.8476, 0.4238, 0.4238] * 216)
+        self.assertEqual(len(run.model["Bond"]), 2 * 432)
+
+
+class Refusals(Case):
+    """What is wrong is one line, and nothing is left behind."""
+
+    def refused(self, *words, environment=None):
+        program = os.environ["PATHDESK_PROGRAM"]
+        done = subprocess.run([program, "import", "-o", self.path("out"), *words], capture_output=True, text=True,
+                              env={**os.environ, **(environment or {})}, timeout=120)
+        self.assertEqual(done.returncode, 1, done.stdout + done.stderr)
+        self.assertEqual([name for name in os.listdir(self.folder) if name.startswith("out")], [])
+        self.assertEqual(len(done.stderr.splitlines()), 1, done.stderr)
+        return done.stderr
+
+    def script(self, body):
+        """A script that stands in the place of the one that reads."""
+        with open(self.path("import_frames.py"), "w", encoding="utf-8") as file:
+            file.write("import struct, sys\n"
+                       "def block(tag, body=b'', length=None):\n"
+                       "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), len(body) if length is None else length) + body)\n"
+                       + body)
+        return self.refused("top", environment={"PATHSTAT_SCRIPTS": self.folder})
+
+    def test_files_that_are_not_there_or_do_not_fit(self):
+        walk = Walk(breathing(BOXES["orthorhombic"], 2))
+        walk.write(self.path("walk.dcd"))
+        self.assertIn("648", self.refused(GROMACS + "tpr", self.path("walk.dcd")))
+        self.assertIn("none.xtc", self.refused(GROMACS + "tpr", self.path("none.xtc")))
+        self.assertIn("none.tpr", self.refused(self.path("none.tpr")))
+        self.assertIn("no atom", self.refused(GROMACS + "tpr", GROMACS + "xtc", "--select", "name Xe"))
+        self.assertIn("selection", self.refused(GROMACS + "tpr", GROMACS + "xtc", "--select", "nam OW").lower())
+
+    def test_without_mdanalysis_the_package_is_named(self):
+        os.mkdir(self.path("MDAnalysis"))
+        with open(self.path("MDAnalysis/__init__.py"), "w", encoding="utf-8") as file:
+            file.write("raise ImportError")
+        complaint = self.refused(GROMACS + "tpr", GROMACS + "xtc", environment={"PYTHONPATH": self.folder})
+        self.assertIn("install the package python3-mdanalysis", complaint)
+
+    def test_blocks_that_cannot_be_true(self):
+        counts = "block('counts', struct.pack('=4q', {}))\n"
+        two = counts.format("2, 1, 1, 0")
+        elements = two + "block('elements', b'O\\nH\\n')\n"
+        frame = elements + "block('series')\nblock('frame', struct.pack('=7d', 0, 0, 0, 0, 0, 0, 0))\n"
+        cases = {"": "ended early", counts.format("0, 0, 1, 0"): "no atoms", counts.format("1 << 60, 0, 1, 0"): "too many",
+                 "block('counts', b'123')\n": "counts", "block('ids', length=-1)\n": "-1 bytes",
+                 "block('ids', length=1 << 60)\n": "bytes", "block('nonsense')\n": "nonsense",
+                 two + "block('ids', struct.pack('=2i', 5, 5))\n": "distinct",
+                 two + "block('ids', struct.pack('=2i', -5, 5))\n": "negative",
+                 two + "block('bonds', struct.pack('=2i', 0, 2))\n": "leads to no atom",
+                 two + "block('bonds', struct.pack('=2i', 1, 1))\n": "leads to no atom",
+                 two + "block('elements', b'O\\nQq\\n')\n": "Qq", two + "block('names', b'O\\n')\n": "1 names of 2",
+                 two + "block('masses', struct.pack('=2d', 1, float('nan')))\n": "masses",
+                 two + "block('series', b'beauty\\n')\n": "beauty", elements + "block('end')\n": "no frame",
+                 frame + "block('xyz', bytes(12))\n": "xyz", frame + "block('end')\n": "no coordinates",
+                 frame + "block('xyz', struct.pack('=6f', 1, 2, 3, 4, 5, float('inf')))\n": "no numbers",
+                 elements + "block('xyz', bytes(24))\n": "xyz", elements + "block('frame', bytes(8))\n": "frame",
+                 frame + "block('xyz', bytes(24))\nblock('names', b'a\\nb\\n')\n": "between frames",
+                 frame + "block('xyz', b'12345', length=24)\n": "ended early"}
+        for body, part in cases.items():
+            with self.subTest(body):
+                self.assertIn(part, self.script(body))
+
+    def test_an_interrupt_leaves_nothing(self):
+        with open(self.path("import_frames.py"), "w", encoding="utf-8") as file:
+            file.write("import struct, sys, time\n"
+                       "def block(tag, body=b''):\n"
+                       "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), len(body)) + body)\n"
+                       "    sys.stdout.buffer.flush()\n"
+                       "block('counts', struct.pack('=4q', 1, 0, 9, 0))\nblock('elements', b'O\\n')\nblock('series')\n"
+                       "for k in range(3):\n"
+                       "    block('frame', struct.pack('=7d', k, 0, 0, 0, 0, 0, 0)); block('xyz', bytes(12))\n"
+                       "time.sleep(100)\n")
+        process = subprocess.Popen([os.environ["PATHDESK_PROGRAM"], "import", "-o", self.path("out"), "top"],
+                                   env={**os.environ, "PATHSTAT_SCRIPTS": self.folder}, stderr=subprocess.PIPE, text=True)
+        limit = time.monotonic() + 60
+        while not os.path.exists(self.path("out.trj.part")) and time.monotonic() < limit:
+            time.sleep(0.02)
+        process.send_signal(signal.SIGINT)
+        complaint = process.communicate(timeout=30)[1]
+        self.assertEqual(process.returncode, 130)
+        self.assertIn("interrupted", complaint)
+        self.assertEqual([name for name in os.listdir(self.folder) if name.startswith("out")], [])
+
+
+if __name__ == "__main__":
+    unittest.main()
