@@ -225,6 +225,23 @@ class RealRuns(Case):
         for name in ("total", "potential", "pressure", "coulomb", "xx"):
             self.assertTrue(np.isnan(run.value(name)).all(), name)
 
+    def test_energies_of_logs_go_to_the_frames_of_their_times(self):
+        run = Imported(self.folder, GROMACS + "tpr", GROMACS + "xtc", "--energies", GROMACS + "xvg", "--step", 10)
+        with open(GROMACS + "xvg", encoding="utf-8") as file:
+            rows = np.array([line.split() for line in file if line[0] not in "#@"], dtype=float)[::10]
+        for column, (name, factor) in enumerate((("potential", 1 / 4.184), ("kinetic", 1 / 4.184), ("total", 1 / 4.184),
+                                                 ("temperature", 1), ("pressure", 1e-4), ("volume", 1e3)), 1):
+            np.testing.assert_allclose(run.value(name), rows[:, column] * factor, rtol=1e-6)
+        self.assertTrue(np.isnan(run.value("coulomb")).all())
+        run = Imported(self.folder, LAMMPS + ".data", LAMMPS + ".dump.bz2", "--energies", LAMMPS + ".log")
+        with open(LAMMPS + ".log", encoding="utf-8") as file:
+            lines = file.read().split("Step Temp PotEng")[1].splitlines()[1:21]
+        rows = np.array([line.split() for line in lines], dtype=float)
+        for column, name, factor in ((1, "temperature", 1), (2, "potential", 1), (4, "total", 1), (8, "pressure", 1.01325e-4),
+                                     (9, "volume", 1), (10, "xx", 1.01325e-4), (13, "yz", 1.01325e-4), (15, "xy", 1.01325e-4)):
+            np.testing.assert_allclose(run.value(name), rows[:, column] * factor, rtol=1e-6, err_msg=name)
+        np.testing.assert_allclose(run.value("coulomb"), rows[:, 6] + rows[:, 7], rtol=1e-6)
+
     def dumps(self):
         """Wrapped and unwrapped places, velocities and cell origins and lengths of each frame of the dumps."""
         def frames(path, columns):

@@ -40,6 +40,13 @@ CLI::App* add_import_command(CLI::App& app, ImportWords& words) {
       ->option_text("NAME");
   import->add_option("--select", o.selection, "Atoms to take, in the selection language of MDAnalysis")
       ->option_text("\"name OW\"");
+  import
+      ->add_option("--energies", o.energies,
+                   "Energies, temperature and pressure by time: a LAMMPS log, .xvg, .edr (through gmx) or .csv")
+      ->option_text("LOG");
+  import->add_option("--energy-units", o.energy_units, "Unit of the energies; that of the program without it")
+      ->check(CLI::IsMember({"kcal/mol", "kJ/mol", "eV"}))
+      ->option_text("kcal/mol|kJ/mol|eV");
   import->add_option("--first", o.first, "First frame to take, from 1")->check(CLI::PositiveNumber)->option_text("N");
   import->add_option("--last", o.last, "Last frame to take")->check(CLI::PositiveNumber)->option_text("N");
   import->add_option("--step", o.step, "Takes one of so many frames")->check(CLI::PositiveNumber)->option_text("N");
