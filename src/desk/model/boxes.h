@@ -40,7 +40,6 @@ class Boxes {
     }
   }
 
-  std::size_t size() const { return first_.size(); }
   /// The atoms of a box, the last one first: next_atom leads from one to the next and ends with none.
   std::uint32_t first_atom(std::uint32_t box) const { return first_[box]; }
   std::uint32_t next_atom(std::uint32_t atom) const { return next_[atom]; }

@@ -5,7 +5,7 @@
 namespace pathstat::desk {
 
 /// The atoms whose distance to any of some atoms, or to an image of it, is not above a limit; those atoms are among
-/// them. Linear in atoms of ordinary densities, whatever the limit.
+/// them. n log n in atoms, whatever the limit.
 /// @param distance  the limit, Å; not negative
 AtomFlags atoms_near(const MolecularModel& model, const AtomFlags& from, double distance);
 
