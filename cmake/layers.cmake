@@ -63,7 +63,7 @@ function(layer_tests)
     else()
       target_link_libraries(test_${folder} PRIVATE layer_${folder})
       # Routines that call the Core are tested against pathdesk's side of it (tests/in_process_core.h).
-      if(folder MATCHES "^(structure|volumes|trajectory|shell|building)$")
+      if(folder MATCHES "^(structure|crystals|volumes|trajectory|shell|building)$")
         target_link_libraries(test_${folder} PRIVATE layer_desk)
       elseif(folder MATCHES "^(catalogue|measures|extraction|reports|transforms|correlation|pairs)$")
         target_link_libraries(test_${folder} PRIVATE recording_core)

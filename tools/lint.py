@@ -5,8 +5,8 @@ import re
 import subprocess
 import sys
 
-LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "volumes", "plots", "trajectory",
-          "catalogue", "measures", "extraction", "reports", "transforms", "correlation", "pairs"]
+LAYERS = ["support", "state", "corelink", "coreapi", "services", "structure", "crystals", "volumes", "plots",
+          "trajectory", "catalogue", "measures", "extraction", "reports", "transforms", "correlation", "pairs"]
 # What stands beside the row of layers: the layers of the row that each may include up to, and which others.
 BESIDE = {"shell": ("services", set()), "analysis": ("pairs", {"shell"}), "building": ("trajectory", {"shell"}),
           "main": ("pairs", {"shell", "analysis", "building"})}

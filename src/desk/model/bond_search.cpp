@@ -9,6 +9,7 @@ namespace pathstat::desk {
 
 void find_bonds(MolecularModel& model) {
   model.bonds.clear();
+  model.bond_cells.clear();
   double largest = 0;
   for (const auto element : model.elements) largest = std::max(largest, elements()[element].bond_radius);
   if (largest == 0) return;

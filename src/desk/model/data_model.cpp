@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "desk/model/elements.h"
+#include "desk/model/model_slot.h"
 
 namespace pathstat::desk {
 namespace {
@@ -12,36 +13,14 @@ namespace {
 /// A monitor and at most its two planes.
 constexpr std::size_t ids_of_monitor = 3;
 
-struct ImageAtom {
-  std::uint32_t place;
-  Translation image;
-
-  bool operator==(const ImageAtom&) const = default;
-};
-
-struct ImageHash {
-  std::size_t operator()(const ImageAtom& atom) const {
-    std::uint64_t hash = atom.place;
-    for (const auto t : atom.image) hash = (hash ^ static_cast<std::uint32_t>(t)) * 0x9e3779b97f4a7c15u;
-    return hash ^ hash >> 32;
-  }
-};
-
 }  // namespace
-
-/// A model with what is found out about it on demand.
-struct DataModel::ModelSlot {
-  ModelObject object;
-  std::vector<ImageAtom> images;
-  std::unordered_map<ImageAtom, std::int32_t, ImageHash> image_ids;
-  Connectivity connectivity;
-  std::uint64_t connectivity_version = 0;
-};
 
 DataModel::DataModel() {
   registry_.add(ObjectClass::element, elements().size() - 1, ObjectRegistry::no_model, 1);
   root_ = registry_.add(ObjectClass::root, 1);
-  applications_.emplace("MD_ANALYSIS", registry_.add(ObjectClass::application, 1));
+  for (const char* name : {"MD_ANALYSIS", "CRYSTAL", "SURFACE"}) {
+    applications_.emplace(name, registry_.add(ObjectClass::application, 1));
+  }
   group_library_ = registry_.add(ObjectClass::space_group_library, 1);
   groups_.push_back(identity_group());
   group_ids_.push_back(registry_.add(ObjectClass::space_group, 1));
@@ -65,7 +44,9 @@ std::int32_t DataModel::object_named(std::string_view text) const {
 }
 
 std::int32_t DataModel::group_for(const MolecularModel& model) {
-  if (model.periodic_type != periodic_3d) return 0;
+  const bool may_have = model.periodic_type == periodic_3d ||
+                        (model.periodic_type == not_periodic && model.symmetry.size() > 0);
+  if (!may_have) return 0;
   if (model.symmetry.size() < 2) return group_ids_.front();
   for (std::size_t k = 0; k < groups_.size(); ++k) {
     if (groups_[k].operators == model.symmetry) return group_ids_[k];
@@ -76,10 +57,19 @@ std::int32_t DataModel::group_for(const MolecularModel& model) {
 }
 
 std::int32_t DataModel::add_model(MolecularModel&& model) {
+  if (!model.image_origins.empty()) return place_model(std::move(model));
   model.file_atoms = model.atoms();
   model.file_bonds = model.bonds.size();
-  if (model.atoms() == 0 || !expand_symmetry(model)) return 0;
+  return model.atoms() > 0 && expand_symmetry(model) ? place_model(std::move(model)) : 0;
+}
 
+std::int32_t DataModel::create_model(std::string name) {
+  MolecularModel model;
+  model.name = std::move(name);
+  return place_model(std::move(model));
+}
+
+std::int32_t DataModel::place_model(MolecularModel&& model) {
   constexpr std::size_t model_and_group = 2;
   if (!registry_.has_room(model.atoms() + ids_of_monitor * model.monitors.size() + model_and_group)) return 0;
 
@@ -167,6 +157,7 @@ std::int32_t DataModel::atom_image(ModelObject& model, std::size_t place, const 
   const auto id = registry_.add(ObjectClass::periodic_image, 1, slot_place, slot.images.size());
   if (id == 0) return 0;
   slot.images.push_back(atom);
+  slot.image_names.push_back(id);
   slot.image_ids.emplace(atom, id);
   return id;
 }

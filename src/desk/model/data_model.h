@@ -20,11 +20,13 @@
 
 namespace pathstat::desk {
 
-/// A model in the data model. Its atoms have identifiers in a row, in the order of `data`.
+/// A model in the data model.
 struct ModelObject {
   std::int32_t id = 0;
   std::int32_t number = 0;  ///< models are numbered from 1 as they come
   std::int32_t first_atom = 0;
+  std::vector<std::int32_t> atom_ids;  ///< by place; empty while the atoms have identifiers in a row from `first_atom`
+  std::vector<std::int32_t> kept_images;  ///< periodic images that are part of the model, by identifier
   std::vector<std::int32_t> monitor_ids;    ///< in the order of `data`
   std::vector<std::size_t> plane_monitors;  ///< places of the monitors that are plane monitors
   std::vector<std::int32_t> plane_ids;      ///< two planes for each of them
@@ -39,7 +41,9 @@ struct ModelObject {
 
   std::uint64_t geometry_version = 1;  ///< rises with each change of coordinates or cell
 
-  std::int32_t atom_id(std::size_t place) const { return first_atom + static_cast<std::int32_t>(place); }
+  std::int32_t atom_id(std::size_t place) const {
+    return atom_ids.empty() ? first_atom + static_cast<std::int32_t>(place) : atom_ids[place];
+  }
 };
 
 /// An atom, or the image of one in another cell.
@@ -55,9 +59,10 @@ struct AtomRef {
 
 /// A named value that an operation has attached to an object.
 struct UserValue {
-  enum class Kind { object, object_array, int_array };
+  enum class Kind { object, object_array, integer, int_array, number };
   Kind kind = Kind::int_array;
   std::vector<std::int32_t> values;
+  double number = 0;
 };
 
 /// All that a Core knows of models: objects by identifier, which model is current, what is selected, and what is
@@ -84,6 +89,8 @@ class DataModel {
   /// Takes in a model with at least one atom and makes its symmetry images.
   /// @return its identifier, or 0 if it has more atoms than identifiers are left for
   std::int32_t add_model(MolecularModel&& model);
+  /// Makes a model without atoms. @return its identifier
+  std::int32_t create_model(std::string name);
   /// Ends a model and everything that belongs to it.
   void remove_model(std::int32_t id);
   /// The model with this identifier; null if it is none.
@@ -110,6 +117,25 @@ class DataModel {
   AtomRef atom(std::int32_t id);
   /// The identifier of an atom's image; made on first use, then always the same. 0 if none is left.
   std::int32_t atom_image(ModelObject& model, std::size_t place, const Translation& image);
+  /// Adds atoms to a model. @return the first of their identifiers, which stand in a row; 0 if they have run out
+  std::int32_t add_atoms(ModelObject& model, std::span<const std::uint8_t> elements, std::span<const Vector3> positions);
+  /// Adds copies of the atoms at places, which are not sorted behind images before their origins are set.
+  std::int32_t copy_atoms(ModelObject& model, std::span<const std::uint32_t> places);
+  /// Ends atoms with all that is known of them, and images among the identifiers.
+  void remove_atoms(ModelObject& model, std::span<const std::int32_t> ids);
+  /// Makes atoms periodic images of others; they keep their identifiers and lose their bonds.
+  void make_images(ModelObject& model, std::span<const std::int32_t> ids, std::span<const std::uint32_t> parents,
+                   std::span<const Translation> cells);
+  /// Makes atoms symmetry images. @param origins  one for each atom
+  void set_origins(ModelObject& model, std::vector<ImageOrigin> origins);
+  /// Numbers the atoms for files from 1, in the order of their numbers, which becomes that of the model.
+  void renumber(ModelObject& model);
+  /// Makes a model periodic or not. Where it ceases to be, periodic images that are part of it become atoms, and bonds
+  /// across cells lead to them or end.
+  /// @return false if the model's cell is not that of such a model
+  bool set_periodic_type(ModelObject& model, std::int32_t type);
+  /// @param group  of the library, or 0 for none
+  void set_space_group(ModelObject& model, std::int32_t group);
   /// The model's molecules for its present coordinates.
   const Connectivity& connectivity(ModelObject& model);
 
@@ -168,6 +194,11 @@ class DataModel {
  private:
   struct ModelSlot;
 
+  void take_order(ModelObject& model, std::span<const std::uint32_t> order);
+  std::int32_t name_new_atoms(ModelObject& model, std::size_t count);
+  void name_atoms(ModelObject& model);
+  void images_to_atoms(ModelObject& model);
+  std::int32_t place_model(MolecularModel&& model);
   void name_monitor(ModelObject& model, std::size_t place);
   void name_planes(ModelObject& model, std::size_t place);
   std::int32_t group_for(const MolecularModel& model);

@@ -42,6 +42,13 @@ std::size_t monitor_atoms(std::int32_t type);
 /// @param positions  one vector for each of the monitor's atoms
 double monitor_value(const Monitor& monitor, std::span<const Vector3> positions);
 
+/// Where a symmetry image comes from.
+struct ImageOrigin {
+  std::uint32_t parent = 0;  ///< place of its atom
+  std::int32_t op = 1;       ///< number of the operator, from 1, the identity
+  Translation shift{};       ///< the cells that it stands away from where the operator takes its atom
+};
+
 struct MolecularModel;
 /// Where the atoms of a monitor of a model stand now.
 std::vector<Vector3> monitor_positions(const MolecularModel& model, const Monitor& monitor);
@@ -61,7 +68,8 @@ struct MolecularModel {
   std::string name;
   std::int32_t periodic_type = not_periodic;
   Cell cell{};
-  SymmetryOperators symmetry;  ///< empty, or the identity first
+  SymmetryOperators symmetry;  ///< empty, or the identity first; of a model that isn't periodic: the group and cell
+                               ///< that a crystal of its atoms would have
 
   std::vector<std::int32_t> ids;       ///< numbers that trajectory files use
   std::vector<std::uint8_t> elements;  ///< by the number of elements.h
@@ -76,12 +84,16 @@ struct MolecularModel {
   std::vector<std::uint8_t> movable;
   std::map<std::string, std::vector<Vector3>, std::less<>> vectors;  ///< "Velocity" (Å/ps), "Force" and others
 
+  std::vector<Translation> cell_offsets;  ///< cells in which the atoms are shown; empty if as their molecules are whole
+  std::vector<Translation> face_flags;    ///< 1 for the directions on whose lower face an atom lies; empty if unknown
+
   std::vector<std::pair<std::uint32_t, std::uint32_t>> bonds;  ///< places of atoms
+  std::vector<Translation> bond_cells;  ///< of each bond: the cell of its second atom; empty if that is the nearest one
   std::vector<Monitor> monitors;
 
   std::size_t file_atoms = 0;  ///< atoms that are no symmetry images
   std::size_t file_bonds = 0;
-  std::vector<std::int32_t> image_operators;            ///< of each symmetry image: the number of its operator, from 2
+  std::vector<ImageOrigin> image_origins;               ///< of each symmetry image
   std::vector<std::vector<std::uint32_t>> atom_images;  ///< of each atom of the file: the places of its images
 
   std::size_t atoms() const { return ids.size(); }

@@ -48,6 +48,27 @@ void ObjectRegistry::remove(std::int32_t id) {
   rows_ = std::move(rows);
 }
 
+void ObjectRegistry::replace_atoms(std::size_t model, std::span<const std::int32_t> atoms,
+                                   std::span<const std::int32_t> images) {
+  std::erase_if(rows_, [&](const Row& row) {
+    return row.place.model == model &&
+           (row.place.kind == ObjectClass::atom || row.place.kind == ObjectClass::periodic_image);
+  });
+  const auto add_rows = [&](ObjectClass kind, std::span<const std::int32_t> ids) {
+    for (std::size_t k = 0; k < ids.size(); ++k) {
+      const bool follows = k > 0 && rows_.back().first + static_cast<std::int64_t>(rows_.back().count) == ids[k];
+      if (follows) {
+        ++rows_.back().count;
+      } else {
+        rows_.push_back({ids[k], 1, {kind, model, k}});
+      }
+    }
+  };
+  add_rows(ObjectClass::atom, atoms);
+  add_rows(ObjectClass::periodic_image, images);
+  std::ranges::sort(rows_, {}, &Row::first);
+}
+
 void ObjectRegistry::remove_model(std::size_t model) {
   std::erase_if(rows_, [&](const Row& row) { return row.place.model == model; });
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace pathstat::desk {
@@ -40,6 +41,8 @@ class ObjectRegistry {
   std::int32_t add(ObjectClass kind, std::size_t count, std::size_t model = no_model, std::size_t index = 0);
   /// Ends one object; those of its class and model behind it move up by one place.
   void remove(std::int32_t id);
+  /// Gives the atoms and periodic images of a model anew: whatever was there of them and is not among these ends.
+  void replace_atoms(std::size_t model, std::span<const std::int32_t> atoms, std::span<const std::int32_t> images);
   /// Ends the objects of a model and the model itself.
   void remove_model(std::size_t model);
   ObjectPlace find(std::int32_t id) const;

@@ -135,7 +135,7 @@ class SymmetryBuilder {
     for (auto& [name, column] : model_.vectors) column.push_back(turned(column[atom], operator_place));
     model_.positions.push_back(position);
     model_.ids.push_back(static_cast<std::int32_t>(next_id_++));
-    model_.image_operators.push_back(static_cast<std::int32_t>(operator_place + 1));
+    model_.image_origins.push_back({atom, static_cast<std::int32_t>(operator_place + 1), {}});
     model_.atom_images[atom].push_back(place);
     return place;
   }
@@ -171,7 +171,9 @@ SpaceGroup group_of_operators(std::string name, const SymmetryOperators& operato
 }
 
 bool expand_symmetry(MolecularModel& model) {
-  return model.symmetry.size() < 2 || model.atoms() == 0 || SymmetryBuilder(model).build();
+  const bool has_images = model.periodic_type == periodic_3d && model.symmetry.size() > 1 && model.atoms() > 0;
+  model.atom_images.resize(model.file_atoms);
+  return !has_images || SymmetryBuilder(model).build();
 }
 
 }  // namespace pathstat::desk

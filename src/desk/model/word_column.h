@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace pathstat::desk {
@@ -24,6 +26,13 @@ class WordColumn {
   /// Gives a new last atom the word of atom k.
   void repeat(std::size_t k) { keys_.push_back(keys_[k]); }
   void reserve(std::size_t count) { keys_.reserve(count); }
+  /// Keeps the words of these atoms, in this order.
+  void pick(std::span<const std::uint32_t> atoms) {
+    std::vector<std::uint32_t> kept;
+    kept.reserve(atoms.size());
+    for (const auto atom : atoms) kept.push_back(keys_[atom]);
+    keys_ = std::move(kept);
+  }
 
   std::size_t size() const { return keys_.size(); }
   std::string_view operator[](std::size_t k) const { return words_[keys_[k]]; }
