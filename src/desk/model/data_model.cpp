@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "desk/model/elements.h"
+#include "desk/model/group_library.h"
 #include "desk/model/model_slot.h"
 
 namespace pathstat::desk {
@@ -22,8 +23,9 @@ DataModel::DataModel() {
     applications_.emplace(name, registry_.add(ObjectClass::application, 1));
   }
   group_library_ = registry_.add(ObjectClass::space_group_library, 1);
-  groups_.push_back(identity_group());
-  group_ids_.push_back(registry_.add(ObjectClass::space_group, 1));
+  groups_.assign(library_groups().begin(), library_groups().end());
+  const auto first = registry_.add(ObjectClass::space_group, groups_.size());
+  for (std::size_t k = 0; k < groups_.size(); ++k) group_ids_.push_back(first + static_cast<std::int32_t>(k));
 }
 
 DataModel::~DataModel() = default;
@@ -49,7 +51,7 @@ std::int32_t DataModel::group_for(const MolecularModel& model) {
   if (!may_have) return 0;
   if (model.symmetry.size() < 2) return group_ids_.front();
   for (std::size_t k = 0; k < groups_.size(); ++k) {
-    if (groups_[k].operators == model.symmetry) return group_ids_[k];
+    if (space_group(group_ids_[k])->operators == model.symmetry) return group_ids_[k];
   }
   groups_.push_back(group_of_operators(model.name, model.symmetry));
   group_ids_.push_back(registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size() - 1));
@@ -210,10 +212,32 @@ const Connectivity& DataModel::connectivity(ModelObject& model) {
 
 const SpaceGroup* DataModel::space_group(std::int32_t id) const {
   const auto place = find(id);
-  return place.kind == ObjectClass::space_group ? &groups_[place.index] : nullptr;
+  if (place.kind != ObjectClass::space_group) return nullptr;
+  auto& group = groups_[place.index];
+  if (group.operators.size() == 0) {
+    const auto known = group_of_operators(group.name, library_operators(place.index));
+    group.lattice_type = known.lattice_type;
+    group.centring_type = known.centring_type;
+    group.operators = known.operators;
+  }
+  return &group;
 }
 
-std::vector<std::int32_t> DataModel::space_groups() const { return group_ids_; }
+std::vector<std::int32_t> DataModel::space_groups(std::int32_t number, std::int32_t option) const {
+  std::vector<std::int32_t> found;
+  for (std::size_t k = 0; k < groups_.size(); ++k) {
+    if (groups_[k].number == number && groups_[k].option == option) found.push_back(group_ids_[k]);
+  }
+  return found;
+}
+
+std::vector<std::int32_t> DataModel::space_groups(std::string_view name) const {
+  std::vector<std::int32_t> found;
+  for (std::size_t k = 0; k < groups_.size(); ++k) {
+    if (k < library_groups().size() ? is_name_of(k, name) : groups_[k].name == name) found.push_back(group_ids_[k]);
+  }
+  return found;
+}
 
 std::int32_t DataModel::add_surface() {
   const auto id = registry_.add(ObjectClass::surface, 1, ObjectRegistry::no_model, surfaces_.size());

@@ -156,10 +156,11 @@ class DataModel {
   std::size_t selected_atoms() const;
   std::size_t selected_models() const;
 
-  // Space groups: P1 and those of the models that came in.
+  // Space groups: those of the library and those of operators that models stated.
 
   const SpaceGroup* space_group(std::int32_t id) const;
-  std::vector<std::int32_t> space_groups() const;
+  std::vector<std::int32_t> space_groups(std::int32_t number, std::int32_t option) const;
+  std::vector<std::int32_t> space_groups(std::string_view name) const;
 
   // Surfaces, in the order in which they came.
 
@@ -210,7 +211,7 @@ class DataModel {
   std::vector<std::unique_ptr<ModelSlot>> slots_;  ///< by place; empty where the model is gone
   std::int32_t current_model_ = 0;
   std::uint64_t version_ = 0;
-  std::vector<SpaceGroup> groups_;
+  mutable std::vector<SpaceGroup> groups_;  ///< those of the library get their operators when somebody asks
   std::vector<std::int32_t> group_ids_;
   std::vector<Surface> surfaces_;
   std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>> user_data_;

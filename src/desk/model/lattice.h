@@ -28,6 +28,13 @@ constexpr Translation by_repeat_directions(const Translation& t, std::int32_t ty
   return t;
 }
 
+/// The same the other way round.
+constexpr Translation from_repeat_directions(const Translation& t, std::int32_t type) {
+  if (type == periodic_2d) return {0, t[0], t[1]};
+  if (type == periodic_1d) return {0, 0, t[0]};
+  return t;
+}
+
 /// True if the cell's repeat vectors span a volume, an area or a length, and are finite.
 bool is_usable_cell(std::int32_t type, const Cell& cell);
 

@@ -159,8 +159,6 @@ class SymmetryBuilder {
 
 }  // namespace
 
-SpaceGroup identity_group() { return {"P 1", 1, 1, 0, 0, {{identity_rotation}, {Vector3{}}}}; }
-
 SpaceGroup group_of_operators(std::string name, const SymmetryOperators& operators) {
   SpaceGroup group;
   group.name = std::move(name);

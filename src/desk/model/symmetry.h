@@ -20,9 +20,6 @@ struct SpaceGroup {
   SymmetryOperators operators;
 };
 
-/// The group P1.
-SpaceGroup identity_group();
-
 /// The group of a model's operators. Lattice and centring are read off the operators.
 SpaceGroup group_of_operators(std::string name, const SymmetryOperators& operators);
 

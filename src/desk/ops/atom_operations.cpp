@@ -110,12 +110,13 @@ void set_movable(DataModel& data, const OperationCall& call, OperationReply& rep
   });
 }
 
-/// The cells that an atom is away from where its whole molecule has it.
+/// The cells that an atom is away from where it is shown: as the builder set it, or else as its whole molecule has it.
 void cell_offsets(DataModel& data, const OperationCall& call, OperationReply& reply) {
   put_each_triple<std::int32_t>(call.integers(1), reply, [&](std::int32_t id, Translation& offset) {
     const auto atom = data.atom(id);
     if (!atom) return false;
-    offset = data.connectivity(*atom.model).image[atom.place];
+    const auto& shown = atom.model->data.cell_offsets;
+    offset = shown.empty() ? data.connectivity(*atom.model).image[atom.place] : shown[atom.place];
     for (std::size_t axis = 0; axis < 3; ++axis) offset[axis] += atom.image[axis];
     offset = by_repeat_directions(offset, atom.model->data.periodic_type);
     return true;

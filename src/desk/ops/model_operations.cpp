@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 #include "desk/model/coordinate_file.h"
 #include "desk/model/model_export.h"
@@ -13,6 +12,7 @@ namespace pathstat::desk {
 namespace {
 
 constexpr std::int32_t without_images = 1;
+constexpr std::int32_t with_periodic_images = 7;
 constexpr std::int32_t structured_file = 1;
 constexpr std::int32_t coordinate_file = 14;
 
@@ -23,8 +23,22 @@ ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
   return model;
 }
 
-std::size_t atoms_by_selector(const ModelObject& model, std::int32_t selector) {
-  return selector == without_images ? model.data.file_atoms : model.data.atoms();
+std::vector<std::int32_t> atoms_by_selector(const ModelObject& model, std::int32_t selector) {
+  std::vector<std::int32_t> list(selector == without_images ? model.data.file_atoms : model.data.atoms());
+  for (std::size_t place = 0; place < list.size(); ++place) list[place] = model.atom_id(place);
+  if (selector == with_periodic_images) list.insert(list.end(), model.kept_images.begin(), model.kept_images.end());
+  return list;
+}
+
+std::size_t count_by_selector(const ModelObject& model, std::int32_t selector) {
+  if (selector == without_images) return model.data.file_atoms;
+  return model.data.atoms() + (selector == with_periodic_images ? model.kept_images.size() : 0);
+}
+
+/// The periodic type by which a model's cell is read: one that isn't periodic may have a cell to be built with.
+std::int32_t type_of_cell(const ModelObject& model, std::int32_t unless_periodic) {
+  const auto type = model.data.periodic_type;
+  return type == not_periodic ? unless_periodic : type;
 }
 
 void put_vector(OperationReply& reply, const Vector3& v) { reply.put(std::vector<double>(v.begin(), v.end())); }
@@ -39,7 +53,8 @@ Vector3 vector_at(const OperationCall& call, std::size_t slot) {
 void cell_vectors_2d(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  if (model->data.periodic_type != periodic_2d) return void(reply.error = not_there);
+  const auto type = type_of_cell(*model, periodic_2d);
+  if (type != periodic_2d || !is_usable_cell(type, model->data.cell)) return void(reply.error = not_there);
   put_vector(reply, model->data.cell[1]);
   put_vector(reply, model->data.cell[2]);
 }
@@ -47,12 +62,12 @@ void cell_vectors_2d(DataModel& data, const OperationCall& call, OperationReply&
 void cell_vectors_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  if (model->data.periodic_type == not_periodic) return void(reply.error = not_there);
+  if (!is_usable_cell(type_of_cell(*model, periodic_3d), model->data.cell)) return void(reply.error = not_there);
   for (const auto& v : model->data.cell) put_vector(reply, v);
 }
 
-void set_cell(DataModel& data, ModelObject& model, const Cell& cell, OperationReply& reply) {
-  if (!is_usable_cell(model.data.periodic_type, cell)) return void(reply.error = bad_value);
+void set_cell(DataModel& data, ModelObject& model, std::int32_t type, const Cell& cell, OperationReply& reply) {
+  if (!is_usable_cell(type, cell)) return void(reply.error = bad_value);
   model.data.cell = cell;
   data.geometry_changed(model);
 }
@@ -60,15 +75,15 @@ void set_cell(DataModel& data, ModelObject& model, const Cell& cell, OperationRe
 void set_cell_vectors_2d(DataModel& data, const OperationCall& call, OperationReply& reply) {
   auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  if (model->data.periodic_type != periodic_2d) return void(reply.error = not_there);
-  set_cell(data, *model, {model->data.cell[0], vector_at(call, 1), vector_at(call, 2)}, reply);
+  const auto type = type_of_cell(*model, periodic_2d);
+  if (type != periodic_2d) return void(reply.error = not_there);
+  set_cell(data, *model, type, {model->data.cell[0], vector_at(call, 1), vector_at(call, 2)}, reply);
 }
 
 void set_cell_vectors_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
   auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  if (model->data.periodic_type == not_periodic) return void(reply.error = not_there);
-  set_cell(data, *model, {vector_at(call, 1), vector_at(call, 2), vector_at(call, 3)}, reply);
+  set_cell(data, *model, type_of_cell(*model, periodic_3d), {vector_at(call, 1), vector_at(call, 2), vector_at(call, 3)}, reply);
 }
 
 void symmetry_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
@@ -78,26 +93,20 @@ void symmetry_3d(DataModel& data, const OperationCall& call, OperationReply& rep
   reply.put(model->space_group);
 }
 
-std::vector<std::int32_t> identifiers_from(std::int32_t first, std::size_t count) {
-  std::vector<std::int32_t> list(count);
-  std::iota(list.begin(), list.end(), first);
-  return list;
-}
-
 void atom_list(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  put_list(identifiers_from(model->first_atom, atoms_by_selector(*model, call.integer(1))), call.integer(2), reply);
+  put_list(atoms_by_selector(*model, call.integer(1)), call.integer(2), reply);
 }
 
 void atoms_in_file_order(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(0), reply);
-  if (model) reply.put(identifiers_from(model->first_atom, model->data.file_atoms));
+  if (model) reply.put(atoms_by_selector(*model, without_images));
 }
 
 void atom_count(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(0), reply);
-  if (model) reply.put(static_cast<std::int32_t>(atoms_by_selector(*model, call.integer(1))));
+  if (model) reply.put(static_cast<std::int32_t>(count_by_selector(*model, call.integer(1))));
 }
 
 void current_model(DataModel& data, const OperationCall&, OperationReply& reply) { reply.put(data.current_model()); }
@@ -187,6 +196,7 @@ void serve_model_operations(OperationServer& server, DataModel& model) { serve_a
 void register_data_model_operations(OperationServer& server, DataModel& model) {
   serve_model_operations(server, model);
   serve_atom_operations(server, model);
+  serve_building_operations(server, model);
   serve_monitor_operations(server, model);
   serve_surface_operations(server, model);
   serve_symmetry_operations(server, model);

@@ -31,6 +31,7 @@ inline void serve_all(OperationServer& server, DataModel& model, std::span<const
 
 void serve_model_operations(OperationServer& server, DataModel& model);
 void serve_atom_operations(OperationServer& server, DataModel& model);
+void serve_building_operations(OperationServer& server, DataModel& model);
 void serve_monitor_operations(OperationServer& server, DataModel& model);
 void serve_surface_operations(OperationServer& server, DataModel& model);
 void serve_symmetry_operations(OperationServer& server, DataModel& model);

@@ -12,7 +12,7 @@ void operators_of_atom(DataModel& data, const OperationCall& call, OperationRepl
   if (!atom) return void(reply.error = unknown_object);
   const auto& columns = atom.model->data;
   const bool in_file = atom.place < columns.file_atoms;
-  put_list({in_file ? 1 : columns.image_operators[atom.place - columns.file_atoms]}, call.integer(1), reply);
+  put_list({in_file ? 1 : columns.image_origins[atom.place - columns.file_atoms].op}, call.integer(1), reply);
 }
 
 void symmetry_children(DataModel& data, const OperationCall& call, OperationReply& reply) {
@@ -61,25 +61,14 @@ void operators_of_group(DataModel& data, const OperationCall& call, OperationRep
   reply.put(static_cast<std::int32_t>(operators.size()));
 }
 
-/// Puts the groups of the library that match.
-///
-/// @param matches  bool(const SpaceGroup&)
-template <class Matches>
-void put_groups(DataModel& data, const OperationCall& call, OperationReply& reply, Matches matches) {
-  if (call.integer(0) != data.group_library()) return void(reply.error = unknown_object);
-  auto list = data.space_groups();
-  std::erase_if(list, [&](std::int32_t id) { return !matches(*data.space_group(id)); });
-  put_list(std::move(list), call.integer(3), reply);
-}
-
 void groups_by_number(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  put_groups(data, call, reply, [&](const SpaceGroup& group) {
-    return group.number == call.integer(1) && group.option == call.integer(2);
-  });
+  if (call.integer(0) != data.group_library()) return void(reply.error = unknown_object);
+  put_list(data.space_groups(call.integer(1), call.integer(2)), call.integer(3), reply);
 }
 
 void groups_by_name(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  put_groups(data, call, reply, [&](const SpaceGroup& group) { return group.name == call.text(1); });
+  if (call.integer(0) != data.group_library()) return void(reply.error = unknown_object);
+  put_list(data.space_groups(call.text(1)), call.integer(3), reply);
 }
 
 void group_library(DataModel& data, const OperationCall& call, OperationReply& reply) {

@@ -1,0 +1,73 @@
+#include "desk/model/group_library.h"
+
+#include <algorithm>
+#include <cctype>
+#include <gemmi/symmetry.hpp>
+#include <string>
+#include <vector>
+
+namespace pathstat::desk {
+namespace {
+
+constexpr std::size_t table_size = sizeof(gemmi::spacegroup_tables::main) / sizeof(gemmi::SpaceGroup);
+
+/// The settings in the order of their numbers; the table has some rare ones behind the last group.
+const std::vector<const gemmi::SpaceGroup*>& rows() {
+  static const auto sorted = [] {
+    std::vector<const gemmi::SpaceGroup*> list;
+    for (std::size_t k = 0; k < table_size; ++k) list.push_back(&gemmi::spacegroup_tables::main[k]);
+    std::ranges::stable_sort(list, {}, [](const gemmi::SpaceGroup* group) { return group->number; });
+    return list;
+  }();
+  return sorted;
+}
+
+std::string plain(std::string_view name) {
+  std::string text;
+  for (const char c : name) {
+    if (c != ' ') text += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+}  // namespace
+
+std::span<const SpaceGroup> library_groups() {
+  static const auto groups = [] {
+    std::vector<SpaceGroup> list;
+    for (const auto* row : rows()) {
+      SpaceGroup group;
+      group.name = row->xhm();
+      group.number = row->number;
+      group.option = !list.empty() && list.back().number == row->number ? list.back().option + 1 : 1;
+      list.push_back(std::move(group));
+    }
+    return list;
+  }();
+  return groups;
+}
+
+SymmetryOperators library_operators(std::size_t place) {
+  SymmetryOperators operators;
+  for (const auto& op : rows().at(place)->operations()) {
+    Matrix3 rotation{};
+    Vector3 translation{};
+    for (std::size_t row = 0; row < 3; ++row) {
+      for (std::size_t column = 0; column < 3; ++column) {
+        rotation[row + 3 * column] = static_cast<double>(op.rot[row][column]) / gemmi::Op::DEN;
+      }
+      translation[row] = static_cast<double>(op.tran[row]) / gemmi::Op::DEN;
+    }
+    operators.rotations.push_back(rotation);
+    operators.translations.push_back(translation);
+  }
+  return operators;
+}
+
+bool is_name_of(std::size_t place, std::string_view text) {
+  const auto& row = *rows().at(place);
+  const auto name = plain(text);
+  return name == plain(row.xhm()) || name == plain(row.hm) || name == plain(row.short_name());
+}
+
+}  // namespace pathstat::desk
