@@ -62,10 +62,9 @@ class Contacts {
 
 }  // namespace
 
-void check_trans_dup_(const PeriodicFrame& frame, std::span<const double> fractions,
-                      std::span<const std::int32_t> ids, std::span<const std::int32_t> types,
-                      std::span<const double> charges, std::span<std::int32_t> links, std::int32_t report,
-                      std::int32_t& status) {
+void check_trans_dup_(const PeriodicFrame& frame, std::span<const double> fractions, std::span<const std::int32_t> ids,
+                      std::span<const std::int32_t> types, std::span<const double> charges,
+                      std::span<std::int32_t> links, std::int32_t report, std::int32_t& status) {
   Contacts contacts(frame, fractions, status);
   if (status != 0) return;
   Once over_specified(report == 1), charged(report == 1);

@@ -14,10 +14,9 @@ namespace pathstat {
 
 /// Finds atoms that are copies of others by a translation of the cell: of the same type, and of a higher identifier.
 /// @param links  changed to −j for a copy of atom j, counted from 1
-void check_trans_dup_(const PeriodicFrame& frame, std::span<const double> fractions,
-                      std::span<const std::int32_t> ids, std::span<const std::int32_t> types,
-                      std::span<const double> charges, std::span<std::int32_t> links, std::int32_t report,
-                      std::int32_t& status);
+void check_trans_dup_(const PeriodicFrame& frame, std::span<const double> fractions, std::span<const std::int32_t> ids,
+                      std::span<const std::int32_t> types, std::span<const double> charges,
+                      std::span<std::int32_t> links, std::int32_t report, std::int32_t& status);
 
 /// Finds atoms of the asymmetric unit that are symmetry images of others of a lower place.
 /// @param fractions     of all images: the n atoms, then their images operator by operator

@@ -161,8 +161,8 @@ void crystal_setdisplayinfo_(std::int32_t model, std::int32_t display, std::int3
   set(model, display_setting.record, DisplaySetting{display, faces}, status);
 }
 void crystal_resetbuildinfo_(std::int32_t model, std::int32_t& status) {
-  remove(model,
-         {tolerance_setting.record, special_setting.record, bonding_setting.record, display_setting.record}, status);
+  remove(model, {tolerance_setting.record, special_setting.record, bonding_setting.record, display_setting.record},
+         status);
 }
 
 void surface_bondingpref_(std::int32_t& bonding, std::int32_t& status) {

@@ -43,7 +43,8 @@ struct PeriodicFrame {
   /// The shift nearest to a difference of fractions.
   CellShift nearest_shift(const Vector3& difference) const {
     CellShift shift{};
-    for (std::size_t axis = 0; axis < axes; ++axis) shift[axis] = static_cast<std::int32_t>(std::lround(difference[axis]));
+    for (std::size_t axis = 0; axis < axes; ++axis)
+      shift[axis] = static_cast<std::int32_t>(std::lround(difference[axis]));
     return shift;
   }
   /// True if two points fall together in some cell.

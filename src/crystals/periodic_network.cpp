@@ -141,10 +141,10 @@ void PeriodicNetwork::make(std::vector<CellBond> bonds, std::int32_t& status) {
 
 /// What the Core tells of symmetry: the atom and operator of each image, and the images of each atom.
 struct PeriodicNetwork::Relations {
-  std::vector<std::int32_t> parent;     ///< place
-  std::vector<std::size_t> op;          ///< counted from 0
-  std::vector<std::int32_t> images;     ///< place of each atom's image under each operator, or -1
-  std::vector<std::int32_t> row;        ///< of each atom: its row of `images`
+  std::vector<std::int32_t> parent;  ///< place
+  std::vector<std::size_t> op;       ///< counted from 0
+  std::vector<std::int32_t> images;  ///< place of each atom's image under each operator, or -1
+  std::vector<std::int32_t> row;     ///< of each atom: its row of `images`
   std::size_t operators = 0;
 
   Relations(std::span<const std::int32_t> objects, std::size_t operator_count, std::int32_t& status)
@@ -195,8 +195,8 @@ void PeriodicNetwork::copy_bonds(const GroupTable& group, std::int32_t& status) 
     Image image{images[products.product(relations.op[static_cast<std::size_t>(atom)], op, status)], {}};
     if (image.atom < 0) {  // on a special position one atom stands for several operators
       const auto same = std::ranges::find_if(images, [&](std::int32_t other) {
-        return other >= 0 &&
-               frame_.coincide(folded(frame_, moved, false).fraction, folded_[static_cast<std::size_t>(other)].fraction);
+        return other >= 0 && frame_.coincide(folded(frame_, moved, false).fraction,
+                                             folded_[static_cast<std::size_t>(other)].fraction);
       });
       if (same == images.end()) return image;
       image.atom = *same;
@@ -251,8 +251,9 @@ void PeriodicNetwork::search_around(std::size_t atom, const CellShift& cell, std
   if (std::cmp_equal(count, list.size())) status = 1;
   if (status != 0) return;
   for (const auto contact : std::span(list).first(static_cast<std::size_t>(count))) {
-    const CellBond bond{number, contact - 1,
-                        plus(plus(cell, folded_[static_cast<std::size_t>(contact - 1)].offset), folded_[atom].offset, -1)};
+    const CellBond bond{
+        number, contact - 1,
+        plus(plus(cell, folded_[static_cast<std::size_t>(contact - 1)].offset), folded_[atom].offset, -1)};
     if (bond.second < number || (bond.second == number && !points_forward(bond.shift)) || !is_new(bond)) continue;
     if (bond.shift == CellShift{} && bonding != build_option::bonds_everywhere) continue;
     const auto other = static_cast<std::size_t>(bond.second);
@@ -266,9 +267,9 @@ void PeriodicNetwork::search_around(std::size_t atom, const CellShift& cell, std
 
 /// Sets of bonded atoms.
 struct PeriodicNetwork::Molecules {
-  std::vector<std::size_t> order;   ///< atoms, molecule by molecule
-  std::vector<std::size_t> starts;  ///< place in `order` of each molecule's first atom, and the end
-  std::vector<CellShift> cell;      ///< of each atom: the cell in which it belongs to its whole molecule
+  std::vector<std::size_t> order;     ///< atoms, molecule by molecule
+  std::vector<std::size_t> starts;    ///< place in `order` of each molecule's first atom, and the end
+  std::vector<CellShift> cell;        ///< of each atom: the cell in which it belongs to its whole molecule
   std::vector<std::uint8_t> endless;  ///< of each molecule: 1 if bonds lead from an atom to its own image
 };
 

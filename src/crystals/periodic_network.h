@@ -70,8 +70,8 @@ class PeriodicNetwork {
   std::vector<Folded> folded_;
   std::vector<double> radii_;
   double largest_radius_ = 0;
-  std::vector<std::int32_t> chains_;    ///< of the contact finder
-  std::vector<CellBond> bonds_;         ///< between places
+  std::vector<std::int32_t> chains_;  ///< of the contact finder
+  std::vector<CellBond> bonds_;       ///< between places
   BondSet known_;
 };
 

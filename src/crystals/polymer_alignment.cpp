@@ -158,8 +158,7 @@ void alignpolsegment_(std::span<double> xyz, const Vector3& vector, const Vector
     const auto around = cross(turning, v);  // Rodrigues' formula
     const double along = dot(turning, v) * (1 - cosine);
     for (std::size_t axis_of = 0; axis_of < 3; ++axis_of) {
-      xyz[at + axis_of] =
-          centre[axis_of] + v[axis_of] * cosine + around[axis_of] * sine + turning[axis_of] * along;
+      xyz[at + axis_of] = centre[axis_of] + v[axis_of] * cosine + around[axis_of] * sine + turning[axis_of] * along;
     }
   }
 }

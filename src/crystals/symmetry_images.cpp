@@ -77,8 +77,8 @@ void SymmetryImages::find_over_specified(std::int32_t report, std::int32_t& stat
     ids.span()[place] = unit_.ids()[atom_of(place)];
     types.span()[place] = unit_.types()[atom_of(place)];
   }
-  check_over_spec_(frame_, fxx_.span(), static_cast<std::int32_t>(atoms_), ids.span(), types.span(),
-                   symparent_.span(), link_.span(), report, status);
+  check_over_spec_(frame_, fxx_.span(), static_cast<std::int32_t>(atoms_), ids.span(), types.span(), symparent_.span(),
+                   link_.span(), report, status);
   if (status != 0) return;
   for (std::size_t atom = 0; atom < atoms_; ++atom) {
     if (link_.span()[atom] > 0) continue;

@@ -48,13 +48,13 @@ class SymmetryImages {
   const UnitAtoms& unit_;
   const GroupTable& group_;
   std::size_t atoms_, places_;
-  NamedBlock<double> xx_, fxx_;           ///< where the Core will have the images, and folded fractions of that
-  NamedBlock<std::int32_t> link_;         ///< above 0 for a place that is an atom of the crystal
-  NamedBlock<std::int32_t> symparent_;    ///< of a place: its atom, from 1; of a dropped atom: the place of its partner
-  NamedBlock<std::int32_t> spparent_;     ///< of a dropped image: the place, from 1, that stands for it
-  NamedBlock<std::int32_t> holder_;       ///< object of the Core at a place, 0 for one that has to be made
-  std::vector<std::int32_t> deleted_;     ///< objects whose place another one took
-  std::vector<std::size_t> moved_;        ///< places whose object has to move in the Core
+  NamedBlock<double> xx_, fxx_;         ///< where the Core will have the images, and folded fractions of that
+  NamedBlock<std::int32_t> link_;       ///< above 0 for a place that is an atom of the crystal
+  NamedBlock<std::int32_t> symparent_;  ///< of a place: its atom, from 1; of a dropped atom: the place of its partner
+  NamedBlock<std::int32_t> spparent_;   ///< of a dropped image: the place, from 1, that stands for it
+  NamedBlock<std::int32_t> holder_;     ///< object of the Core at a place, 0 for one that has to be made
+  std::vector<std::int32_t> deleted_;   ///< objects whose place another one took
+  std::vector<std::size_t> moved_;      ///< places whose object has to move in the Core
 };
 
 }  // namespace pathstat

@@ -46,7 +46,9 @@ TEST(SymmetryImages, stand_behind_the_atoms_operator_by_operator_with_their_bond
   model.vectors["Velocity"] = {{1, 2, 3}, {0, 0, 0}};
   ASSERT_TRUE(expand_symmetry(model));
   EXPECT_THAT(model.ids, ElementsAre(7, 40, 41, 42, 43, 44));
-  EXPECT_THAT(model.image_operators, ElementsAre(2, 2, 3, 3));
+  std::vector<std::int32_t> operators;
+  for (const auto& origin : model.image_origins) operators.push_back(origin.op);
+  EXPECT_THAT(operators, ElementsAre(2, 2, 3, 3));
   EXPECT_THAT(model.atom_images[1], ElementsAre(3, 5));
   EXPECT_EQ(model.positions[3], (Vector3{-2, -2, -3}));
   EXPECT_EQ(model.positions[4], (Vector3{3, -2, 11}));

@@ -279,6 +279,7 @@ constexpr MessageRow rows[] = {
     {"CrystalNoGroup", error, "", "The model's space group is not one that is known."},
     {"CrystalInconsistentLattice", error, "", "The cell does not fit the lattice type of the space group."},
     {"CrystalTooManyBonds", error, "", "Too many atoms lie within bonding distance of each other."},
+    {"sfcBuild1", error, "", "Too many atoms of the slab lie within bonding distance of each other."},
     {"CrystalOverSpecCell", warning, "", "Some atoms are translational copies of others in the cell."},
     {"CrystalWarnCharge", warning, "", "An atom that is a copy of another has a charge."},
     {"CrystalTransCopy", note, "ii", "Atom {0} is a translational copy of atom {1}."},

@@ -32,7 +32,6 @@ struct Neighbours {
       atoms[next[second]++] = first;
     }
   }
-
 };
 
 class MoleculeFinder {
@@ -96,7 +95,8 @@ class MoleculeFinder {
     if (neighbours_.cells.empty() || neighbours_.cells[neighbour] == nearest) return nearest;
     const auto reach = [&](const Translation& cell) { return dveclen_(translated(bond, model_.cell, cell)); };
     const auto& made = neighbours_.cells[neighbour];
-    const bool has_gone_round = neighbours_.atoms[neighbour] != atom && reach(made) > reach(nearest) + stretch * narrowest_;
+    const bool has_gone_round =
+        neighbours_.atoms[neighbour] != atom && reach(made) > reach(nearest) + stretch * narrowest_;
     return has_gone_round ? nearest : made;
   }
 

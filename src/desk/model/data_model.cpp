@@ -46,8 +46,8 @@ std::int32_t DataModel::object_named(std::string_view text) const {
 }
 
 std::int32_t DataModel::group_for(const MolecularModel& model) {
-  const bool may_have = model.periodic_type == periodic_3d ||
-                        (model.periodic_type == not_periodic && model.symmetry.size() > 0);
+  const bool may_have =
+      model.periodic_type == periodic_3d || (model.periodic_type == not_periodic && model.symmetry.size() > 0);
   if (!may_have) return 0;
   if (model.symmetry.size() < 2) return group_ids_.front();
   for (std::size_t k = 0; k < groups_.size(); ++k) {

@@ -26,7 +26,7 @@ struct ModelObject {
   std::int32_t number = 0;  ///< models are numbered from 1 as they come
   std::int32_t first_atom = 0;
   std::vector<std::int32_t> atom_ids;  ///< by place; empty while the atoms have identifiers in a row from `first_atom`
-  std::vector<std::int32_t> kept_images;  ///< periodic images that are part of the model, by identifier
+  std::vector<std::int32_t> kept_images;    ///< periodic images that are part of the model, by identifier
   std::vector<std::int32_t> monitor_ids;    ///< in the order of `data`
   std::vector<std::size_t> plane_monitors;  ///< places of the monitors that are plane monitors
   std::vector<std::int32_t> plane_ids;      ///< two planes for each of them
@@ -118,7 +118,8 @@ class DataModel {
   /// The identifier of an atom's image; made on first use, then always the same. 0 if none is left.
   std::int32_t atom_image(ModelObject& model, std::size_t place, const Translation& image);
   /// Adds atoms to a model. @return the first of their identifiers, which stand in a row; 0 if they have run out
-  std::int32_t add_atoms(ModelObject& model, std::span<const std::uint8_t> elements, std::span<const Vector3> positions);
+  std::int32_t add_atoms(ModelObject& model, std::span<const std::uint8_t> elements,
+                         std::span<const Vector3> positions);
   /// Adds copies of the atoms at places, which are not sorted behind images before their origins are set.
   std::int32_t copy_atoms(ModelObject& model, std::span<const std::uint32_t> places);
   /// Ends atoms with all that is known of them, and images among the identifiers.

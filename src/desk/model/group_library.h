@@ -16,8 +16,8 @@ std::span<const SpaceGroup> library_groups();
 /// The operators of one of them, by its place, the identity first.
 SymmetryOperators library_operators(std::size_t place);
 
-/// True if a text names a group: its full symbol ("P 1 21/c 1", "R 3:H") with or without the mark of its setting, or its
-/// short one ("P21/c"); blanks and case do not matter.
+/// True if a text names a group: its full symbol ("P 1 21/c 1", "R 3:H") with or without the mark of its setting, or
+/// its short one ("P21/c"); blanks and case do not matter.
 bool is_name_of(std::size_t place, std::string_view text);
 
 }  // namespace pathstat::desk

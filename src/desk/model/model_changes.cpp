@@ -24,7 +24,8 @@ void DataModel::take_order(ModelObject& model, std::span<const std::uint32_t> or
   auto& slot = *slots_[find(model.id).model];
   std::size_t atoms_before = slot.images.empty() ? 0 : 1;
   for (const auto place : order) atoms_before = std::max<std::size_t>(atoms_before, place + std::size_t{1});
-  for (const auto& image : slot.images) atoms_before = std::max<std::size_t>(atoms_before, image.place + std::size_t{1});
+  for (const auto& image : slot.images)
+    atoms_before = std::max<std::size_t>(atoms_before, image.place + std::size_t{1});
   for (const auto& monitor : model.data.monitors) {
     for (const auto place : monitor.atoms) atoms_before = std::max<std::size_t>(atoms_before, place + std::size_t{1});
   }
@@ -164,7 +165,8 @@ bool DataModel::set_periodic_type(ModelObject& model, std::int32_t type) {
   return true;
 }
 
-/// Turns the periodic images that are part of a model into atoms, and its bonds into bonds between atoms that are there.
+/// Turns the periodic images that are part of a model into atoms, and its bonds into bonds between atoms that are
+/// there.
 void DataModel::images_to_atoms(ModelObject& model) {
   auto& slot = *slots_[find(model.id).model];
   auto& data = model.data;

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <string_view>
 
-#include "desk/model/elements.h"
 #include "desk/model/bond_search.h"
+#include "desk/model/elements.h"
 #include "desk/model/model_edit.h"
 #include "desk/ops/object_values.h"
 #include "structure/cell_bonds.h"
@@ -96,7 +96,8 @@ void delete_atoms(DataModel& data, const OperationCall& call, OperationReply& re
 
 void set_file_numbers(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto ids = call.integers(1), numbers = call.integers(2);
-  if (std::ranges::any_of(numbers, [](std::int32_t number) { return number < 0; })) return void(reply.error = bad_value);
+  if (std::ranges::any_of(numbers, [](std::int32_t number) { return number < 0; }))
+    return void(reply.error = bad_value);
   if (!common_model(data, ids, reply, false)) return;
   for (std::size_t k = 0; k < ids.size(); ++k) {
     const auto atom = data.atom(ids[k]);
@@ -268,7 +269,7 @@ void face_flags(DataModel& data, const OperationCall& call, OperationReply& repl
 }
 
 void clear_selections(DataModel& data, const OperationCall&, OperationReply&) {
-  data.select_atoms("none", {});
+  for (auto* model : data.models()) data.set_selected_atoms(*model, {});
   data.select_models(std::array<std::string, 1>{"none"});
 }
 
@@ -325,16 +326,16 @@ void set_symmetry_parents(DataModel& data, const OperationCall& call, OperationR
     if (operators[k] < 1 || operators[k] > most_group_operators) return void(reply.error = bad_value);
     origins[places[k]] = {parent_places[k], operators[k], triple_at(call.integers(4), k, model->data.periodic_type)};
   }
-  const bool flat = std::ranges::all_of(origins, [&](const ImageOrigin& origin) {
-    return origins[origin.parent].parent == origin.parent;
-  });
+  const bool flat = std::ranges::all_of(
+      origins, [&](const ImageOrigin& origin) { return origins[origin.parent].parent == origin.parent; });
   if (!flat) return void(reply.error = bad_value);
   data.set_origins(*model, std::move(origins));
 }
 
 /// An atom's status, 1 of the asymmetric unit or 2 an image, follows here from its parent.
 void set_symmetry_status(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  const bool known = std::ranges::all_of(call.integers(2), [](std::int32_t status) { return status == 1 || status == 2; });
+  const bool known =
+      std::ranges::all_of(call.integers(2), [](std::int32_t status) { return status == 1 || status == 2; });
   if (!known) return void(reply.error = bad_value);
   common_model(data, call.integers(1), reply, true);
 }

@@ -83,7 +83,8 @@ void set_cell_vectors_2d(DataModel& data, const OperationCall& call, OperationRe
 void set_cell_vectors_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {
   auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
-  set_cell(data, *model, type_of_cell(*model, periodic_3d), {vector_at(call, 1), vector_at(call, 2), vector_at(call, 3)}, reply);
+  set_cell(data, *model, type_of_cell(*model, periodic_3d),
+           {vector_at(call, 1), vector_at(call, 2), vector_at(call, 3)}, reply);
 }
 
 void symmetry_3d(DataModel& data, const OperationCall& call, OperationReply& reply) {

@@ -11,7 +11,8 @@ namespace {
 void add_object_array(DataModel& data, const OperationCall& call, OperationReply& reply) {
   if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
   const auto objects = call.integers(3);
-  data.set_user_value(call.integer(0), call.text(1), {UserValue::Kind::object_array, {objects.begin(), objects.end()}, 0});
+  data.set_user_value(call.integer(0), call.text(1),
+                      {UserValue::Kind::object_array, {objects.begin(), objects.end()}, 0});
 }
 
 /// The values of an owner's array; the result is how many there are.
