@@ -84,6 +84,7 @@ void find_of_each(DataModel& data, const OperationCall& call, OperationReply& re
   const auto objects = call.integers(2);
   std::vector<std::int32_t> flags(objects.size()), values(each * objects.size());
   for (std::size_t k = 0; k < objects.size(); ++k) {
+    if (!data.exists(objects[k])) reply.error = unknown_object;
     const auto* found = data.user_value(objects[k], call.text(1), kind);
     if (!found || found->values.size() != each) continue;
     flags[k] = 1;
@@ -93,8 +94,11 @@ void find_of_each(DataModel& data, const OperationCall& call, OperationReply& re
   reply.put(std::move(values));
 }
 
-void remove_from_each(DataModel& data, const OperationCall& call, OperationReply&) {
-  for (const auto id : call.integers(2)) data.remove_user_value(id, call.text(1));
+void remove_from_each(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  for (const auto id : call.integers(2)) {
+    if (!data.exists(id)) reply.error = unknown_object;
+    data.remove_user_value(id, call.text(1));
+  }
 }
 
 /// Removing what is not there is no fault.
