@@ -8,8 +8,8 @@
 
 #include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
+#include "crystals/crystal_images.h"
 #include "crystals/polymer_alignment.h"
-#include "crystals/symmetry_images.h"
 #include "crystals/unit_atoms.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_cell.h"
@@ -154,7 +154,7 @@ void Build::run(std::span<const std::int32_t> listed, std::int32_t& status) cons
 
   std::vector<std::int32_t> new_atoms;
   {
-    SymmetryImages images(frame, unit, group, status);
+    CrystalImages images(frame, unit, group, status);
     if (status == 0 && special == check_special_positions) images.settle(report, status);
     if (status == 0) images.create(new_atoms, status);
   }

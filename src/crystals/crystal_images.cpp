@@ -1,4 +1,4 @@
-#include "crystals/symmetry_images.h"
+#include "crystals/crystal_images.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,8 +19,8 @@ void make(NamedBlock<T>& block, std::string_view label, std::size_t count, std::
 
 }  // namespace
 
-SymmetryImages::SymmetryImages(const PeriodicFrame& frame, const UnitAtoms& unit, const GroupTable& group,
-                               std::int32_t& status)
+CrystalImages::CrystalImages(const PeriodicFrame& frame, const UnitAtoms& unit, const GroupTable& group,
+                             std::int32_t& status)
     : frame_(frame), unit_(unit), group_(group), atoms_(unit.size()), places_(unit.size() * group.size()) {
   if (std::cmp_greater(places_, most_objects)) status = impossible_count;
   make(xx_, "crystal/imagexx", 3 * places_, status);
@@ -47,13 +47,13 @@ SymmetryImages::SymmetryImages(const PeriodicFrame& frame, const UnitAtoms& unit
   }
 }
 
-void SymmetryImages::set_position(std::size_t place, const Vector3& x) {
+void CrystalImages::set_position(std::size_t place, const Vector3& x) {
   std::ranges::copy(x, xx_.span().subspan(3 * place).begin());
   std::ranges::copy(folded(frame_, frame_.fractional(x), false).fraction, fxx_.span().subspan(3 * place).begin());
   if (holder_.span()[place] != 0) moved_.push_back(place);
 }
 
-void SymmetryImages::settle(std::int32_t report, std::int32_t& status) {
+void CrystalImages::settle(std::int32_t report, std::int32_t& status) {
   find_over_specified(report, status);
   if (status != 0) return;
   std::vector<std::size_t> dropped;
@@ -68,7 +68,7 @@ void SymmetryImages::settle(std::int32_t report, std::int32_t& status) {
 }
 
 /// Drops the atoms that are images of others, with all their own images.
-void SymmetryImages::find_over_specified(std::int32_t report, std::int32_t& status) {
+void CrystalImages::find_over_specified(std::int32_t report, std::int32_t& status) {
   NamedBlock<std::int32_t> ids, types;
   make(ids, "crystal/imageid", places_, status);
   make(types, "crystal/imagetype", places_, status);
@@ -94,7 +94,7 @@ void SymmetryImages::find_over_specified(std::int32_t report, std::int32_t& stat
 }
 
 /// Of images of an atom that fall together, leaves the first at the mean of their positions.
-void SymmetryImages::drop_coincident(std::size_t atom) {
+void CrystalImages::drop_coincident(std::size_t atom) {
   const auto link = link_.span();
   for (auto place = atom; place < places_; place += atoms_) {
     if (link[place] <= 0) continue;
@@ -119,14 +119,14 @@ void SymmetryImages::drop_coincident(std::size_t atom) {
   }
 }
 
-std::size_t SymmetryImages::survivor_of(std::size_t place) const {
+std::size_t CrystalImages::survivor_of(std::size_t place) const {
   while (spparent_.span()[place] > 0) place = static_cast<std::size_t>(spparent_.span()[place] - 1);
   return place;
 }
 
 /// Brings back an atom of the unit that was dropped in favour of an image: it becomes that image, and where it is
 /// closer than the tolerance it moves there.
-void SymmetryImages::take_place_of_partner(std::size_t atom) {
+void CrystalImages::take_place_of_partner(std::size_t atom) {
   const auto place = survivor_of(static_cast<std::size_t>(symparent_.span()[atom] - 1));
   auto& holder = holder_.span()[place];
   if (holder != 0) deleted_.push_back(holder);
@@ -137,7 +137,7 @@ void SymmetryImages::take_place_of_partner(std::size_t atom) {
   set_position(place, most < frame_.length ? partner : own);
 }
 
-void SymmetryImages::create(std::vector<std::int32_t>& new_atoms, std::int32_t& status) {
+void CrystalImages::create(std::vector<std::int32_t>& new_atoms, std::int32_t& status) {
   std::ranges::sort(deleted_);
   const auto is_gone = [&](std::int32_t object) { return std::ranges::binary_search(deleted_, object); };
   std::vector<std::size_t> kept, made;

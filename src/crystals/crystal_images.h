@@ -14,10 +14,10 @@ namespace pathstat {
 ///
 /// Each place is an atom of the unit under an operator, counted operator by operator; a place's image may fall
 /// together with another and is dropped in its favour.
-class SymmetryImages {
+class CrystalImages {
  public:
   /// Makes the images. @param status  0; 1 no memory; images that can't be folded
-  SymmetryImages(const PeriodicFrame& frame, const UnitAtoms& unit, const GroupTable& group, std::int32_t& status);
+  CrystalImages(const PeriodicFrame& frame, const UnitAtoms& unit, const GroupTable& group, std::int32_t& status);
 
   /// Finds conflicts between images and atoms on special positions: of images that fall together one is left, at
   /// their mean position, and an atom of the unit that is the image of another takes that image's place.
