@@ -281,6 +281,21 @@ class RealRuns(Case):
         self.assertEqual(len(run.model["Bond"]), 2 * 432)
 
 
+class Analyses(Case):
+    def test_a_pair_of_files_becomes_a_report(self):
+        code, told, trouble = pathdesk("analyse", GROMACS + "tpr", GROMACS + "trr", "--out", self.path("out"), "--first", 1,
+                                       "--format", "tsv,html")
+        self.assertEqual((code, trouble), (0, ""), told + trouble)
+        made = os.listdir(self.path("out"))
+        for name in ("analyse.script", "report.html", "water.trj", "water.qfx"):
+            self.assertIn(name, made)
+        with open(self.path("out/analyse.script"), encoding="utf-8") as file:
+            script = file.read()
+        for line in ('SELECT_PROPERTIES "Kinetic Energy" Temperature Volume Density "Cell Parameters"', "LINEAR_FIT", "VAC",
+                     "POWER_SPECTRUM", "RDF_TYPE H H", "RDF_TYPE H O", "RDF_TYPE O O"):
+            self.assertIn(line + "\n", script)
+
+
 class Refusals(Case):
     """What is wrong is one line, and nothing is left behind."""
 

@@ -16,6 +16,9 @@ struct ImportWords {
   std::string ensemble;
 };
 
+/// Adds the options that say which frames and atoms come in, and how.
+void add_import_options(CLI::App& app, ImportOptions& options);
+
 /// Adds `import` with its options.
 CLI::App* add_import_command(CLI::App& app, ImportWords& words);
 

@@ -14,6 +14,7 @@
 
 #include "desk/advice/nearest.h"
 #include "desk/advice/trajectory_advice.h"
+#include "desk/cli/analyse_command.h"
 #include "desk/cli/command_help.h"
 #include "desk/cli/file_info.h"
 #include "desk/cli/import_command.h"
@@ -35,6 +36,7 @@ constexpr const char* about =
     "pathdesk run takes a command script, pathdesk shell takes commands as they are typed,\n"
     "pathdesk panel shows plots and the structure in a browser,\n"
     "pathdesk info tells what a trajectory or a model file holds, pathdesk words what the command words mean,\n"
+    "pathdesk analyse makes a whole analysis of the files of a run,\n"
     "pathdesk import brings in runs of other programs, pathdesk export writes frames and atoms in their formats.";
 
 std::string script_help() {
@@ -201,6 +203,9 @@ int main_of(int argc, char** argv) {
   info->add_option("FILE", file, "The file")->required()->option_text(" ");
   ImportWords import_words;
   auto* import = add_import_command(app, import_words);
+  AnalyseWords analyse_words;
+  auto* analyse = add_analyse_command(app, analyse_words);
+  add_run_options(analyse, options, words);
 
   add_made_texts(app);
   try {
@@ -225,6 +230,7 @@ int main_of(int argc, char** argv) {
   if (exported->parsed()) return run_export(part);
   if (info->parsed()) return print_file_info(file);
   if (import->parsed()) return run_import(std::move(import_words));
+  if (analyse->parsed()) return run_analyse(options, std::move(analyse_words));
   fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;
 }

@@ -31,12 +31,15 @@ std::string why_no_script(const fs::path& path) {
       return fmt::format("{} is a folder, not a script", name);
     case FileKind::trajectory:
       return fmt::format(
-          "{0} is a trajectory, not a script; try pathdesk info {0}, or write a script that begins with TRAJECTORY {0}",
+          "{0} is a trajectory, not a script; try pathdesk analyse {0}, pathdesk info {0}, or a script that begins "
+          "with "
+          "TRAJECTORY {0}",
           name);
     case FileKind::model:
       return fmt::format("{0} is a model, not a script; try pathdesk info {0}", name);
     case FileKind::binary:
-      return fmt::format("{} is not a text, and so not a script", name);
+      return fmt::format("{0} is not a text, and so not a script; if it is a trajectory: pathdesk analyse TOPOLOGY {0}",
+                         name);
     case FileKind::text:
       return {};
   }
