@@ -76,7 +76,8 @@ CellShift GroupTable::turned(std::size_t op, const CellShift& shift) const {
 GroupTable group_table(std::int32_t group, std::int32_t& status) {
   GroupTable table;
   table.codes.resize(most_group_operators), table.index.resize(most_group_operators);
-  table.rotations.resize(9 * most_group_operators), table.translations.resize(3 * most_group_operators);
+  constexpr std::size_t most = most_group_operators;
+  table.rotations.resize(9 * most), table.translations.resize(3 * most);
   std::int32_t count = 0;
   sym_constructgrouptable_(group, count, table.rotations, table.translations, table.codes, table.index, status);
   if (status != 0) return {};

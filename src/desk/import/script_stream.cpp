@@ -57,6 +57,7 @@ std::string ScriptStream::start(const std::string& script, const std::vector<std
   std::vector<std::string> words{"python3", path.string()};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (auto& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
 
