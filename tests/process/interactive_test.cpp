@@ -346,7 +346,7 @@ TEST_F(Program, says_in_one_line_what_a_file_is_that_is_no_script) {
   write_script("EXTREMA_NUMBER 5\n");
   for (const auto& [arguments, told] :
        {std::pair{"run '" EXAMPLES_DIR "/butane/butane.trj'",
-                  "butane.trj is a trajectory, not a script; try pathdesk info"},
+                  "butane.trj is a trajectory, not a script; try pathdesk analyse"},
         {"run '" EXAMPLES_DIR "/butane/butane.qfx'", "butane.qfx is a model, not a script"},
         {"run '" PATHDESK_PROGRAM "'", "is not a text, and so not a script"},
         {"lines", "to run a script: pathdesk run lines"},
