@@ -90,6 +90,7 @@ std::vector<std::string_view> frequent_elements(const MolecularModel& model) {
   std::vector<std::pair<std::uint8_t, std::size_t>> order(counts.begin(), counts.end());
   std::ranges::stable_sort(order, std::greater{}, [](const auto& entry) { return entry.second; });
   std::vector<std::string_view> symbols;
+  symbols.reserve(order.size());
   for (const auto& [element, count] : order) symbols.push_back(elements()[element].symbol);
   symbols.resize(std::min(symbols.size(), most_elements));
   return symbols;

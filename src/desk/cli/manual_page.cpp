@@ -172,7 +172,7 @@ _pathdesk_files() {
 
 std::string manual_page(const CLI::App& app, const std::string& version) {
   const auto parts = parts_of(app);
-  const auto name = app.get_name();
+  const auto& name = app.get_name();
   auto page = fmt::format(".TH {} 1 \"\" \"{} {}\" \"User Commands\"\n.SH NAME\n", upper(name), name, version);
   page += roff_line(name + " - analyses trajectories of molecular dynamics") + ".SH SYNOPSIS\n";
   for (const auto* part : parts) page += ".B " + roff_line(name) + roff_line(synopsis(*part)) + ".br\n";

@@ -126,8 +126,9 @@ std::vector<std::uint32_t> rearrange(MolecularModel& model, std::span<const std:
     return parent == place || new_place[parent] == none;
   };
   std::vector<std::uint32_t> taken(order.begin(), order.end());
-  std::ranges::stable_partition(taken, is_own);
+  std::stable_partition(taken.begin(), taken.end(), is_own);
   std::vector<std::uint8_t> own;
+  own.reserve(taken.size());
   for (const auto place : taken) own.push_back(is_own(place) ? 1 : 0);
   for (std::uint32_t k = 0; k < taken.size(); ++k) new_place[taken[k]] = k;
 
