@@ -14,7 +14,7 @@ constexpr Rows rows{{
 constexpr std::array<std::int32_t, cube_cases> counted() {
   std::array<std::int32_t, cube_cases> counts{};
   for (std::size_t k = 0; k < cube_cases; ++k) {
-    while (rows[k][static_cast<std::size_t>(4 * counts[k])] != 0) ++counts[k];
+    while (rows[k][std::size_t{4} * static_cast<std::size_t>(counts[k])] != 0) ++counts[k];
   }
   return counts;
 }

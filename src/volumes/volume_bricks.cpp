@@ -63,7 +63,8 @@ bool kva_vol_ghbmd_(std::int32_t unit, std::int32_t brick, std::int32_t points_x
   for (std::int32_t z = 0; z < points_z; ++z) {
     for (std::int32_t y = 0; y < points_y; ++y) {
       for (std::int32_t x = 0; x < points_x && at < copy.size(); ++x) {
-        copy[at++] = as_short(raw, grid_type, static_cast<std::size_t>((z * edge + y) * edge + x));
+        const auto place = (z * edge + y) * edge + x;
+        copy[at++] = as_short(raw, grid_type, static_cast<std::size_t>(place));
       }
     }
   }
