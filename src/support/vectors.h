@@ -105,7 +105,9 @@ constexpr void matrix_unit(MatrixOut<T> unit) {
 template <class T>
 void matrix_inverse(MatrixIn<T> m, MatrixOut<T> inverse, std::int32_t& status) {
   static_assert(std::is_floating_point_v<T>);
-  const auto minor = [&](int a, int b, int c, int d) { return Wide<T>(m[a]) * m[b] - Wide<T>(m[c]) * m[d]; };
+  const auto minor = [&](std::size_t a, std::size_t b, std::size_t c, std::size_t d) {
+    return Wide<T>(m[a]) * m[b] - Wide<T>(m[c]) * m[d];
+  };
   const std::array<Wide<T>, 9> adjugate{minor(4, 8, 5, 7), minor(2, 7, 1, 8), minor(1, 5, 2, 4),
                                         minor(5, 6, 3, 8), minor(0, 8, 2, 6), minor(2, 3, 0, 5),
                                         minor(3, 7, 4, 6), minor(1, 6, 0, 7), minor(0, 4, 1, 3)};
