@@ -108,19 +108,18 @@ Array grid_counts(const Array& positions, const Array& box, const std::array<std
   }
   std::vector<std::int32_t> places(frames.atoms);
   for (std::size_t k = 0; k < places.size(); ++k) places[k] = static_cast<std::int32_t>(k);
-  std::optional<NumberDensity> density;
   bool flat = false;
   Array result({points[2], points[1], points[0]});
   const auto room = room_of(result);
   {
     const KernelCall call;
-    density.emplace(points);
+    NumberDensity density(points);
     for (std::size_t f = 0; f < frames.count && !flat; ++f) {
       const auto [a, b, c] = boxes.vectors(f);
-      flat = !density->add(frames.frame(f), places, {a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]});
+      flat = !density.add(frames.frame(f), places, {a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]});
       KernelCall::ask_for_signals();
     }
-    std::ranges::copy(density->counts(), room.begin());
+    std::ranges::copy(density.counts(), room.begin());
   }
   if (flat) throw py::value_error("a box has no volume");
   return result;

@@ -17,34 +17,34 @@
 namespace pathstat::python {
 namespace {
 
-constexpr py::ssize_t fewest_transformed = 4;
+constexpr std::size_t fewest_transformed = 4;
 
-Array series_of(const Array& array, const char* name) {
+std::span<const double> series_of(const Array& array, const char* name) {
   if (array.ndim() != 1) throw py::value_error(std::string(name) + " must have one dimension");
-  return array;
+  return values_of(array);
 }
 
 Array cosine_transform(const Array& values) {
-  if (series_of(values, "the values").size() < fewest_transformed)
-    throw py::value_error("the transform needs four points or more");
+  const auto given = series_of(values, "the values");
+  if (given.size() < fewest_transformed) throw py::value_error("the transform needs four points or more");
   Array result(values.size());
   const auto room = room_of(result);
-  std::ranges::copy(values_of(values), room.begin());
+  std::ranges::copy(given, room.begin());
   const KernelCall call;
   fftcos_(room, room);
   return result;
 }
 
 py::tuple line_fit(const Array& values, std::int32_t offset) {
-  if (series_of(values, "the values").size() < 2) throw py::value_error("a line needs two points or more");
+  const auto given = series_of(values, "the values");
+  if (given.size() < 2) throw py::value_error("a line needs two points or more");
   double slope = 0, intercept = 0;
-  linefit_(values_of(values), slope, intercept, offset);
+  linefit_(given, slope, intercept, offset);
   return py::make_tuple(slope, intercept);
 }
 
 py::dict statistics(const Array& values) {
-  series_of(values, "the series");
-  const auto numbers = values_of(values);
+  const auto numbers = series_of(values, "the series");
   desk::SeriesStatistics found;
   {
     const KernelCall call;

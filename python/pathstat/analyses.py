@@ -91,16 +91,10 @@ class Analysis:
         return pandas.DataFrame(self._columns())
 
 
-def _cells(cells: np.ndarray) -> np.ndarray:
+def _cells(cells: np.ndarray) -> Any:
     if not (cells[:, :3] > 0).all():
         raise ValueError("a frame has no cell, and this analysis needs one")
-    vectors = kernels.box_vectors(cells)
-    assert vectors is not None
-    return vectors
-
-
-def _volumes(vectors: np.ndarray) -> np.ndarray:
-    return np.abs(np.einsum("fi,fi->f", vectors[:, 0], np.cross(vectors[:, 1], vectors[:, 2])))
+    return kernels.box_vectors(cells)
 
 
 def _count_pairs(
@@ -111,7 +105,7 @@ def _count_pairs(
     vectors = _cells(cells)
     counts = kernels.pair_counts(positions, others, box=vectors, cutoff=cutoff, bins=bins)
     # Counts are whole numbers, whose sums are exact.
-    return counts.sum(axis=0), _volumes(vectors)
+    return counts.sum(axis=0), kernels.cell_volumes(vectors)
 
 
 class RDF(Analysis):
@@ -273,7 +267,7 @@ def _sum_dipoles(
     universe: Any, frames: Any, indices: np.ndarray, charges: np.ndarray, molecules: np.ndarray
 ) -> Tuple[np.ndarray, np.ndarray]:
     positions, cells = read_block(universe, frames, indices, "positions")
-    return kernels.dipoles(positions, charges, molecules), _volumes(_cells(cells))
+    return kernels.dipoles(positions, charges, molecules), kernels.cell_volumes(_cells(cells))
 
 
 class Dielectric(Analysis):
@@ -305,7 +299,7 @@ class Dielectric(Analysis):
 def _count_atoms(universe: Any, frames: Any, indices: np.ndarray, points: Sequence[int]) -> Tuple[np.ndarray, np.ndarray]:
     positions, cells = read_block(universe, frames, indices, "positions")
     vectors = _cells(cells)
-    return _kernels.grid_counts(positions, box=vectors, points=list(points)), _volumes(vectors)
+    return _kernels.grid_counts(positions, box=vectors, points=list(points)), kernels.cell_volumes(vectors)
 
 
 class Density(Analysis):
@@ -320,9 +314,8 @@ class Density(Analysis):
     def _compute(self, client: Any) -> None:
         points = self.points
         if points is None:
-            self.universe.trajectory[int(self.frames[0])]
-            lengths = np.asarray(self.universe.dimensions[:3], float)
-            points = [int(n) for n in np.maximum(1, np.rint(lengths / self.spacing))]
+            _, cells = read_block(self.universe, self.frames[:1], self.group[:1], "positions")
+            points = kernels.grid_points(_cells(cells), self.spacing)
         found = list(self._by_frames(client, _count_atoms, self.group, points))
         counts = sum(block[0] for block in found)
         volume = np.concatenate([block[1] for block in found]).mean()

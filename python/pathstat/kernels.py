@@ -1,8 +1,8 @@
 """The kernels of pathstat over NumPy arrays.
 
 Arrays of 64-bit floats in C order are taken as they stand; NumPy makes a copy of others. Every kernel lets other threads
-of Python run, uses all processors (`set_threads`), gives the same bits for any number of them, and stops between its
-pieces on Ctrl-C. Wrong shapes and values raise ValueError.
+of Python run, uses all processors (`set_threads`), gives the same bits for any number of them, and the long ones stop
+between their pieces on Ctrl-C. Wrong shapes and values raise ValueError.
 """
 
 from __future__ import annotations
@@ -94,6 +94,19 @@ def box_vectors(dimensions: Optional[ArrayLike]) -> Optional[Floats]:
     return vectors
 
 
+def cell_volumes(vectors: Any) -> Floats:
+    """Volumes (Å³) of cells given by their vectors as rows: one for (3, 3), an array for (frames, 3, 3)."""
+    return np.abs((vectors[..., 0, :] * np.cross(vectors[..., 1, :], vectors[..., 2, :])).sum(axis=-1))
+
+
+def grid_points(vectors: Any, spacing: float) -> Sequence[int]:
+    """Points of a grid over the first of the cells along its vectors, at least one, as near to the spacing (Å) as can be."""
+    if not spacing > 0:
+        raise ValueError("spacing must be above 0")
+    lengths = np.linalg.norm(vectors.reshape(-1, 3, 3)[0], axis=1)
+    return [int(n) for n in np.maximum(1, np.rint(lengths / spacing))]
+
+
 def pair_counts(
     positions: ArrayLike,
     others: Optional[ArrayLike] = None,
@@ -129,15 +142,15 @@ def rdf(
     counts = pair_counts(positions, others, box=box, cutoff=cutoff, bins=bins)
     first = np.shape(positions)[-2]
     pairs = float(first) * (first if others is None else np.shape(others)[-2])
-    vectors = np.broadcast_to(box_vectors(box), (len(counts), 3, 3))
+    volumes = np.broadcast_to(cell_volumes(box_vectors(box)), len(counts))
     spacing = cutoff / bins
     places = np.arange(1, bins + 1, dtype=float)
     norm = 1.0 / (pairs * spacing * (4 * np.pi) * spacing * spacing) / ((places - 1) * places + 0.25)
     g = np.zeros(bins)
-    volume = 0.0
-    for frame, (found, cell) in enumerate(zip(counts, vectors), start=1):
-        volume += (abs(np.dot(cell[0], np.cross(cell[1], cell[2]))) - volume) / frame
-        g += (found * (norm * volume) - g) / frame
+    mean = 0.0
+    for frame, (found, volume) in enumerate(zip(counts, volumes), start=1):
+        mean += (volume - mean) / frame
+        g += (found * (norm * mean) - g) / frame
     return Distribution((places - 0.5) * spacing, g, counts.sum(axis=0))
 
 
@@ -309,17 +322,11 @@ def density(positions: ArrayLike, *, box: ArrayLike, spacing: float = 0.5, point
     the first cell and the wanted spacing, Å.
     """
     vectors = box_vectors(box)
-    assert vectors is not None
     if points is None:
-        if not spacing > 0:
-            raise ValueError("spacing must be above 0")
-        lengths = np.linalg.norm(vectors.reshape(-1, 3, 3)[0], axis=1)
-        points = [int(n) for n in np.maximum(1, np.rint(lengths / spacing))]
+        points = grid_points(vectors, spacing)
     counts = _kernels.grid_counts(positions, box=vectors, points=list(points))
-    cells = vectors.reshape(-1, 3, 3)
-    volumes = np.abs(np.einsum("fi,fi->f", cells[:, 0], np.cross(cells[:, 1], cells[:, 2])))
-    frames = 1 if np.ndim(positions) == 2 else len(np.asarray(positions))
-    return counts / (frames * volumes.mean() / np.prod(points))
+    frames = 1 if np.ndim(positions) == 2 else len(positions)  # type: ignore[arg-type]
+    return counts / (frames * cell_volumes(vectors).mean() / np.prod(points))
 
 
 def summary(series: ArrayLike) -> Dict[str, Any]:
