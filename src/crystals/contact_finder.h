@@ -23,8 +23,7 @@ void kva_initfindcont_(std::span<const double> xyz, double minimum_box, std::spa
 /// @param self        with half = 0 an atom that is left out, 0 for none; with half = 1 the atom whose point it is
 /// @param list        filled with atoms, from 1; the search stops when it is full
 /// @param half        0: all atoms; 1: those in boxes before the point's own, and those of its own below `self`, so
-/// that
-///                    a loop over all atoms meets each pair once
+///                    that a loop over all atoms meets each pair once
 /// @param status      0; 1 a radius beyond the size of a box, or no number, with no atom found
 void kva_findcontact_(std::span<const double> xyz, std::span<const std::int32_t> links, const Vector3& point,
                       std::int32_t self, double radius, std::span<std::int32_t> list, std::int32_t& count,

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <new>
 #include <numeric>
 
 #include "coreapi/messages.h"
-#include "coreapi/object_counts.h"
 #include "crystals/crystal_images.h"
 #include "crystals/polymer_alignment.h"
 #include "crystals/unit_atoms.h"
@@ -15,6 +13,7 @@
 #include "structure/crystal_cell.h"
 #include "structure/crystal_lattice.h"
 #include "structure/crystal_vectors.h"
+#include "support/within_memory.h"
 
 namespace pathstat {
 
@@ -22,34 +21,11 @@ using namespace build_option;
 
 namespace {
 
-constexpr std::int32_t with_images = 3;
 constexpr std::int32_t operators_by_hand = 2;  ///< symmetry mode of a model whose operators come from no library
 
 struct CellVectors {
   Vector3 a{}, b{}, c{};
 };
-
-/// Runs a step that makes arrays as it goes. @param status  1 for lack of memory
-template <class Step>
-void within_memory(std::int32_t& status, Step step) {
-  try {
-    step();
-  } catch (const std::bad_alloc&) {
-    status = 1;
-  } catch (const std::length_error&) {
-    status = 1;
-  }
-}
-
-std::vector<std::int32_t> atoms_of_model(std::int32_t model, std::int32_t selector, std::int32_t& status) {
-  std::int32_t count = 0, told = 0;
-  count_atoms(model, selector, count, status);
-  if (status != 0 || count == 0) return {};
-  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
-  kvd_mod_atomlist_(model, selector, atoms, told, status);
-  if (status == 0 && told != count) status = atoms_do_not_match;
-  return atoms;
-}
 
 /// Holds the cell against its lattice type. A cell that differs by no more than rounding is put right in the Core.
 void check_cell(std::int32_t model, std::int32_t group, CellVectors& cell, std::int32_t& status) {
@@ -140,14 +116,13 @@ void Build::run(std::span<const std::int32_t> listed, std::int32_t& status) cons
 
   std::vector<std::int32_t> atoms(listed.begin(), listed.end());
   if (is_new) {
-    const auto all = atoms_of_model(model, with_images, status);
+    atoms = atoms_of(model, AtomSelector::with_images, status);
     if (status != 0) return;
-    if (!atoms.empty() && atoms.size() != all.size()) return void(status = atoms_do_not_match);
-    atoms = all;
+    if (!listed.empty() && listed.size() != atoms.size()) return void(status = atoms_do_not_match);
     kvd_mod_applytransform_(model, status);
   }
   if (status != 0 || atoms.empty()) return;
-  UnitAtoms unit(frame, atoms, faces == face_flags, status);
+  UnitAtoms unit(frame, atoms, status);
   if (status == 0 && is_new) kvd_mod_setperiodictype_(model, periodic_type::three_dimensional, status);
   if (status == 0 && special == check_special_positions) unit.remove_duplicates(model, crystal_names, report, status);
   if (status != 0) return;
@@ -168,7 +143,7 @@ void Build::run(std::span<const std::int32_t> listed, std::int32_t& status) cons
 
 /// Numbers the atoms from 1 and writes down how the crystal was built.
 void Build::finish(std::int32_t& status) const {
-  const auto atoms = atoms_of_model(model, with_images, status);
+  const auto atoms = atoms_of(model, AtomSelector::with_images, status);
   std::vector<std::int32_t> ids(atoms.size());
   std::iota(ids.begin(), ids.end(), 1);
   if (status == 0) kvd_setid_(atoms, ids, status);
@@ -218,7 +193,7 @@ void crystalbuilder_(std::int32_t model, std::int32_t build, std::span<const std
                      std::int32_t report, std::int32_t& status) {
   status = 0;
   const Build run{model, build == 1, special, tolerance, bonding, display, faces, report};
-  within_memory(status, [&] { run.run(atoms, status); });
+  if (!within_memory([&] { run.run(atoms, status); })) status = 1;
 }
 
 void crystal_buildcrystal_(std::int32_t model, std::int32_t special, double tolerance, std::int32_t bonding,
@@ -228,13 +203,12 @@ void crystal_buildcrystal_(std::int32_t model, std::int32_t special, double tole
   kvd_mod_periodictype_(model, type, status);
   if (status == 0 && type != periodic_type::none) status = 1;
   std::vector<CellBond> links;
-  if (status == 0 && alignment == align_polymer) {
-    within_memory(status, [&] { align(model, bonding, links, status); });
-  }
+  const bool aligns = status == 0 && alignment == align_polymer;
+  if (aligns && !within_memory([&] { align(model, bonding, links, status); })) status = 1;
   if (status == 0) kvd_mod_symmetrymode_(model, mode, status);
   if (status == 0 && mode == operators_by_hand) {
     kvd_mod_3dsymmetry_(model, group, status);
-    if (status == 0) within_memory(status, [&] { checksym_(group, status); });
+    if (status == 0 && !within_memory([&] { checksym_(group, status); })) status = 1;
     if (status != 0) return show_message("CrystalNoGroup");
   }
   if (status == 0) kvd_sel_clearall_(status);

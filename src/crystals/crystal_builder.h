@@ -18,7 +18,7 @@ constexpr std::int32_t atoms_do_not_match = 50311;
 /// Turns a model whose atoms are an asymmetric unit into a crystal.
 /// @param status  0; 1 a periodic model or no memory; the codes above; that of the Core
 void kva_cry_buildcrystal_(std::int32_t model, std::int32_t options, std::int32_t report, std::int32_t& status);
-/// The same with the options as they are to be.
+/// The same with the options as they are to be, which are fields of build_option.
 /// @param tolerance  Å
 void crystal_buildcrystal_(std::int32_t model, std::int32_t special, double tolerance, std::int32_t bonding,
                            std::int32_t display, std::int32_t faces, std::int32_t alignment, std::int32_t report,
@@ -27,6 +27,7 @@ void crystal_buildcrystal_(std::int32_t model, std::int32_t special, double tole
 /// @param status  0; 1 a model that is no crystal; the codes above; that of the Core
 void kva_cry_addtocrystal_(std::int32_t model, std::span<const std::int32_t> atoms, std::int32_t options,
                            std::int32_t report, std::int32_t& status);
+/// The same with the options as they are to be.
 void crystal_addtocrystal_(std::int32_t model, std::span<const std::int32_t> atoms, std::int32_t special,
                            double tolerance, std::int32_t bonding, std::int32_t display, std::int32_t faces,
                            std::int32_t report, std::int32_t& status);
@@ -36,6 +37,7 @@ void crystalbuilder_(std::int32_t model, std::int32_t build, std::span<const std
                      std::int32_t report, std::int32_t& status);
 /// Takes a crystal back to its asymmetric unit: images go, copies across faces that the model had come back. A model
 /// that is no crystal stays as it is.
+/// @param status  0; 1 file numbers of more than half of 32 bits or no memory; atoms_do_not_match; that of the Core
 void kva_cry_unbuildcrystal_(std::int32_t model, std::int32_t& status);
 
 /// Sees whether the operators of a group are a group.
@@ -46,7 +48,7 @@ void checksym_(std::int32_t group, std::int32_t& status);
 /// Of the options there are the bonding field and the two of the display.
 /// @param status  0; 1 a periodic model or no memory; that of the crystal routines; that of the Core
 void kva_sfc_buildsurfacefrommodel_(std::int32_t model, std::int32_t options, std::int32_t& status);
-/// Takes a slab back to a model that isn't periodic.
+/// Takes a slab back to a model that isn't periodic. @param status  as of kva_cry_unbuildcrystal_
 void kva_sfc_unbuildsurface_(std::int32_t model, std::int32_t& status);
 
 inline constexpr auto& kvA_CRY_BuildCrystal = kva_cry_buildcrystal_;

@@ -63,8 +63,9 @@ std::int32_t application_of(std::string_view name) {
 }
 
 template <class T>
-T preference(const Setting<T>& setting) {
+T preference(const Setting<T>& setting, std::int32_t& status) {
   T value{};
+  status = 0;
   const auto application = application_of(setting.application);
   return application != 0 && find(application, setting.preference, value) ? value : setting.standard;
 }
@@ -77,9 +78,14 @@ void set_preference(const Setting<T>& setting, const T& value, std::int32_t& sta
 }
 
 template <class T>
-T built_with(const Setting<T>& setting, std::int32_t model) {
+T built_with(const Setting<T>& setting, std::int32_t model, std::int32_t& status) {
   T value{};
-  return find(model, setting.record, value) && is_set(value) ? value : preference(setting);
+  status = 0;
+  return find(model, setting.record, value) && is_set(value) ? value : preference(setting, status);
+}
+
+void split(const DisplaySetting& setting, std::int32_t& display, std::int32_t& faces) {
+  display = setting[0], faces = setting[1];
 }
 
 /// Removes records; those that are not there are no fault.
@@ -95,67 +101,56 @@ void remove(std::int32_t model, std::initializer_list<std::string_view> records,
 }  // namespace
 
 void crystal_symmetrytolerance_(double& tolerance, std::int32_t& status) {
-  status = 0;
-  tolerance = preference(tolerance_setting);
+  tolerance = preference(tolerance_setting, status);
 }
 void crystal_setsymmetrytolerance_(double tolerance, std::int32_t& status) {
   set_preference(tolerance_setting, tolerance, status);
 }
 void crystal_specialpositionpref_(std::int32_t& special, std::int32_t& status) {
-  status = 0;
-  special = preference(special_setting);
+  special = preference(special_setting, status);
 }
 void crystal_setspecialpositionpref_(std::int32_t special, std::int32_t& status) {
   set_preference(special_setting, special, status);
 }
 void crystal_bondingpref_(std::int32_t& bonding, std::int32_t& status) {
-  status = 0;
-  bonding = preference(bonding_setting);
+  bonding = preference(bonding_setting, status);
 }
 void crystal_setbondingpref_(std::int32_t bonding, std::int32_t& status) {
   set_preference(bonding_setting, bonding, status);
 }
 void crystal_displaypref_(std::int32_t& display, std::int32_t& faces, std::int32_t& status) {
-  status = 0;
-  const auto value = preference(display_setting);
-  display = value[0], faces = value[1];
+  split(preference(display_setting, status), display, faces);
 }
 void crystal_setdisplaypref_(std::int32_t display, std::int32_t faces, std::int32_t& status) {
   set_preference(display_setting, {display, faces}, status);
 }
 void crystal_polymeralignpref_(std::int32_t& alignment, std::int32_t& status) {
-  status = 0;
-  alignment = preference(alignment_setting);
+  alignment = preference(alignment_setting, status);
 }
 void crystal_setpolymeralignpref_(std::int32_t alignment, std::int32_t& status) {
   set_preference(alignment_setting, alignment, status);
 }
 
 void crystal_toleranceinfo_(std::int32_t model, double& tolerance, std::int32_t& status) {
-  status = 0;
-  tolerance = built_with(tolerance_setting, model);
+  tolerance = built_with(tolerance_setting, model, status);
 }
 void crystal_settoleranceinfo_(std::int32_t model, double tolerance, std::int32_t& status) {
   set(model, tolerance_setting.record, tolerance, status);
 }
 void crystal_specialpositioninfo_(std::int32_t model, std::int32_t& special, std::int32_t& status) {
-  status = 0;
-  special = built_with(special_setting, model);
+  special = built_with(special_setting, model, status);
 }
 void crystal_setspecialpositioninfo_(std::int32_t model, std::int32_t special, std::int32_t& status) {
   set(model, special_setting.record, special, status);
 }
 void crystal_bondinginfo_(std::int32_t model, std::int32_t& bonding, std::int32_t& status) {
-  status = 0;
-  bonding = built_with(bonding_setting, model);
+  bonding = built_with(bonding_setting, model, status);
 }
 void crystal_setbondinginfo_(std::int32_t model, std::int32_t bonding, std::int32_t& status) {
   set(model, bonding_setting.record, bonding, status);
 }
 void crystal_displayinfo_(std::int32_t model, std::int32_t& display, std::int32_t& faces, std::int32_t& status) {
-  status = 0;
-  const auto value = built_with(display_setting, model);
-  display = value[0], faces = value[1];
+  split(built_with(display_setting, model, status), display, faces);
 }
 void crystal_setdisplayinfo_(std::int32_t model, std::int32_t display, std::int32_t faces, std::int32_t& status) {
   set(model, display_setting.record, DisplaySetting{display, faces}, status);
@@ -166,16 +161,13 @@ void crystal_resetbuildinfo_(std::int32_t model, std::int32_t& status) {
 }
 
 void surface_bondingpref_(std::int32_t& bonding, std::int32_t& status) {
-  status = 0;
-  bonding = preference(slab_bonding_setting);
+  bonding = preference(slab_bonding_setting, status);
 }
 void surface_setbondingpref_(std::int32_t bonding, std::int32_t& status) {
   set_preference(slab_bonding_setting, bonding, status);
 }
 void surface_displaypref_(std::int32_t& display, std::int32_t& faces, std::int32_t& status) {
-  status = 0;
-  const auto value = preference(slab_display_setting);
-  display = value[0], faces = value[1];
+  split(preference(slab_display_setting, status), display, faces);
 }
 void surface_setdisplaypref_(std::int32_t display, std::int32_t faces, std::int32_t& status) {
   set_preference(slab_display_setting, {display, faces}, status);

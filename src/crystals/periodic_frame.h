@@ -60,7 +60,7 @@ struct PeriodicFrame {
 /// The frame of a crystal. @param tolerance  Å  @param status  that of the crystal routines for a flat cell
 PeriodicFrame crystal_frame(const Vector3& a, const Vector3& b, const Vector3& c, double tolerance,
                             std::int32_t& status);
-/// The frame of a slab.
+/// The frame of a slab. @param tolerance  Å  @param status  that of the crystal routines for a flat cell
 PeriodicFrame slab_frame(const Vector3& u, const Vector3& v, double tolerance, std::int32_t& status);
 
 /// What folding a point into the cell did.

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "coreapi/messages.h"
-#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "crystals/contact_finder.h"
 #include "support/identifier_index.h"
@@ -13,7 +12,6 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t with_images = 3;
 constexpr double coincident_squared = 1e-5;
 constexpr std::size_t most_contacts = 500;
 
@@ -89,16 +87,11 @@ GroupTable group_table(std::int32_t group, std::int32_t& status) {
 
 PeriodicNetwork::PeriodicNetwork(std::int32_t model, const PeriodicFrame& frame,
                                  std::span<const std::int32_t> new_atoms, std::int32_t& status)
-    : frame_(frame) {
-  std::int32_t count = 0, told = 0;
-  count_atoms(model, with_images, count, status);
-  if (status != 0 || count == 0) return;
-  objects_.resize(static_cast<std::size_t>(count));
-  kvd_mod_atomlist_(model, with_images, objects_, told, status);
-  if (status == 0 && told != count) status = impossible_count;
+    : frame_(frame), objects_(atoms_of(model, AtomSelector::with_images, status)) {
+  if (status != 0 || objects_.empty()) return;
   std::vector<double> xyz(3 * objects_.size());
   radii_.resize(objects_.size());
-  if (status == 0) kvd_xyz_(objects_, xyz, status);
+  kvd_xyz_(objects_, xyz, status);
   if (status == 0) kvd_atm_bondradius_(objects_, radii_, status);
   if (status != 0) return;
 
@@ -242,7 +235,7 @@ void PeriodicNetwork::find_bonds(std::int32_t bonding, std::string_view failure_
 /// Finds the partners of an atom in a neighbouring cell.
 void PeriodicNetwork::search_around(std::size_t atom, const CellShift& cell, std::int32_t bonding,
                                     std::vector<CellBond>& found, std::int32_t& status) {
-  std::array<std::int32_t, most_contacts> list{};
+  std::array<std::int32_t, most_contacts> list;
   std::int32_t count = 0;
   const Vector3 place{positions_[3 * atom], positions_[3 * atom + 1], positions_[3 * atom + 2]};
   const auto point = frame_.moved(place, plus({}, cell, -1));

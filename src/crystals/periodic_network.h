@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "crystals/model_bonds.h"
+#include "crystals/model_contents.h"
 #include "crystals/periodic_frame.h"
 #include "structure/symmetry_codes.h"
 
@@ -33,7 +33,7 @@ GroupTable group_table(std::int32_t group, std::int32_t& status);
 class PeriodicNetwork {
  public:
   /// @param new_atoms  objects that were built just now
-  /// @param status     0; 1 coordinates that can't be folded; that of the Core
+  /// @param status     0; 1 coordinates that can't be folded; those of atoms_of and bonds_of_model
   PeriodicNetwork(std::int32_t model, const PeriodicFrame& frame, std::span<const std::int32_t> new_atoms,
                   std::int32_t& status);
 

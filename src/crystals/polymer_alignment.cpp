@@ -7,7 +7,6 @@
 #include <unordered_map>
 
 #include "coreapi/messages.h"
-#include "coreapi/object_counts.h"
 #include "structure/crystal_vectors.h"
 
 namespace pathstat {
@@ -17,28 +16,39 @@ using namespace crystal;
 namespace {
 
 constexpr std::string_view dummy_type = "XX", head_type = "J1", tail_type = "J2";
-constexpr std::int32_t all_atoms = 3;
 constexpr double equal_lengths = 0.001;  // Å
 
 /// The atoms of a model as the alignment needs them.
 struct Polymer {
   std::vector<std::int32_t> objects, molecules;
   std::vector<double> xyz;
-  std::vector<CellBond> bonds;
   std::unordered_map<std::int32_t, std::size_t> places;
+  std::unordered_map<std::int32_t, std::vector<std::size_t>> members;  ///< of each molecule the places of its atoms
+  std::unordered_map<std::int32_t, std::int32_t> neighbours;  ///< the one atom that an atom is bonded to; 0 for several
 
-  Polymer(std::int32_t model, std::int32_t& status) {
-    std::int32_t count = 0, told = 0, molecule_count = 0;
-    count_atoms(model, all_atoms, count, status);
-    if (status != 0 || count == 0) return;
-    objects.resize(static_cast<std::size_t>(count)), molecules.resize(objects.size()), xyz.resize(3 * objects.size());
-    kvd_mod_atomlist_(model, all_atoms, objects, told, status);
-    if (status == 0) kva_con_moleculartag_(objects, molecules, molecule_count, status);
+  Polymer(std::int32_t model, std::int32_t& status) : objects(atoms_of(model, AtomSelector::with_images, status)) {
+    if (status != 0 || objects.empty()) return;
+    std::int32_t molecule_count = 0;
+    molecules.resize(objects.size()), xyz.resize(3 * objects.size());
+    kva_con_moleculartag_(objects, molecules, molecule_count, status);
     if (status == 0) kvd_xyz_(objects, xyz, status);
-    if (status == 0) bonds = bonds_of_model(model, status);
-    for (std::size_t k = 0; k < objects.size(); ++k) places.emplace(objects[k], k);
+    if (status != 0) return;
+    for (std::size_t k = 0; k < objects.size(); ++k) {
+      places.emplace(objects[k], k);
+      members[molecules[k]].push_back(k);
+    }
+    for (const auto& bond : bonds_of_model(model, status)) {
+      if (!places.contains(bond.first) || !places.contains(bond.second)) continue;
+      add_neighbour(bond.first, bond.second);
+      if (bond.first != bond.second) add_neighbour(bond.second, bond.first);
+    }
   }
 
+  void add_neighbour(std::int32_t object, std::int32_t other) {
+    const auto [known, is_first] = neighbours.try_emplace(object, other);
+    if (!is_first) known->second = 0;
+  }
+  /// @param object  an atom of the model
   Vector3 position(std::int32_t object) const {
     const auto at = std::span(xyz).subspan(3 * places.at(object));
     return {at[0], at[1], at[2]};
@@ -49,23 +59,17 @@ struct Polymer {
   }
   /// The one atom that an atom is bonded to; 0 with none or several.
   std::int32_t neighbour(std::int32_t object) const {
-    std::int32_t found = 0;
-    for (const auto& bond : bonds) {
-      if (bond.first != object && bond.second != object) continue;
-      if (found != 0) return 0;
-      found = bond.first == object ? bond.second : bond.first;
-    }
-    return found;
+    const auto found = neighbours.find(object);
+    return found == neighbours.end() ? 0 : found->second;
   }
 };
 
 /// Turns one molecule, and tells the Core.
-void lay_along(Polymer& polymer, std::int32_t molecule, const Vector3& vector, const Vector3& axis,
+void lay_along(const Polymer& polymer, std::int32_t molecule, const Vector3& vector, const Vector3& axis,
                std::int32_t& status) {
   std::vector<std::int32_t> objects;
   std::vector<double> xyz;
-  for (std::size_t k = 0; k < polymer.objects.size(); ++k) {
-    if (polymer.molecules[k] != molecule) continue;
+  for (const auto k : polymer.members.at(molecule)) {
     objects.push_back(polymer.objects[k]);
     xyz.insert(xyz.end(), polymer.xyz.begin() + std::ptrdiff_t(3 * k), polymer.xyz.begin() + std::ptrdiff_t(3 * k + 3));
   }
@@ -73,30 +77,35 @@ void lay_along(Polymer& polymer, std::int32_t molecule, const Vector3& vector, c
   kvd_setxyz_(objects, xyz, status);
 }
 
-std::vector<std::int32_t> atoms_of_type(std::int32_t model, std::string_view type, std::size_t most,
+std::vector<std::int32_t> atoms_of_type(std::int32_t model, const Polymer& polymer, std::string_view type,
                                         std::int32_t& status) {
-  std::vector<std::int32_t> list(most);
+  std::vector<std::int32_t> list(polymer.objects.size());
   std::int32_t count = 0;
-  if (status == 0 && most > 0) kva_lnk_findatoms_(model, type, list, count, status);
-  list.resize(status == 0 ? std::min(most, static_cast<std::size_t>(std::max(count, 0))) : 0);
+  if (status == 0 && !list.empty()) kva_lnk_findatoms_(model, type, list, count, status);
+  list.resize(status == 0 ? std::min(list.size(), static_cast<std::size_t>(std::max(count, 0))) : 0);
+  std::erase_if(list, [&](std::int32_t object) { return !polymer.places.contains(object); });
   return list;
 }
 
 /// The link atoms of a molecule that holds a dummy.
 struct Segment {
-  std::vector<std::int32_t> dummies;
+  std::int32_t molecule = 0;
+  std::vector<std::int32_t> dummies{};
   std::int32_t head = 0, tail = 0;
   bool good = true;
 };
 
-using Segments = std::vector<std::pair<std::int32_t, Segment>>;  // by the number of the molecule
+struct Segments {
+  std::vector<Segment> list;
+  std::unordered_map<std::int32_t, std::size_t> places;  ///< in the list, by the number of the molecule
+};
 
 void take_links(Segments& segments, const Polymer& polymer, std::span<const std::int32_t> atoms,
                 std::int32_t Segment::*end, std::string_view message_key) {
   for (const auto atom : atoms) {
-    const auto found = std::ranges::find(segments, polymer.molecule(atom), &Segments::value_type::first);
-    if (found == segments.end()) continue;
-    auto& segment = found->second;
+    const auto found = segments.places.find(polymer.molecule(atom));
+    if (found == segments.places.end()) continue;
+    auto& segment = segments.list[found->second];
     if (segment.*end == 0) {
       segment.*end = atom;
       continue;
@@ -126,15 +135,15 @@ Vector3 head_to_tail(const Polymer& polymer, const Segment& segment) {
   return {};
 }
 
-bool align_segment(Polymer& polymer, std::int32_t molecule, const Segment& segment, const Vector3& axis,
-                   AlignedPolymer& aligned, std::int32_t& status) {
+bool align_segment(const Polymer& polymer, const Segment& segment, const Vector3& axis, AlignedPolymer& aligned,
+                   std::int32_t& status) {
   if (!segment.good || segment.head == 0 || segment.tail == 0) return false;
   const auto vector = head_to_tail(polymer, segment);
   const double repeat = length(vector);
   if (repeat == 0 || (aligned.length > 0 && std::abs(repeat - aligned.length) > equal_lengths)) return false;
   aligned.length = repeat;
   aligned.links.push_back({segment.tail, segment.head, {0, 0, 1}});
-  lay_along(polymer, molecule, vector, axis, status);
+  lay_along(polymer, segment.molecule, vector, axis, status);
   return true;
 }
 
@@ -165,11 +174,10 @@ void alignpolsegment_(std::span<double> xyz, const Vector3& vector, const Vector
 
 void align_polymer_(std::int32_t model, std::int32_t head, std::int32_t tail, const Vector3& axis,
                     AlignedPolymer& aligned, std::int32_t& status) {
-  Polymer polymer(model, status);
+  const Polymer polymer(model, status);
   if (status != 0) return;
   const auto end = polymer.neighbour(tail);
-  const bool good = end != 0 && polymer.neighbour(head) != 0 && polymer.places.contains(end);
-  if (!good) return void(status = 1);
+  if (end == 0 || polymer.neighbour(head) == 0) return void(status = 1);
   Vector3 vector;
   dvecsub_(polymer.position(end), polymer.position(head), vector);
   aligned.length = length(vector);
@@ -178,23 +186,22 @@ void align_polymer_(std::int32_t model, std::int32_t head, std::int32_t tail, co
 }
 
 void align_links_(std::int32_t model, const Vector3& axis, AlignedPolymer& aligned, std::int32_t& status) {
-  Polymer polymer(model, status);
-  const auto most = polymer.objects.size();
-  const auto dummies = atoms_of_type(model, dummy_type, most, status);
-  const auto heads = atoms_of_type(model, head_type, most, status);
-  const auto tails = atoms_of_type(model, tail_type, most, status);
+  const Polymer polymer(model, status);
+  const auto dummies = atoms_of_type(model, polymer, dummy_type, status);
+  const auto heads = atoms_of_type(model, polymer, head_type, status);
+  const auto tails = atoms_of_type(model, polymer, tail_type, status);
   if (status != 0) return;
   Segments segments;
   for (const auto dummy : dummies) {
     const auto molecule = polymer.molecule(dummy);
-    const auto found = std::ranges::find(segments, molecule, &Segments::value_type::first);
-    auto& segment = found == segments.end() ? segments.emplace_back(molecule, Segment{}).second : found->second;
-    segment.dummies.push_back(dummy);
+    const auto [place, is_new] = segments.places.try_emplace(molecule, segments.list.size());
+    if (is_new) segments.list.push_back({molecule});
+    segments.list[place->second].dummies.push_back(dummy);
   }
   take_links(segments, polymer, heads, &Segment::head, "Crystal2J1");
   take_links(segments, polymer, tails, &Segment::tail, "Crystal2J2");
-  for (const auto& [molecule, segment] : segments) {
-    if (align_segment(polymer, molecule, segment, axis, aligned, status)) continue;
+  for (const auto& segment : segments.list) {
+    if (align_segment(polymer, segment, axis, aligned, status)) continue;
     status = refuse("CrystalBadPolAlign");
     return;
   }

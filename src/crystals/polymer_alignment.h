@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "crystals/model_bonds.h"
+#include "crystals/model_contents.h"
 #include "support/vectors.h"
 
 /// Lays polymer segments along an axis of the cell.

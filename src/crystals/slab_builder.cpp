@@ -1,21 +1,15 @@
-#include <new>
-#include <stdexcept>
-#include <vector>
-
-#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "crystals/crystal_builder.h"
 #include "crystals/periodic_network.h"
 #include "crystals/unit_atoms.h"
 #include "state/analysis_settings.h"
+#include "support/within_memory.h"
 
 namespace pathstat {
 
 using namespace build_option;
 
 namespace {
-
-constexpr std::int32_t with_images = 3;
 
 struct SlabOptions {
   double tolerance = 0;
@@ -40,17 +34,13 @@ void build_slab(std::int32_t model, const SlabOptions& options, std::int32_t& st
   kvd_mod_2dcellvector_(model, u, v, status);
   if (status != 0) return;
   const auto frame = slab_frame(u, v, options.tolerance, status);
-  std::int32_t count = 0, told = 0;
-  if (status == 0) count_atoms(model, with_images, count, status);
   if (status != 0) return;
-  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
-  if (count > 0) kvd_mod_atomlist_(model, with_images, atoms, told, status);
-  if (status == 0 && told != count) status = atoms_do_not_match;
+  const auto atoms = atoms_of(model, AtomSelector::with_images, status);
   if (status == 0) kvd_mod_applytransform_(model, status);
   if (status != 0) return;
-  UnitAtoms unit(frame, atoms, options.faces == face_flags, status);
+  UnitAtoms unit(frame, atoms, status);
   if (status == 0) kvd_mod_setperiodictype_(model, periodic_type::two_dimensional, status);
-  if (status == 0 && count > 0) {
+  if (status == 0 && !atoms.empty()) {
     unit.move_into_cell(status);
     if (status == 0) unit.remove_duplicates(model, slab_names, no_report, status);
   }
@@ -68,14 +58,7 @@ void kva_sfc_buildsurfacefrommodel_(std::int32_t model, std::int32_t options, st
   std::int32_t type = 0;
   kvd_mod_periodictype_(model, type, status);
   if (status == 0 && type != periodic_type::none) status = 1;
-  if (status != 0) return;
-  try {
-    build_slab(model, resolved(options), status);
-  } catch (const std::bad_alloc&) {
-    status = 1;
-  } catch (const std::length_error&) {
-    status = 1;
-  }
+  if (status == 0 && !within_memory([&] { build_slab(model, resolved(options), status); })) status = 1;
 }
 
 }  // namespace pathstat

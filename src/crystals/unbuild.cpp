@@ -1,20 +1,15 @@
 #include <algorithm>
 #include <limits>
-#include <new>
-#include <stdexcept>
 #include <vector>
 
-#include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "crystals/crystal_builder.h"
 #include "crystals/unit_atoms.h"
 #include "state/analysis_settings.h"
+#include "support/within_memory.h"
 
 namespace pathstat {
 namespace {
-
-/// The atoms of a model with their symmetry images and the periodic images that are part of it.
-constexpr std::int32_t with_all_images = 7;
 
 /// What an atom is a copy of, and by which translation.
 struct Copies {
@@ -52,17 +47,13 @@ struct Origins {
 };
 
 void unbuild(std::int32_t model, const BuildNames& names, bool has_symmetry, std::int32_t& status) {
-  std::int32_t count = 0, told = 0;
-  count_atoms(model, with_all_images, count, status);
-  if (status != 0) return;
-  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count)), ids(atoms.size());
-  if (count > 0) kvd_mod_atomlist_(model, with_all_images, atoms, told, status);
-  if (status == 0 && told != count) status = atoms_do_not_match;
-  if (status != 0 || count == 0) return;
+  const auto atoms = atoms_of(model, AtomSelector::with_all_images, status);
+  if (status != 0 || atoms.empty()) return;
 
   auto copies = periodic_copies(atoms, status);
   if (status == 0 && has_symmetry) to_symmetry_parents(copies.parents, status);
   const Origins origins(atoms, names, status);
+  std::vector<std::int32_t> ids(atoms.size());
   if (status == 0) kvd_id_(atoms, ids, status);
   constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max() / 2;
   if (std::ranges::any_of(ids, [](std::int32_t id) { return id > most; })) status = 1;
@@ -101,13 +92,8 @@ void unbuild_model(std::int32_t model, std::int32_t periodic, const BuildNames& 
   std::int32_t type = 0;
   kvd_mod_periodictype_(model, type, status);
   if (status != 0 || type != periodic) return;
-  try {
-    unbuild(model, names, periodic == periodic_type::three_dimensional, status);
-  } catch (const std::bad_alloc&) {
-    status = 1;
-  } catch (const std::length_error&) {
-    status = 1;
-  }
+  const bool has_symmetry = periodic == periodic_type::three_dimensional;
+  if (!within_memory([&] { unbuild(model, names, has_symmetry, status); })) status = 1;
   if (status == 0) reset(model, status);
 }
 

@@ -55,8 +55,7 @@ struct UnitAtoms::Copies {
   std::vector<std::int32_t> images, parents, shifts, ids;
 };
 
-UnitAtoms::UnitAtoms(const PeriodicFrame& frame, std::span<const std::int32_t> atoms, bool face_flags,
-                     std::int32_t& status)
+UnitAtoms::UnitAtoms(const PeriodicFrame& frame, std::span<const std::int32_t> atoms, std::int32_t& status)
     : frame_(frame), count_(atoms.size()) {
   oid_ = block<std::int32_t>("crystal/oid", count_, status);
   id_ = block<std::int32_t>("crystal/id", count_, status);
@@ -71,14 +70,14 @@ UnitAtoms::UnitAtoms(const PeriodicFrame& frame, std::span<const std::int32_t> a
   if (status == 0) kvd_type_(objects(), type_.span(), status);
   if (status == 0) kvd_id_(objects(), id_.span(), status);
   if (status == 0) kvd_atm_charge_(objects(), charge_.span(), status);
-  if (status == 0) fold(face_flags, status);
+  if (status == 0) fold(status);
 }
 
-void UnitAtoms::fold(bool face_flags, std::int32_t& status) {
+void UnitAtoms::fold(std::int32_t& status) {
   for (std::size_t atom = 0; atom < count_; ++atom) {
     const auto fraction = frame_.fractional(position(atom));
     if (!can_be_folded(fraction)) return void(status = 1);
-    const auto place = folded(frame_, fraction, face_flags);
+    const auto place = folded(frame_, fraction, false);
     std::ranges::copy(place.fraction, fxx_.span().subspan(3 * atom).begin());
     std::ranges::copy(place.offset, disp_.span().subspan(3 * atom).begin());
   }

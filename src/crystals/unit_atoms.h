@@ -4,13 +4,13 @@
 #include <span>
 #include <string_view>
 
-#include "crystals/model_bonds.h"
+#include "crystals/model_contents.h"
 #include "crystals/periodic_frame.h"
 #include "support/named_memory.h"
 
 namespace pathstat {
 
-/// The names under which atoms keep where they came from, and the labels of the work arrays, of crystals or slabs.
+/// The names under which the atoms of crystals or slabs keep where they came from.
 struct BuildNames {
   std::string_view origin, origin_id;
 };
@@ -22,7 +22,7 @@ class UnitAtoms {
  public:
   /// Reads what the Core knows of the atoms and folds them.
   /// @param status  0; 1 coordinates that are not finite or billions of cells away; that of the Core
-  UnitAtoms(const PeriodicFrame& frame, std::span<const std::int32_t> atoms, bool face_flags, std::int32_t& status);
+  UnitAtoms(const PeriodicFrame& frame, std::span<const std::int32_t> atoms, std::int32_t& status);
 
   std::size_t size() const { return count_; }
   std::span<std::int32_t> objects() const { return oid_.span().first(count_); }
@@ -48,7 +48,7 @@ class UnitAtoms {
   static Vector3 vector(std::span<const double> values, std::size_t atom) {
     return {values[3 * atom], values[3 * atom + 1], values[3 * atom + 2]};
   }
-  void fold(bool face_flags, std::int32_t& status);
+  void fold(std::int32_t& status);
   Copies sort_copies(std::span<const std::int32_t> links) const;
   void pack(std::span<const std::int32_t> links);
 

@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
-#include <new>
-#include <stdexcept>
+#include <optional>
 
 #include "support/parallel.h"
+#include "support/within_memory.h"
 #include "volumes/surface_cases.h"
 
 namespace pathstat {
@@ -34,14 +34,7 @@ std::int32_t told(const Failure& failure) {
 /// Does a step that may run out of memory. @return 0, or the code of its failure, which is then told
 template <class Step>
 std::int32_t attempt(const Failure& failure, Step step) {
-  try {
-    step();
-    return 0;
-  } catch (const std::bad_alloc&) {
-    return told(failure);
-  } catch (const std::length_error&) {
-    return told(failure);
-  }
+  return within_memory(step) ? 0 : told(failure);
 }
 
 /// A field on its grid, z fastest.
@@ -261,10 +254,10 @@ std::int32_t extract(const Grid& grid, double iso, SurfaceMesh& mesh) {
   std::vector<std::uint8_t> numbers;
   if (const auto code = attempt(no_tags, [&] { numbers = case_numbers(grid, iso); }); code != 0) return code;
 
-  std::vector<ComputeList> list;
-  if (const auto code = attempt(no_list, [&] { list.emplace_back(grid, numbers); }); code != 0) return code;
+  std::optional<ComputeList> list;
+  if (const auto code = attempt(no_list, [&] { list.emplace(grid, numbers); }); code != 0) return code;
   Size triangles = 0;
-  for (const auto& cube : list.front().all()) triangles += static_cast<Size>(iso_triangle_count[cube.number]);
+  for (const auto& cube : list->all()) triangles += static_cast<Size>(iso_triangle_count[cube.number]);
   if (triangles == 0) return 0;
   constexpr auto most_triangles = static_cast<Size>(std::numeric_limits<std::int32_t>::max() / 3);
   if (triangles > most_triangles) return told(no_triangles);
@@ -274,7 +267,7 @@ std::int32_t extract(const Grid& grid, double iso, SurfaceMesh& mesh) {
   const auto storage = attempt(no_storage, [&] {
     EdgeVertices edges(grid);
     records.reserve(triangles);
-    triangulate(grid, list.front(), edges, mesh.triangles, records);
+    triangulate(grid, *list, edges, mesh.triangles, records);
   });
   if (storage != 0) return storage;
 

@@ -1,12 +1,12 @@
 #include "volumes/surface_from_data.h"
 
-#include <new>
 #include <numeric>
 #include <vector>
 
 #include "coreapi/error_reporting.h"
 #include "coreapi/operations.h"
 #include "structure/crystal_vectors.h"
+#include "support/within_memory.h"
 #include "volumes/isosurface.h"
 
 namespace pathstat {
@@ -49,14 +49,13 @@ std::int32_t extracted(double iso, std::span<const double> values, const std::ar
     expected *= n;
   }
   if (static_cast<std::int64_t>(values.size()) != expected) return surface_status::bad_data;
-  try {
-    const auto code = kva_sur_iso(iso, values, points[0], points[1], points[2], plane_numbers(points[0]),
-                                  plane_numbers(points[1]), plane_numbers(points[2]), mesh);
-    if (code == surface_error::out_of_memory) return surface_status::out_of_memory;
-    if (code != 0) return surface_status::bad_data;
-  } catch (const std::bad_alloc&) {
-    return surface_status::out_of_memory;
-  }
+  auto code = surface_error::out_of_memory;
+  within_memory([&] {
+    code = kva_sur_iso(iso, values, points[0], points[1], points[2], plane_numbers(points[0]), plane_numbers(points[1]),
+                       plane_numbers(points[2]), mesh);
+  });
+  if (code == surface_error::out_of_memory) return surface_status::out_of_memory;
+  if (code != 0) return surface_status::bad_data;
   return mesh.vertices.empty() ? surface_status::no_surface : 0;
 }
 

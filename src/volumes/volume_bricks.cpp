@@ -50,8 +50,8 @@ bool kva_vol_ghbmd_(std::int32_t unit, std::int32_t brick, std::int32_t points_x
                     std::int32_t points_z, std::int32_t edge, std::int32_t titles, std::int32_t grid_type,
                     std::span<std::int16_t> copy, BrickBuffers& raw) {
   const auto record = std::int64_t{brick} + titles + first_records;
-  std::array<std::byte, brick_points * sizeof(float)> bytes;
-  const auto used = std::span(bytes).first(brick_points * static_cast<std::size_t>(grid_type));
+  RecordBytes bytes;
+  const auto used = record_part(bytes, grid_type);
   if (!unit_read_record(unit, record, used)) {
     std::printf("Error reading brick no %s in ghbmd\n", formatted(record, "(I10)").c_str());
     return false;

@@ -15,6 +15,12 @@ constexpr std::int32_t brick_step = 5;  ///< neighbours share a plane of points
 constexpr std::size_t brick_points = 216;
 constexpr std::int64_t first_records = 2;  ///< beside the titles: the first and the header
 
+/// Room for a record of any grid type, and the part of it that a type uses.
+using RecordBytes = std::array<std::byte, brick_points * sizeof(float)>;
+inline std::span<std::byte> record_part(RecordBytes& bytes, std::int32_t grid_type) {
+  return std::span(bytes).first(brick_points * static_cast<std::size_t>(grid_type));
+}
+
 /// The values of one brick as they stand in the file; the member of the grid type's width is in use.
 struct BrickBuffers {
   std::array<std::int8_t, brick_points> bytes{};

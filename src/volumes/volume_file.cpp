@@ -30,13 +30,6 @@ constexpr std::size_t recognised = 10;  ///< characters by which the second is k
 constexpr std::size_t scale_at = 28, offset_at = 41, number_width = 13;
 constexpr std::int32_t orthogonal_frame = -1, last_frame = 6;
 
-using RecordBytes = std::array<std::byte, brick_points * sizeof(float)>;
-
-/// The part of a record that a grid type uses.
-std::span<std::byte> record_part(RecordBytes& bytes, std::int32_t grid_type) {
-  return std::span(bytes).first(brick_points * static_cast<std::size_t>(grid_type));
-}
-
 std::int32_t record_words(std::int32_t grid_type) { return static_cast<std::int32_t>(brick_points) / 4 * grid_type; }
 
 char letter_of(std::int32_t grid_type) { return grid_type == 1 ? 'B' : grid_type == 2 ? 'S' : 'R'; }
@@ -173,11 +166,7 @@ bool write_bricks(std::int64_t first, bool rounded, At at) {
           for (std::int32_t j = by * brick_step; j < by * brick_step + brick_edge; ++j) {
             for (std::int32_t i = bx * brick_step; i < bx * brick_step + brick_edge; ++i, place += type) {
               if (i >= nx || j >= ny || k >= nz) continue;
-              const auto point =
-                  (static_cast<std::size_t>(k) * static_cast<std::size_t>(ny) + static_cast<std::size_t>(j)) *
-                      static_cast<std::size_t>(nx) +
-                  static_cast<std::size_t>(i);
-              const double number = at(point);
+              const double number = at(point_number(i, j, k));
               if (type == 1) store_big_endian(stored<std::int8_t>(std::round(number)), place);
               if (type == 2) store_big_endian(stored<std::int16_t>(rounded ? std::round(number) : number), place);
               if (type == 4) store_big_endian(static_cast<float>(number), place);
@@ -333,9 +322,7 @@ void kva_vol_writeall_(std::int32_t unit, std::span<const float> values, std::sp
     std::printf("Need to open the map first\n");
     return;
   }
-  const auto points = volume_points();
-  const auto count =
-      static_cast<std::size_t>(points[0]) * static_cast<std::size_t>(points[1]) * static_cast<std::size_t>(points[2]);
+  const auto count = volume_size();
   const bool has_offsets = volinfo_.kind == offset_volume;
   if (values.size() != count || (has_offsets && offsets.size() != 3 * count)) {
     std::printf("The map has %zu points, which is not the number of values\n", count);

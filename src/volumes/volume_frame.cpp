@@ -14,13 +14,11 @@
 namespace pathstat {
 namespace {
 
-using Triple = std::array<double, 3>;
-
 constexpr double right_angle = 90, right_within = 1e-10;
 
 struct Cell {
-  Triple length;
-  Triple cosine, sine;  ///< of alpha, beta, gamma
+  Vector3 length;
+  Vector3 cosine, sine;  ///< of alpha, beta, gamma
 };
 
 double radians(double degrees) { return degrees * std::numbers::pi / 180; }
@@ -108,7 +106,7 @@ constexpr std::int32_t symmetric_frame = 6;
 
 /// Brings a symmetric matrix to tridiagonal form by one reflection.
 /// @param below  the elements beside the diagonal
-Matrix3 reflected(const Matrix3& m, Triple& diagonal, Triple& below) {
+Matrix3 reflected(const Matrix3& m, Vector3& diagonal, Vector3& below) {
   Matrix3 q{1, 0, 0, 0, 1, 0, 0, 0, 1};
   diagonal = {m[0], m[4], m[8]};
   below = {m[1], m[5], 0};
@@ -126,7 +124,7 @@ Matrix3 reflected(const Matrix3& m, Triple& diagonal, Triple& below) {
 
 void kva_vol_house_(const Matrix3& matrix, Vector3& values, Matrix3& vectors, std::int32_t& failed) {
   constexpr int most_steps = 30;
-  Triple below{};
+  Vector3 below{};
   vectors = reflected(matrix, values, below);
   failed = 0;
   const auto is_split = [&](std::size_t k) {

@@ -102,23 +102,14 @@ void for_marked_bricks(const std::function<void(const Brick&)>& visit) {
   }
 }
 
-std::size_t volume_size() {
-  const auto points = volume_points();
-  return static_cast<std::size_t>(points[0]) * static_cast<std::size_t>(points[1]) *
-         static_cast<std::size_t>(points[2]);
-}
-
 /// Which points were seen before: those of a face belong to several bricks.
 class Seen {
  public:
   Seen() : points_(volume_size(), false) {}
   /// @return true the first time that it is asked for a point
   bool first_time(const Index& index) {
-    const auto low = volume_low(), points = volume_points();
-    const auto at = (static_cast<std::size_t>(index[2] - low[2]) * static_cast<std::size_t>(points[1]) +
-                     static_cast<std::size_t>(index[1] - low[1])) *
-                        static_cast<std::size_t>(points[0]) +
-                    static_cast<std::size_t>(index[0] - low[0]);
+    const auto low = volume_low();
+    const auto at = point_number(index[0] - low[0], index[1] - low[1], index[2] - low[2]);
     const bool first = !points_[at];
     points_[at] = true;
     return first;

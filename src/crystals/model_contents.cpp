@@ -1,7 +1,8 @@
-#include "crystals/model_bonds.h"
+#include "crystals/model_contents.h"
 
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
+#include "crystals/crystal_builder.h"
 
 namespace pathstat {
 namespace {
@@ -21,6 +22,17 @@ struct BondColumns {
 };
 
 }  // namespace
+
+std::vector<std::int32_t> atoms_of(std::int32_t model, AtomSelector which, std::int32_t& status) {
+  const auto selector = static_cast<std::int32_t>(which);
+  std::int32_t count = 0, told = 0;
+  count_atoms(model, selector, count, status);
+  if (status != 0 || count == 0) return {};
+  std::vector<std::int32_t> atoms(static_cast<std::size_t>(count));
+  kvd_mod_atomlist_(model, selector, atoms, told, status);
+  if (status == 0 && told != count) status = atoms_do_not_match;
+  return atoms;
+}
 
 std::vector<CellBond> bonds_of_model(std::int32_t model, std::int32_t& status) {
   std::int32_t count = 0;
