@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "structure/cell_bonds.h"
+
 namespace pathstat::desk {
 namespace {
-
-Translation plus(const Translation& a, const Translation& b, std::int32_t factor = 1) {
-  return {a[0] + factor * b[0], a[1] + factor * b[1], a[2] + factor * b[2]};
-}
 
 /// The bonds of each atom as a row of neighbours.
 struct Neighbours {

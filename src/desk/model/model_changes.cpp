@@ -17,19 +17,29 @@ std::vector<std::uint32_t> all_places(const MolecularModel& model) {
   return places;
 }
 
+/// The places that are not marked.
+std::vector<std::uint32_t> places_but(std::span<const std::uint8_t> marked) {
+  std::vector<std::uint32_t> places;
+  places.reserve(marked.size());
+  for (std::uint32_t place = 0; place < marked.size(); ++place) {
+    if (marked[place] == 0) places.push_back(place);
+  }
+  return places;
+}
+
 }  // namespace
 
 /// Brings in step what knows the atoms by their places, after the model's columns have taken an order.
 void DataModel::take_order(ModelObject& model, std::span<const std::uint32_t> order) {
   auto& slot = *slots_[find(model.id).model];
-  std::size_t atoms_before = slot.images.empty() ? 0 : 1;
-  for (const auto place : order) atoms_before = std::max<std::size_t>(atoms_before, place + std::size_t{1});
-  for (const auto& image : slot.images)
-    atoms_before = std::max<std::size_t>(atoms_before, image.place + std::size_t{1});
-  for (const auto& monitor : model.data.monitors) {
-    for (const auto place : monitor.atoms) atoms_before = std::max<std::size_t>(atoms_before, place + std::size_t{1});
-  }
-  std::vector<std::uint32_t> new_place(atoms_before, gone);
+  std::size_t known = 0;  // so many places that something knows
+  const auto count_in = [&](std::uint32_t place) {
+    if (place != gone) known = std::max<std::size_t>(known, place + std::size_t{1});
+  };
+  for (const auto place : order) count_in(place);
+  for (const auto& image : slot.images) count_in(image.place);
+  for (const auto& monitor : model.data.monitors) std::ranges::for_each(monitor.atoms, count_in);
+  std::vector<std::uint32_t> new_place(known, gone);
   std::vector<std::int32_t> ids;
   ids.reserve(order.size());
   for (std::uint32_t k = 0; k < order.size(); ++k) {
@@ -47,7 +57,9 @@ void DataModel::take_order(ModelObject& model, std::span<const std::uint32_t> or
     if (std::ranges::count(monitor.atoms, gone) > 0) remove_monitor(model, k);
   }
   model.atom_ids = std::move(ids);
-  for (auto& image : slot.images) image.place = new_place[image.place];
+  for (auto& image : slot.images) {
+    if (image.place != gone) image.place = new_place[image.place];
+  }
   name_atoms(model);
   geometry_changed(model);
 }
@@ -108,17 +120,7 @@ void DataModel::remove_atoms(ModelObject& model, std::span<const std::int32_t> i
     if (place.kind == ObjectClass::atom) removed[place.index] = 1;
     if (place.kind == ObjectClass::periodic_image) slot.images[place.index].place = gone;
   }
-  std::vector<std::uint32_t> order;
-  for (std::uint32_t place = 0; place < removed.size(); ++place) {
-    if (removed[place] == 0) order.push_back(place);
-  }
-  // Images that go are taken out before places move.
-  for (std::size_t k = slot.images.size(); k-- > 0;) {
-    if (slot.images[k].place != gone) continue;
-    slot.images.erase(slot.images.begin() + static_cast<std::ptrdiff_t>(k));
-    slot.image_names.erase(slot.image_names.begin() + static_cast<std::ptrdiff_t>(k));
-  }
-  take_order(model, rearrange(model.data, order));
+  take_order(model, rearrange(model.data, places_but(removed)));
 }
 
 void DataModel::make_images(ModelObject& model, std::span<const std::int32_t> ids,
@@ -132,11 +134,7 @@ void DataModel::make_images(ModelObject& model, std::span<const std::int32_t> id
     slot.image_names.push_back(ids[k]);
     model.kept_images.push_back(ids[k]);
   }
-  std::vector<std::uint32_t> order;
-  for (std::uint32_t place = 0; place < is_image.size(); ++place) {
-    if (is_image[place] == 0) order.push_back(place);
-  }
-  take_order(model, rearrange(model.data, order));
+  take_order(model, rearrange(model.data, places_but(is_image)));
 }
 
 void DataModel::set_origins(ModelObject& model, std::vector<ImageOrigin> origins) {

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "desk/model/elements.h"
-#include "structure/cell_bonds.h"
 
 namespace pathstat::desk {
 namespace {
@@ -161,33 +160,41 @@ std::vector<std::uint32_t> set_origins(MolecularModel& model, std::vector<ImageO
   return rearrange(model, order);
 }
 
-Translation bond_cell(const MolecularModel& model, std::size_t bond) {
-  if (!model.bond_cells.empty()) return model.bond_cells[bond];
-  if (model.periodic_type == not_periodic) return {};
-  Vector3 d{};
-  dvecsub_(model.positions[model.bonds[bond].second], model.positions[model.bonds[bond].first], d);
-  return Lattice(model.periodic_type, model.cell).nearest_image(d);
+std::vector<Translation> bond_cells(const MolecularModel& model) {
+  if (!model.bond_cells.empty()) return model.bond_cells;
+  std::vector<Translation> cells(model.bonds.size());
+  if (model.periodic_type == not_periodic) return cells;
+  const Lattice lattice(model.periodic_type, model.cell);
+  for (std::size_t k = 0; k < cells.size(); ++k) {
+    Vector3 d{};
+    dvecsub_(model.positions[model.bonds[k].second], model.positions[model.bonds[k].first], d);
+    cells[k] = lattice.nearest_image(d);
+  }
+  return cells;
+}
+
+CellBond cell_bond(const std::pair<std::uint32_t, std::uint32_t>& ends, const Translation& cell) {
+  return {static_cast<std::int32_t>(ends.first), static_cast<std::int32_t>(ends.second), cell};
+}
+
+BondSet known_bonds(const MolecularModel& model) {
+  const auto cells = bond_cells(model);
+  BondSet known;
+  known.reserve(cells.size());
+  for (std::size_t k = 0; k < cells.size(); ++k) known.add(cell_bond(model.bonds[k], cells[k]));
+  return known;
 }
 
 void fix_bond_cells(MolecularModel& model) {
-  if (!model.bond_cells.empty() || model.bonds.empty()) return;
-  std::vector<Translation> cells;
-  cells.reserve(model.bonds.size());
-  for (std::size_t k = 0; k < model.bonds.size(); ++k) cells.push_back(bond_cell(model, k));
-  model.bond_cells = std::move(cells);
+  if (model.bond_cells.empty()) model.bond_cells = bond_cells(model);
 }
 
 void add_bonds(MolecularModel& model, std::span<const std::pair<std::uint32_t, std::uint32_t>> bonds,
                std::span<const Translation> cells) {
   fix_bond_cells(model);
-  BondSet known;
-  const auto as_cell_bond = [](const std::pair<std::uint32_t, std::uint32_t>& bond, const Translation& cell) {
-    return CellBond{static_cast<std::int32_t>(bond.first), static_cast<std::int32_t>(bond.second), cell};
-  };
-  known.reserve(model.bonds.size() + bonds.size());
-  for (std::size_t k = 0; k < model.bonds.size(); ++k) known.add(as_cell_bond(model.bonds[k], model.bond_cells[k]));
+  auto known = known_bonds(model);
   for (std::size_t k = 0; k < bonds.size(); ++k) {
-    if (!known.add(as_cell_bond(bonds[k], cells[k]))) continue;
+    if (!known.add(cell_bond(bonds[k], cells[k]))) continue;
     model.bonds.push_back(bonds[k]);
     model.bond_cells.push_back(cells[k]);
   }

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "desk/model/molecular_model.h"
+#include "structure/cell_bonds.h"
 
 /// Changes of a model that add, drop or reorder atoms. Columns, bonds, images and relations stay in step; what knows
 /// atoms by their places (selection, identifiers, monitors) is up to the caller.
@@ -33,8 +35,12 @@ std::vector<ImageOrigin> origins_of(const MolecularModel& model);
 /// @return the order that was taken
 std::vector<std::uint32_t> set_origins(MolecularModel& model, std::vector<ImageOrigin> origins);
 
-/// The cell to which a bond leads, seen from its first atom: the one it was made with, or else the nearest.
-Translation bond_cell(const MolecularModel& model, std::size_t bond);
+/// The cells to which the bonds lead, seen from their first atoms: those they were made with, or else the nearest.
+std::vector<Translation> bond_cells(const MolecularModel& model);
+
+/// A bond between places as a set of bonds has it, and the bonds that a model has.
+CellBond cell_bond(const std::pair<std::uint32_t, std::uint32_t>& ends, const Translation& cell);
+BondSet known_bonds(const MolecularModel& model);
 
 /// Writes down for all bonds to which cell they lead.
 void fix_bond_cells(MolecularModel& model);

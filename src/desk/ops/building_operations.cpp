@@ -7,7 +7,6 @@
 #include "desk/model/elements.h"
 #include "desk/model/model_edit.h"
 #include "desk/ops/object_values.h"
-#include "structure/cell_bonds.h"
 #include "structure/symmetry_codes.h"
 
 // The operations by which models are made and changed: atoms, bonds, cells, images, symmetry.
@@ -59,7 +58,7 @@ void put_new_atoms(std::int32_t first, std::size_t count, OperationReply& reply)
 
 void create_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto id = data.create_model(call.text(0));
-  if (id == 0) reply.error = bad_value;
+  if (id == 0) return void(reply.error = bad_value);
   data.set_current_model(id);
   reply.put(id);
 }
@@ -120,12 +119,13 @@ void bond_list(DataModel& data, const OperationCall& call, OperationReply& reply
   const auto* model = model_at(data, call.integer(0), reply);
   if (!model) return;
   const auto& bonds = model->data.bonds;
+  const auto all_cells = bond_cells(model->data);
   std::vector<std::int32_t> first, second, cells;
   const auto fitting = std::min(bonds.size(), static_cast<std::size_t>(std::max(call.integer(1), 0)));
   for (std::size_t k = 0; k < fitting; ++k) {
     first.push_back(model->atom_id(bonds[k].first));
     second.push_back(model->atom_id(bonds[k].second));
-    const auto cell = by_repeat_directions(bond_cell(model->data, k), model->data.periodic_type);
+    const auto cell = by_repeat_directions(all_cells[k], model->data.periodic_type);
     cells.insert(cells.end(), cell.begin(), cell.end());
   }
   reply.put(std::move(first));
@@ -169,15 +169,10 @@ void make_bonds(DataModel& data, const OperationCall& call, OperationReply& repl
 void find_bonds(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const GivenBonds given(data, call, reply);
   if (!given.model) return;
-  const auto as_bond = [](const auto& ends, const Translation& cell) {
-    return CellBond{static_cast<std::int32_t>(ends.first), static_cast<std::int32_t>(ends.second), cell};
-  };
-  BondSet known;
-  const auto& model = given.model->data;
-  for (std::size_t k = 0; k < model.bonds.size(); ++k) known.add(as_bond(model.bonds[k], bond_cell(model, k)));
+  const auto known = known_bonds(given.model->data);
   std::vector<std::int32_t> found;
   for (std::size_t k = 0; k < given.ends.size(); ++k) {
-    found.push_back(known.contains(as_bond(given.ends[k], given.cells[k])) ? 1 : 0);
+    found.push_back(known.contains(cell_bond(given.ends[k], given.cells[k])) ? 1 : 0);
   }
   reply.put(std::move(found));
 }

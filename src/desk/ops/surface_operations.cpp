@@ -25,7 +25,9 @@ bool is_collapsed(const std::array<std::int32_t, 3>& triangle) {
 
 void create_surface(DataModel& data, const OperationCall& call, OperationReply& reply) {
   if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  reply.put(std::vector{data.add_surface()});
+  const auto id = data.add_surface();
+  if (id == 0) return void(reply.error = bad_value);
+  reply.put(std::vector{id});
 }
 
 void set_surface(DataModel& data, const OperationCall& call, OperationReply& reply) {

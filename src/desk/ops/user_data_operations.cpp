@@ -1,68 +1,59 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <type_traits>
+#include <utility>
 
 #include "desk/ops/object_values.h"
 
 namespace pathstat::desk {
 namespace {
 
-void add_object_array(DataModel& data, const OperationCall& call, OperationReply& reply) {
+/// Gives the owner that a call names a value.
+void give(DataModel& data, const OperationCall& call, OperationReply& reply, UserValue value) {
   if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  const auto objects = call.integers(3);
-  data.set_user_value(call.integer(0), call.text(1),
-                      {UserValue::Kind::object_array, {objects.begin(), objects.end()}, 0});
+  data.set_user_value(call.integer(0), call.text(1), std::move(value));
+}
+
+template <UserValue::Kind kind>
+void set_array(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto values = call.integers(3);
+  give(data, call, reply, {kind, {values.begin(), values.end()}, 0});
+}
+
+void set_integer(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  give(data, call, reply, {UserValue::Kind::integer, {call.integer(2)}, 0});
+}
+
+void set_number(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  give(data, call, reply, {UserValue::Kind::number, {}, call.number(2)});
+}
+
+/// The value of this kind that a call asks an owner for; null with an error if there is none.
+const UserValue* asked_for(DataModel& data, const OperationCall& call, OperationReply& reply, UserValue::Kind kind) {
+  const bool exists = data.exists(call.integer(0));
+  const auto* found = exists ? data.user_value(call.integer(0), call.text(1), kind) : nullptr;
+  if (!found) reply.error = exists ? not_there : unknown_object;
+  return found;
 }
 
 /// The values of an owner's array; the result is how many there are.
 template <UserValue::Kind kind>
 void find_array(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  const auto* found = data.user_value(call.integer(0), call.text(1), kind);
-  if (!found) return void(reply.error = not_there);
+  const auto* found = asked_for(data, call, reply, kind);
+  if (!found) return;
   reply.put(found->values);
   reply.result = static_cast<std::int32_t>(found->values.size());
 }
 
-void find_object(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  const auto* found = data.user_value(call.integer(0), call.text(1), UserValue::Kind::object);
-  if (!found) return void(reply.error = not_there);
-  reply.put(found->values.front());
-}
-
-template <class T>
-T value_of(const UserValue& found) {
-  if constexpr (std::is_same_v<T, double>) {
-    return found.number;
+template <UserValue::Kind kind>
+void find_one(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  const auto* found = asked_for(data, call, reply, kind);
+  if (!found) return;
+  if constexpr (kind == UserValue::Kind::number) {
+    reply.put(found->number);
   } else {
-    return found.values.front();
+    reply.put(found->values.front());
   }
-}
-
-template <UserValue::Kind kind, class T>
-void find_number(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  const auto* found = data.user_value(call.integer(0), call.text(1), kind);
-  if (!found) return void(reply.error = not_there);
-  reply.put(value_of<T>(*found));
-}
-
-void set_integer(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  data.set_user_value(call.integer(0), call.text(1), {UserValue::Kind::integer, {call.integer(2)}, 0});
-}
-
-void set_number(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  data.set_user_value(call.integer(0), call.text(1), {UserValue::Kind::number, {}, call.number(2)});
-}
-
-void set_int_array(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  if (!data.exists(call.integer(0))) return void(reply.error = unknown_object);
-  const auto values = call.integers(3);
-  data.set_user_value(call.integer(0), call.text(1), {UserValue::Kind::int_array, {values.begin(), values.end()}, 0});
 }
 
 /// Gives each object so many of the integers.
@@ -122,19 +113,19 @@ void close_structured_trajectory(DataModel& data, const OperationCall&, Operatio
 }
 
 constexpr std::array served{
-    ServedOperation{"kvD_UD_AddObjectArray", add_object_array},
+    ServedOperation{"kvD_UD_AddObjectArray", set_array<UserValue::Kind::object_array>},
     ServedOperation{"kvD_UD_FindIntArray", find_array<UserValue::Kind::int_array>},
-    ServedOperation{"kvD_UD_FindObject", find_object},
+    ServedOperation{"kvD_UD_FindObject", find_one<UserValue::Kind::object>},
     ServedOperation{"kvD_UD_FindObjectArray", find_array<UserValue::Kind::object_array>},
-    ServedOperation{"kvD_UD_FindDouble", find_number<UserValue::Kind::number, double>},
-    ServedOperation{"kvD_UD_FindInt", find_number<UserValue::Kind::integer, std::int32_t>},
+    ServedOperation{"kvD_UD_FindDouble", find_one<UserValue::Kind::number>},
+    ServedOperation{"kvD_UD_FindInt", find_one<UserValue::Kind::integer>},
     ServedOperation{"kvD_UD_IntVectors", find_of_each<3, UserValue::Kind::int_array>},
     ServedOperation{"kvD_UD_Ints", find_of_each<1, UserValue::Kind::integer>},
     ServedOperation{"kvD_UD_Remove", remove},
     ServedOperation{"kvD_UD_RemoveFrom", remove_from_each},
     ServedOperation{"kvD_UD_SetDouble", set_number},
     ServedOperation{"kvD_UD_SetInt", set_integer},
-    ServedOperation{"kvD_UD_SetIntArray", set_int_array},
+    ServedOperation{"kvD_UD_SetIntArray", set_array<UserValue::Kind::int_array>},
     ServedOperation{"kvD_UD_SetInts", set_of_each<1, UserValue::Kind::integer>},
     ServedOperation{"kvD_UD_SetIntVectors", set_of_each<3, UserValue::Kind::int_array>},
     ServedOperation{"kvD_APP_FindByName", application},
