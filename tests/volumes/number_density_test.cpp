@@ -52,21 +52,10 @@ TEST(NumberDensity, is_that_of_the_plain_definition_for_random_frames_of_a_varyi
       ++counts[static_cast<std::size_t>((point(w, 6) * 5 + point(v, 5)) * 7 + point(u, 7))];
     }
   }
+  EXPECT_EQ(density.frames(), 50);
   const auto mean = density.mean();
   ASSERT_EQ(mean.size(), counts.size());
   for (std::size_t k = 0; k < counts.size(); ++k) EXPECT_NEAR(mean[k], counts[k] * 210 / volume, 1e-6);
-}
-
-TEST(NumberDensity, sums_up_to_the_atoms_of_a_frame) {
-  NumberDensity density({10, 10, 10});
-  const Matrix3 box{12, 0, 0, 0, 12, 0, 0, 0, 12};
-  std::vector<double> xyz(3 * 500);
-  std::mt19937 random(5);
-  for (auto& x : xyz) x = std::uniform_real_distribution<double>(-30, 30)(random);
-  for (int frame = 0; frame < 3; ++frame) density.add(xyz, all_places(500), box);
-  const auto mean = density.mean();
-  EXPECT_NEAR(std::accumulate(mean.begin(), mean.end(), 0.0) * 1.2 * 1.2 * 1.2, 500, 1e-3);
-  EXPECT_EQ(density.frames(), 3);
 }
 
 TEST(NumberDensity, leaves_out_what_is_no_place_and_refuses_a_flat_cell) {
