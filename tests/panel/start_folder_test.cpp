@@ -22,6 +22,10 @@ class StartFolderTest : public testing::Test {
     fs::create_symlink("../outside", start() / "way-out");
     fs::create_symlink("inner", start() / "way-in");
     fs::create_symlink("../outside/b.trj", start() / "b.trj");
+    fs::create_symlink("../outside/b.trj", start() / "c.2.trj");
+    fs::create_symlink("../outside/not-yet", start() / "nowhere");
+    fs::create_directories(start() / "deep" / "er");
+    fs::create_symlink("deep/er", start() / "shortcut");
   }
   fs::path start() const { return root_.path() / "start"; }
 
@@ -40,7 +44,8 @@ TEST_F(StartFolderTest, resolves_links_before_it_judges_a_path) {
     EXPECT_TRUE(folder.inside(path)) << path;
   }
   EXPECT_TRUE(folder.inside(start() / "water.trj"));
-  for (const auto* path : {"..", "../outside/b.trj", "b.trj", "way-out", "way-out/b.trj", "/etc/passwd", "../start2"}) {
+  for (const auto* path : {"..", "../outside/b.trj", "b.trj", "way-out", "way-out/b.trj", "/etc/passwd", "../start2",
+                           "nowhere", "not-yet/../way-out/b.trj", "not-yet/../nowhere"}) {
     EXPECT_FALSE(folder.inside(path)) << path;
   }
 }
@@ -52,7 +57,9 @@ TEST_F(StartFolderTest, refuses_lines_whose_path_leads_outside) {
   }
   for (const auto* line :
        {"TRAJECTORY ../outside/b.trj", "TRAJECTORY b.trj", "TRAJECTORY \"way-out/b.trj\"", "TRAJECTORY {/etc/passwd}",
-        "TRAJECTORY $HOME/b.trj", "TRAJECTORY ~/b.trj", "STATISTICS_FILENAME ../outside/table"}) {
+        "TRAJECTORY $HOME/b.trj", "TRAJECTORY ~/b.trj", "STATISTICS_FILENAME ../outside/table", "TRAJECTORY b",
+        "TRAJECTORY c.2", "TRAJECTORY {b'\".x}", "STATISTICS_FILENAME nowhere", "TRAJECTORY not-yet/../way-out/b.trj",
+        "TRAJECTORY shortcut/../../outside/b.trj"}) {
     EXPECT_NE(refusal(line).find("outside of"), std::string::npos) << line;
   }
 }
@@ -60,7 +67,9 @@ TEST_F(StartFolderTest, refuses_lines_whose_path_leads_outside) {
 TEST_F(StartFolderTest, refuses_a_trajectory_whose_model_lies_outside) {
   fs::remove(start() / "water.qfx");
   fs::create_symlink("../outside/b.trj", start() / "water.qfx");
-  EXPECT_NE(refusal("TRAJECTORY water.trj").find("water.qfx"), std::string::npos);
+  for (const auto& name : {fs::path("water.trj"), start() / "water.trj"}) {
+    EXPECT_NE(refusal("TRAJECTORY " + name.string()).find("water.qfx"), std::string::npos) << name;
+  }
 }
 
 TEST_F(StartFolderTest, lists_folders_first_and_nothing_from_outside) {
@@ -68,8 +77,9 @@ TEST_F(StartFolderTest, lists_folders_first_and_nothing_from_outside) {
   std::string names;
   const auto entries = StartFolder(start()).list("").value();
   for (const auto& entry : entries) names += entry.name + ':' + entry.kind + ' ';
-  EXPECT_EQ(names, "inner:folder way-in:folder water.qfx:model water.trj:trajectory ");
+  EXPECT_EQ(names, "deep:folder inner:folder shortcut:folder way-in:folder water.qfx:model water.trj:trajectory ");
   EXPECT_FALSE(StartFolder(start()).list("way-out"));
+  EXPECT_FALSE(StartFolder(start()).list("not-yet/../way-out"));
   EXPECT_FALSE(StartFolder(start()).list("water.trj"));
 }
 

@@ -19,6 +19,9 @@ bool names_path(const std::string& word) {
   return row && argument_shape(*row).form == ArgumentForm::path;
 }
 
+/// The name up to its last dot, which is what files that belong together share.
+std::string bare_name(const std::string& name) { return name.substr(0, name.rfind('.')); }
+
 std::string kind_name(const fs::path& path) {
   if (path.extension() == ".script") return "script";
   switch (kind_of_file(path)) {
@@ -46,27 +49,31 @@ std::optional<fs::path> StartFolder::inside(const fs::path& path) const {
   auto real = fs::weakly_canonical(folder_ / path, error);
   if (error) return std::nullopt;
   const auto [rest, unused] = std::mismatch(folder_.begin(), folder_.end(), real.begin(), real.end());
-  return rest == folder_.end() ? std::optional(std::move(real)) : std::nullopt;
+  if (rest != folder_.end()) return std::nullopt;
+  // What does not exist stands there as it was written: a link in it was not resolved, or leads nowhere yet.
+  for (auto part = real; part.has_relative_path(); part = part.parent_path()) {
+    if (fs::is_symlink(part, error)) return std::nullopt;
+  }
+  return real;
 }
 
 std::string StartFolder::refusal(const ScriptLine& line) const {
   if (line.kind != LineKind::command || !names_path(line.word)) return {};
   const auto words = words_of(line.arguments);
   if (words.empty() || words[0].empty()) return {};
-  const auto& name = words[0];
-  const auto outside = fmt::format("{} is outside of {}, where this panel was started", name, folder_.string());
-  // pathstat puts a variable or the home folder in the place of such a beginning.
-  if (name.front() == '$' || name.front() == '~' || name.front() == '/') {
-    return name.front() == '/' && inside(name) ? std::string{} : outside;
+  // The path is judged as pathstat is given it. One that is not absolute then begins with a variable or the home
+  // folder.
+  const fs::path path = words_of(with_resolved_path(line.word, line.arguments, folder_)).at(0);
+  if (!path.is_absolute() || !inside(path)) {
+    return fmt::format("{} is outside of {}, where this panel was started", words[0], folder_.string());
   }
-  const auto path = inside(name);
-  if (!path) return outside;
   std::error_code error;
-  const auto named = folder_ / name;
-  for (fs::directory_iterator entry(named.parent_path(), error), end; !error && entry != end; entry.increment(error)) {
-    if (entry->path().stem() == named.stem() && !inside(entry->path())) {
-      return fmt::format("{}, which belongs to it, leads outside of {}", entry->path().filename().string(),
-                         folder_.string());
+  const auto name = path.filename().string();
+  for (fs::directory_iterator entry(path.parent_path(), error), end; !error && entry != end; entry.increment(error)) {
+    const auto beside = entry->path().filename().string();
+    const bool belongs = bare_name(beside) == bare_name(name) || bare_name(beside) == name;
+    if (belongs && !inside(entry->path())) {
+      return fmt::format("{}, which belongs to it, leads outside of {}", beside, folder_.string());
     }
   }
   return {};

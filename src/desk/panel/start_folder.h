@@ -18,13 +18,13 @@ class StartFolder {
   const std::filesystem::path& path() const { return folder_; }
 
   /// Where a path leads, its links resolved; the last parts of it need not exist. None if that is outside of the
-  /// folder.
+  /// folder, or hangs on a link that leads to nothing.
   ///
   /// @param path  absolute, or relative to the folder
   std::optional<std::filesystem::path> inside(const std::filesystem::path& path) const;
 
   /// Why a line may not come from a page: a path in it leads outside. Empty if it may. Of a trajectory the files beside
-  /// it that have the same stem are read too, so they have to be inside as well.
+  /// it that differ in what stands behind the last dot are read too, so they have to be inside as well.
   std::string refusal(const ScriptLine& line) const;
 
   struct Entry {
