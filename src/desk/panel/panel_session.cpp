@@ -148,8 +148,7 @@ void PanelSession::run_line(const ScriptLine& line) {
   const bool by_page = requests_.line_ends() >= interrupts();
   auto& past = history_.back();
   if (steps) {
-    const auto words = line.words[0];
-    past.text = fmt::format("@step {} {}", words, std::max(runner_.steps(), 1));
+    past.text = fmt::format("@step {} {}", line.words[0], std::max(runner_.steps(), 1));
   }
   past.done = end == LineEnd::done || (steps && end == LineEnd::interrupted);
   constexpr std::array states{"done", "failed", "interrupted", "done", "lost"};
@@ -193,11 +192,11 @@ std::optional<std::int32_t> PanelSession::ask(const Question& question) {
   view_.look();
   const auto usual = question.unsettled < 1 ? count : question.unsettled;
   tell("question", {{"type", "question"},
-                    {"id", ++questions_},
+                    {"id", requests_.new_question()},
                     {"text", question.text},
                     {"choices", question.choices},
                     {"usual", usual}});
-  const auto answer = requests_.wait_for_answer(questions_);
+  const auto answer = requests_.wait_for_answer();
   tell("question", {{"type", "question"}, {"id", 0}});
   const auto choice = std::clamp(answer.value_or(count), 1, count);
   history_.back().answers.push_back(fmt::format("@answer {} {}", question.key, choice));
@@ -282,9 +281,10 @@ void PanelSession::save_history(const PageRequest& request) {
   const auto name = request.text("name");
   const auto path = folder_.inside(name);
   std::string problem;
-  if (name.empty() || !path || fs::is_directory(*path)) {
+  std::error_code error;
+  if (name.empty() || !path || fs::is_directory(*path, error)) {
     problem = fmt::format("\"{}\" is not the name of a file below {}", name, folder_.path().string());
-  } else if (fs::exists(*path) && request.text("replace") != "yes") {
+  } else if (fs::exists(*path, error) && request.text("replace") != "yes") {
     problem = "exists";
   } else {
     std::string script;

@@ -63,7 +63,6 @@ class PanelSession {
   std::vector<PastLine> history_;
   std::set<std::string> watched_;
   std::map<std::string, std::string> told_values_;  ///< the messages that pages have, by word
-  std::int64_t questions_ = 0;
   int number_ = 0;
   bool ended_ = false;
   int code_ = 0;

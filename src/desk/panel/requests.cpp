@@ -35,7 +35,7 @@ bool PageRequests::take(PageId page, const std::string& message) {
   if (request.what == "stop") {
     stop_line();
   } else if (request.what == "answer") {
-    answers_[request.number("question")] = static_cast<std::int32_t>(request.number("choice"));
+    if (request.number("question") == question_) answer_ = static_cast<std::int32_t>(request.number("choice"));
   } else {
     if (requests_.size() >= most_waiting) return false;
     if (is_line(request) && gives_way_) stop_line();
@@ -88,17 +88,16 @@ int PageRequests::line_ends() {
   return std::exchange(stops_, 0);
 }
 
-std::optional<std::int32_t> PageRequests::wait_for_answer(std::int64_t question) {
+std::int64_t PageRequests::new_question() {
+  const std::lock_guard lock(mutex_);
+  answer_.reset();
+  return ++question_;
+}
+
+std::optional<std::int32_t> PageRequests::wait_for_answer() {
   std::unique_lock lock(mutex_);
-  while (interrupts() == 0) {
-    came_.wait_for(lock, wait_limit);
-    if (const auto found = answers_.find(question); found != answers_.end()) {
-      const auto choice = found->second;
-      answers_.clear();
-      return choice;
-    }
-  }
-  return std::nullopt;
+  while (!answer_ && interrupts() == 0) came_.wait_for(lock, wait_limit);
+  return answer_;
 }
 
 }  // namespace pathstat::desk

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -46,8 +45,10 @@ class PageRequests {
   /// A line has ended. @return the interrupts that were asked for by pages
   int line_ends();
 
-  /// Waits for the answer to a question, or for an interrupt. @return none if it is interrupted
-  std::optional<std::int32_t> wait_for_answer(std::int64_t question);
+  /// A question is asked. @return its number
+  std::int64_t new_question();
+  /// Waits for the answer to the latest question, or for an interrupt. @return none if it is interrupted
+  std::optional<std::int32_t> wait_for_answer();
 
  private:
   void stop_line();
@@ -55,7 +56,8 @@ class PageRequests {
   mutable std::mutex mutex_;
   std::condition_variable came_;
   std::deque<PageRequest> requests_;
-  std::map<std::int64_t, std::int32_t> answers_;
+  std::int64_t question_ = 0;
+  std::optional<std::int32_t> answer_;  ///< to that question
   bool running_ = false;
   bool gives_way_ = false;
   int stops_ = 0;
