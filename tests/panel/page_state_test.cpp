@@ -28,7 +28,6 @@ TEST(PageState, tells_a_new_page_what_still_holds_topics_in_the_order_in_which_t
   state.take("model", Keep::only, message("m1"), any_number);
   state.take("points", Keep::only, message("p1"), any_number);
   state.take("points", Keep::behind, message("p2"), any_number);
-  state.take("passing", Keep::none, message("x"), any_number);
   state.take("model", Keep::only, message("m2"), any_number);
   EXPECT_EQ(all_of(state), "m2 p1 p2 ");
   state.take("points", Keep::only, message("p3"), any_number);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <sys/random.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 

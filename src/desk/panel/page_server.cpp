@@ -35,6 +35,7 @@ constexpr std::uint32_t longest_header = 16 << 10;
 constexpr std::uint64_t longest_body = 1 << 10;
 constexpr auto request_limit = std::chrono::seconds(30);
 constexpr auto end_limit = std::chrono::milliseconds(500);
+constexpr auto accept_pause = std::chrono::milliseconds(100);
 constexpr std::string_view socket_path = "/events";
 
 /// Nothing is loaded from elsewhere, no script and no style stands in the page itself, and no other page may frame it.
@@ -97,13 +98,13 @@ class PageServer::Impl {
   void accept();
   Response answer(const Request& request);
   bool has_room() const { return pages_.size() < most_pages; }
-  void add(const std::shared_ptr<Page>& page);
 
   const std::string token_;
   const Hooks hooks_;
   unsigned short port_ = 0;
   asio::io_context context_{1};
   tcp::acceptor acceptor_{context_};
+  asio::steady_timer pause_{context_};
   std::thread thread_;
   // On the server's thread only:
   PageState state_;
@@ -115,8 +116,6 @@ class PageServer::Impl {
 class PageServer::Impl::Page : public std::enable_shared_from_this<Page> {
  public:
   Page(Impl& server, PageId id, beast::tcp_stream stream) : server_(server), id_(id), socket_(std::move(stream)) {}
-
-  PageId id() const { return id_; }
 
   void open(const Request& request) {
     socket_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
@@ -210,8 +209,8 @@ class PageServer::Impl::Visit : public std::enable_shared_from_this<Visit> {
     if (answer.result() == http::status::switching_protocols) {
       stream_.expires_never();
       const auto page = std::make_shared<Page>(server_, ++server_.last_page_, std::move(stream_));
-      server_.add(page);
-      return page->open(request_ = parser_->release());
+      server_.pages_.emplace(server_.last_page_, page);
+      return page->open(request);
     }
     if (request.method() == http::verb::head) answer.body().clear();
     response_ = std::move(answer);
@@ -225,7 +224,6 @@ class PageServer::Impl::Visit : public std::enable_shared_from_this<Visit> {
   beast::tcp_stream stream_;
   beast::flat_buffer buffer_{longest_header + longest_body};
   std::optional<http::request_parser<http::string_body>> parser_;
-  Request request_;
   Response response_;
 };
 
@@ -257,25 +255,29 @@ void PageServer::Impl::stop() {
 void PageServer::Impl::accept() {
   acceptor_.async_accept([this](error_code error, tcp::socket socket) {
     if (!acceptor_.is_open()) return;
-    if (!error) std::make_shared<Visit>(*this, std::move(socket))->read();
+    if (error) {
+      // What is wrong may last, as where no descriptor is free.
+      pause_.expires_after(accept_pause);
+      return pause_.async_wait([this](error_code) {
+        if (acceptor_.is_open()) accept();
+      });
+    }
+    std::make_shared<Visit>(*this, std::move(socket))->read();
     accept();
   });
 }
 
-void PageServer::Impl::add(const std::shared_ptr<Page>& page) { pages_.emplace(page->id(), page); }
-
 void PageServer::Impl::publish(std::string topic, Keep keep, SharedMessage message, std::size_t most) {
   asio::post(context_, [this, topic = std::move(topic), keep, message = std::move(message), most] {
     state_.take(topic, keep, message, most);
-    // A page that is given up takes itself out of the list.
-    for (const auto& [id, page] : std::map(pages_)) page->push(topic, keep, message);
+    for (const auto& [id, page] : pages_) page->push(topic, keep, message);
   });
 }
 
 void PageServer::Impl::send(PageId page, SharedMessage message) {
   asio::post(context_, [this, page, message = std::move(message)] {
     const auto found = pages_.find(page);
-    if (found != pages_.end()) found->second->push({}, Keep::none, message);
+    if (found != pages_.end()) found->second->push({}, Keep::behind, message);
   });
 }
 

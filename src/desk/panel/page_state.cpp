@@ -5,7 +5,6 @@
 namespace pathstat::desk {
 
 void PageState::take(const std::string& topic, Keep keep, SharedMessage message, std::size_t most) {
-  if (keep == Keep::none) return;
   auto& messages = by_name_[topic];
   if (!messages) messages = &topics_.emplace_back();
   if (keep == Keep::only) messages->clear();

@@ -21,7 +21,6 @@ using SharedMessage = std::shared_ptr<const PageMessage>;
 enum class Keep {
   only,    ///< it takes the place of all messages of its topic
   behind,  ///< it stands behind those of its topic
-  none,    ///< nothing: it is for the pages that are open
 };
 
 /// The messages from which a page that opens now learns all that the others have been told. Topics stand in the order

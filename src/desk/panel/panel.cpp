@@ -103,12 +103,11 @@ int run_panel(const RunOptions& options, const PanelOptions& panel) {
 
   PageRequests requests;
   Downloads downloads;
-  PageServer* refusing = nullptr;
   PageServer server(
       token, {.received =
                   [&](PageId page, const std::string& text) {
                     if (requests.take(page, text)) return;
-                    refusing->send(
+                    server.send(
                         page,
                         text_message({{"type", "log"}, {"kind", "complaint"}, {"text", "too much waits to be done"}}));
                   },
@@ -116,7 +115,6 @@ int run_panel(const RunOptions& options, const PanelOptions& panel) {
                 if (path_of(target) == "/files") return file_list(folder, target);
                 return downloads.find(path_of(target));
               }});
-  refusing = &server;
 
   const LineSource source{.name = "panel", .place = {}, .folder = folder.path(), .stop_on_error = false};
   return with_runner(options, source, [&](LineRunner& runner) {
