@@ -114,7 +114,7 @@ export class MoleculeView {
   private positions = new Float32Array(0);
   private selection: THREE.InstancedBufferAttribute | THREE.BufferAttribute | null = null;
   private pieces = new THREE.Group();
-  private cellLines: THREE.LineSegments | null = null;
+  private cellLines: THREE.LineSegments<THREE.BufferGeometry, THREE.LineBasicMaterial> | null = null;
   private cell: Vector[] = [];
   private directions = 0;
   private readonly shared = {
@@ -251,8 +251,13 @@ export class MoleculeView {
   }
 
   private drawCell(vectors: Vector[], repeated: boolean[]): void {
-    if (this.cellLines) this.scene.remove(this.cellLines);
-    this.cellLines = null;
+    if (this.cellLines) {
+      // A cell that changes from frame to frame would fill the memory of the graphics card.
+      this.scene.remove(this.cellLines);
+      this.cellLines.geometry.dispose();
+      this.cellLines.material.dispose();
+      this.cellLines = null;
+    }
     if (this.directions === 0) return;
     const points: number[] = [];
     const corner = (bits: number) =>
