@@ -11,35 +11,13 @@
 
 #include "desk/export/text_formats.h"
 #include "desk/model/model_export.h"
+#include "desk/model/part_file.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The file beside its place: gone unless it is given its name.
-class PartFile {
- public:
-  explicit PartFile(fs::path path) : path_(std::move(path)), part_(path_.string() + ".part") {}
-  ~PartFile() {
-    std::error_code ignored;
-    fs::remove(part_, ignored);
-  }
-  PartFile(const PartFile&) = delete;
-  PartFile& operator=(const PartFile&) = delete;
-
-  const fs::path& path() const { return path_; }
-  const fs::path& part() const { return part_; }
-  std::string keep() {
-    std::error_code status;
-    fs::rename(part_, path_, status);
-    return status ? fmt::format("{} cannot be written: {}", path_.string(), status.message()) : std::string{};
-  }
-
- private:
-  fs::path path_, part_;
-};
 
 struct TextFormat {
   std::string_view extension;

@@ -1,11 +1,9 @@
 #include "desk/import/import_run.h"
 
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <numbers>
@@ -16,6 +14,7 @@
 #include "desk/import/unwrapping.h"
 #include "desk/model/bond_search.h"
 #include "desk/model/model_export.h"
+#include "desk/model/part_file.h"
 #include "structure/crystal_coordinates.h"
 #include "trajectory/archive_layout.h"
 
@@ -74,15 +73,6 @@ std::vector<std::string> script_arguments(const ImportOptions& o) {
   return words;
 }
 
-/// Removes a file that did not get its name.
-struct PartFile {
-  fs::path path;
-  ~PartFile() {
-    std::error_code error;
-    fs::remove(path, error);
-  }
-};
-
 /// Takes the blocks of the script and writes what they bring.
 class Import {
  public:
@@ -90,12 +80,11 @@ class Import {
       : options_(options),
         events_(events),
         trajectory_(fs::path(options.output).concat(".trj")),
-        model_file_(fs::path(options.output).concat(".qfx")),
-        part_{fs::path(options.output).concat(".trj.part")} {}
+        model_file_(fs::path(options.output).concat(".qfx")) {}
 
   ImportResult run() {
     std::error_code error;
-    for (const auto& file : {trajectory_, model_file_}) {
+    for (const auto& file : {trajectory_.path(), model_file_}) {
       if (fs::is_directory(file, error)) return {ImportEnd::failed, fmt::format("{} is a folder", file.string())};
       for (const auto& input : options_.trajectories) {
         if (fs::equivalent(file, input, error))
@@ -242,11 +231,11 @@ class Import {
     }
     if (periodic_ && !options_.as_is) unwrapping_.emplace(model_);
     tell_series();
-    return output_.create(part_.path.string(), {.title = fmt::format("imported from {}", sources()),
-                                                .ids = model_.ids,
-                                                .periodic = periodic_,
-                                                .cell_varies = periodic_ && blocks_.cell_varies(),
-                                                .ensemble = options_.ensemble});
+    return output_.create(trajectory_.part().string(), {.title = fmt::format("imported from {}", sources()),
+                                                        .ids = model_.ids,
+                                                        .periodic = periodic_,
+                                                        .cell_varies = periodic_ && blocks_.cell_varies(),
+                                                        .ensemble = options_.ensemble});
   }
 
   void take_positions() {
@@ -276,11 +265,7 @@ class Import {
 
   /// Values that follow from the frame itself stand where the log has none.
   void set_series() {
-    if (periodic_ && !from_log("volume")) {
-      Vector3 across{};
-      dvecprod_(cell_[1], cell_[2], across);
-      output_.set("volume", std::abs(dvecdot_(cell_[0], across)));
-    }
+    if (periodic_ && !from_log("volume")) output_.set("volume", std::abs(dvectrip_(cell_[0], cell_[1], cell_[2])));
     if (!velocities_.empty()) {
       double doubled = 0;
       for (std::size_t k = 0; k < velocities_.size(); ++k)
@@ -310,9 +295,7 @@ class Import {
     if (frames_ == 0) return "no frame is chosen";
     if (auto problem = output_.close(); !problem.empty()) return problem;
     if (auto problem = write_model_file(model_, model_file_.string()); !problem.empty()) return problem;
-    std::error_code error;
-    fs::rename(part_.path, trajectory_, error);
-    if (error) return fmt::format("{} cannot be written: {}", trajectory_.string(), error.message());
+    if (auto problem = trajectory_.keep(); !problem.empty()) return problem;
     tell_end();
     return {};
   }
@@ -329,16 +312,15 @@ class Import {
       events_.tell(fmt::format("Velocities are in {} of the frames only.", with_velocities_));
     }
     events_.tell(fmt::format(
-        "{} and {}: {} atoms, {} frames to {:.6g} ps, {} bonds{}{}", trajectory_.string(), model_file_.string(),
+        "{} and {}: {} atoms, {} frames to {:.6g} ps, {} bonds{}{}", trajectory_.path().string(), model_file_.string(),
         model_.atoms(), frames_, last_time_, model_.bonds.size(), with_velocities_ > 0 ? ", velocities" : "",
         periodic_ ? blocks_.cell_varies() ? ", a cell that varies" : ", a fixed cell" : ", no cell"));
   }
 
   const ImportOptions& options_;
   const ImportEvents& events_;
-  const fs::path trajectory_;
+  const PartFile trajectory_;
   const fs::path model_file_;
-  const PartFile part_;
   ScriptStream script_;
   TopologyBlocks blocks_;
   MolecularModel model_;

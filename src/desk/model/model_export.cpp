@@ -3,13 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <span>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "desk/model/elements.h"
+#include "desk/model/part_file.h"
 #include "structure/model_file.h"
 
 namespace pathstat::desk {
@@ -142,17 +141,12 @@ class ModelWriter {
 }  // namespace
 
 std::string write_model_file(const MolecularModel& model, const std::string& path) {
-  const std::string part = path + ".part";
-  const ModelFile file(FIL_QFXioCreate(part));
+  const PartFile whole(path);
+  const ModelFile file(FIL_QFXioCreate(whole.part().string()));
   if (!file || FIL_QFXioOpenWrite(*file) != 0) return fmt::format("{} can't be opened for writing", path);
   auto problem = ModelWriter(model, *file).write();
   if (FIL_QFXioClose(*file) != 0 && problem.empty()) problem = "the file can't be written";
-  std::error_code status;
-  if (problem.empty()) std::filesystem::rename(part, path, status);
-  if (status) problem = status.message();
-  if (problem.empty()) return {};
-  std::filesystem::remove(part, status);
-  return fmt::format("{}: {}", path, problem);
+  return problem.empty() ? whole.keep() : fmt::format("{}: {}", path, problem);
 }
 
 }  // namespace pathstat::desk
