@@ -341,7 +341,7 @@ class Refusals(Case):
         cases = {"": "ended early", counts.format("0, 0, 1, 0"): "no atoms", counts.format("1 << 60, 0, 1, 0"): "too many",
                  "block('counts', b'123')\n": "counts", "block('ids', length=-1)\n": "-1 bytes",
                  "block('ids', length=1 << 60)\n": "bytes", "block('nonsense')\n": "nonsense",
-                 two + "block('ids', struct.pack('=2i', 5, 5))\n": "distinct",
+                 "block('ids')\n": "before the counts", two + "block('ids', struct.pack('=2i', 5, 5))\n": "distinct",
                  two + "block('ids', struct.pack('=2i', -5, 5))\n": "negative",
                  two + "block('bonds', struct.pack('=2i', 0, 2))\n": "leads to no atom",
                  two + "block('bonds', struct.pack('=2i', 1, 1))\n": "leads to no atom",

@@ -96,6 +96,7 @@ std::int64_t TopologyBlocks::longest(std::string_view tag) const {
 
 std::string TopologyBlocks::take(std::string_view tag, std::span<const std::byte> payload) {
   if (tag == "counts") return take_counts(payload);
+  if (atoms_ == 0) return fmt::format("a block {} stands before the counts", tag);
   if (tag == "ids") return take_ids(payload);
   if (tag == "bonds") return take_bonds(payload);
   const auto row = std::find_if(rows.begin(), rows.end(), [&](const BlockRow& r) { return r.tag == tag; });
@@ -136,11 +137,13 @@ std::string TopologyBlocks::take_words(std::string_view tag, std::span<const std
     return fmt::format("there are {} {} of {} atoms", words.size(), tag, atoms_);
   if (tag == "elements") return take_elements(words);
   auto& column = tag == "names" ? model_.names : tag == "types" ? model_.ff_types : model_.residues;
+  column = {};
   for (const auto word : words) column.push_back(plain(word));
   return {};
 }
 
 std::string TopologyBlocks::take_elements(const std::vector<std::string_view>& words) {
+  model_.elements.clear();
   for (const auto word : words) {
     const auto element = element_of_symbol(word);
     if (element == 0) return fmt::format("{} is no element", word.substr(0, longest_word));
@@ -159,6 +162,7 @@ std::string TopologyBlocks::take_ids(std::span<const std::byte> payload) {
 std::string TopologyBlocks::take_bonds(std::span<const std::byte> payload) {
   const auto places = numbers<std::int32_t>(payload, 2 * bonds_);
   if (std::cmp_not_equal(places.size(), 2 * bonds_)) return "the bonds are not as many as they should be";
+  model_.bonds.clear();
   for (std::size_t k = 0; k < places.size(); k += 2) {
     const auto [one, other] = std::minmax(places[k], places[k + 1]);
     if (one < 0 || other >= atoms_ || one == other) return "a bond leads to no atom";
