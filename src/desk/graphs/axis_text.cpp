@@ -79,10 +79,12 @@ std::string axis_text(std::string_view label, std::string_view title) {
   return with_unit(typeset(label.substr(0, slash)), spelling ? std::string(spelling->set) : typeset(unit));
 }
 
-std::string unit_of(std::string_view axis) {
+AxisParts axis_parts(std::string_view axis) {
   const auto open = axis.rfind(" (");
-  if (open == std::string_view::npos || !axis.ends_with(')')) return {};
-  return std::string(axis.substr(open + 2, axis.size() - open - 3));
+  if (open == std::string_view::npos || !axis.ends_with(')')) return {axis, {}};
+  return {axis.substr(0, open), axis.substr(open + 2, axis.size() - open - 3)};
 }
+
+std::string unit_of(std::string_view axis) { return std::string(axis_parts(axis).unit); }
 
 }  // namespace pathstat::desk

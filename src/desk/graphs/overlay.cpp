@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desk/advice/nearest.h"
+#include "desk/graphs/axis_text.h"
 #include "desk/graphs/figure.h"
 
 namespace pathstat::desk {
@@ -30,29 +31,17 @@ std::string about_unknown(const std::vector<Figure>& figures, const std::string&
   return fmt::format("there is no graph {}; {}", name, meant.empty() ? "there are:" + list : meant);
 }
 
-/// An axis text parted into what is measured and its unit, which stands in parentheses at the end.
-struct AxisParts {
-  std::string_view quantity, unit;
-
-  explicit AxisParts(std::string_view text) : quantity(text) {
-    const auto open = text.rfind(" (");
-    if (open == std::string_view::npos || text.back() != ')') return;
-    quantity = text.substr(0, open);
-    unit = text.substr(open + 2, text.size() - open - 3);
-  }
-};
-
 /// One axis of all figures: its text, or what is wrong.
 struct CommonAxis {
   std::string text, problem;
 };
 
 CommonAxis common_axis(const std::vector<const Figure*>& figures, std::string Figure::*text) {
-  const AxisParts first(figures.front()->*text);
+  const auto first = axis_parts(figures.front()->*text);
   std::string quantities;
   std::vector<std::string_view> named;
   for (const auto* figure : figures) {
-    const AxisParts axis(figure->*text);
+    const auto axis = axis_parts(figure->*text);
     if (axis.unit != first.unit) {
       return {{},
               fmt::format("the axes differ: \"{}\" of {}, \"{}\" of {}", figures.front()->*text,
