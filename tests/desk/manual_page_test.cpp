@@ -29,6 +29,9 @@ class SmallProgram {
     run->add_flag("-v,--verbose", flag, "Tells more");
     run->footer("Lines:\n  @step N\\x\nEnd.");
     app.add_subcommand("info", "Tells")->add_option("FILE", text, "The file")->required();
+    auto* analyse = app.add_subcommand("analyse", "Looks");
+    analyse->add_option("FILES", list, "The files");
+    analyse->footer("Of its own.");
   }
 
   std::string text;
@@ -43,7 +46,8 @@ TEST(ManualPage, tells_all_that_the_help_tells) {
   for (const auto* text :
        {".TH PATHDESK 1 \"\" \"pathdesk 1.2\"", "run SCRIPT [OPTIONS]", "info FILE\n", "About it", ".SH PATHDESK RUN\n",
         "\n\\&.a script\n", ".B \\-\\-format svg,png\nWhat to write", ".B \\-v, \\-\\-verbose\nTells more",
-        ".I SCRIPT\nThe script", "Lines:\n.nf\n  @step N\\ex\n.fi\nEnd."}) {
+        ".I SCRIPT\nThe script", ".SH PATHDESK ANALYSE\nLooks\n.TP\n.I FILES\nThe files\n.PP\nOf its own.\n",
+        "Lines:\n.nf\n  @step N\\ex\n.fi\nEnd."}) {
     EXPECT_THAT(page, HasSubstr(text));
   }
   EXPECT_THAT(page, Not(HasSubstr("hidden")));
@@ -72,11 +76,12 @@ TEST(BashCompletion, offers_what_each_place_takes) {
   folder.write("b.qfx", "");
   folder.write("c.script", "");
   std::filesystem::create_directories(folder.file("sub"));
-  EXPECT_THAT(offered(folder, "pathdesk "), ElementsAre("run", "info", "-h", "--help"));
+  EXPECT_THAT(offered(folder, "pathdesk "), ElementsAre("run", "info", "analyse", "-h", "--help"));
   EXPECT_THAT(offered(folder, "pathdesk r"), ElementsAre("run"));
   EXPECT_THAT(offered(folder, "pathdesk run "), UnorderedElementsAre("c.script", "sub"));
   EXPECT_THAT(offered(folder, "pathdesk info "), UnorderedElementsAre("a run.trj", "b.qfx", "sub"));
   EXPECT_THAT(offered(folder, "pathdesk info b"), ElementsAre("b.qfx"));
+  EXPECT_THAT(offered(folder, "pathdesk analyse c"), ElementsAre("c.script"));
   EXPECT_THAT(offered(folder, "pathdesk run --o"), ElementsAre("--out"));
   EXPECT_THAT(offered(folder, "pathdesk run --out "), ElementsAre("sub"));
   EXPECT_THAT(offered(folder, "pathdesk run --format "), ElementsAre("svg", "png"));

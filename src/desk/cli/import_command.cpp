@@ -45,7 +45,7 @@ void add_import_options(CLI::App& app, ImportOptions& o) {
       ->option_text("T");
   app.add_option("--lammps-units", o.lammps_units, "Units of LAMMPS; from its files without it")
       ->check(CLI::IsMember({"real", "metal", "electron", "nano", "si", "cgs"}))
-      ->option_text("real|metal|...");
+      ->option_text("real|metal|electron|nano|si|cgs");
   app.add_option("--constraints", o.constraints, "Constraints, which take degrees of freedom away from the temperature")
       ->check(CLI::NonNegativeNumber)
       ->option_text("N");

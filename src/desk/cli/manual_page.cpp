@@ -121,7 +121,7 @@ std::string filler(const CLI::App& part, const CLI::Option& option) {
     std::replace(words.begin(), words.end(), text[separator], ' ');
     return fmt::format("{} '{}'", text[separator] == ',' ? "_pathdesk_list" : "_pathdesk_words", words);
   }
-  constexpr std::array<std::string_view, 6> file_texts{"FILE", "PATH", "OUT", "LOG", "TOPOLOGY", "TRAJECTORY"};
+  constexpr std::array<std::string_view, 7> file_texts{"FILE", "FILES", "PATH", "OUT", "LOG", "TOPOLOGY", "TRAJECTORY"};
   const bool is_file = std::find(file_texts.begin(), file_texts.end(), text) != file_texts.end();
   return is_file ? "_pathdesk_files '*'" : ":";
 }
@@ -178,17 +178,19 @@ std::string manual_page(const CLI::App& app, const std::string& version) {
   for (const auto* part : parts) page += ".B " + roff_line(name) + roff_line(synopsis(*part)) + ".br\n";
   page += ".SH DESCRIPTION\n" + roff_text(app.get_description() + "\n") + ".SH OPTIONS\n";
   for (const auto* option : shown_options(app, false)) page += roff_option(*option);
-  std::string footers;
+  std::string shared;
   for (const auto* part : parts) {
     page += ".SH " + roff_line(upper(name + " " + part->get_name())) + roff_text(part->get_description() + "\n");
     for (const auto* option : shown_options(*part, true)) {
       page += ".TP\n.I " + roff_line(option->get_name(true)) + roff_text(option->get_description() + "\n");
     }
     for (const auto* option : shown_options(*part, false)) page += roff_option(*option);
-    // Subcommands may share what stands below their options.
-    if (const auto footer = part->get_footer(); footers.empty()) footers = footer;
+    // What several have below their options stands once, at the end; that is what the first one has.
+    const auto footer = part->get_footer();
+    if (shared.empty()) shared = footer;
+    if (footer != shared && !footer.empty()) page += ".PP\n" + roff_text(footer + "\n");
   }
-  return page + ".SH SCRIPTS AND EXIT STATUS\n" + roff_text(footers + "\n");
+  return page + ".SH SCRIPTS AND EXIT STATUS\n" + roff_text(shared + "\n");
 }
 
 std::string bash_completion(const CLI::App& app) {
