@@ -86,6 +86,7 @@ TEST(Advice, says_why_a_command_failed_that_the_process_does_not_explain) {
        {"RDF_FOR", "trajectry", 1003, "RDF_FOR takes one of TRAJECTORY, MODEL; did you mean TRAJECTORY?"},
        {"EXTREMA", "", 1005, "EXTREMA takes one of HIGHEST, LOWEST"},
        {"PROFLE", "", 1, "did you mean PROFILE?"},
+       {"RESET", "", -1, "its question was not answered with Reset: everything is as it was"},
        {"profile", "", 1, "command words are written in capitals: PROFILE"},
        {"PROPERTY", "Temperatur", -1,
         "no property is called \"Temperatur\" in capitals: did you mean TEMPERATURE?, and none is selected now"}});

@@ -284,8 +284,14 @@ void check_trajectory(const Case& now, std::vector<std::string>& all) {
   }
 }
 
+void check_reset(const Case& now, std::vector<std::string>& all) {
+  constexpr std::int32_t declined = -1;
+  if (now.command.word == "RESET" && now.command.status == declined)
+    all.emplace_back("its question was not answered with Reset: everything is as it was");
+}
+
 constexpr std::array checks{check_names,  check_choice, check_property,        check_missing, check_trajectory,
-                            check_number, check_models, check_pairs_of_frames, check_needs};
+                            check_number, check_models, check_pairs_of_frames, check_reset,   check_needs};
 
 }  // namespace
 
