@@ -18,7 +18,6 @@ namespace fs = std::filesystem;
 
 constexpr std::array trajectory_extensions{".trj", ".qtrj", ".atrj", ".arc", ".his"};
 constexpr std::array binary_extensions{".trj", ".qtrj", ".atrj"};
-constexpr std::array model_extensions{".qfx", ".car", ".cor"};
 constexpr std::string_view called = "trajectories are called .trj, .qtrj, .atrj, .arc or .his";
 
 template <class Extensions>

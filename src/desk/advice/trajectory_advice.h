@@ -1,11 +1,15 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace pathstat::desk {
+
+/// The extensions of models, in the order in which one is looked for beside a trajectory.
+inline constexpr std::array model_extensions{".qfx", ".car", ".cor"};
 
 /// What a file is, by its extension or, without a known one, by how it begins.
 enum class FileKind { missing, folder, trajectory, model, text, binary };

@@ -12,6 +12,8 @@
 #include "desk/messages/message.h"
 #include "desk/script/script.h"
 #include "desk/selection/selection.h"
+#include "desk/selection/selection_parts.h"
+#include "desk/selection/selection_words.h"
 
 namespace pathstat::desk {
 namespace {
@@ -109,16 +111,17 @@ Words values_of(const std::string& word, const CompletionSources& sources) {
 
 /// How a selection goes on behind its words so far: with a new part, or behind one.
 Words selection_goes_on(std::span<const std::string> behind, const CompletionSources& sources) {
-  constexpr std::array<std::string_view, 6> openers{"and", "or", "not", "of", "as", "to"};
   const auto* last = behind.empty() ? nullptr : &behind.back();
-  if (last && *last == "same") return {"residue", "molecule", "element", "name", "fftype", "resname"};
+  if (last && *last == "same") {
+    Words kinds;
+    for (const auto& row : same_words()) kinds.emplace_back(row.word);
+    return kinds;
+  }
   if (last && *last == "bonded") return {"to"};
   if (behind.size() > 1 && behind[behind.size() - 2] == "within") return {"of"};
   if (behind.size() > 1 && behind[behind.size() - 2] == "same") return {"as"};
-  const bool begins =
-      !last || last->ends_with('(') || std::find(openers.begin(), openers.end(), *last) != openers.end();
-  if (!begins) return {"and", "or"};
-  auto words = with(selection_words(), {"not"});
+  if (last && !last->ends_with('(') && !stands_before_selection(*last)) return {"and", "or"};
+  auto words = selection_words();
   for (auto& group : sources.groups()) words.push_back(std::move(group));
   return words;
 }

@@ -2,12 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <vector>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/export/export_writer.h"
+#include "desk/export/text_formats.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/connectivity.h"
 #include "desk/model/coordinate_file.h"
@@ -20,8 +19,6 @@ namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::array model_extensions{".qfx", ".car", ".cor"};
 
 int complain(const std::string& problem) {
   fmt::print(stderr, "pathdesk: {}\n", visible_lines(problem));
@@ -202,8 +199,8 @@ class Export {
     if (extension != ".trj" && directions != 0 && directions != 3)
       tell(fmt::format("The cell, which repeats in {} direction{}, is left out", directions,
                        directions == 1 ? "" : "s"));
-    if (extension == ".pdb" && atoms_.size() > 99999 && !part.bonds.empty())
-      tell("Bonds are left out: their records can't name atoms beyond 99999");
+    if (extension == ".pdb" && atoms_.size() > most_pdb_serials && !part.bonds.empty())
+      tell(fmt::format("Bonds are left out: their records can't name atoms beyond {}", most_pdb_serials));
   }
 
   const ExportOptions& options_;

@@ -93,7 +93,7 @@ std::string pdb_element(const MolecularModel& model, std::size_t k) {
   return text;
 }
 
-constexpr std::int64_t pdb_serials = 100000, pdb_residues = 10000, gro_numbers = 100000;
+constexpr std::int64_t pdb_serials = most_pdb_serials + 1, pdb_residues = 10000, gro_numbers = 100000;
 
 /// The vectors of a cell in the form that the format asks for: those that lean too far are replaced by others of the
 /// same lattice.
@@ -152,7 +152,7 @@ std::string add_pdb(const ExportedFrame& frame, std::string& text) {
 void end_pdb(const ExportedFrame& frame, std::string& text) {
   const auto& model = frame.model;
   constexpr std::size_t most_in_record = 4;
-  if (model.atoms() < static_cast<std::size_t>(pdb_serials)) {
+  if (model.atoms() <= most_pdb_serials) {
     std::vector<std::vector<std::uint32_t>> partners(model.atoms());
     for (const auto& [a, b] : model.bonds) {
       partners[a].push_back(b);

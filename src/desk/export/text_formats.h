@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,8 @@ namespace pathstat::desk {
 /// Protein Data Bank format 3.3: a record CRYST1 for each frame, MODEL and ENDMDL where there are several. Serial and
 /// residue numbers go on from 0 behind 99999 and 9999.
 std::string add_pdb(const ExportedFrame& frame, std::string& text);
+/// Atoms beyond these have serial numbers that stand twice in the file.
+inline constexpr std::size_t most_pdb_serials = 99999;
 /// The records behind the last frame: bonds, unless serial numbers stand twice.
 void end_pdb(const ExportedFrame& frame, std::string& text);
 /// Element, x, y, z in Å; the line of the comment has the cell and the time in the extended form, Lattice="...".

@@ -2,6 +2,7 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -85,23 +86,7 @@ bool works_by_frames(std::string_view word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-std::string joined(const std::vector<std::string>& items) {
-  std::string all;
-  for (const auto& item : items) all += (all.empty() ? "" : ", ") + item;
-  return all;
-}
-
 std::string atoms_are(std::size_t count) { return count == 1 ? "1 atom is" : fmt::format("{} atoms are", count); }
-
-/// What stands behind the words "@select atoms" of a line.
-std::string selection_of(std::string_view text) {
-  const auto words = words_of(text);
-  std::string selection;
-  for (std::size_t k = 1; k < words.size(); ++k) {
-    if (k > 1 || words[k] != "atoms") selection += (selection.empty() ? "" : " ") + words[k];
-  }
-  return selection;
-}
 
 constexpr auto* no_model = "there is no model; TRAJECTORY brings in the one that lies beside its file";
 
@@ -218,7 +203,8 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
   const auto problem = run_kind(line);
-  if (line.kind == LineKind::select_atoms && problem.empty()) selection_ = selection_of(line.text);
+  if (line.kind == LineKind::select_atoms && problem.empty())
+    selection_ = fmt::format("{}", fmt::join(line.words, " "));
   console_.clear();
   if (frame_ && problem.empty()) take_returned(*frame_);
   auto& step = record_.steps.back();
@@ -650,7 +636,7 @@ std::string LineRunner::pick(const std::vector<std::string>& words) {
   if (!graph) {
     const auto names = graph_names();
     if (names.empty()) return "no graph has been drawn yet";
-    return fmt::format("there is no graph {}; there are: {}", words[0], joined(names));
+    return fmt::format("there is no graph {}; there are: {}", words[0], fmt::join(names, ", "));
   }
   if (interface_.modal_state(click_class) != click_shows_frame)
     return "no trajectory is loaded whose frame could be shown";

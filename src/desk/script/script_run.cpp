@@ -32,8 +32,7 @@ std::string why_no_script(const fs::path& path) {
     case FileKind::trajectory:
       return fmt::format(
           "{0} is a trajectory, not a script; try pathdesk analyse {0}, pathdesk info {0}, or a script that begins "
-          "with "
-          "TRAJECTORY {0}",
+          "with TRAJECTORY {0}",
           name);
     case FileKind::model:
       return fmt::format("{0} is a model, not a script; try pathdesk info {0}", name);

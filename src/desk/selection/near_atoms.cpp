@@ -49,8 +49,6 @@ class NearSearch {
     std::size_t second_half = 0;      ///< its cell; the first half is the next cell; 0 for a leaf
   };
 
-  static double length(const Vector3& v) { return std::sqrt(dvecdot_(v, v)); }
-
   /// The shortest way from a point to another one or an image of it.
   Vector3 nearest(const Vector3& from, const Vector3& to) const {
     Vector3 d{};
@@ -85,7 +83,7 @@ class NearSearch {
     for (const auto& point : points) {
       Vector3 d{};
       dvecsub_(point.image, cell.centre, d);
-      cell.radius = std::max(cell.radius, length(d));
+      cell.radius = std::max(cell.radius, dveclen_(d));
     }
     if (points.size() <= most_in_leaf) return number;
     const auto half = points.size() / 2;
@@ -99,7 +97,7 @@ class NearSearch {
 
   bool any_near(std::size_t number, const Vector3& position) const {
     const auto& cell = cells_[number];
-    const double away = length(nearest(position, cell.centre));
+    const double away = dveclen_(nearest(position, cell.centre));
     // The sphere decides but for what rounding may have done to it.
     const double slack = 1e-9 * (1 + away + cell.radius);
     if (away - cell.radius > distance_ + slack) return false;
@@ -107,7 +105,7 @@ class NearSearch {
     if (cell.second_half != 0) return any_near(number + 1, position) || any_near(cell.second_half, position);
     return std::any_of(points_.begin() + static_cast<std::ptrdiff_t>(cell.first),
                        points_.begin() + static_cast<std::ptrdiff_t>(cell.last),
-                       [&](const Point& point) { return length(nearest(position, point.position)) <= distance_; });
+                       [&](const Point& point) { return dveclen_(nearest(position, point.position)) <= distance_; });
   }
 
   const MolecularModel& model_;

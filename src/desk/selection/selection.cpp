@@ -1,6 +1,7 @@
 #include "desk/selection/selection.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -51,9 +52,9 @@ void add_words(std::span<const Row> rows, std::vector<std::string>& words) {
 
 template <class Row>
 std::string listed(std::span<const Row> rows) {
-  std::string text;
-  for (const auto& row : rows) text += (text.empty() ? "" : ", ") + std::string(row.word);
-  return text;
+  std::vector<std::string> words;
+  add_words(rows, words);
+  return fmt::format("{}", fmt::join(words, ", "));
 }
 
 /// Recursive descent: or of and of parts.
@@ -119,17 +120,12 @@ class Reader {
     if (begin.is_end()) return fail(begin, "a selection is missing here");
     if (begin.is(")") || (!begin.quoted && holds(inner_words, begin.text)))
       return fail(begin, fmt::format("a selection is missing in front of {}", begin.text));
-    auto known = selection_words();
+    const auto words = selection_words();
+    auto known = words;
     for (auto& name : group_names(groups_)) known.push_back(std::move(name));
     const auto meant = did_you_mean(begin.text, known);
     return fail(begin, fmt::format("{} is neither a word of selections nor a group; {}", shown(begin),
-                                   meant.empty() ? fmt::format("these are words: {}", listed_words()) : meant));
-  }
-
-  static std::string listed_words() {
-    std::string text;
-    for (const auto& known : selection_words()) text += (text.empty() ? "" : ", ") + known;
-    return text;
+                                   meant.empty() ? fmt::format("these are words: {}", fmt::join(words, ", ")) : meant));
   }
 
   SelectionPointer in_parentheses(const SelectionWord& open) {

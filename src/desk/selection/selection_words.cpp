@@ -10,9 +10,6 @@ namespace {
 
 constexpr std::string_view between_words = " \t\r\f\v,";
 
-/// Words that a parenthesis may follow at once.
-constexpr std::array<std::string_view, 6> openers{"and", "or", "not", "of", "as", "to"};
-
 char closing_quote(char c) { return c == '"' || c == '\'' ? c : c == '{' ? '}' : '\0'; }
 
 /// Where an unquoted word ends that begins at a place.
@@ -23,7 +20,7 @@ std::size_t word_end(std::string_view text, std::size_t from) {
   for (; end < text.size() && between_words.find(text[end]) == std::string_view::npos; ++end) {
     const auto before = text.substr(from, end - from);
     if (text[end] == '(') {
-      if (std::find(openers.begin(), openers.end(), before) != openers.end()) break;
+      if (stands_before_selection(before)) break;
       ++open;
     } else if (text[end] == ')' && --open < 0) {
       break;
@@ -38,6 +35,11 @@ std::size_t columns(std::string_view shown) {
 }
 
 }  // namespace
+
+bool stands_before_selection(std::string_view word) {
+  constexpr std::array<std::string_view, 6> words{"and", "or", "not", "of", "as", "to"};
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 std::vector<SelectionWord> selection_words_of(std::string_view text) {
   std::vector<SelectionWord> words;

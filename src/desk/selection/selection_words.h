@@ -20,6 +20,9 @@ struct SelectionWord {
   bool is_end() const { return text.empty() && !quoted; }
 };
 
+/// True for a word behind which a selection begins, or a parenthesis around one: and, of, ...
+bool stands_before_selection(std::string_view word);
+
 /// Splits a selection: words end at blanks, commas and the parentheses that group, and may stand in quotes. A
 /// parenthesis inside a word, as in H(1), belongs to it.
 std::vector<SelectionWord> selection_words_of(std::string_view text);
