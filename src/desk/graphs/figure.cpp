@@ -13,6 +13,7 @@
 #include "desk/graphs/axis_text.h"
 #include "desk/graphs/graph_kind.h"
 #include "desk/messages/visible_text.h"
+#include "support/text_field.h"
 
 namespace pathstat::desk {
 namespace {
@@ -119,10 +120,8 @@ std::vector<Figure> figures_of(const GraphStore& store) {
 
 const Figure* find_figure(const GraphStore& store, std::span<const Figure> figures, std::string_view name) {
   const auto found = std::find_if(figures.rbegin(), figures.rend(), [&](const Figure& figure) {
-    std::string_view title = store.info(figure.graph)->name;
-    title = title.substr(0, title.find_last_not_of(' ') + 1);
     return same_in_any_case(figure.heading, name) || same_in_any_case(figure.name, name) ||
-           same_in_any_case(title, name);
+           same_in_any_case(trimmed(store.info(figure.graph)->name), name);
   });
   return found == figures.rend() ? nullptr : &*found;
 }

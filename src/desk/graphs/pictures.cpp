@@ -229,9 +229,9 @@ std::string settings(const Figure& figure) {
                                                                       : figure.x_range->y)
                          : std::string("set xrange [*:*] noextend\n");
   const bool has_key = figure.curves.size() > 1 || !figure.guides.empty();
-  const auto legend = legend_of(figure, box, from_zero);
+  const auto legend = has_key ? legend_of(figure, box, from_zero) : Legend{};
   text += fmt::format("set yrange [{}:*]\nset offsets graph 0, graph 0, graph {}, graph {}\n", from_zero ? "0" : "*",
-                      has_key && legend.hides ? "0.3" : "0.04", from_zero ? "0" : "0.04");
+                      legend.hides ? "0.3" : "0.04", from_zero ? "0" : "0.04");
   text += has_key ? fmt::format(
                         "set key inside {} Left reverse noenhanced samplen 2 spacing 1.2 width -1 opaque "
                         "fc rgb '#ffffff'\n",
