@@ -8,28 +8,27 @@
 #include <string_view>
 
 #include "corelink/fixed_text.h"
+#include "support/text_field.h"
 
 namespace pathstat {
 
 namespace {
 
-bool is_traced(const char* switch_name) {
-  const char* trace = std::getenv(switch_name);
-  return trace != nullptr && std::string_view(trace) == "ON";
-}
+bool fields_are_traced() { return is_switched_on("GETENV_DEBUG"); }
 
-bool fields_are_traced() { return is_traced("GETENV_DEBUG"); }
-
-std::string without_padding(std::string_view field) {
-  return std::string(field.substr(0, field.find_last_not_of(' ') + 1));
-}
+std::string without_padding(std::string_view field) { return std::string(trimmed(field)); }
 
 }  // namespace
 
 const char* COM_getenv(const char* name) { return std::getenv(name); }
 
+bool is_switched_on(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && std::string_view(value) == "ON";
+}
+
 void COM_setenv(const char* name, const char* value) {
-  if (is_traced("ENV_DEBUG")) std::printf("COM_setenv: %s=%s\n", name, value);
+  if (is_switched_on("ENV_DEBUG")) std::printf("COM_setenv: %s=%s\n", name, value);
   const int result = ::setenv(name, value, 1);
   if (result == 0) return;
   if (errno == ENOMEM) {

@@ -9,6 +9,9 @@ namespace pathstat {
 /// The value of an environment variable, null if it is unset.
 const char* COM_getenv(const char* name);
 
+/// True for a variable that is set to "ON".
+bool is_switched_on(const char* name);
+
 /// Sets a variable; a failure is told on standard error.
 void COM_setenv(const char* name, const char* value);
 

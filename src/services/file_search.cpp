@@ -5,14 +5,15 @@
 
 #include <array>
 #include <cctype>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
 
+#include "corelink/environment.h"
 #include "corelink/fixed_text.h"
 #include "corelink/last_error.h"
+#include "support/text_field.h"
 
 namespace pathstat {
 namespace {
@@ -20,11 +21,6 @@ namespace {
 constexpr std::size_t path_block = 1024;  ///< bytes of a path and its terminator
 
 const char* text_of(const char* text) { return text == nullptr ? "" : text; }
-
-bool is_on(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value != nullptr && std::string_view(value) == "ON";
-}
 
 bool is_part_of_name(char letter) { return std::isalnum(static_cast<unsigned char>(letter)) != 0 || letter == '_'; }
 
@@ -77,7 +73,7 @@ std::optional<std::string> path_in(std::string_view directory, const std::string
   return std::nullopt;
 }
 
-const char* search(std::string_view directories, const char* variable, const std::string& name) {
+const char* found_in(std::string_view directories, const char* variable, const std::string& name) {
   const bool traced = std::getenv("FILE_DEBUG") != nullptr;
   for (std::string_view rest = directories;;) {
     const auto end = rest.find(':');
@@ -135,7 +131,7 @@ const char* FILE_dirpath_search(const char* variable, const char* name) {
     return nullptr;
   }
   const char* value = *variable == '\0' ? nullptr : std::getenv(variable);
-  return search(value == nullptr || *value == '\0' ? "." : value, variable, wanted);
+  return found_in(value == nullptr || *value == '\0' ? "." : value, variable, wanted);
 }
 
 const char* FILE_path(const char* name) {
@@ -156,12 +152,12 @@ const char* FILNAM_xlate(const char* name) {
     return nullptr;
   }
   std::memcpy(block.data(), result->c_str(), result->size() + 1);
-  if (is_on("FN_XLATE_DEBUG")) std::printf("FILNAM_xlate: %s is %s\n", text_of(name), block.data());
+  if (is_switched_on("FN_XLATE_DEBUG")) std::printf("FILNAM_xlate: %s is %s\n", text_of(name), block.data());
   return block.data();
 }
 
 void filnam_xlate_f_(std::string_view name, std::span<char> result) {
-  const std::string source(name.substr(0, name.find_last_not_of(' ') + 1));
+  const std::string source(trimmed(name));
   const char* found = FILNAM_xlate(source.c_str());
   const std::string_view text = found == nullptr ? "" : found;
   if (std::getenv("EXPNAM_DEBUG") != nullptr) std::printf("filnam_xlate: %s is %s\n", source.c_str(), text.data());

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -13,6 +14,7 @@
 
 #include "corelink/last_error.h"
 #include "services/file_search.h"
+#include "support/text_field.h"
 
 extern char** environ;
 
@@ -117,7 +119,7 @@ const char* COM_exec(const char* executable, std::int32_t argc, const char* cons
 
 void com_exec_fortran_(std::string_view executable, std::string_view arguments, std::int32_t& process) {
   constexpr std::size_t most = 255;
-  const std::string program(executable.substr(0, executable.find_last_not_of(' ') + 1));
+  const std::string program(trimmed(executable));
   std::vector<std::string> words{program};
   for (std::size_t from = arguments.find_first_not_of(' '); from != std::string_view::npos;) {
     const auto end = std::min(arguments.find(' ', from), arguments.size());
