@@ -1,3 +1,5 @@
+#include "shell/word_table.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -5,7 +7,6 @@
 #include "shell/messages.h"
 #include "shell/output_texts.h"
 #include "shell/running_analysis.h"
-#include "shell/word_table.h"
 #include "support/number_format.h"
 
 namespace pathstat {
