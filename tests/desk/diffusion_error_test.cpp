@@ -127,7 +127,11 @@ TEST(DiffusionErrorOf, a_file_needs_all_of_it) {
   EXPECT_FALSE(read_origin_blocks(file));
   for (const auto& [text, whole] :
        {Case{head + "1 0.5 0.75\n2 1 1.5\n", true}, Case{head + "1 0.5 0.75\n2 1\n", false}, Case{"", false},
-        Case{"0.5 101 11 1 10 2 1 2000000000\n", false}, Case{"0 101 11 1 10 2 1 0\n", false}}) {
+        Case{"0.5 101 11 1 10 2 1 2000000000\n", false}, Case{"0 101 11 1 10 2 1 0\n", false},
+        Case{"0.5 0 11 1 10 2 1 0\n", false}, Case{"0.5 101 0 1 10 2 1 0\n", false},
+        Case{"0.5 101 11 1 60 2 1 0\n", false}, Case{"0.5 101 11 6 10 2 1 0\n", false},
+        Case{"0.5 9000000000000000000 11 1 10 2 1 0\n", false}, Case{head + "2 1 1.5\n1 0.5 0.75\n", false},
+        Case{head + "1 0.5 0.75\n102 1 1.5\n", false}}) {
     std::ofstream(file) << text;
     const auto blocks = read_origin_blocks(file);
     EXPECT_EQ(blocks.has_value(), whole) << text;

@@ -144,6 +144,13 @@ double walk_ratio(const OriginBlocks& blocks, const LagWindow& fit, const LagWin
   return variance_of(whole) * (n - 1) / (n * (of_one - of_all));
 }
 
+/// True if all origins of all blocks, of which there are few, are among the frames.
+bool origins_are_frames(const OriginBlocks& blocks) {
+  return blocks.frames > 0 && blocks.frames <= INT32_MAX && blocks.step > 0 && blocks.origins > 0 &&
+         blocks.origins <= blocks.frames &&
+         blocks.origins * static_cast<std::int64_t>(blocks.blocks) - 1 <= (blocks.frames - 1) / blocks.step;
+}
+
 }  // namespace
 
 std::optional<OriginBlocks> read_origin_blocks(const std::filesystem::path& file) {
@@ -153,11 +160,13 @@ std::optional<OriginBlocks> read_origin_blocks(const std::filesystem::path& file
   std::size_t lags = 0;
   in >> blocks.spacing_ps >> blocks.frames >> blocks.intervals >> blocks.step >> blocks.origins >> blocks.blocks >>
       blocks.columns >> lags;
-  const bool sound = in && blocks.spacing_ps > 0 && blocks.step > 0 && blocks.origins > 0 && lags <= most_lags &&
-                     blocks.blocks <= most_blocks && blocks.columns <= most_columns;
+  const bool sound = in && blocks.spacing_ps > 0 && blocks.intervals > 0 && lags <= most_lags &&
+                     blocks.blocks <= most_blocks && blocks.columns <= most_columns && origins_are_frames(blocks);
   if (!sound) return std::nullopt;
   for (std::size_t k = 0; k < lags; ++k) {
+    const auto before = k == 0 ? 0 : blocks.lags.back();
     in >> blocks.lags.emplace_back();
+    if (blocks.lags.back() <= before || blocks.lags.back() > blocks.frames) return std::nullopt;
     for (std::size_t value = 0; value < blocks.blocks * blocks.columns; ++value) in >> blocks.means.emplace_back();
   }
   return in ? std::optional(std::move(blocks)) : std::nullopt;
