@@ -46,8 +46,8 @@ TEST(ManualPage, tells_all_that_the_help_tells) {
   for (const auto* text :
        {".TH PATHDESK 1 \"\" \"pathdesk 1.2\"", "run SCRIPT [OPTIONS]", "info FILE\n", "About it", ".SH PATHDESK RUN\n",
         "\n\\&.a script\n", ".B \\-\\-format svg,png\nWhat to write", ".B \\-v, \\-\\-verbose\nTells more",
-        ".I SCRIPT\nThe script", ".SH PATHDESK ANALYSE\nLooks\n.TP\n.I FILES\nThe files\n.PP\nOf its own.\n",
-        "Lines:\n.nf\n  @step N\\ex\n.fi\nEnd."}) {
+        ".I SCRIPT\nThe script", ".SH PATHDESK ANALYSE\nLooks\n.TP\n.I FILES\nThe files\n.TP\n",
+        "\n.PP\nOf its own.\n.SH SCRIPTS", "Lines:\n.nf\n  @step N\\ex\n.fi\nEnd."}) {
     EXPECT_THAT(page, HasSubstr(text));
   }
   EXPECT_THAT(page, Not(HasSubstr("hidden")));
@@ -81,7 +81,7 @@ TEST(BashCompletion, offers_what_each_place_takes) {
   EXPECT_THAT(offered(folder, "pathdesk run "), UnorderedElementsAre("c.script", "sub"));
   EXPECT_THAT(offered(folder, "pathdesk info "), UnorderedElementsAre("a run.trj", "b.qfx", "sub"));
   EXPECT_THAT(offered(folder, "pathdesk info b"), ElementsAre("b.qfx"));
-  EXPECT_THAT(offered(folder, "pathdesk analyse c"), ElementsAre("c.script"));
+  EXPECT_THAT(offered(folder, "pathdesk analyse c."), ElementsAre("c.script"));
   EXPECT_THAT(offered(folder, "pathdesk run --o"), ElementsAre("--out"));
   EXPECT_THAT(offered(folder, "pathdesk run --out "), ElementsAre("sub"));
   EXPECT_THAT(offered(folder, "pathdesk run --format "), ElementsAre("svg", "png"));
