@@ -1,6 +1,5 @@
 import { byId, el } from './dom';
 import { Bodies, Link } from './link';
-import { frameOfRow, isHeading } from './tables';
 
 const mostLines = 2000;
 
@@ -19,9 +18,8 @@ export class Console {
   private readonly past: string[] = [];
   private place = 0;
   private tag = 0;
-  private columns: string[] | null = null;
 
-  constructor(private readonly link: Link, private readonly goToFrame: (frame: number) => void) {
+  constructor(private readonly link: Link) {
     const form = el('form', {}, el('span', { ariaHidden: 'true' } as never, '›'), this.input);
     byId('console').append(this.log, this.choices, form);
     form.onsubmit = (event) => {
@@ -91,20 +89,10 @@ export class Console {
 
   private show(body: Bodies['log']): void {
     const atEnd = this.log.scrollHeight - this.log.scrollTop - this.log.clientHeight < 40;
-    const block = el('div', { className: `said ${body.kind}` });
-    if (body.kind === 'entry') this.columns = null;
-    for (const line of body.text.split('\n')) block.append(this.textLine(line));
+    const block = el('div', { className: `said ${body.kind}` }, body.text);
     this.log.append(block);
     while (this.log.childElementCount > mostLines) this.log.firstElementChild?.remove();
     if (atEnd || body.kind === 'entry') this.log.scrollTop = this.log.scrollHeight;
-  }
-
-  /** A line of text; the row of a table that names a frame leads to it. */
-  private textLine(line: string): HTMLElement {
-    if (isHeading(line)) this.columns = line.trim().split(/\s{2,}/);
-    const frame = frameOfRow(line, this.columns);
-    if (frame === null) return el('div', {}, line || ' ');
-    return el('button', { type: 'button', className: 'row', title: `Show frame ${frame}`, onclick: () => this.goToFrame(frame) }, line);
   }
 }
 

@@ -5,7 +5,8 @@ import { Bodies, Link } from './link';
 import { PlotsPane } from './plots';
 import { SidePane } from './side';
 import { StructurePane } from './structure';
-import { placeInRange } from './tables';
+import { Jump, placeInRange, TablesPane } from './tables';
+import { Tabs } from './tabs';
 
 // The token has become a cookie: it has no more business in the address.
 history.replaceState(null, '', '/');
@@ -17,16 +18,24 @@ const link = new Link(
     side.forget();
     structure.forget();
     plots.forget();
-    link.send('watch', { words: StructurePane.words });
+    tables.clear();
+    link.send('watch', { words: [...StructurePane.words, ...side.watched()] });
   },
 );
 const side = new SidePane(link);
 const structure = new StructurePane(link);
 const plots = new PlotsPane(link);
-const terminal = new Console(link, showFrame);
+const tables = new TablesPane(link, jumpTo, (count) => results.rename('tables', count > 0 ? `Tables (${count})` : 'Tables'));
+const results = new Tabs([
+  { id: 'plots', text: 'Plots', content: plots.root },
+  { id: 'tables', text: 'Tables', content: tables.root },
+], 'Results');
+byId('results').append(results.bar, ...results.panels);
+const terminal = new Console(link);
 
-/** Shows a frame by its number in the file. */
-function showFrame(frame: number): void {
+/** Shows the frame that a row of a table leads to. */
+function jumpTo({ frame, time }: Jump): void {
+  if (frame === undefined) return link.line(`CURRENT_FRAME_TIME ${time}`);
   const place = placeInRange(frame, side.valueOf('FIRST_FRAME_NO'), side.valueOf('LAST_FRAME_NO'), side.valueOf('INCREMENT_NO'));
   if (place === null) byId('link').textContent = `Frame ${frame} is not in the range of frames`;
   else link.line(`CURRENT_FRAME_NUMBER ${place}`);

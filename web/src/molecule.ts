@@ -12,6 +12,14 @@ import { colourOf } from './elements';
 const textureWidth = 1024;
 const selectedColour = 'vec3(1.0, 0.85, 0.1)';
 
+/** What is far from the viewer fades into the ground, so that the picture has depth. */
+const depthCue = `
+  uniform vec2 depths;  // of the nearest and the farthest atom
+  uniform float fade;   // of images
+  float fading(float depth) {
+    return max(fade, 0.7 * clamp((depth - depths.x) / (depths.y - depths.x), 0.0, 1.0) - 0.1);
+  }`;
+
 const fetchPosition = `
   uniform highp sampler2D positions;
   vec3 positionOf(uint place) {
@@ -29,19 +37,22 @@ const atomVertex = `
   in float marked;  // 1: selected
   out vec3 colour;
   out float selected;
+  out float faded;
+  ${depthCue}
   void main() {
     vec4 eye = modelViewMatrix * vec4(positionOf(place) + offset, 1.0);
     gl_Position = projectionMatrix * eye;
     gl_PointSize = max(look.w * scale * (1.0 + 0.25 * marked) * pixels / gl_Position.w, 1.5);
     colour = look.rgb;
     selected = marked;
+    faded = fading(-eye.z);
   }`;
 
 const atomFragment = `
   precision mediump float;
   in vec3 colour;
   in float selected;
-  uniform float fade;
+  in float faded;
   out vec4 result;
   void main() {
     vec2 p = 2.0 * gl_PointCoord - 1.0;
@@ -51,7 +62,7 @@ const atomFragment = `
     float light = 0.35 + 0.65 * max(dot(vec3(p.x, -p.y, z), vec3(-0.4, 0.5, 0.77)), 0.0);
     float gloss = pow(max(dot(vec3(p.x, -p.y, z), vec3(-0.25, 0.32, 0.91)), 0.0), 40.0);
     vec3 shade = mix(colour, ${selectedColour}, selected * step(0.55, r2));
-    result = vec4(mix(shade * light + 0.35 * gloss, vec3(0.07, 0.09, 0.12), fade), 1.0);
+    result = vec4(mix(shade * light + 0.35 * gloss, vec3(0.07, 0.09, 0.12), faded), 1.0);
   }`;
 
 const bondVertex = `
@@ -67,6 +78,8 @@ const bondVertex = `
   in vec3 look;
   out vec3 colour;
   out float side;
+  out float faded;
+  ${depthCue}
   void main() {
     vec3 start = positionOf(pair.x);
     vec3 way = positionOf(pair.y) - start;
@@ -81,16 +94,17 @@ const bondVertex = `
     gl_Position = projectionMatrix * at;
     colour = look;
     side = position.x;
+    faded = fading(-at.z);
   }`;
 
 const bondFragment = `
   precision mediump float;
   in vec3 colour;
   in float side;
-  uniform float fade;
+  in float faded;
   out vec4 result;
   void main() {
-    result = vec4(mix(colour * (0.3 + 0.7 * sqrt(1.0 - side * side)), vec3(0.07, 0.09, 0.12), fade), 1.0);
+    result = vec4(mix(colour * (0.3 + 0.7 * sqrt(1.0 - side * side)), vec3(0.07, 0.09, 0.12), faded), 1.0);
   }`;
 
 export interface Atoms {
@@ -125,9 +139,12 @@ export class MoleculeView {
     cell: { value: new THREE.Matrix3() },
     inverseCell: { value: new THREE.Matrix3() },
     repeats: { value: new THREE.Vector3() },
+    depths: { value: new THREE.Vector2(0, 1) },
   };
   private dirty = true;
   private framed = false;
+  /** Of the sphere around the atoms. */
+  private radius = 10;
   /** Pictures that were drawn, for whoever measures. */
   drawn = 0;
   images = false;
@@ -162,6 +179,8 @@ export class MoleculeView {
       this.controls.update();
       if (!this.dirty) return;
       this.dirty = false;
+      const depth = this.camera.position.distanceTo(this.controls.target);
+      this.shared.depths.value.set(depth - this.radius, depth + this.radius);
       this.renderer.render(this.scene, this.camera);
       ++this.drawn;
     };
@@ -236,12 +255,22 @@ export class MoleculeView {
     const bounds = new THREE.Box3();
     const point = new THREE.Vector3();
     for (let k = 0; k < this.atoms.count; ++k) bounds.expandByPoint(point.set(...this.positionOf(k)));
-    const sphere = bounds.getBoundingSphere(new THREE.Sphere());
-    const radius = Math.max(sphere.radius, 3) * (this.images ? 3 : 1);
-    const away = (radius * 1.08) / Math.sin((this.camera.fov * Math.PI) / 360) / Math.min(this.camera.aspect, 1);
-    this.controls.target.copy(sphere.center);
+    const center = bounds.getCenter(new THREE.Vector3());
     const direction = new THREE.Vector3(0.35, 0.25, 1).normalize();
-    this.camera.position.copy(sphere.center).addScaledVector(direction, away);
+    const turn = new THREE.Quaternion().setFromRotationMatrix(new THREE.Matrix4().lookAt(direction, new THREE.Vector3(), new THREE.Vector3(0, 1, 0))).invert();
+    const slope = Math.tan((this.camera.fov * Math.PI) / 360);
+    const spread = this.images ? 3 : 1;
+    // As near as leaves every atom in the picture.
+    let away = 8;
+    let radius = 3;
+    for (let k = 0; k < this.atoms.count; ++k) {
+      point.set(...this.positionOf(k)).sub(center).multiplyScalar(spread).applyQuaternion(turn);
+      away = Math.max(away, point.z + (Math.abs(point.y) + 1.5) / slope, point.z + (Math.abs(point.x) + 1.5) / (slope * this.camera.aspect));
+      radius = Math.max(radius, point.length());
+    }
+    this.radius = radius;
+    this.controls.target.copy(center);
+    this.camera.position.copy(center).addScaledVector(direction, away);
     this.camera.up.set(0, 1, 0);
     this.camera.near = away / 100;
     this.camera.far = away * 20;

@@ -1,7 +1,7 @@
 import uPlot from 'uplot';
 import 'uplot/dist/uPlot.min.css';
 import { decimate, lowerBound, yRange } from './decimate';
-import { button, byId, el, quoted } from './dom';
+import { button, el, quoted } from './dom';
 import { Bulk, Curve, GraphBody, Link } from './link';
 import { PointSet } from './points';
 
@@ -45,25 +45,27 @@ class Plot {
 
   constructor(private graph: GraphBody, private readonly pane: PlotsPane) {
     const toggle = (axis: 'x' | 'y') => {
-      const check = el('input', { type: 'checkbox' });
-      check.onchange = () => {
-        this.log[axis] = check.checked;
+      const flip = button(`log ${axis}`, `Logarithmic ${axis} axis`, () => {
+        this.log[axis] = !this.log[axis];
+        flip.setAttribute('aria-pressed', String(this.log[axis]));
         this.showAll();
         this.build();
-      };
-      return el('label', {}, check, ` ${axis} log`);
+      });
+      flip.setAttribute('aria-pressed', 'false');
+      return flip;
     };
-    const save = (format: string) => button(format.toUpperCase(), `Saves the graph as ${format.toUpperCase()}`, () => pane.link.send('export', { graph: this.graph.graph, format }));
+    const save = (format: string) => button(format.toUpperCase(), `Saves the graph as ${format.toUpperCase()}`, () => this.save(format));
     this.overlay.onchange = () => {
       const chosen = Number(this.overlay.value);
       this.overlays = chosen === 0 ? [] : [...this.overlays.filter((each) => each !== chosen), chosen];
+      this.pane.showChoices();
       this.showAll();
       this.build();
     };
     this.root = el('article', { className: 'card' },
-      el('div', { className: 'tools' }, this.heading, toggle('x'), toggle('y'), this.overlay,
-        button('All', 'Shows the whole curve (double click)', () => this.showAll()), save('svg'), save('png'), save('tsv')),
-      this.legend, this.box, this.readout);
+      el('div', { className: 'top' }, this.heading, this.legend), this.box,
+      el('div', { className: 'tools' }, this.readout, toggle('x'), toggle('y'), this.overlay,
+        button('All', 'Shows the whole curve (double click)', () => this.showAll()), save('svg'), save('png'), save('tsv')));
     new ResizeObserver(() => this.resize()).observe(this.box);
     this.box.tabIndex = 0;
     this.box.setAttribute('role', 'group');
@@ -79,6 +81,12 @@ class Plot {
     if (changed) this.build();
     this.showLegend();
     this.redraw();
+  }
+
+  /** Has what is shown drawn as a picture, or written as a table. */
+  private save(format: string): void {
+    const range = this.zoomed ? { range: this.x } : {};
+    this.pane.link.send('export', { graphs: [this.graph.graph, ...this.overlays], format, ...range });
   }
 
   uses(set: number): boolean {
@@ -113,10 +121,9 @@ class Plot {
 
   private showLegend(): void {
     const items = this.curves();
-    this.legend.replaceChildren(...(items.length < 2 ? [] : items.map(({ curve, graph, colour }) => {
-      const item = el('span', {}, el('i', {}), curve.label || graph.heading);
-      (item.firstChild as HTMLElement).style.background = colour;
-      return item;
+    this.legend.replaceChildren(...(items.length < 2 ? [] : items.map(({ curve, graph, colour, dash }) => {
+      const text = graph === this.graph ? curve.label : `${graph.heading} ${curve.label}`;
+      return el('span', {}, sample(colour, dash), text.trim() || graph.heading);
     })));
   }
 
@@ -346,6 +353,21 @@ class Plot {
   }
 }
 
+/** A short piece of a line as a curve is drawn. */
+function sample(colour: string, dash: number[]): HTMLCanvasElement {
+  const canvas = el('canvas', { width: 22, height: 8 });
+  const ctx = canvas.getContext('2d');
+  if (!ctx) return canvas;
+  ctx.strokeStyle = colour;
+  ctx.lineWidth = 2;
+  ctx.setLineDash(dash);
+  ctx.beginPath();
+  ctx.moveTo(0, 4);
+  ctx.lineTo(22, 4);
+  ctx.stroke();
+  return canvas;
+}
+
 function mark(ctx: CanvasRenderingContext2D, [x, y]: [number, number], box: { top: number; height: number }): void {
   ctx.strokeStyle = markColour;
   ctx.lineWidth = devicePixelRatio;
@@ -397,10 +419,10 @@ export class PlotsPane {
   readonly plots = new Map<number, Plot>();
   private readonly sets = new Map<number, PointSet>();
   private readonly list = el('div', { id: 'cards' });
-  private readonly none = el('p', { className: 'none' }, 'Plots come up here as analyses run.');
+  private readonly none = el('p', { className: 'none' }, 'Plots come up here as analyses run; a click on a point shows its frame.');
+  readonly root = el('div', { className: 'cards' }, this.none, this.list);
 
   constructor(readonly link: Link) {
-    byId('plots').append(this.none, this.list);
     link.on('graph', (body) => this.take(body));
     link.onBulk(Bulk.points, (message) => {
       this.points(message.handle).take(message);
@@ -437,6 +459,11 @@ export class PlotsPane {
       this.plots.set(body.graph, plot);
       this.list.prepend(plot.root);
     }
-    if (isNew) for (const plot of this.plots.values()) plot.showChoices([...this.graphs.values()]);
+    if (isNew) this.showChoices();
+  }
+
+  /** Offers every plot the others to lay over it. */
+  showChoices(): void {
+    for (const plot of this.plots.values()) plot.showChoices([...this.graphs.values()]);
   }
 }

@@ -5,6 +5,8 @@ import { MoleculeView } from './molecule';
 const measureKinds = ['distance', 'angle', 'torsion'];
 const stepsOfPlay = 1_000_000_000;
 
+type Way = 'forwards' | 'backwards';
+
 /** The structure with what can be done to it: selecting, measuring, stepping through the frames. */
 export class StructurePane {
   readonly view: MoleculeView;
@@ -15,6 +17,7 @@ export class StructurePane {
   private residues = new Int32Array(0);
   private bonds = new Uint32Array(0);
   private clicked: number[] = [];
+  private playing: Way | null = null;
   private selected = 0;
   private readonly box = el('div', { className: 'view' });
   private readonly title = el('span', { className: 'title' }, 'No model');
@@ -37,16 +40,23 @@ export class StructurePane {
     };
     const tools = el('div', { className: 'tools' }, this.title, toggle('showCell', 'Cell', true), toggle('images', 'Images', false),
       toggle('spaceFilling', 'Spheres', false), button('Fit', 'Brings everything into the picture', () => this.view.frameAll()), this.measure);
-    const step = (way: string, steps: number) => () => this.step(way, steps);
+    const step = (way: Way, steps: number) => () => this.step(way, steps);
+    const buttons: [string, string, () => void][] = [
+      ['|‹', 'First frame', () => link.line('CURRENT_FRAME_NUMBER 1')],
+      ['◀', 'Play backwards', step('backwards', stepsOfPlay)],
+      ['‹', 'One frame back ( , )', step('backwards', 1)],
+      ['■', 'Stop', () => link.send('stop')],
+      ['›', 'One frame on ( . )', step('forwards', 1)],
+      ['▶', 'Play (space)', step('forwards', stepsOfPlay)],
+    ];
     const playback = el('div', { className: 'tools playback', role: 'group', aria: { label: 'Frames' } },
-      button('◀◀', 'Play backwards', step('backwards', stepsOfPlay)), button('◀', 'One frame back', step('backwards', 1)),
-      button('■', 'Stop', () => link.send('stop')), button('▶', 'One frame on', step('forwards', 1)),
-      button('▶▶', 'Play', step('forwards', stepsOfPlay)), this.place, this.speed, this.atEnd, this.frame);
-    for (const each of playback.querySelectorAll('button')) each.setAttribute('aria-label', each.title);
-    byId('structure').append(tools, this.box, this.picked, this.measures, playback);
+      ...buttons.map(([text, title, action]) => Object.assign(button(text, title, action), { ariaLabel: title })),
+      this.place, this.speed, this.atEnd);
     this.view = new MoleculeView(this.box, (atom, adding) => this.clickOn(atom, adding));
-    this.speed.onchange = () => link.line(`FRAME_STEP_SPEED ${this.speed.value}`);
-    this.atEnd.onchange = () => link.line(`FRAME_STEPPING_MODE "${this.atEnd.value}"`);
+    byId('structure').append(tools, el('div', { className: 'stage' }, this.box, this.picked, this.measures), this.frame, playback);
+    this.box.addEventListener('keydown', (event) => this.key(event));
+    this.speed.onchange = () => this.set(`FRAME_STEP_SPEED ${this.speed.value}`);
+    this.atEnd.onchange = () => this.set(`FRAME_STEPPING_MODE "${this.atEnd.value}"`);
     this.place.onchange = () => link.line(`CURRENT_FRAME_NUMBER ${this.place.value}`);
     this.showPicked();
     this.listen();
@@ -87,6 +97,7 @@ export class StructurePane {
     link.on('measures', (body) => this.showMeasures(body));
     link.on('frame', (body) => (this.frame.textContent = body.text));
     link.on('values', (body) => this.takeValues(body));
+    link.on('busy', ({ text }) => (this.playing = /^@step (\w+) \d+/.exec(text)?.[1] as Way | undefined ?? null));
   }
 
   private setModel(body: ModelBody): void {
@@ -112,8 +123,27 @@ export class StructurePane {
     }
   }
 
-  private step(way: string, steps: number): void {
+  private step(way: Way, steps: number): void {
     this.link.line(`@step ${way}${steps === 1 ? '' : ` ${steps}`}`);
+  }
+
+  /** Sets something while frames may be playing: that ends the play, which goes on behind it. */
+  private set(line: string): void {
+    const { playing } = this;
+    this.link.line(line);
+    if (playing) this.step(playing, stepsOfPlay);
+  }
+
+  private key(event: KeyboardEvent): void {
+    const actions: Record<string, () => void> = {
+      ' ': () => (this.playing ? this.link.send('stop') : this.step('forwards', stepsOfPlay)),
+      ',': () => this.step('backwards', 1),
+      '.': () => this.step('forwards', 1),
+    };
+    const action = actions[event.key];
+    if (!action) return;
+    event.preventDefault();
+    action();
   }
 
   private clickOn(atom: number | null, adding: boolean): void {
@@ -134,7 +164,9 @@ export class StructurePane {
   }
 
   private showPicked(): void {
-    this.measure.disabled = measureKinds[this.clicked.length - 2] === undefined;
+    const kind = measureKinds[this.clicked.length - 2];
+    this.measure.disabled = kind === undefined;
+    this.measure.textContent = kind === undefined ? 'Measure' : `Measure ${kind}`;
     const { model } = this;
     this.picked.replaceChildren(...(model ? this.clicked.slice(-4).map((atom) => el('div', {}, this.describe(model, atom))) : []));
   }

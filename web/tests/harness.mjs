@@ -6,7 +6,7 @@ import { fileURLToPath } from 'node:url';
 import { chromium } from 'playwright-core';
 
 export const source = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
-const pathdesk = process.env.PATHDESK ?? path.join(source, 'build/release/bin/pathdesk');
+export const pathdesk = process.env.PATHDESK ?? path.join(source, 'build/release/bin/pathdesk');
 
 /** A folder of its own with copies of examples. */
 export function folderWith(...examples) {

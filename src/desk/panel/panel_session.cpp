@@ -13,7 +13,6 @@
 #include "desk/advice/word_table.h"
 #include "desk/cli/completion.h"
 #include "desk/cli/typed_line.h"
-#include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
 #include "desk/panel/panel_messages.h"
 #include "desk/report/result_folder.h"
@@ -29,6 +28,7 @@ using Clock = std::chrono::steady_clock;
 using nlohmann::json;
 
 constexpr std::size_t most_log_lines = 5000;
+constexpr std::uintmax_t largest_script = 1 << 20;
 constexpr auto between_progress = std::chrono::milliseconds(100);
 
 constexpr std::array told_names{"result", "table", "complaint"};
@@ -107,6 +107,7 @@ void PanelSession::serve(const PageRequest& request) {
     return refresh_values();
   }
   if (request.what == "complete") return complete(request, false);
+  if (request.what == "script") return take_script(request);
   if (request.what == "export") return export_graph(request);
   if (request.what == "save") return save_history(request);
 }
@@ -134,6 +135,26 @@ void PanelSession::take_line(const std::string& text) {
     return tell_log("complaint", problem);
   }
   if (typed.line) run_line(*typed.line);
+}
+
+/// Runs the lines of a script below the start folder, up to the first one that fails or is stopped. Paths in it count
+/// from the start folder.
+void PanelSession::take_script(const PageRequest& request) {
+  const auto name = request.text("path");
+  const auto path = folder_.inside(name);
+  std::error_code error;
+  if (name.empty() || !path || !fs::is_regular_file(*path, error) || fs::file_size(*path, error) > largest_script) {
+    return tell_log("complaint", fmt::format("\"{}\" is no script below {}", name, folder_.path().string()));
+  }
+  const auto script = read_script(content_of(*path), number_ + 1, runner_.groups());
+  for (const auto& problem : script.problems) tell_log("complaint", fmt::format("{}: {}", name, problem));
+  if (!script.problems.empty()) return;
+  for (const auto& line : script.lines) {
+    number_ = std::max(number_, line.number);
+    if (const auto problem = folder_.refusal(line); !problem.empty()) return tell_log("complaint", problem);
+    run_line(line);
+    if (ended_ || !history_.back().done) return;
+  }
 }
 
 void PanelSession::run_line(const ScriptLine& line) {
@@ -251,15 +272,41 @@ void PanelSession::complete(const PageRequest& request, bool line_runs) {
         {{"type", "completion"}, {"tag", request.number("tag")}, {"from", from}, {"candidates", candidates}});
 }
 
+/// What a page shows in one plot: a graph, the curves of others laid over it, and the range of x if it is zoomed.
+std::optional<Figure> PanelSession::figure_for(const PageRequest& request) const {
+  std::optional<Figure> whole;
+  auto figures = figures_of(runner_.graphs());
+  const auto wanted = request.body.value("graphs", std::vector<std::int32_t>{});
+  for (const auto graph : wanted) {
+    const auto found =
+        std::find_if(figures.begin(), figures.end(), [&](const auto& each) { return each.graph == graph; });
+    if (found == figures.end()) continue;
+    if (!whole) {
+      annotate({&*found, 1});
+      whole = *found;
+      continue;
+    }
+    for (auto curve : found->curves) {
+      curve.label = fmt::format("{} {}", found->heading, curve.label);
+      whole->curves.push_back(std::move(curve));
+    }
+  }
+  const auto range = request.body.value("range", std::vector<float>{});
+  if (whole && range.size() == 2 && range[0] < range[1]) whole->x_range = PlotPoint{range[0], range[1]};
+  return whole;
+}
+
 void PanelSession::export_graph(const PageRequest& request) {
   const auto wanted = request.text("format");
   const auto* format =
       std::find_if(export_formats.begin(), export_formats.end(), [&](const auto& row) { return row.name == wanted; });
-  auto figures = figures_of(runner_.graphs());
-  const auto figure = std::find_if(figures.begin(), figures.end(),
-                                   [&](const Figure& each) { return each.graph == request.number("graph"); });
-  if (figure != figures.end()) annotate({&*figure, 1});
-  if (format == export_formats.end() || figure == figures.end()) return;
+  std::optional<Figure> figure;
+  try {
+    figure = figure_for(request);
+  } catch (const json::exception&) {
+    return;  // no request of our page
+  }
+  if (format == export_formats.end() || !figure) return;
   const auto file = fmt::format("{}.{}", figure->name, format->name);
   std::string bytes, problem;
   if (format->picture) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/graphs/figure.h"
 #include "desk/panel/downloads.h"
 #include "desk/panel/page_server.h"
 #include "desk/panel/panel_view.h"
@@ -37,12 +38,14 @@ class PanelSession {
   void serve(const PageRequest& request);
   void serve_beside_line();
   void take_line(const std::string& text);
+  void take_script(const PageRequest& request);
   void run_line(const ScriptLine& line);
   void follow(LineEnd end, bool only_steps);
   void start_again();
   std::optional<std::int32_t> ask(const Question& question);
   void watch(const PageRequest& request);
   void complete(const PageRequest& request, bool line_runs);
+  std::optional<Figure> figure_for(const PageRequest& request) const;
   void export_graph(const PageRequest& request);
   void save_history(const PageRequest& request);
   void refresh_values();
