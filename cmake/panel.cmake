@@ -55,5 +55,5 @@ function(panel_tests)
   endif()
   add_test(NAME panel_in_browser COMMAND ${NODE} ${page_source}/tests/run.mjs)
   set_tests_properties(panel_in_browser PROPERTIES
-                       ENVIRONMENT "PATHDESK=$<TARGET_FILE:pathdesk>" SKIP_RETURN_CODE 77 TIMEOUT 300 RUN_SERIAL ON)
+                       ENVIRONMENT "PATHDESK=$<TARGET_FILE:pathdesk>" SKIP_RETURN_CODE 77 TIMEOUT 500 RUN_SERIAL ON)
 endfunction()

@@ -60,6 +60,7 @@ export async function openBrowser() {
 /** A page on the panel, ready for lines. */
 export async function openPage(browser, address, size = { width: 1280, height: 800 }) {
   const context = await browser.newContext({ viewport: size, acceptDownloads: true });
+  context.setDefaultTimeout(60000); // machines that do much else besides are slow
   const page = await context.newPage();
   page.faults = [];
   page.on('pageerror', (error) => page.faults.push(String(error)));
@@ -83,6 +84,6 @@ export async function runToEnd(page, line) {
   await page.waitForFunction(
     (count) => document.querySelectorAll('.lines > li').length > count && !document.querySelector('.lines > li.runs'),
     before,
-    { timeout: 20000 },
+    { timeout: 60000 },
   );
 }

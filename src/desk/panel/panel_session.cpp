@@ -268,8 +268,11 @@ void PanelSession::complete(const PageRequest& request, bool line_runs) {
       }
     }
   }
-  reply(request.page,
-        {{"type", "completion"}, {"tag", request.number("tag")}, {"from", from}, {"candidates", candidates}});
+  reply(request.page, {{"type", "completion"},
+                       {"tag", request.number("tag")},
+                       {"begun", begun},
+                       {"from", from},
+                       {"candidates", candidates}});
 }
 
 /// What a page shows in one plot: a graph, the curves of others laid over it, and the range of x if it is zoomed.
