@@ -136,6 +136,8 @@ describe('the panel', () => {
 
   it('watches a curve grow and stops it, keeping what is done', async () => {
     await runToEnd(page, 'MONITOR YES');
+    // So many images that it takes longer than the stop takes to arrive.
+    await runToEnd(page, 'RDF_CUTOFF 60');
     await page.evaluate(() => {
       globalThis.growth = 0;
       // Stopped by the page itself, however slow this machine is.
@@ -147,6 +149,7 @@ describe('the panel', () => {
     await page.waitForFunction(() => globalThis.growth >= 1);
     await page.waitForSelector('.lines li.interrupted:has-text("RDF")', { state: 'attached' });
     assert.ok(await page.locator('#cards .card h3').count() > 2);
+    await runToEnd(page, 'RDF_CUTOFF 10');
   });
 
   it('saves plots as SVG, PNG and TSV', async () => {
