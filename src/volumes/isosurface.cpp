@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
-#include <optional>
 
 #include "support/parallel.h"
 #include "support/within_memory.h"
@@ -110,8 +109,9 @@ void for_crossed(const Grid& grid, std::span<const std::uint8_t> numbers, Visit 
 /// The crossed cubes in the order in which they are worked through: k outermost, then j, i innermost.
 class ComputeList {
  public:
-  ComputeList(const Grid& grid, std::span<const std::uint8_t> numbers)
-      : rows_(grid.cubes(1)), starts_(grid.cubes(1) * grid.cubes(2) + 1, 0) {
+  void fill(const Grid& grid, std::span<const std::uint8_t> numbers) {
+    rows_ = grid.cubes(1);
+    starts_.assign(rows_ * grid.cubes(2) + 1, 0);
     for_crossed(grid, numbers, [&](Size, Size j, Size k, std::uint8_t) { ++starts_[k * rows_ + j + 1]; });
     for (Size row = 1; row < starts_.size(); ++row) starts_[row] += starts_[row - 1];
     cubes_.resize(starts_.back());
@@ -128,7 +128,7 @@ class ComputeList {
   }
 
  private:
-  Size rows_;
+  Size rows_ = 0;
   std::vector<Size> starts_;  ///< of row (j, k) at k rows + j
   std::vector<CrossedCube> cubes_;
 };
@@ -254,10 +254,10 @@ std::int32_t extract(const Grid& grid, double iso, SurfaceMesh& mesh) {
   std::vector<std::uint8_t> numbers;
   if (const auto code = attempt(no_tags, [&] { numbers = case_numbers(grid, iso); }); code != 0) return code;
 
-  std::optional<ComputeList> list;
-  if (const auto code = attempt(no_list, [&] { list.emplace(grid, numbers); }); code != 0) return code;
+  ComputeList list;
+  if (const auto code = attempt(no_list, [&] { list.fill(grid, numbers); }); code != 0) return code;
   Size triangles = 0;
-  for (const auto& cube : list->all()) triangles += static_cast<Size>(iso_triangle_count[cube.number]);
+  for (const auto& cube : list.all()) triangles += static_cast<Size>(iso_triangle_count[cube.number]);
   if (triangles == 0) return 0;
   constexpr auto most_triangles = static_cast<Size>(std::numeric_limits<std::int32_t>::max() / 3);
   if (triangles > most_triangles) return told(no_triangles);
@@ -267,7 +267,7 @@ std::int32_t extract(const Grid& grid, double iso, SurfaceMesh& mesh) {
   const auto storage = attempt(no_storage, [&] {
     EdgeVertices edges(grid);
     records.reserve(triangles);
-    triangulate(grid, *list, edges, mesh.triangles, records);
+    triangulate(grid, list, edges, mesh.triangles, records);
   });
   if (storage != 0) return storage;
 
