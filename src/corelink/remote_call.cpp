@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 namespace pathstat {
 namespace {
@@ -59,8 +60,12 @@ void RemoteCall::send(std::span<const std::int32_t> values) { require(PD_send0_i
 void RemoteCall::send(std::span<const float> values) { require(PD_send0_float(connection_, values)); }
 void RemoteCall::send(std::span<const double> values) { require(PD_send0_double(connection_, values)); }
 
-void RemoteCall::send_text(std::string_view text) {
+void RemoteCall::send_text(std::string_view text) try {
   require(PD_send0_string(connection_, text.substr(0, longest_string)));
+} catch (const std::bad_alloc&) {
+  // Nothing could follow the half of a call on the wire.
+  std::fputs("Not enough memory inside a call of the Core, must exit.\n", stdout);
+  std::exit(1);
 }
 
 void RemoteCall::wait() { reply_wait(connection_, "Core has disconnected, must exit.\n"); }

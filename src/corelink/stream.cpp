@@ -34,6 +34,8 @@ bool fail_send(const Connection& record, ssize_t result) {
               PLE_system_error());
   }
   if (pnc_debug >= 1) PNC_debug("PNC_send failed (n=%d)\t%s\n", logged(result), PLE_get_error());
+  // What was sent may end inside a value: nothing can follow it, and neither side may wait for the rest.
+  ::shutdown(record.socket, SHUT_RDWR);
   return false;
 }
 

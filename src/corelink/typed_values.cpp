@@ -76,9 +76,9 @@ template <class Length>
 std::int32_t send_text(Connection& record, std::string_view text) {
   text = up_to_nul(text);
   if (!fits<Length>(text)) return 1;
+  const std::string terminated(text);  // ahead of what is sent: without memory nothing is
   const Length length = static_cast<Length>(text.size() + 1);
   if (send_buffered(record, std::span(&length, 1)) != 0) return 1;
-  const std::string terminated(text);
   return send_buffered(record, std::span(terminated.c_str(), terminated.size() + 1));
 }
 

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 #include "coreapi/error_reporting.h"
 #include "coreapi/operations.h"
@@ -44,7 +45,12 @@ int main(int argc, char** argv) {
   set_memory_failure_hook(report_allocation_failure);
   register_measure_labels(measure_label);
   register_applications(applications_of_process());
-  extappl();
+  try {
+    extappl();
+  } catch (const std::bad_alloc&) {
+    std::puts("Not enough memory, must exit.");
+    std::exit(1);
+  }
   std::printf("Close external process: %s\n", argc < 1 ? "" : argv[0]);
   std::exit(0);
 }

@@ -71,10 +71,11 @@ std::int32_t sch_AppData(const DataRequest& request, std::string& reply, std::in
   static RequestCache cache(sch_ParseApplicationRequest);
   static bool evaluating = false;
   if (evaluating) return RequestCache(sch_ParseApplicationRequest).answer(request, reply, answer_count);
-  evaluating = true;
-  const std::int32_t status = cache.answer(request, reply, answer_count);
-  evaluating = false;
-  return status;
+  struct Evaluation {
+    Evaluation() { evaluating = true; }
+    ~Evaluation() { evaluating = false; }
+  } evaluation;
+  return cache.answer(request, reply, answer_count);
 }
 
 std::int32_t sch_MultiThread(std::string_view key) {

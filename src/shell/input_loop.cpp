@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 #include <string>
 
+#include "coreapi/error_reporting.h"
 #include "corelink/core_connection.h"
 #include "corelink/last_error.h"
 #include "corelink/remote_call.h"
@@ -52,6 +54,15 @@ std::int32_t thread_answer(const std::string& application, PoolThreads pool_thre
   return pool_threads();
 }
 
+/// Runs a command. One that runs out of memory fails, as it would for another reason: what it took is given back.
+std::int32_t run_command(const std::string& application, const std::string& command, const std::string& arguments) try {
+  return sch_ParseApplicationCommand(application, command, arguments);
+} catch (const std::bad_alloc&) {
+  constexpr std::int32_t allocation_error = 1;
+  kvU_ERR_SetCurrentAPIName(command);
+  return kvU_ERR_Handler(allocation_error);
+}
+
 std::int32_t serve_command(Connection& core) {
   InputReader in{core};
   const std::int32_t threads = in.integer();
@@ -61,7 +72,7 @@ std::int32_t serve_command(Connection& core) {
   if (!in.good) return 1;
   PD_send_int(core, thread_answer(application, [&] { return kvZ_COM_SetNThreadsF(threads); }));
   ensure_applications();
-  cmd_done(sch_ParseApplicationCommand(application, command, arguments));
+  cmd_done(run_command(application, command, arguments));
   return 0;
 }
 

@@ -41,6 +41,11 @@ class Peer {
   void send(std::initializer_list<std::int32_t> values) {
     for (const auto value : values) PD_send_int(link_, value);
   }
+  /// Sends the half of a number and no more.
+  void stall() {
+    [[maybe_unused]] const auto sent = ::write(link_.socket, "\0\0", 2);
+    ::pause();
+  }
   void send_text(const char* text) { PD_send_string(link_, text); }
   void send_long_text(std::string_view text) { PD_send0_longstring(link_, text); }
 
@@ -110,6 +115,7 @@ void run_command(Peer& peer) {
   if (command.word == "CALL") return peer.end_command(peer.call(10000, 5, "kvD_Root", 3).front());
   if (command.word == "STRANGE") peer.call(10000, 5, "kvD_NoSuchOperation", 1);
   if (command.word == "NUMBER") peer.send({123});
+  if (command.word == "STALL") peer.stall();
   if (command.word == "CRASH") std::raise(SIGKILL);
   if (command.word == "EXIT") std::_Exit(3);
   if (command.word == "STOP") std::_Exit(0);
@@ -154,7 +160,7 @@ class CoreSessionTest : public testing::TestWithParam<Protocol> {
     directories_.push_back(std::make_unique<PrivateDirectory>(error));
     const auto& directory = directories_.back()->path();
     ::setenv("PEER_ROLE", role, 1);
-    error = session.start({std::filesystem::read_symlink("/proc/self/exe"), directory, directory, protocol});
+    error = session.start({std::filesystem::read_symlink("/proc/self/exe"), directory, directory, protocol, silence_});
     ::unsetenv("PEER_ROLE");
     return error;
   }
@@ -162,6 +168,7 @@ class CoreSessionTest : public testing::TestWithParam<Protocol> {
   OperationServer server_;
   std::vector<std::string> lines_;
   bool stop_ = false;
+  SilenceLimits silence_;
   std::vector<std::unique_ptr<PrivateDirectory>> directories_;
   CoreSession session_{server_, [this](std::string_view line) { lines_.emplace_back(line); }, [this] { return stop_; }};
 };
@@ -249,6 +256,17 @@ TEST_F(OneSession, gives_up_when_asked_to_while_it_waits) {
   server_.on("kvD_Root", [this](const OperationCall&, OperationReply&) { stop_ = true; });
   EXPECT_EQ(session_.command("CALL", ""), std::nullopt);
   EXPECT_EQ(session_.loss(), "stopped by the user");
+}
+
+TEST_F(OneSession, gives_up_a_process_that_stalls_in_a_value) {
+  silence_ = {std::chrono::milliseconds(100), std::chrono::milliseconds(300)};
+  std::vector<std::string> told;
+  CoreSession session(
+      server_, {}, [] { return false; }, [&](const std::string& text) { told.push_back(text); });
+  ASSERT_THAT(start(session, "plain"), IsEmpty());
+  EXPECT_EQ(session.command("STALL", ""), std::nullopt);
+  EXPECT_THAT(session.loss(), HasSubstr("pathstat did not send the rest of a value for 0.3"));
+  EXPECT_THAT(told, ElementsAre(HasSubstr("for pathstat to send the rest of a value; a second Ctrl-C")));
 }
 
 TEST_F(OneSession, says_why_a_program_cannot_be_started) {

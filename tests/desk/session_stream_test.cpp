@@ -1,6 +1,6 @@
 #include "desk/link/session_stream.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -77,6 +77,56 @@ TEST_F(SessionStreams, fail_when_the_other_side_is_gone) {
   EXPECT_FALSE(read_value(stream, number));
   write_value(stream, number);
   EXPECT_FALSE(stream.flush());
+}
+
+// A peer that stops in the middle of a value, and one that takes nothing.
+TEST_F(SessionStreams, tell_of_a_silent_other_side_and_give_it_up) {
+  using namespace std::chrono_literals;
+  struct Silence {
+    const char* name;
+    bool (*wait)(SessionStream& stream);
+    const char *told, *problem;
+  };
+  const Silence silences[]{
+      {"inside a number",
+       [](SessionStream& stream) {
+         std::int32_t number = 0;
+         return read_value(stream, number);
+       },
+       "for pathstat to send the rest of a value", "pathstat did not send the rest of a value"},
+      {"full of what it does not take",
+       [](SessionStream& stream) { return stream.write(std::vector<std::byte>(10000000)); },
+       "for pathstat to take a value", "pathstat did not take a value"},
+  };
+  ASSERT_EQ(::send(far(), "\0", 1, 0), 1);
+  for (const auto& silence : silences) {
+    SCOPED_TRACE(silence.name);
+    std::vector<std::string> told;
+    SessionStream stream(
+        near(), [] { return false; }, {150ms, 400ms}, [&](const std::string& text) { told.push_back(text); });
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(silence.wait(stream));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 400ms);
+    ASSERT_THAT(told, testing::SizeIs(1));
+    EXPECT_THAT(told[0], testing::HasSubstr(silence.told));
+    EXPECT_THAT(stream.problem(), testing::StartsWith(silence.problem));
+  }
+}
+
+// Each byte counts anew: a slow peer is not a silent one.
+TEST_F(SessionStreams, wait_for_a_slow_other_side) {
+  using namespace std::chrono_literals;
+  std::thread slow([&] {
+    for (const char byte : {0, 0, 1, 2}) {
+      std::this_thread::sleep_for(200ms);
+      ::send(far(), &byte, 1, MSG_NOSIGNAL);
+    }
+  });
+  SessionStream stream(near(), [] { return false; }, {400ms, 600ms});
+  std::int32_t number = 0;
+  EXPECT_TRUE(read_value(stream, number));
+  EXPECT_EQ(number, 258);
+  slow.join();
 }
 
 }  // namespace

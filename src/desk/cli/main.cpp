@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <limits>
 #include <map>
+#include <new>
 #include <span>
 #include <string>
 #include <utility>
@@ -241,6 +243,9 @@ int main_of(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return pathstat::desk::main_of(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("pathdesk: there is not enough memory\n", stderr);
+    return pathstat::desk::exit_code::not_run;
   } catch (const std::exception& error) {
     fmt::print(stderr, "pathdesk: {}\n", pathstat::desk::visible_lines(error.what()));
     return pathstat::desk::exit_code::not_run;

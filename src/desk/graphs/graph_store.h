@@ -115,6 +115,8 @@ class GraphStore {
   /// Puts a remark behind the heading of a graph.
   std::int32_t set_remark(std::int32_t graph, std::string remark);
   std::int32_t set_facts(std::int32_t graph, GraphFacts facts);
+  /// Takes a graph off the shown ones, as what it shows is not complete.
+  void withdraw(std::int32_t graph);
   std::int32_t set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs);
   /// The graphs that a viewer shows, in order; empty for another kind of handle.
   std::span<const std::int32_t> graph_list(std::int32_t viewer) const;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 
 #include "desk/advice/word_table.h"
 #include "desk/ops/frame_codec.h"
@@ -29,6 +30,8 @@ constexpr std::int32_t most_groups = 65535;
 
 constexpr std::int32_t first_capacity = 4096;
 constexpr std::int32_t most_capacity = 64 << 20;
+/// An exchange that breaks off inside cannot be taken up again.
+constexpr const char* no_memory = "there is not enough memory for an exchange with pathstat";
 constexpr auto start_limit = std::chrono::seconds(30);
 
 bool is_family(std::int32_t code) { return code >= 0 && code <= 80000 && code % 10000 == 0; }
@@ -46,8 +49,9 @@ std::vector<std::string> cut_at(std::string_view text, char mark) {
 
 }  // namespace
 
-CoreSession::CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now)
-    : server_(server), stop_now_(std::move(stop_now)), output_(std::move(output)) {}
+CoreSession::CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now,
+                         std::function<void(const std::string&)> tell)
+    : server_(server), stop_now_(std::move(stop_now)), output_(std::move(output)), tell_(std::move(tell)) {}
 
 CoreSession::~CoreSession() {
   PNC_close(connection_);
@@ -70,6 +74,7 @@ std::string CoreSession::start(const SessionOptions& options) {
   if (!error.empty()) return error;
   follower_ = std::make_unique<OutputFollower>(output, output_);
   connection_ = {};  // nothing of a process before this one is left in its buffers
+  stream_.reset();
   lost_ = false;
 
   const auto limit = std::chrono::steady_clock::now() + start_limit;
@@ -78,9 +83,10 @@ std::string CoreSession::start(const SessionOptions& options) {
   if (!listener.accept_from(process_.id(), connection_, go_on)) {
     fail("pathstat did not connect");
   } else {
-    stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_);
-    if (!wait_for_input() || !read_text(*stream_, words))
-      fail("pathstat did not greet");
+    silence_ = options.silence;
+    stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_, silence_, tell_);
+    if (!wait_for_input("greet") || !read_text(*stream_, words))
+      fail("pathstat did not greet: " + stream_->problem());
     else if (words != greeting)
       fail(fmt::format("pathstat greeted with \"{}\"", words));
   }
@@ -101,26 +107,38 @@ bool CoreSession::fail(std::string what) {
   loss_ = fmt::format("{}; {}", what, ended ? "pathstat ended with " + process_.ending() : "pathstat was ended");
   process_.end(0);
   follower_->finish();
-  if (ended_well()) return false;
+  if (stream_ && ended_well()) return false;
   for (const auto& line : follower_->last_lines()) loss_ += "\n  pathstat: " + line;
   return false;
 }
 
-bool CoreSession::wait_for_input() {
-  if (!stream_->flush()) return fail("pathstat has closed the connection");
-  while (!stream_->has_input()) {
+bool CoreSession::fail_link() {
+  if (lost_) return false;
+  const auto& why = stream_->problem();
+  return fail(why.empty() ? "pathstat has closed the connection" : why);
+}
+
+/// @param what  what the process has to do at once, so that its silence is told; empty while it may work
+bool CoreSession::wait_for_input(std::string_view what) {
+  if (!stream_->flush()) return fail_link();
+  const auto told_at = std::chrono::steady_clock::now() + silence_.told;
+  for (bool told = what.empty(); !stream_->has_input();) {
     pollfd waiting{connection_.socket, POLLIN, 0};
     const int ready = ::poll(&waiting, 1, 100);
     follower_->follow();
     if (stop_now_()) return fail("stopped");
     if (ready > 0) return true;
+    if (told || std::chrono::steady_clock::now() < told_at) continue;
+    told = true;
+    tell_(fmt::format("pathdesk has waited {:.3g} seconds for pathstat to {}; a second Ctrl-C gives the run up",
+                      std::chrono::duration<double>(silence_.told).count(), what));
   }
   return true;
 }
 
-bool CoreSession::next_code(std::int32_t& code) {
-  if (!wait_for_input()) return false;
-  if (!read_value(*stream_, code)) return fail("pathstat has closed the connection");
+bool CoreSession::next_code(std::int32_t& code, std::string_view what) {
+  if (!wait_for_input(what)) return false;
+  if (!read_value(*stream_, code)) return fail_link();
   follower_->follow();
   return true;
 }
@@ -129,9 +147,9 @@ bool CoreSession::open_exchange(std::int32_t code) { return !lost_ && write_valu
 
 bool CoreSession::accepted(bool with_threads) {
   std::int32_t answer = 0, threads = 0;
-  if (!next_code(answer)) return false;
+  if (!next_code(answer, "take a command")) return false;
   if (answer != acknowledged) return fail(fmt::format("pathstat answered an input code with {}", answer));
-  return !with_threads || next_code(threads);
+  return !with_threads || next_code(threads, "take a command");
 }
 
 bool CoreSession::serve_until_done() {
@@ -155,11 +173,11 @@ bool CoreSession::serve_until_done() {
 
 bool CoreSession::bind(std::int32_t family) {
   std::string name;
-  if (!read_text(*stream_, name)) return fail("the stream broke off inside a binding");
+  if (!read_text(*stream_, name)) return fail("the stream broke off inside a binding: " + stream_->problem());
   const auto binding = server_.bind(family, name);
   if (binding == 0) return fail(fmt::format("pathstat asked for the unknown operation {} of family {}", name, family));
   if (!write_value(*stream_, acknowledged) || !write_value(*stream_, binding)) {
-    return fail("pathstat has closed the connection");
+    return fail_link();
   }
   return true;
 }
@@ -168,27 +186,32 @@ bool CoreSession::serve_call(std::int32_t binding) {
   const auto* row = server_.bound(binding);
   if (!row) return fail(fmt::format("pathstat sent {}, which is no operation and no code", binding));
   OperationCall call{*row, {}};
-  auto error = read_call(*stream_, *row, call.inputs);
-  if (!error.empty()) return fail(std::move(error));
+  const auto good = [&](std::string error) {
+    if (error.empty()) return true;
+    if (!stream_->problem().empty()) error += ": " + stream_->problem();
+    return fail(std::move(error));
+  };
+  if (!good(read_call(*stream_, *row, call.inputs))) return false;
   const auto reply = server_.serve(call);
-  if (lost_) return false;
-  error = write_reply(*stream_, call, reply);
-  return error.empty() || fail(std::move(error));
+  return !lost_ && good(write_reply(*stream_, call, reply));
 }
 
-std::optional<std::int32_t> CoreSession::command(std::string_view word, std::string_view arguments) {
+std::optional<std::int32_t> CoreSession::command(std::string_view word, std::string_view arguments) try {
   if (word.size() > longest_text || arguments.size() > longest_text) return 1;
   std::int32_t status = 0;
   const bool ran = open_exchange(command_code) && write_value(*stream_, std::int32_t{1}) &&
                    write_text(*stream_, application_of(word)) && write_text(*stream_, word) &&
                    write_text(*stream_, arguments) && accepted(true) && serve_until_done() && next_code(status);
   if (ran) return status;
-  fail("pathstat has closed the connection");
+  fail_link();
+  return std::nullopt;
+} catch (const std::bad_alloc&) {
+  fail(no_memory);
   return std::nullopt;
 }
 
 std::optional<std::string> CoreSession::ask(std::string_view application, const std::string& keys, std::size_t count,
-                                            std::int32_t selector) {
+                                            std::int32_t selector) try {
   for (std::int32_t capacity = first_capacity;;) {
     std::string reply;
     std::int32_t answers = 0, status = 0;
@@ -207,7 +230,10 @@ std::optional<std::string> CoreSession::ask(std::string_view application, const 
     }
     capacity = -status + 64;
   }
-  fail("pathstat has closed the connection");
+  fail_link();
+  return std::nullopt;
+} catch (const std::bad_alloc&) {
+  fail(no_memory);
   return std::nullopt;
 }
 
@@ -242,9 +268,11 @@ std::optional<std::vector<WordAnswer>> CoreSession::request(std::span<const std:
   return answers;
 }
 
-bool CoreSession::notify(Notice notice) {
+bool CoreSession::notify(Notice notice) try {
   const bool sent = open_exchange(static_cast<std::int32_t>(notice)) && accepted(false) && serve_until_done();
-  return sent || fail("pathstat has closed the connection");
+  return sent || fail_link();
+} catch (const std::bad_alloc&) {
+  return fail(no_memory);
 }
 
 void CoreSession::finish() {

@@ -28,6 +28,7 @@ struct SessionOptions {
   std::filesystem::path work_directory;     ///< must exist
   std::filesystem::path private_directory;  ///< for the socket and such; nobody else may enter it
   Protocol protocol = Protocol::unix_socket;
+  SilenceLimits silence{};
 };
 
 /// What the process tells about one word: its values and the ranges that they may have. A list value is one text with
@@ -49,7 +50,10 @@ class CoreSession {
  public:
   /// @param output   gets each line that the process prints
   /// @param stop_now  asked while waiting: true gives the process up
-  CoreSession(const OperationServer& server, LineSink output, std::function<bool()> stop_now);
+  /// @param tell     gets a sentence when the process is waited for in vain: which side waits for what
+  CoreSession(
+      const OperationServer& server, LineSink output, std::function<bool()> stop_now,
+      std::function<void(const std::string&)> tell = [](const std::string&) {});
   ~CoreSession();
   CoreSession(const CoreSession&) = delete;
   CoreSession& operator=(const CoreSession&) = delete;
@@ -80,8 +84,9 @@ class CoreSession {
 
  private:
   bool fail(std::string what);
-  bool wait_for_input();
-  bool next_code(std::int32_t& code);
+  bool fail_link();
+  bool wait_for_input(std::string_view what = {});
+  bool next_code(std::int32_t& code, std::string_view what = {});
   bool open_exchange(std::int32_t code);
   bool accepted(bool with_threads);
   bool serve_until_done();
@@ -95,6 +100,8 @@ class CoreSession {
   const OperationServer& server_;
   std::function<bool()> stop_now_;
   LineSink output_;
+  std::function<void(const std::string&)> tell_;
+  SilenceLimits silence_;
   std::unique_ptr<OutputFollower> follower_;
   ChildProcess process_;
   Connection connection_;

@@ -1,5 +1,6 @@
 #include "desk/link/session_stream.h"
 
+#include <fmt/format.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -15,31 +16,49 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t buffer_size = 65536;
 constexpr int milliseconds_between_questions = 100;
-constexpr auto longest_silence = std::chrono::seconds(60);
 
 bool must_wait() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR; }
 
 }  // namespace
 
-SessionStream::SessionStream(int socket, std::function<bool()> stop_now)
-    : socket_(socket), stop_now_(std::move(stop_now)), input_(buffer_size) {
+SessionStream::SessionStream(int socket, std::function<bool()> stop_now, SilenceLimits limits,
+                             std::function<void(const std::string&)> tell)
+    : socket_(socket), stop_now_(std::move(stop_now)), limits_(limits), tell_(std::move(tell)), input_(buffer_size) {
   output_.reserve(buffer_size);
 }
 
-bool SessionStream::wait(short event) const {
-  const auto limit = Clock::now() + longest_silence;
-  while (!stop_now_() && Clock::now() < limit) {
-    pollfd waiting{socket_, event, 0};
-    if (::poll(&waiting, 1, milliseconds_between_questions) > 0) return true;
-  }
+bool SessionStream::fail(std::string why) {
+  problem_ = std::move(why);
   return false;
 }
 
-std::size_t SessionStream::receive(std::span<std::byte> bytes) const {
+bool SessionStream::wait(short event) {
+  const auto start = Clock::now();
+  const auto* what = event == POLLIN ? "send the rest of a value" : "take a value";
+  for (bool told = false; !stop_now_();) {
+    pollfd waiting{socket_, event, 0};
+    if (::poll(&waiting, 1, milliseconds_between_questions) > 0) return true;
+    const auto silence = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    const double seconds = static_cast<double>(silence.count()) / 1000;
+    if (silence >= limits_.most) return fail(fmt::format("pathstat did not {} for {:.3g} seconds", what, seconds));
+    if (told || silence < limits_.told) continue;
+    told = true;
+    tell_(fmt::format("pathdesk has waited {:.3g} seconds for pathstat to {}; a second Ctrl-C gives the run up",
+                      seconds, what));
+  }
+  return fail("stopped");
+}
+
+std::size_t SessionStream::receive(std::span<std::byte> bytes) {
   while (true) {
     const auto got = ::recv(socket_, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (got == 0) fail("pathstat has closed the connection");
     if (got >= 0) return static_cast<std::size_t>(got);
-    if (!must_wait() || !wait(POLLIN)) return 0;
+    if (!must_wait()) {
+      fail(fmt::format("the connection to pathstat failed: {}", std::strerror(errno)));
+      return 0;
+    }
+    if (!wait(POLLIN)) return 0;
   }
 }
 
@@ -74,7 +93,9 @@ bool SessionStream::flush() {
     const auto sent = ::send(socket_, &output_[done], output_.size() - done, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) {
       done += static_cast<std::size_t>(sent);
-    } else if (!must_wait() || !wait(POLLOUT)) {
+    } else if (!must_wait()) {
+      return fail(fmt::format("the connection to pathstat failed: {}", std::strerror(errno)));
+    } else if (!wait(POLLOUT)) {
       return false;
     }
   }

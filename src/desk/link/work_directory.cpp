@@ -34,6 +34,14 @@ bool lock(int descriptor) { return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0; 
 
 int open_folder(const fs::path& path) { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }
 
+/// Removes a folder with all it holds. Once more where it fails: a descriptor may have been wanting, or a file may have
+/// been put there meanwhile. What stays all the same is cleared by the next run.
+void remove_folder(const fs::path& folder) {
+  constexpr int tries = 3;
+  std::error_code failure;
+  for (int k = 0; k == 0 || (failure && k < tries); ++k) fs::remove_all(folder, failure);
+}
+
 /// Removes the private folders of this user that nobody holds.
 void clear_dead_folders(const fs::path& base) {
   std::error_code trouble;
@@ -43,8 +51,7 @@ void clear_dead_folders(const fs::path& base) {
     const FileDescriptor folder(open_folder(entry->path()));
     struct stat facts {};
     if (::fstat(folder.get(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.get())) continue;
-    std::error_code ignored;
-    fs::remove_all(entry->path(), ignored);
+    remove_folder(entry->path());
   }
 }
 
@@ -67,6 +74,11 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
       return;
     }
     lock_ = FileDescriptor(open_folder(name));
+    if (!lock_.is_open() && errno != ENOENT) {
+      error = cannot_make(base, std::strerror(errno));
+      ::rmdir(name.c_str());
+      return;
+    }
     ::flock(lock_.get(), LOCK_EX);
     if (is_at(lock_.get(), name)) path_ = name;
   }
@@ -74,8 +86,7 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
 }
 
 PrivateDirectory::~PrivateDirectory() {
-  std::error_code ignored;
-  if (!path_.empty()) fs::remove_all(path_, ignored);
+  if (!path_.empty()) remove_folder(path_);
 }
 
 std::string full_disk(const fs::path& folder) {

@@ -294,6 +294,7 @@ constexpr MessageRow rows[] = {
 
 // Statuses of the process's routines. What an optional argument or an absent file reports has nothing to tell.
 constexpr StatusRow statuses[] = {
+    {1, "", "There is not enough memory"},
     {1001, "ss", "{0} is below the lowest value allowed, {1}"},
     {1002, "ss", "{0} is above the highest value allowed, {1}"},
     {1003, "", "The argument is none of the words allowed here"},

@@ -1,5 +1,7 @@
 #include "desk/report/run_output.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <utility>
 
@@ -26,19 +28,25 @@ constexpr std::array<std::pair<bool OutputFormats::*, const char*>, 4> kinds_of_
 
 }  // namespace
 
-std::vector<fs::path> result_files(const fs::path& work, fs::file_time_type since, const std::set<fs::path>& tables) {
+std::vector<fs::path> result_files(const fs::path& work, WrittenBetween times, const std::set<fs::path>& tables,
+                                   std::string& problem) {
   std::set<fs::path> files;
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(work, error)) {
-    const auto name = entry.path().filename().string();
+  for (fs::directory_iterator entry(work, error), end; !error && entry != end; entry.increment(error)) {
+    const auto name = entry->path().filename().string();
     const bool named = name.starts_with(result_prefix) || name.ends_with(table_suffix);
     std::error_code gone;
-    if (named && !entry.is_symlink(gone) && entry.is_regular_file(gone) && entry.last_write_time(gone) >= since) {
-      files.insert(entry.path());
+    if (named && !entry->is_symlink(gone) && entry->is_regular_file(gone) &&
+        times.contains(entry->last_write_time(gone))) {
+      files.insert(entry->path());
     }
   }
+  if (error) problem = fmt::format("cannot see what results are in {}: {}", work.string(), error.message());
   for (const auto& table : tables) {
-    if (fs::is_regular_file(table, error)) files.insert(table.lexically_normal());
+    std::error_code gone;
+    if (fs::is_regular_file(table, gone) && fs::last_write_time(table, gone) <= times.last) {
+      files.insert(table.lexically_normal());
+    }
   }
   return {files.begin(), files.end()};
 }

@@ -28,11 +28,18 @@ struct OutputPlan {
   std::filesystem::path scratch;  ///< private; pictures are drawn there
 };
 
-/// The files that the process leaves as results in its working folder, written no earlier than `since`, and those of
-/// the tables that exist.
-std::vector<std::filesystem::path> result_files(const std::filesystem::path& work,
-                                                std::filesystem::file_time_type since,
-                                                const std::set<std::filesystem::path>& tables);
+/// When the files were written that count as results of a run.
+struct WrittenBetween {
+  std::filesystem::file_time_type first;
+  std::filesystem::file_time_type last = std::filesystem::file_time_type::max();
+  bool contains(std::filesystem::file_time_type time) const { return first <= time && time <= last; }
+};
+
+/// The files that the process leaves as results in its working folder, if they were written in time, and those of the
+/// tables that exist.
+/// @param problem  set if the folder cannot be read
+std::vector<std::filesystem::path> result_files(const std::filesystem::path& work, WrittenBetween times,
+                                                const std::set<std::filesystem::path>& tables, std::string& problem);
 
 /// Writes what comes of a run, each graph again only when it has changed. Where something goes wrong, everything else
 /// is written all the same.

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include "desk/messages/visible_text.h"
 
@@ -12,19 +14,32 @@ namespace {
 
 constexpr int bar_width = 30;
 
+/// Writes a text at once. @return 0 or an error number; a stream that fails does not end what the program does
+int put(std::FILE* stream, std::string_view text) {
+  errno = 0;
+  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  if (std::fflush(stream) == 0 && written) return 0;
+  return errno == 0 ? EIO : errno;
+}
+
 }  // namespace
 
 Console::Console() : terminal_(::isatty(STDERR_FILENO) != 0) {}
 
-void Console::write(std::FILE* stream, std::string_view text, Told kind) {
+void Console::print(std::string_view text, Told kind) {
   if (sink_.told) return sink_.told(kind, text);
   clear();
-  fmt::print(stream, "{}\n", visible_lines(text));
-  std::fflush(stream);
+  const int failure = put(stdout, visible_lines(text) + "\n");
+  // A reader that has seen enough, as of a pager, is no trouble.
+  if (failure == 0 || failure == EPIPE || !problem_.empty()) return;
+  problem_ = fmt::format("the standard output cannot be written: {}", std::strerror(failure));
 }
 
-void Console::print(std::string_view text, Told kind) { write(stdout, text, kind); }
-void Console::complain(std::string_view text) { write(stderr, text, Told::complaint); }
+void Console::complain(std::string_view text) {
+  if (sink_.told) return sink_.told(Told::complaint, text);
+  clear();
+  put(stderr, visible_lines(text) + "\n");
+}
 
 void Console::set_activity(std::string_view activity) {
   clear();
@@ -34,8 +49,7 @@ void Console::set_activity(std::string_view activity) {
 
 void Console::draw(const std::string& line) {
   if (!terminal_) return;
-  fmt::print(stderr, "\r\x1b[K{}", line);
-  std::fflush(stderr);
+  put(stderr, "\r\x1b[K" + line);
   drawn_ = true;
 }
 
@@ -55,8 +69,7 @@ void Console::show_status(std::string_view text) {
 
 void Console::clear() {
   if (!drawn_) return;
-  fmt::print(stderr, "\r\x1b[K");
-  std::fflush(stderr);
+  put(stderr, "\r\x1b[K");
   drawn_ = false;
 }
 

@@ -33,6 +33,8 @@ class Console {
 
   void print(std::string_view text, Told kind = Told::result);
   void complain(std::string_view text);
+  /// Why a line of results did not reach the standard output, once; empty if all did, or if its reader has gone.
+  std::string take_problem() { return std::exchange(problem_, {}); }
 
   /// What begins to run now; stands in front of the progress.
   void set_activity(std::string_view activity);
@@ -43,12 +45,12 @@ class Console {
   void clear();
 
  private:
-  void write(std::FILE* stream, std::string_view text, Told kind);
   void draw(const std::string& line);
 
   ConsoleSink sink_;
   bool terminal_;
   bool drawn_ = false;
+  std::string problem_;
   std::string activity_;
   std::chrono::steady_clock::time_point started_{};
 };

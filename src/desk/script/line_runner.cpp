@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <new>
 #include <utility>
 
 #include "desk/advice/nearest.h"
@@ -98,7 +99,8 @@ LineRunner::LineRunner(LineSource source, const RunPlace& place)
       work_started_(fs::file_time_type::clock::now() - std::chrono::seconds(1)),
       interface_(events()),
       session_(
-          server_, [this](std::string_view line) { take_line(line); }, [] { return interrupts() >= 2; }),
+          server_, [this](std::string_view line) { take_line(line); }, [] { return interrupts() >= 2; },
+          [this](const std::string& text) { console_.complain("pathdesk: " + text); }),
       output_({.folder = place.output, .formats = place.formats, .scratch = place.private_folder}),
       adviser_(state_sources()),
       stop_on_error_(source_.stop_on_error) {
@@ -202,7 +204,10 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   done_ = 0;
   console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
-  const auto problem = run_kind(line);
+  const auto work_so_far = fs::file_time_type::clock::now();
+  auto problem = run_to_end(line);
+  const bool cut_short = session_.lost() && !stopped_;
+  if (problem.empty() && cut_short) problem = session_.loss();
   if (line.kind == LineKind::select_atoms && problem.empty())
     selection_ = fmt::format("{}", fmt::join(line.words, " "));
   console_.clear();
@@ -210,7 +215,6 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   auto& step = record_.steps.back();
   step.seconds = seconds_since(start);
   record_.seconds += step.seconds;
-  step.failed = !problem.empty();
   for (const auto graph : store_.shown_graphs()) {
     if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
   }
@@ -224,10 +228,17 @@ LineEnd LineRunner::run(const ScriptLine& line) {
     }
   }
   if (interrupts() > 0) mark_interrupted(step, line);
+  if (cut_short) {
+    withdraw_graphs(step);
+    work_ended_ = work_so_far;
+  }
+  if (problem.empty() && session_.lost() && !stopped_) problem = session_.loss();
+  step.failed = !problem.empty();
   if (step.failed) {
     report_failure(line, problem);
   } else {
     for (const auto& message : held_) {
+      told_error_ = told_error_ || message.kind == MessageKind::error;
       const auto* kind = message.kind == MessageKind::error ? "error" : "warning";
       console_.complain(fmt::format("{}{}: {}", where(line), kind, message.text));
     }
@@ -242,6 +253,12 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   if (stopped_) return LineEnd::stopped;
   if (session_.lost()) return LineEnd::lost;
   return failed ? LineEnd::failed : LineEnd::done;
+}
+
+std::string LineRunner::run_to_end(const ScriptLine& line) try {
+  return run_kind(line);
+} catch (const std::bad_alloc&) {
+  return "there is not enough memory for this line";
 }
 
 /// What there is to know of the graphs that a line has drawn.
@@ -300,6 +317,17 @@ std::string LineRunner::in_full(const Message& message) const {
   return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
 }
 
+/// Leaves out what a lost process has only begun to draw: a part of a curve looks like a whole one.
+void LineRunner::withdraw_graphs(StepRecord& step) {
+  std::vector<std::string> names;
+  for (const auto graph : std::exchange(step.graphs, {})) {
+    names.push_back(without_blanks(store_.info(graph)->name));
+    store_.withdraw(graph);
+  }
+  if (names.empty()) return;
+  take_message({MessageKind::warning, 1, {}, {}, fmt::format("left out, as not complete: {}", joined(names))});
+}
+
 /// Says in the titles of the graphs and in the report how far an interrupted analysis has come.
 void LineRunner::mark_interrupted(StepRecord& step, const ScriptLine& line) {
   if (session_.lost() || done_ <= 0 || done_ >= 1) return;
@@ -328,11 +356,14 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
 bool LineRunner::finish() {
   console_.clear();
   output_.write_graphs(store_);
-  const auto says = output_.write_report(record_, store_, result_files(place_.work, work_started_, tables_));
+  std::string unseen;
+  const auto says =
+      output_.write_report(record_, store_, result_files(place_.work, {work_started_, work_ended_}, tables_, unseen));
   session_.finish();
   if (!says.empty()) console_.print("\nWhat the run says:");
   for (const auto& line : says) console_.print(line);
-  const auto problems = output_.take_problems();
+  auto problems = output_.take_problems();
+  if (!unseen.empty()) problems.push_back(std::move(unseen));
   for (const auto& problem : problems) console_.complain("pathdesk: " + visible(problem));
   const auto folder = visible(place_.output.string());
   if (problems.empty()) {
@@ -340,7 +371,9 @@ bool LineRunner::finish() {
   } else {
     console_.complain(fmt::format("pathdesk: the results in {} are not complete", folder));
   }
-  return problems.empty();
+  const auto unheard = console_.take_problem();
+  if (!unheard.empty()) console_.complain("pathdesk: " + unheard);
+  return problems.empty() && unheard.empty();
 }
 
 std::string LineRunner::run_kind(const ScriptLine& line) {
@@ -445,7 +478,9 @@ std::string LineRunner::start_again() {
 /// Tells what there is to say of a command that has just ended.
 void LineRunner::advise(std::string_view word, std::string_view arguments) {
   const auto status = record_.steps.back().status.value_or(0);
-  for (auto& advice : adviser_.about({word, arguments, status, held_})) {
+  auto advices = adviser_.about({word, arguments, status, held_});
+  if (session_.lost()) return;  // with some of its questions unanswered
+  for (auto& advice : advices) {
     take_message({advice.kind, 1, {}, {}, std::move(advice.text)});
   }
 }

@@ -74,6 +74,8 @@ class LineRunner {
   bool stops_on_error() const { return stop_on_error_; }
   /// Why the run ends ahead of its lines, for the report.
   void end_with(std::string why) { record_.ending = std::move(why); }
+  /// True if a line that went well all the same told of an error: something that it should have made is missing.
+  bool told_error() const { return told_error_; }
   bool lost() const { return session_.lost(); }
   /// How the process was lost.
   const std::string& loss() const { return session_.loss(); }
@@ -111,11 +113,13 @@ class LineRunner {
   void report_failure(const ScriptLine& line, const std::string& problem);
 
   // Each returns what went wrong, or nothing.
+  std::string run_to_end(const ScriptLine& line);
   std::string run_kind(const ScriptLine& line);
   std::string run_command(const ScriptLine& line);
   std::string send(std::string_view word, std::string_view arguments);
   void advise(std::string_view word, std::string_view arguments);
   void keep_setting(const ScriptLine& line);
+  void withdraw_graphs(StepRecord& step);
   void mark_interrupted(StepRecord& step, const ScriptLine& line);
   StateSources state_sources();
   WordAnswer ask_word(const std::string& word);
@@ -165,6 +169,9 @@ class LineRunner {
   bool repeats_ended_ = false;
   bool stop_on_error_;
   bool stopped_ = false;
+  bool told_error_ = false;
+  /// What a process wrote from here on is left out: it was lost in the middle of it.
+  std::filesystem::file_time_type work_ended_ = std::filesystem::file_time_type::max();
 };
 
 }  // namespace pathstat::desk

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <new>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/link/work_directory.h"
@@ -79,6 +80,7 @@ int run_all(LineRunner& runner, const Script& script) {
   for (const auto& line : script.lines) {
     switch (runner.run(line)) {
       case LineEnd::done:
+        if (runner.told_error()) code = exit_code::command_failed;
         break;
       case LineEnd::stopped:
         return code;
@@ -110,6 +112,7 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
                  .protocol = options.protocol,
                  .verbose = options.verbose};
   std::string error;
+  watch_interrupts();  // ahead of the first thing that has to be removed in the end
   FolderLock output_lock, work_lock;
   if (error = find_program(place.program); !error.empty()) return complain(error);
   if (error = take_folder(place.output, output_lock); !error.empty()) return complain(error);
@@ -123,13 +126,17 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
 
   if (error = full_disk(place.private_folder); !error.empty()) return complain(error);
 
-  watch_interrupts();
   LineRunner runner(source, place);
   if (error = runner.start(); !error.empty()) {
     runner.console().complain("pathdesk: " + error);
     return interrupts() > 0 ? exit_code::interrupted : exit_code::process_lost;
   }
-  const int code = body(runner);
+  int code = exit_code::command_failed;
+  try {
+    code = body(runner);
+  } catch (const std::bad_alloc&) {
+    runner.console().complain("pathdesk: there is not enough memory to go on; what is done is kept");
+  }
   const bool written = runner.finish();
   return code == exit_code::success && !written ? exit_code::command_failed : code;
 }
