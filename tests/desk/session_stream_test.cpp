@@ -117,7 +117,7 @@ TEST_F(SessionStreams, tell_of_a_silent_other_side_and_give_it_up) {
 TEST_F(SessionStreams, wait_for_a_slow_other_side) {
   using namespace std::chrono_literals;
   std::thread slow([&] {
-    for (const char byte : {0, 0, 1, 2}) {
+    for (const char byte : {'\0', '\0', '\1', '\2'}) {
       std::this_thread::sleep_for(200ms);
       ::send(far(), &byte, 1, MSG_NOSIGNAL);
     }

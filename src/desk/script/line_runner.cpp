@@ -325,7 +325,7 @@ void LineRunner::withdraw_graphs(StepRecord& step) {
     store_.withdraw(graph);
   }
   if (names.empty()) return;
-  take_message({MessageKind::warning, 1, {}, {}, fmt::format("left out, as not complete: {}", joined(names))});
+  take_message({MessageKind::warning, 1, {}, {}, fmt::format("left out, as not complete: {}", fmt::join(names, ", "))});
 }
 
 /// Says in the titles of the graphs and in the report how far an interrupted analysis has come.
