@@ -3,6 +3,7 @@ whose every step is known."""
 
 import bz2
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -294,6 +295,45 @@ class Analyses(Case):
         for line in ('SELECT_PROPERTIES "Kinetic Energy" Temperature Volume Density "Cell Parameters"', "LINEAR_FIT", "VAC",
                      "POWER_SPECTRUM", "RDF_TYPE H H", "RDF_TYPE H O", "RDF_TYPE O O"):
             self.assertIn(line + "\n", script)
+
+
+    def run_script(self, *lines):
+        with open(self.path("some.script"), "w", encoding="utf-8") as file:
+            file.write("\n".join(lines) + "\n")
+        return pathdesk("run", "some.script", "--workdir", "work", "--format", "tsv", folder=self.folder)
+
+    def test_a_script_brings_files_in_once(self):
+        for ending in ("tpr", "xtc", "xvg"):
+            shutil.copy(GROMACS + ending, self.path("my run." + ending))
+        line = "@import water 'my run.tpr' 'my run.xtc' --energies 'my run.xvg'"
+        lines = (line, "SELECT_PROPERTIES Temperature", "PROFILE")
+        done, at_hand = "are whole", "is newer than the files it was made of"
+        for number, (expected, change) in enumerate((
+                (done, None), (at_hand, None), (done, lambda: os.utime(self.path("my run.xvg"))),
+                (done, lambda: os.remove(self.path("work/water.qfx"))), (at_hand, None))):
+            if change:
+                change()
+            code, told, trouble = self.run_script(*lines)
+            self.assertEqual((code, trouble), (0, ""), told)
+            self.assertIn(expected, told, number)
+            self.assertIn("Temperature: mean", told)
+        code, told, trouble = self.run_script(line + " --last 20", *lines[1:])
+        self.assertIn(done, told, "another line")
+        self.assertEqual(sorted(os.listdir(self.path("work")))[-3:], ["water.import", "water.qfx", "water.trj"])
+
+    def test_a_line_brings_in_another_model_under_the_same_name(self):
+        line = f"@import run {GROMACS}tpr {GROMACS}xtc --last 3"
+        code, told, trouble = self.run_script(line, "@show model", line + ' --select "name OW"', "@show model",
+                                              "TRAJECTORY run")
+        self.assertEqual((code, trouble), (0, ""), told)
+        atoms = len(MDAnalysis.Universe(GROMACS + "tpr").atoms)
+        self.assertRegex(told, rf"(?s)atoms +{atoms}\b.*atoms +{atoms // 3}\b.*run.trj is loaded again")
+
+    def test_a_line_that_fails_ends_the_script(self):
+        code, told, trouble = self.run_script("@import run no.gro", "@show model")
+        self.assertEqual((code, trouble.count("\n")), (1, 1), trouble)
+        self.assertRegex(trouble, "some.script:1: .*no.gro cannot be read: No such file or directory")
+        self.assertFalse([name for name in os.listdir(self.path("work")) if name.startswith("run")])
 
 
 class Refusals(Case):

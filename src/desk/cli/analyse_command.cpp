@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "desk/cli/import_command.h"
+#include "desk/import/import_line.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/elements.h"
 #include "desk/model/model_import.h"
@@ -166,7 +167,7 @@ int run_analyse(const RunOptions& options, AnalyseWords words) {
     import.trajectories.assign(words.files.begin() + 1, words.files.end());
     import.output = options.output / trajectory.stem();
     trajectory = fs::path(import.output).concat(".trj");
-    if (const int code = run_import({std::move(words.import), {}}); code != exit_code::success) return code;
+    if (const int code = run_import(std::move(words.import)); code != exit_code::success) return code;
   }
   Holdings found;
   if (const auto problem = look_into(trajectory, found); !problem.empty()) return complain(problem);

@@ -151,6 +151,7 @@ Completion completion_of(const Words& before, std::string_view begun, const Comp
   if (help && argument_shape(*help).form == ArgumentForm::path) {
     return {.candidates = {}, .files = true, .fits = help->word == "TRAJECTORY" ? is_trajectory_name : nullptr};
   }
+  if (before.size() > 1 && before[0] == "@import") return {.candidates = {}, .files = true, .fits = nullptr};
   auto words = all_candidates(before, sources);
   std::erase_if(words, [&](const std::string& word) {
     return word.size() < begun.size() || ::strncasecmp(word.c_str(), begun.data(), begun.size()) != 0;

@@ -203,8 +203,8 @@ int main_of(int argc, char** argv) {
   help->add_option("WORD", topic, "A command word, or a text to look for")->option_text(" ");
   auto* info = app.add_subcommand("info", "Tells what a trajectory (.trj) or a model file (.qfx) holds");
   info->add_option("FILE", file, "The file")->required()->option_text(" ");
-  ImportWords import_words;
-  auto* import = add_import_command(app, import_words);
+  ImportOptions import_options;
+  auto* import = add_import_command(app, import_options);
   AnalyseWords analyse_words;
   auto* analyse = add_analyse_command(app, analyse_words);
   add_run_options(analyse, options, words);
@@ -231,7 +231,7 @@ int main_of(int argc, char** argv) {
   if (panel->parsed()) return run_panel(options, panel_options);
   if (exported->parsed()) return run_export(part);
   if (info->parsed()) return print_file_info(file);
-  if (import->parsed()) return run_import(std::move(import_words));
+  if (import->parsed()) return run_import(std::move(import_options));
   if (analyse->parsed()) return run_analyse(options, std::move(analyse_words));
   fmt::print("{}", visible_lines(help_text(topic)));
   return exit_code::success;

@@ -7,6 +7,7 @@
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/advice/word_table.h"
+#include "desk/import/import_line.h"
 
 namespace pathstat::desk {
 namespace {
@@ -57,7 +58,20 @@ std::optional<fs::path> StartFolder::inside(const fs::path& path) const {
   return real;
 }
 
+std::string StartFolder::refusal_of_inputs(const ImportOptions& options) const {
+  auto inputs = options.trajectories;
+  inputs.push_back(options.topology);
+  if (!options.energies.empty()) inputs.push_back(options.energies);
+  for (const auto& path : inputs) {
+    if (!inside(path)) {
+      return fmt::format("{} is outside of {}, where this panel was started", path.string(), folder_.string());
+    }
+  }
+  return {};
+}
+
 std::string StartFolder::refusal(const ScriptLine& line) const {
+  if (line.kind == LineKind::import) return refusal_of_inputs(read_import_line(line.words, folder_).options);
   if (line.kind != LineKind::command || !names_path(line.word)) return {};
   const auto words = words_of(line.arguments);
   if (words.empty() || words[0].empty()) return {};

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/import/import_run.h"
 #include "desk/script/script.h"
 
 namespace pathstat::desk {
@@ -39,6 +40,8 @@ class StartFolder {
   static constexpr std::size_t most_entries = 2000;
 
  private:
+  std::string refusal_of_inputs(const ImportOptions& options) const;
+
   std::filesystem::path folder_;
 };
 

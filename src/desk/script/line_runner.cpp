@@ -16,6 +16,7 @@
 #include "desk/graphs/figure.h"
 #include "desk/graphs/overlay.h"
 #include "desk/graphs/plot_operations.h"
+#include "desk/import/import_line.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/elements.h"
@@ -85,6 +86,12 @@ bool works_by_frames(std::string_view word) {
   constexpr std::array<std::string_view, 8> words{"PROFILE",      "DISTRIBUTION", "RUNNING_AVERAGE", "BLOCK_AVERAGE",
                                                   "FIND_EXTREMA", "FIND_MAXIMA",  "FIND_MINIMA",     "RDF"};
   return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::string_view bare_trajectory_name(std::string_view name) {
+  constexpr std::string_view extension = ".trj";
+  if (name.ends_with(extension)) name.remove_suffix(extension.size());
+  return name;
 }
 
 std::string atoms_are(std::size_t count) { return count == 1 ? "1 atom is" : fmt::format("{} atoms are", count); }
@@ -380,6 +387,8 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
   switch (line.kind) {
     case LineKind::command:
       return run_command(line);
+    case LineKind::import:
+      return bring_in(line);
     case LineKind::select_atoms:
       return select_atoms(line);
     case LineKind::group:
@@ -412,7 +421,7 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
 }
 
 std::string LineRunner::run_command(const ScriptLine& line) {
-  const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
+  const auto arguments = arguments_of(line);
   if (line.word.size() > longest_text || arguments.size() > longest_text) return "this line is too long";
   const auto blocks = place_.private_folder / origin_blocks_file;
   std::error_code none;
@@ -425,6 +434,46 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
   if (problem.empty()) keep_setting(line);
   return problem;
+}
+
+/// The arguments of a command, with its path resolved: a trajectory that was brought in goes by its name.
+std::string LineRunner::arguments_of(const ScriptLine& line) const {
+  if (line.word == "TRAJECTORY" && !imports_.empty()) {
+    const auto words = words_of(line.arguments);
+    const auto found = words.empty() ? imports_.end() : imports_.find(std::string(bare_trajectory_name(words[0])));
+    if (found != imports_.end()) return in_quotes(found->second.string());
+  }
+  return with_resolved_path(line.word, line.arguments, source_.folder);
+}
+
+std::string LineRunner::bring_in(const ScriptLine& line) {
+  auto [name, options, problem] = read_import_line(line.words, source_.folder);
+  if (!problem.empty()) return problem;
+  options.output = place_.imports / name;
+  bool kept = false;
+  const auto result = keep_import(options, line.words,
+                                  {.tell = [this](std::string_view text) { take_returned(std::string(text)); },
+                                   .progress =
+                                       [this](double share) {
+                                         console_.show_progress(share);
+                                         work_goes_on();
+                                       }},
+                                  kept);
+  if (result.end == ImportEnd::interrupted) return "the import was interrupted; nothing is written";
+  if (result.end == ImportEnd::failed) return result.problem;
+  const auto path = fs::path(options.output).concat(".trj");
+  if (kept) take_returned(fmt::format("{} is newer than the files it was made of", path.string()));
+  auto& known = imports_[name];
+  // pathstat keeps the model of a path that it loads again; under another spelling of it the new one comes in.
+  known = kept || known != path ? path : path.parent_path() / "." / path.filename();
+  const auto quoted = in_quotes(name);
+  const auto choose = std::exchange(choose_, [](const Question&) -> std::optional<std::int32_t> {
+    constexpr std::int32_t import_the_model_file = 1;
+    return import_the_model_file;
+  });
+  auto failure = run_command({line.number, LineKind::command, "TRAJECTORY " + quoted, "TRAJECTORY", quoted, {}, {}});
+  choose_ = choose;
+  return failure;
 }
 
 /// Sends one command; the step keeps the first status that is not 0.
@@ -458,7 +507,7 @@ std::string LineRunner::start_again() {
   std::size_t repeated = 0;
   asked_ = &nowhere;
   for (const auto& line : lines) {
-    const auto arguments = with_resolved_path(line.word, line.arguments, source_.folder);
+    const auto arguments = arguments_of(line);
     const auto status = session_.lost() ? std::nullopt : session_.command(line.word, arguments);
     if (status == 0) {
       ++repeated;

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <span>
@@ -36,6 +37,7 @@ struct RunPlace {
   std::filesystem::path work;
   std::filesystem::path private_folder;
   std::filesystem::path output;
+  std::filesystem::path imports;  ///< for what lines bring in from other programs
   OutputFormats formats;
   Protocol protocol = Protocol::unix_socket;
   bool verbose = false;  ///< shows what is of use to find faults: keys of messages, where the process starts and ends
@@ -116,6 +118,8 @@ class LineRunner {
   std::string run_to_end(const ScriptLine& line);
   std::string run_kind(const ScriptLine& line);
   std::string run_command(const ScriptLine& line);
+  std::string bring_in(const ScriptLine& line);
+  std::string arguments_of(const ScriptLine& line) const;
   std::string send(std::string_view word, std::string_view arguments);
   void advise(std::string_view word, std::string_view arguments);
   void keep_setting(const ScriptLine& line);
@@ -165,6 +169,7 @@ class LineRunner {
   std::string selection_;             ///< of the last line that selected atoms, as it stands
   std::set<std::int32_t> seen_graphs_;
   std::set<std::filesystem::path> tables_;
+  std::map<std::string, std::filesystem::path> imports_;  ///< trajectories that lines have brought in, by their names
   std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state
   bool repeats_ended_ = false;
   bool stop_on_error_;

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "desk/advice/nearest.h"
+#include "desk/import/import_line.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/marked_measure.h"
 
@@ -96,6 +97,12 @@ struct DeskLine {
 };
 
 constexpr std::array desk_lines{
+    DeskLine{
+        {"@import", "@import NAME TOPOLOGY TRAJECTORY ... [OPTION ...]",
+         "brings the files of another program in as NAME.trj and NAME.qfx, unless they are there and newer, and loads "
+         "them; takes --energies LOG and the other options of pathdesk import"},
+        LineKind::import,
+        [](const Words& words) { return words.size() > 1; }},
     DeskLine{{"@select atoms", "@select atoms SELECTION",
               "which atoms are selected: element O and not within 3 of name NA, resname WAT, ids 1,2-5 and more"},
              LineKind::select_atoms,
@@ -192,6 +199,7 @@ std::string read_desk_line(ScriptLine& line, AtomGroups& groups) {
     line.kind = row.kind;
     line.words.assign(words.begin() + static_cast<std::ptrdiff_t>(name.size()), words.end());
     if (!row.fits(line.words)) return fmt::format("this line is written {}", row.help.usage);
+    if (line.kind == LineKind::import) return read_import_line(line.words).problem;
     const bool chooses = line.kind == LineKind::select_atoms || line.kind == LineKind::group;
     return chooses ? read_chosen_atoms(line, name.size(), groups) : std::string{};
   }

@@ -13,6 +13,7 @@ namespace pathstat::desk {
 /// What a line of a script does.
 enum class LineKind {
   command,
+  import,
   select_atoms,
   group,
   select_models,

@@ -108,6 +108,7 @@ int with_runner(const RunOptions& options, const LineSource& source, const std::
                  .work = {},
                  .private_folder = {},
                  .output = options.output,
+                 .imports = fs::absolute(options.work_directory.empty() ? options.output : options.work_directory),
                  .formats = options.formats,
                  .protocol = options.protocol,
                  .verbose = options.verbose};
