@@ -2,6 +2,7 @@
 
 #include "building/asymmetric_unit.h"
 #include "building/command_words.h"
+#include "building/field_actions.h"
 #include "building/queries.h"
 
 namespace pathstat {
@@ -17,10 +18,13 @@ std::int32_t set_building(std::string_view command, std::string_view arguments) 
 
 void get_building(std::string_view key) { answer_request(building_words(), key); }
 
-void init_building() { asymmetric_unit = {}; }
+void init_building() {
+  asymmetric_unit = {};
+  field_actions::forget_fields();
+}
 
 // What was built stands in the Core, and nothing of this application outlives the process.
-void terminate_building() {}
+void terminate_building() { field_actions::forget_fields(); }
 void load_building() {}
 void save_building() {}
 

@@ -5,6 +5,7 @@
 
 #include "building/asymmetric_unit.h"
 #include "building/element_symbols.h"
+#include "building/field_settings.h"
 #include "shell/output_texts.h"
 #include "support/number_format.h"
 
@@ -34,10 +35,31 @@ void define_sites() {
   }
 }
 
+/// Path, points on each axis, type, kind, least and largest value.
+void define_volume() {
+  const auto& v = current_volume;
+  if (!v.is_open()) return;
+  kvz_definevalue_(v.path.view());
+  for (const auto number : {v.nx, v.ny, v.nz, v.type, v.kind}) kvz_definevalue_(formatted(number, "(I3)"));
+  for (const auto limit : {v.min, v.max}) kvz_definevalue_(formatted(double{limit}, "(G14.6)"));
+}
+
+void define_table() {
+  if (!current_table.view().empty()) kvz_definevalue_(current_table.view());
+}
+
 const std::array queries{
     QueryRow{"CELL", OtherQuery{define_cell}},
+    QueryRow{"DENSITY_ATOMS", TextQuery{[] { return field_settings.density_atoms.view(); }, "ALL,SELECTED"}},
+    QueryRow{"DENSITY_CENTRE", CountQuery{&field_settings.density_centre, "(I9)"}},
+    QueryRow{"DENSITY_FILE", TextQuery{[] { return field_settings.density_file.view(); }, ""}},
+    QueryRow{"DENSITY_SPACING", NumberQuery{[] { return field_settings.density_spacing; }, "(F8.3)"}},
+    QueryRow{"DENSITY_TYPE", CountQuery{&field_settings.density_type, "(I1)"}},
+    QueryRow{"NORMALS", TextQuery{[] { return field_settings.normals.view(); }, "NONE,INWARDS,OUTWARDS"}},
     QueryRow{"SITE", OtherQuery{define_sites}},
     QueryRow{"SPACE_GROUP", OtherQuery{define_group}},
+    QueryRow{"TABLE", OtherQuery{define_table}},
+    QueryRow{"VOLUME", OtherQuery{define_volume}},
 };
 
 }  // namespace

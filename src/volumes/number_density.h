@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -23,8 +24,12 @@ class NumberDensity {
   ///                     than 10^9 points away leaves its atom out
   /// @param places       the atoms that count, by their places in `coordinates`, from 0
   /// @param cell         vectors as columns, Å
+  /// @param middle       what stands at the point in the middle of the cell, n / 2 in whole numbers on each axis;
+  /// without it,
+  ///                     coordinates count as they are
   /// @return false for a flat cell; nothing is added then
-  bool add(std::span<const double> coordinates, std::span<const std::int32_t> places, const Matrix3& cell);
+  bool add(std::span<const double> coordinates, std::span<const std::int32_t> places, const Matrix3& cell,
+           const std::optional<Vector3>& middle = {});
 
   std::int64_t frames() const { return frames_; }
 

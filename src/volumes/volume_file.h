@@ -33,6 +33,9 @@ constexpr std::int32_t offset_volume = 2;
 constexpr std::size_t most_volume_titles = 18;
 constexpr std::size_t volume_title_width = 128;
 
+/// Stands where a point was not read.
+constexpr float volume_not_read = 99999;
+
 using FloatVector = std::array<float, 3>;
 
 /// Makes a volume file up to its bricks, in the place of any of that name.

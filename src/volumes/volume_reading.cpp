@@ -11,7 +11,6 @@
 namespace pathstat {
 namespace {
 
-constexpr float not_read = 99999;
 constexpr std::int32_t box_mode = 4;
 
 using Index = std::array<std::int32_t, 3>;  ///< of a point or brick, by axis
@@ -248,7 +247,7 @@ void kva_vol_getregion_(std::int32_t unit, FloatVector& low, FloatVector& high, 
     status = volume_status::no_room;
     return;
   }
-  std::ranges::fill(values.first(std::min(values.size(), volume_size())), not_read);
+  std::ranges::fill(values.first(std::min(values.size(), volume_size())), volume_not_read);
   return_box(box, low, high, clip);
   kva_vol_sbfcim_(box_mode, place_of(box.low), place_of(box.high), status);
   Seen seen;
@@ -320,7 +319,7 @@ void kva_vol_getpoints_(std::int32_t unit, std::span<const float> points, std::s
     }
     if (at != held && !brick.read(at)) {
       held = {-1, -1, -1};
-      arrays.put(k, {not_read, {points[3 * k], points[3 * k + 1], points[3 * k + 2]}, {}});
+      arrays.put(k, {volume_not_read, {points[3 * k], points[3 * k + 1], points[3 * k + 2]}, {}});
       continue;
     }
     held = at;

@@ -166,7 +166,7 @@ SurfaceMesh extracted(const Field& field, double iso, double from = 0, double st
 }
 
 desk::SurfaceMeasures measured(const SurfaceMesh& mesh) {
-  desk::Surface surface{"", mesh.vertices, {}, mesh.triangles};
+  desk::Surface surface{mesh.vertices, {}, mesh.triangles};
   std::erase_if(surface.triangles, [](const Triangle& t) { return t[0] == t[1] || t[1] == t[2] || t[2] == t[0]; });
   return desk::measures_of(surface);
 }

@@ -58,6 +58,15 @@ TEST(NumberDensity, is_that_of_the_plain_definition_for_random_frames_of_a_varyi
   for (std::size_t k = 0; k < counts.size(); ++k) EXPECT_NEAR(mean[k], counts[k] * 210 / volume, 1e-6);
 }
 
+TEST(NumberDensity, may_keep_a_place_in_the_middle_of_the_cell) {
+  NumberDensity density({4, 4, 4});
+  const Matrix3 box{8, 0, 0, 0, 8, 0, 0, 0, 8};
+  ASSERT_TRUE(density.add(std::vector<double>{7, 1, 3, 1, 1, 3}, all_places(2), box, Vector3{7, 1, 3}));
+  const auto mean = density.mean();
+  EXPECT_EQ(mean[(2 * 4 + 2) * 4 + 2], 1.0F / 8);
+  EXPECT_EQ(mean[(2 * 4 + 2) * 4 + 3], 1.0F / 8);
+}
+
 TEST(NumberDensity, leaves_out_what_is_no_place_and_refuses_a_flat_cell) {
   NumberDensity density({3, 3, 3});
   const double nan = std::numeric_limits<double>::quiet_NaN(), infinite = std::numeric_limits<double>::infinity();

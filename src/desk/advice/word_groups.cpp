@@ -43,6 +43,9 @@ constexpr std::array group_rows{
     GroupRow{"Free volume", "void cavity", "FREE_VOLUME*"},
     GroupRow{"Asymmetric unit of a crystal", "cell lattice parameters space group symmetry atom site structure",
              "CELL SITE CLEAR_SITES SPACE_GROUP"},
+    GroupRow{"Densities, volumes and surfaces", "grid map field isosurface number density contour mesh",
+             "DENSITY* VOLUME* ISOSURFACE NORMALS"},
+    GroupRow{"Table files", "column function graph draw", "TABLE*"},
     GroupRow{"Where results go", "output table text plot graph print save",
              "STATISTICS_* SELECTED_STATISTICS_FILENAME"},
 };

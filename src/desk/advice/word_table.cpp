@@ -51,6 +51,8 @@ constexpr std::array leads{
     Lead{"two names", {ArgumentForm::names, 2}},
     Lead{"any number of names", {ArgumentForm::names, any_number}},
     Lead{"graph name", {ArgumentForm::text, 5}},
+    Lead{"two numbers", {ArgumentForm::number, 2}},
+    Lead{"name of a ", {ArgumentForm::text, 1}},
     Lead{"six numbers", {ArgumentForm::number, 6}},
     Lead{"element symbol and three", {ArgumentForm::text, 4}},
     Lead{"name or number", {ArgumentForm::text, 2}},
@@ -63,8 +65,12 @@ constexpr std::array passing{std::string_view("ANALYSIS_STRUCTURE_FROM_PLOT"),
                              std::string_view("FRAME_STEP_BACKWARDS"),
                              std::string_view("FRAME_STEP_FORWARDS"),
                              std::string_view("GET"),
+                             std::string_view("ISOSURFACE"),
                              std::string_view("SHOW_NEXT_FRAME"),
-                             std::string_view("SHOW_PREVIOUS_FRAME")};
+                             std::string_view("SHOW_PREVIOUS_FRAME"),
+                             std::string_view("TABLE_COLUMN"),
+                             std::string_view("VOLUME_REGION"),
+                             std::string_view("VOLUME_VALUES")};
 
 }  // namespace
 

@@ -73,6 +73,16 @@ SurfaceMeasures measures_of(const Surface& surface) {
   return measures;
 }
 
+std::string surface_name(std::size_t place) { return fmt::format("surface-{}", place + 1); }
+
+std::string in_words(const Surface& surface) {
+  const auto measures = measures_of(surface);
+  auto text = fmt::format("{} triangles, area {:.5g} Å²", surface.triangles.size(), measures.area);
+  text += measures.closed ? fmt::format(", encloses {:.5g} Å³", measures.volume)
+                          : std::string(", open where the grid ends");
+  return text + fmt::format(", Euler characteristic {}.", measures.euler_characteristic);
+}
+
 std::string surface_as_ply(const Surface& surface) {
   fmt::memory_buffer text;
   const auto out = std::back_inserter(text);

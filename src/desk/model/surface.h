@@ -11,7 +11,6 @@ namespace pathstat::desk {
 
 /// A triangulated surface.
 struct Surface {
-  std::string name;
   std::vector<Vector3> vertices;                       ///< Å
   std::vector<Vector3> normals;                        ///< one a vertex, or none
   std::vector<std::array<std::int32_t, 3>> triangles;  ///< vertices, counted from 0
@@ -27,6 +26,12 @@ struct SurfaceMeasures {
 
 /// @param surface  of triangles with three different corners
 SurfaceMeasures measures_of(const Surface& surface);
+
+/// "surface-1" for the first: the name of a surface's files, without an extension.
+std::string surface_name(std::size_t place);
+
+/// Its size, area, volume and shape as a sentence for people.
+std::string in_words(const Surface& surface);
 
 /// A surface as a text in the polygon format, and as one in the object format, for programs that show it.
 std::string surface_as_ply(const Surface& surface);

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "desk/messages/visible_text.h"
+#include "desk/model/surface.h"
 
 namespace pathstat::desk {
 namespace {
@@ -140,6 +141,14 @@ std::string picture(const ReportParts& parts, const Figure& figure) {
   return fmt::format("<figure id=\"{}\">{}<figcaption>{}</figcaption></figure>\n", figure.name, svg, points);
 }
 
+std::string surface_section(const ReportParts& parts, std::size_t surface) {
+  const auto name = surface_name(surface);
+  return fmt::format(
+      "<figure id=\"{0}\">{1}<figcaption><a href=\"{0}.ply\">{0}.ply</a> · <a href=\"{0}.obj\">"
+      "{0}.obj</a></figcaption></figure>\n",
+      name, inline_picture(parts.pictures / (name + ".svg")));
+}
+
 std::string message_note(const Message& message) {
   const bool loud = message.kind == MessageKind::error || message.kind == MessageKind::warning;
   const auto* word = message.kind == MessageKind::error     ? "error"
@@ -200,6 +209,7 @@ std::string section(const ReportParts& parts, const StepRecord& step) {
       html += picture(parts, figure);
     }
   }
+  for (const auto surface : step.surfaces) html += surface_section(parts, surface);
   return html + "</section>\n";
 }
 

@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <fstream>
 #include <utility>
 
 #include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
+#include "desk/graphs/surface_picture.h"
 #include "desk/report/html_report.h"
 #include "desk/summary/figure_notes.h"
 #include "desk/summary/run_summary.h"
@@ -71,6 +73,27 @@ std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
       const bool written = points ? results_.write(name, points_table(figure)) : results_.copy(scratch_ / name, name);
       if (written) files += (files.empty() ? "" : " ") + (results_.path() / name).string();
     }
+    if (!files.empty()) all.push_back(std::move(files));
+  }
+  return all;
+}
+
+std::vector<std::string> RunOutput::write_surfaces(const std::vector<Surface>& surfaces) {
+  std::vector<std::string> all;
+  for (; surfaces_written_ < surfaces.size(); ++surfaces_written_) {
+    const auto& surface = surfaces[surfaces_written_];
+    if (surface.triangles.empty()) continue;
+    const auto name = surface_name(surfaces_written_);
+    const auto picture = formats_.svg || formats_.html ? surface_picture(surface) : std::string{};
+    if (!picture.empty()) std::ofstream(scratch_ / (name + ".svg"), std::ios::binary) << picture;
+    std::string files;
+    const auto put = [&](const std::string& file, const std::string& content) {
+      if (!results_.write(file, content)) return;
+      files += (files.empty() ? "" : " ") + (results_.path() / file).string();
+    };
+    if (formats_.svg) put(name + ".svg", picture);
+    put(name + ".ply", surface_as_ply(surface));
+    put(name + ".obj", surface_as_obj(surface));
     if (!files.empty()) all.push_back(std::move(files));
   }
   return all;

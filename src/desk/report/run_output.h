@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
+#include "desk/model/surface.h"
 #include "desk/report/result_folder.h"
 #include "desk/report/run_record.h"
 
@@ -52,6 +53,10 @@ class RunOutput {
   /// @return for each graph that was written, its files with blanks between
   std::vector<std::string> write_graphs(const GraphStore& store);
 
+  /// Writes the surfaces that have come since the last time: a picture, and the formats of programs that show them.
+  /// @return for each surface that was written, its files with blanks between
+  std::vector<std::string> write_surfaces(const std::vector<Surface>& surfaces);
+
   /// Copies result files, those of the process under their own names, and writes the summary and the report. The graphs
   /// must have been written.
   /// @return the lines of the summary
@@ -67,6 +72,7 @@ class RunOutput {
   OutputFormats formats_;
   std::vector<std::string> undrawn_;
   std::map<std::int32_t, std::uint64_t> written_;  ///< revisions by graph
+  std::size_t surfaces_written_ = 0;
 };
 
 }  // namespace pathstat::desk

@@ -30,11 +30,12 @@ struct StepRecord {
   bool failed = false;
   double seconds = 0;
   std::vector<RunNote> notes;
-  std::vector<std::int32_t> graphs;  ///< handles of the graphs that came up
-  std::size_t folded = 0;            ///< so many lines behind it are left out, for there is nothing to tell of them
-  int last_line = 0;                 ///< the last of these
+  std::vector<std::int32_t> graphs;        ///< handles of the graphs that came up
+  std::vector<std::size_t> surfaces = {};  ///< that were made, by their places
+  std::size_t folded = 0;  ///< so many lines behind it are left out, for there is nothing to tell of them
+  int last_line = 0;       ///< the last of these
 
-  bool is_quiet() const { return !failed && notes.empty() && graphs.empty(); }
+  bool is_quiet() const { return !failed && notes.empty() && graphs.empty() && surfaces.empty(); }
 };
 
 /// What is kept of the text of a line, and how many lines in a row of which there is nothing to tell.

@@ -198,14 +198,19 @@ void LineRunner::ask_frame() {
   if (frame_ && watcher_.frame) watcher_.frame(*frame_);
 }
 
-void LineRunner::write_graphs() {
+void LineRunner::write_pictures() {
   for (const auto& files : output_.write_graphs(store_)) console_.print("Wrote " + visible(files));
+  for (const auto& files : output_.write_surfaces(model_.surfaces())) console_.print("Wrote " + visible(files));
   for (const auto& problem : output_.take_problems()) console_.complain("pathdesk: " + visible(problem));
 }
 
 LineEnd LineRunner::run(const ScriptLine& line) {
-  record_.steps.push_back(
-      {.line = line.number, .text = shortened(line.text, most_characters), .status = {}, .notes = {}, .graphs = {}});
+  record_.steps.push_back({.line = line.number,
+                           .text = shortened(line.text, most_characters),
+                           .status = {},
+                           .notes = {},
+                           .graphs = {},
+                           .surfaces = {}});
   held_.clear();
   frame_.reset();
   done_ = 0;
@@ -221,6 +226,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   if (frame_ && problem.empty()) take_returned(*frame_);
   auto& step = record_.steps.back();
   step.seconds = seconds_since(start);
+  tell_surfaces(step);
   record_.seconds += step.seconds;
   for (const auto graph : store_.shown_graphs()) {
     if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
@@ -255,7 +261,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   }
   const bool failed = step.failed;
   record_.end_line();
-  if (source_.pictures_at_once) write_graphs();
+  if (source_.pictures_at_once) write_pictures();
   if (interrupts() > 0) return LineEnd::interrupted;
   if (stopped_) return LineEnd::stopped;
   if (session_.lost()) return LineEnd::lost;
@@ -363,6 +369,7 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
 bool LineRunner::finish() {
   console_.clear();
   output_.write_graphs(store_);
+  output_.write_surfaces(model_.surfaces());
   std::string unseen;
   const auto says =
       output_.write_report(record_, store_, result_files(place_.work, {work_started_, work_ended_}, tables_, unseen));
@@ -430,7 +437,8 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (line.word == "MSD" && interrupts() > 0) fs::remove(blocks, none);  // they are not complete
   if (session_.lost()) stopped_ = line.word == "STOP" && session_.ended_well();
   if (stopped_) return {};
-  if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_table_name();
+  if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_result_file("STATISTICS_FILENAME");
+  if (line.word == "DENSITY" && problem.empty()) note_result_file("DENSITY_FILE");
   if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
   if (problem.empty()) keep_setting(line);
   return problem;
@@ -576,8 +584,20 @@ double LineRunner::cell_width() const {
 }
 
 /// The process completes the name of its table file; the file is to be found under the name that it tells.
-void LineRunner::note_table_name() {
-  if (const auto name = first_value(ask_word("STATISTICS_FILENAME")); !name.empty()) tables_.insert(place_.work / name);
+/// Notes the file that a word names, to be copied to the results.
+void LineRunner::note_result_file(const std::string& word) {
+  if (const auto name = first_value(ask_word(word)); !name.empty()) tables_.insert(place_.work / name);
+}
+
+/// Tells of the surfaces that a line has made.
+void LineRunner::tell_surfaces(StepRecord& step) {
+  for (; surfaces_told_ < model_.surfaces().size(); ++surfaces_told_) {
+    const auto& surface = model_.surfaces()[surfaces_told_];
+    if (surface.triangles.empty()) continue;
+    step.surfaces.push_back(surfaces_told_);
+    take_message(
+        {MessageKind::note, 1, {}, {}, fmt::format("{}: {}", surface_name(surfaces_told_), in_words(surface))});
+  }
 }
 
 std::string LineRunner::settle_answer(const std::vector<std::string>& words) {

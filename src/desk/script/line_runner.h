@@ -108,7 +108,7 @@ class LineRunner {
   void take_returned(const std::string& text);
   void refresh_values(std::string_view words);
   void ask_frame();
-  void write_graphs();
+  void write_pictures();
   void work_goes_on() const;
   GraphFacts facts_of(const ScriptLine& line);
   std::size_t rdf_centres(const MolecularModel& model);
@@ -144,7 +144,8 @@ class LineRunner {
   std::string remove_measures(const std::string& which);
   std::string pick(const std::vector<std::string>& words);
   void tell_measure(const MolecularModel& model, std::size_t place);
-  void note_table_name();
+  void note_result_file(const std::string& word);
+  void tell_surfaces(StepRecord& step);
 
   const LineSource source_;
   const RunPlace place_;
@@ -168,6 +169,7 @@ class LineRunner {
   std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
   std::string selection_;             ///< of the last line that selected atoms, as it stands
   std::set<std::int32_t> seen_graphs_;
+  std::size_t surfaces_told_ = 0;
   std::set<std::filesystem::path> tables_;
   std::map<std::string, std::filesystem::path> imports_;  ///< trajectories that lines have brought in, by their names
   std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state
