@@ -437,7 +437,7 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (line.word == "MSD" && interrupts() > 0) fs::remove(blocks, none);  // they are not complete
   if (session_.lost()) stopped_ = line.word == "STOP" && session_.ended_well();
   if (stopped_) return {};
-  if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_result_file("STATISTICS_FILENAME");
+  if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_result_file(line.word);
   if (line.word == "DENSITY" && problem.empty()) note_result_file("DENSITY_FILE");
   if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
   if (problem.empty()) keep_setting(line);
@@ -583,8 +583,8 @@ double LineRunner::cell_width() const {
   return std::min({lattice.width(0), lattice.width(1), lattice.width(2)});
 }
 
-/// The process completes the name of its table file; the file is to be found under the name that it tells.
-/// Notes the file that a word names, to be copied to the results.
+/// Notes the file that a word names, to be copied to the results. The process may complete a name; the file is to be
+/// found under the name that it tells.
 void LineRunner::note_result_file(const std::string& word) {
   if (const auto name = first_value(ask_word(word)); !name.empty()) tables_.insert(place_.work / name);
 }
