@@ -47,8 +47,7 @@ Objects selected_atoms(std::int32_t model, std::int32_t& error) {
   Objects atoms(selected.size());
   if (error == 0 && !selected.empty()) kvd_per_periodicparent_(selected, atoms, error);
   std::ranges::sort(atoms);
-  const auto repeated = std::ranges::unique(atoms);
-  atoms.erase(repeated.begin(), repeated.end());
+  atoms.erase(std::unique(atoms.begin(), atoms.end()), atoms.end());
   return atoms;
 }
 
