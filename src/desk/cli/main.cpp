@@ -18,6 +18,7 @@
 #include "desk/advice/trajectory_advice.h"
 #include "desk/cli/analyse_command.h"
 #include "desk/cli/command_help.h"
+#include "desk/cli/converse.h"
 #include "desk/cli/file_info.h"
 #include "desk/cli/import_command.h"
 #include "desk/cli/manual_page.h"
@@ -197,6 +198,9 @@ int main_of(int argc, char** argv) {
   panel->add_flag("--no-open", no_open, "Only prints the address of the page");
   add_run_options(panel, options, words);
 
+  auto* converse = app.add_subcommand("converse", "Runs lines for another program: JSON in, JSON out");
+  add_run_options(converse, options, words);
+
   ExportOptions part;
   auto* exported = add_export(app, part);
   auto* help = app.add_subcommand("words", "Tells what the command words mean");
@@ -229,6 +233,7 @@ int main_of(int argc, char** argv) {
   if (shell->parsed()) return run_shell(options);
   panel_options.open_browser = !no_open;
   if (panel->parsed()) return run_panel(options, panel_options);
+  if (converse->parsed()) return run_converse(options);
   if (exported->parsed()) return run_export(part);
   if (info->parsed()) return print_file_info(file);
   if (import->parsed()) return run_import(std::move(import_options));
