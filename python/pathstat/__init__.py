@@ -1,4 +1,4 @@
-"""Analysis of molecular dynamics: kernels over NumPy arrays, and analyses over MDAnalysis universes.
+"""Analysis of molecular dynamics: kernels over NumPy arrays, analyses over MDAnalysis universes, and the whole program.
 
 Lengths are in Å, times in ps, velocities in Å/ps, energies in kcal/mol, charges in elementary charges, dipoles in Debye.
 """
@@ -23,8 +23,12 @@ from .kernels import (
     threads,
     vac,
 )
+from .program import Analysis, AnalysisError, AnalysisWarning
 
 __all__ = [
+    "Analysis",
+    "AnalysisError",
+    "AnalysisWarning",
     "Density",
     "Dielectric",
     "Distribution",

@@ -157,7 +157,7 @@ def _leave_vectors(universe: Any, block: Tuple[int, Any], indices: np.ndarray, w
     vectors, _ = read_block(universe, frames, indices, what)
     for path, part in zip(paths, pieces(np.arange(len(indices)), ATOMS_IN_BLOCK)):
         if not path.exists():
-            save_whole(path, vectors[:, part[0] : part[-1] + 1])
+            save_whole(path, lambda file: np.save(file, vectors[:, part[0] : part[-1] + 1]))
 
 
 def _correlate(universe: Any, block: Any, options: Dict[str, Any]) -> np.ndarray:

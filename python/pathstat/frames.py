@@ -10,9 +10,11 @@ from __future__ import annotations
 import hashlib
 import os
 from pathlib import Path
-from typing import Any, Callable, Iterable, Iterator, List, NamedTuple, Optional, Sequence, Tuple
+from typing import Any, BinaryIO, Callable, Iterable, Iterator, List, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
+
+Watcher = Callable[[str, int, int], None]
 
 FRAMES_IN_BLOCK = 32
 ATOMS_IN_BLOCK = 2048
@@ -72,6 +74,16 @@ def map_blocks(
     client: Any, universe: Any, task: Callable[..., Any], blocks: Sequence[Any], arguments: Tuple[Any, ...]
 ) -> Iterator[Any]:
     """task(universe, block, *arguments) of each block, in their order; on the workers of a client if there is one."""
+    stage = task.__name__.strip("_").replace("_", " ")
+    _watcher(stage, 0, len(blocks))
+    for done, result in enumerate(_results(client, universe, task, blocks, arguments), 1):
+        yield result
+        _watcher(stage, done, len(blocks))
+
+
+def _results(
+    client: Any, universe: Any, task: Callable[..., Any], blocks: Sequence[Any], arguments: Tuple[Any, ...]
+) -> Iterator[Any]:
     if client is None:
         for block in blocks:
             yield task(universe, block, *arguments)
@@ -86,6 +98,19 @@ def map_blocks(
         client.cancel(futures)
 
 
+def _see_nothing(stage: str, done: int, total: int) -> None:
+    pass
+
+
+_watcher: Watcher = _see_nothing
+
+
+def watch(watcher: Optional[Watcher]) -> None:
+    """Has what is done told: the stage, blocks that are done, and all of them. None ends it."""
+    global _watcher
+    _watcher = watcher or _see_nothing
+
+
 _open_universe: Tuple[Optional[Source], Any] = (None, None)
 
 
@@ -97,12 +122,12 @@ def _run_there(source: Source, task: Callable[..., Any], block: Any, arguments: 
     return task(_open_universe[1], block, *arguments)
 
 
-def save_whole(path: Path, array: np.ndarray) -> None:
-    """Writes beside and renames, so that a file is whole or not there."""
+def save_whole(path: Path, write: Callable[[BinaryIO], Any]) -> None:
+    """Has a file written beside and renames it, so that it is whole or not there."""
     beside = path.with_name(f"{path.name}.{os.getpid()}.{os.urandom(4).hex()}.part")
     try:
         with open(beside, "wb") as file:
-            np.save(file, array)
+            write(file)
         os.replace(beside, path)
     finally:
         beside.unlink(missing_ok=True)

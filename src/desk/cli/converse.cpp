@@ -1,21 +1,31 @@
 #include "desk/cli/converse.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <utility>
 
-#include "desk/advice/word_groups.h"
 #include "desk/advice/word_table.h"
 #include "desk/cli/typed_line.h"
 #include "desk/graphs/figure.h"
+#include "desk/graphs/pictures.h"
+#include "desk/report/result_folder.h"
 #include "desk/script/answer_text.h"
+#include "desk/script/file_content.h"
 #include "desk/script/interrupts.h"
+#include "desk/script/words_body.h"
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 namespace {
@@ -26,145 +36,229 @@ constexpr std::array told_names{"result", "table", "complaint"};
 constexpr std::array end_names{"done", "failed", "interrupted", "stopped", "lost"};
 constexpr std::size_t longest_request = 1 << 20;
 
-json words_of_program() {
-  auto list = json::array();
-  for (const auto& group : word_groups()) {
-    for (const auto* row : group.words) {
-      list.push_back({{"word", row->word},
-                      {"group", group.name},
-                      {"arguments", row->arguments},
-                      {"meaning", row->meaning},
-                      {"needs", row->needs},
-                      {"setting", is_setting(*row)}});
+/// An answer: an object, and bytes that stand behind its line.
+struct Answer {
+  json body;
+  std::string block = {};
+};
+
+Answer refusal(std::string problem) { return {{{"end", "refused"}, {"problem", std::move(problem)}}}; }
+
+template <class T>
+void append(std::string& block, const T& value) {
+  std::array<char, sizeof(T)> bytes{};
+  std::memcpy(bytes.data(), &value, sizeof(T));
+  block.append(bytes.data(), bytes.size());
+}
+
+/// Lines of the standard input.
+class RequestLines {
+ public:
+  /// Waits for a line. @return none at the end of the input, for a line that is too long, and when the run is given up
+  std::optional<std::string> next() {
+    for (;;) {
+      if (const auto end = text_.find('\n'); end != std::string::npos) {
+        auto line = text_.substr(0, end);
+        text_.erase(0, end + 1);
+        return line;
+      }
+      if (text_.size() > longest_request || interrupts() > 1) return std::nullopt;
+      std::array<char, 4096> bytes{};
+      const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count <= 0) return std::nullopt;
+      text_.append(bytes.data(), static_cast<std::size_t>(count));
     }
   }
+
+ private:
+  std::string text_;
+};
+
+/// True if nobody can read any more what is written to a pipe or socket.
+bool has_no_reader(int out) {
+  pollfd reader{out, 0, 0};
+  return ::poll(&reader, 1, 0) == 1 && (reader.revents & POLLERR) != 0;
+}
+
+json words_of(const WordColumn& column, std::size_t atoms) {
+  auto list = json::array();
+  for (std::size_t k = 0; k < atoms; ++k) list.push_back(k < column.size() ? column[k] : std::string_view());
   return list;
 }
 
-json curve_of(const Curve& curve) {
-  auto x = json::array(), y = json::array();
-  for (const auto& point : *curve.points) {
-    x.push_back(point.x);
-    y.push_back(point.y);
-  }
-  return {{"label", curve.label}, {"x", std::move(x)}, {"y", std::move(y)}};
-}
-
-json figure_of(const Figure& figure) {
+json figure_of(const Figure& figure, std::string& block) {
   auto curves = json::array();
-  for (const auto& curve : figure.curves) curves.push_back(curve_of(curve));
-  return {{"name", figure.title},     {"heading", figure.heading}, {"file", figure.name},
-          {"x_label", figure.x_text}, {"y_label", figure.y_text},  {"curves", std::move(curves)}};
+  for (const auto& curve : figure.curves) {
+    curves.push_back({{"label", curve.label}, {"points", curve.points->size()}});
+    for (const auto& point : *curve.points) {
+      append(block, point.x);
+      append(block, point.y);
+    }
+  }
+  return {{"name", figure.name}, {"title", figure.title}, {"heading", figure.heading}, {"note", figure.note},
+          {"x", figure.x_text},  {"y", figure.y_text},    {"of", figure.facts.of},     {"curves", std::move(curves)}};
 }
 
 class Conversation {
  public:
-  Conversation(LineRunner& runner, std::FILE* out) : runner_(runner), out_(out) {
-    runner_.console().lead_to(
-        {.told =
-             [this](Told kind, std::string_view text) {
-               told_.push_back({{"kind", told_names.at(static_cast<std::size_t>(kind))}, {"text", text}});
-             },
-         .progress = [](double) {},
-         .status = [](std::string_view) {}});
+  Conversation(LineRunner& runner, int out) : runner_(runner), out_(out) {
+    runner_.console().lead_to({.told =
+                                   [this](Told kind, std::string_view text) {
+                                     const auto* name = told_names.at(static_cast<std::size_t>(kind));
+                                     told_.push_back({{"kind", name}, {"text", text}});
+                                   },
+                               .progress = [](double) {},
+                               .status = [](std::string_view) {}});
+    runner_.watch_with({.working =
+                            [this] {
+                              if (!has_no_reader(out_)) return;
+                              while (interrupts() < 2) request_interrupt();
+                            },
+                        .frame = {}});
   }
 
   int run() {
-    std::string text;
-    while (!ended_ && interrupts() < 2 && std::getline(std::cin, text)) {
+    RequestLines lines;
+    while (!ended_) {
+      const auto text = lines.next();
+      if (!text) break;
       forget_interrupts();
-      send(answer_to(text));
+      send(answer_to(*text));
     }
     runner_.console().lead_to({});
     return code_;
   }
 
  private:
-  json answer_to(const std::string& text) {
-    const auto request = text.size() <= longest_request ? json::parse(text, nullptr, false) : json();
-    const auto line = request.is_object() ? request.find("line") : request.end();
-    if (request.is_object() && request.contains("words")) return {{"end", "done"}, {"words", words_of_program()}};
-    if (request.is_object() && request.contains("frame")) return frame();
-    if (request.is_object() && request.contains("values")) return values(request["values"]);
-    if (!request.is_object() || line == request.end() || !line->is_string()) {
-      return {{"end", "refused"}, {"problem", "a request is an object with line, values, words or frame"}};
-    }
-    return run_line(line->get<std::string>());
+  Answer answer_to(const std::string& text) {
+    const auto request = json::parse(text, nullptr, false);
+    if (!request.is_object() || request.size() != 1) return refusal("a request is an object with one member");
+    const auto& [what, of] = *request.items().begin();
+    if (what == "words") return {words_body()};
+    if (what == "model") return model();
+    if (what == "frame") return frame();
+    if (what == "report") return report();
+    if (what == "values" && of.is_array()) return values(of);
+    if (what == "line" && of.is_string()) return run_line(of.get<std::string>());
+    if (what == "picture" && of.is_string()) return picture(of.get<std::string>());
+    return refusal("there is no request of this kind: " + what);
   }
 
-  json run_line(const std::string& text) {
+  Answer run_line(const std::string& text) {
     const auto typed = read_typed_line(text, ++number_, runner_.groups());
-    if (!typed.problem.empty()) return {{"end", "refused"}, {"problem", typed.problem}};
+    if (!typed.problem.empty()) return refusal(typed.problem);
     ended_ = typed.ends;
-    json body{{"end", "done"}};
+    Answer answer{{{"end", "done"}}};
     if (!typed.help.empty()) told_.push_back({{"kind", "result"}, {"text", typed.help}});
     if (typed.line) {
       const auto end = runner_.run(*typed.line);
-      body["end"] = end_names.at(static_cast<std::size_t>(end));
-      if (end == LineEnd::stopped) ended_ = true;
-      if (runner_.lost()) {
-        code_ = exit_code::process_lost;
-        ended_ = true;
-        runner_.end_with(runner_.loss());
-        body["end"] = "lost";
-        body["problem"] = runner_.loss();
-      }
+      answer.body["end"] = end_names.at(static_cast<std::size_t>(end));
+      ended_ = end == LineEnd::stopped;
+      if (runner_.lost()) answer = lost();
     }
-    body["told"] = std::exchange(told_, json::array());
-    body["graphs"] = changed_graphs();
-    return body;
+    answer.body["told"] = std::exchange(told_, json::array());
+    answer.body["graphs"] = changed_graphs(answer.block);
+    return answer;
   }
 
-  json changed_graphs() {
+  Answer lost() {
+    code_ = exit_code::process_lost;
+    ended_ = true;
+    runner_.end_with(runner_.loss());
+    return {{{"end", "lost"}, {"problem", runner_.loss()}}};
+  }
+
+  /// The graphs that have changed since they were last sent, with their points in the block.
+  json changed_graphs(std::string& block) {
     auto list = json::array();
     for (const auto& figure : figures_of(runner_.graphs())) {
       const auto revision = runner_.graphs().revision(figure.graph);
       auto& sent = sent_[figure.graph];
       if (sent == revision) continue;
       sent = revision;
-      list.push_back(figure_of(figure));
+      list.push_back(figure_of(figure, block));
     }
     return list;
   }
 
-  json values(const json& words) {
+  Answer values(const json& words) {
     std::vector<std::string> names;
     for (const auto& word : words) {
       if (word.is_string() && find_command_help(word.get<std::string>())) names.push_back(word.get<std::string>());
     }
     const auto answers = runner_.values(names);
-    if (!answers) return {{"end", "lost"}, {"problem", runner_.loss()}};
-    auto body = json::object();
+    if (!answers) return lost();
+    auto all = json::object();
     for (std::size_t k = 0; k < names.size(); ++k) {
-      body[names[k]] = {{"values", items_of((*answers)[k].values)}, {"ranges", items_of((*answers)[k].ranges)}};
+      all[names[k]] = {{"values", items_of((*answers)[k].values)}, {"ranges", items_of((*answers)[k].ranges)}};
     }
-    return {{"end", "done"}, {"values", std::move(body)}};
+    return {{{"end", "done"}, {"values", std::move(all)}}};
   }
 
-  /// The current model: positions, names and cell.
-  json frame() {
-    const auto* model = runner_.models().find_model(runner_.models().current_model());
-    if (model == nullptr) return {{"end", "refused"}, {"problem", "no model is loaded"}};
-    const auto& data = model->data;
-    auto names = json::array(), elements = json::array();
-    for (std::size_t k = 0; k < data.positions.size(); ++k) {
-      names.push_back(k < data.names.size() ? data.names[k] : std::string_view());
-      elements.push_back(data.elements[k]);
-    }
-    return {{"end", "done"},
-            {"positions", data.positions},
-            {"cell", data.cell},
-            {"names", std::move(names)},
-            {"elements", std::move(elements)}};
+  const ModelObject* current() const { return runner_.models().model(runner_.models().current_model()); }
+
+  /// What does not change from frame to frame; the block holds the atomic numbers, a byte each.
+  Answer model() const {
+    const auto* object = current();
+    if (!object) return refusal("no model is loaded");
+    const auto& data = object->data;
+    const auto atoms = data.positions.size();
+    Answer answer{{{"end", "done"},
+                   {"name", data.name},
+                   {"names", words_of(data.names, atoms)},
+                   {"types", words_of(data.ff_types, atoms)},
+                   {"residues", words_of(data.residues, atoms)},
+                   {"bonds", data.bonds}}};
+    for (const auto element : data.elements) answer.block += static_cast<char>(element);
+    return answer;
   }
 
-  void send(const json& body) {
-    const auto text = body.dump(-1, ' ', false, json::error_handler_t::replace) + '\n';
-    if (std::fwrite(text.data(), 1, text.size(), out_) != text.size() || std::fflush(out_) != 0) ended_ = true;
+  /// The cell, and in the block the positions.
+  Answer frame() const {
+    const auto* object = current();
+    if (!object) return refusal("no model is loaded");
+    Answer answer{{{"end", "done"}, {"cell", object->data.cell}, {"atoms", object->data.positions.size()}}};
+    for (const auto& position : object->data.positions) append(answer.block, position);
+    return answer;
+  }
+
+  /// A graph as SVG in the block.
+  Answer picture(const std::string& name) const {
+    const auto figures = figures_of(runner_.graphs());
+    const auto* figure = find_figure(runner_.graphs(), figures, name);
+    if (!figure) return refusal("there is no graph " + name);
+    const auto problem = draw_pictures(std::span(figure, 1), {.svg = true, .png = false}, runner_.private_folder());
+    if (!problem.empty()) return refusal(problem);
+    Answer answer{{{"end", "done"}}};
+    read_content(runner_.private_folder() / (figure->name + ".svg"), answer.block);
+    return answer;
+  }
+
+  Answer report() {
+    runner_.write_results();
+    return {{{"end", "done"},
+             {"told", std::exchange(told_, json::array())},
+             {"folder", std::filesystem::absolute(runner_.output_folder()).string()}}};
+  }
+
+  void send(const Answer& answer) {
+    auto body = answer.body;
+    body["bytes"] = answer.block.size();
+    const auto text = body.dump(-1, ' ', false, json::error_handler_t::replace) + '\n' + answer.block;
+    for (std::size_t sent = 0; sent < text.size();) {
+      const auto count = ::write(out_, text.data() + sent, text.size() - sent);
+      if (count < 0 && errno == EINTR) continue;
+      if (count <= 0) {
+        ended_ = true;
+        return;
+      }
+      sent += static_cast<std::size_t>(count);
+    }
   }
 
   LineRunner& runner_;
-  std::FILE* out_;
+  int out_;
   json told_ = json::array();
   std::map<std::int32_t, std::uint64_t> sent_;  ///< revisions of graphs
   int number_ = 0;
@@ -176,17 +270,14 @@ class Conversation {
 
 int run_converse(const RunOptions& options) {
   // What is told of the run as a whole must not stand among the answers.
-  const int own = ::dup(STDOUT_FILENO);
-  std::FILE* out = own < 0 ? nullptr : ::fdopen(own, "w");
-  if (out == nullptr || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
+  const FileDescriptor out(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  if (!out.is_open() || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
     std::perror("pathdesk: standard output");
     return exit_code::not_run;
   }
   const LineSource source{
       .name = "conversation", .place = {}, .folder = std::filesystem::current_path(), .stop_on_error = false};
-  const int code = with_runner(options, source, [&](LineRunner& runner) { return Conversation(runner, out).run(); });
-  std::fclose(out);
-  return code;
+  return with_runner(options, source, [&](LineRunner& runner) { return Conversation(runner, out.get()).run(); });
 }
 
 }  // namespace pathstat::desk

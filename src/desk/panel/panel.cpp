@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -23,6 +22,7 @@
 #include "desk/panel/panel_session.h"
 #include "desk/panel/requests.h"
 #include "desk/panel/start_folder.h"
+#include "desk/script/file_content.h"
 
 namespace pathstat::desk {
 namespace {
@@ -43,11 +43,10 @@ bool first_lines(const fs::path& path, std::vector<ScriptLine>& lines) {
     case FileKind::trajectory:
       text = fmt::format("TRAJECTORY \"{}\"", path.filename().string());
       break;
-    case FileKind::text: {
-      std::ifstream file(path, std::ios::binary);
-      text.assign(std::istreambuf_iterator<char>(file), {});
-      break;
-    }
+    case FileKind::text:
+      if (read_content(path, text)) break;
+      complain(fmt::format("the script {} cannot be read", path.string()));
+      return false;
     default:
       complain(fmt::format("{} is neither a script nor a trajectory", path.string()));
       return false;

@@ -7,12 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "desk/advice/word_groups.h"
-#include "desk/advice/word_table.h"
 #include "desk/model/elements.h"
 #include "desk/model/marked_measure.h"
 #include "desk/script/answer_text.h"
-#include "desk/script/script.h"
 
 namespace pathstat::desk {
 namespace {
@@ -20,8 +17,6 @@ namespace {
 using nlohmann::json;
 
 static_assert(std::endian::native == std::endian::little, "bulk messages are little-endian");
-
-constexpr std::array form_names{"none", "flag", "choice", "integer", "number", "path", "text", "names"};
 
 /// A binary message that is filled element by element.
 class BulkWriter {
@@ -48,18 +43,6 @@ class BulkWriter {
   PageMessage message_;
 };
 
-json word_body(const CommandHelp& row) {
-  const auto shape = argument_shape(row);
-  return {{"word", row.word},
-          {"arguments", row.arguments},
-          {"meaning", row.meaning},
-          {"needs", row.needs},
-          {"form", form_names.at(static_cast<std::size_t>(shape.form))},
-          {"most", shape.most},
-          {"setting", is_setting(row)},
-          {"values", listed_values(row.arguments)}};
-}
-
 json words_of_column(const WordColumn& column) {
   auto list = json::array();
   for (const auto& word : column.words()) list.push_back(word);
@@ -70,19 +53,6 @@ json words_of_column(const WordColumn& column) {
 
 PageMessage text_message(const json& body) {
   return {.bytes = body.dump(-1, ' ', false, json::error_handler_t::replace)};
-}
-
-json words_body() {
-  auto groups = json::array(), lines = json::array();
-  for (const auto& group : word_groups()) {
-    auto words = json::array();
-    for (const auto* row : group.words) words.push_back(word_body(*row));
-    groups.push_back({{"name", group.name}, {"about", group.about}, {"words", std::move(words)}});
-  }
-  for (const auto& line : desk_line_helps()) {
-    lines.push_back({{"name", line.name}, {"usage", line.usage}, {"meaning", line.meaning}});
-  }
-  return {{"type", "words"}, {"groups", std::move(groups)}, {"lines", std::move(lines)}};
 }
 
 json model_body(const ModelObject& model) {

@@ -27,9 +27,6 @@ enum class Bulk : std::uint32_t {
 
 PageMessage text_message(const nlohmann::json& body);
 
-/// All command words, their groups and the lines for the desk: what the forms are made of.
-nlohmann::json words_body();
-
 /// The model without what is per atom, which follows in the messages of model_bulk.
 nlohmann::json model_body(const ModelObject& model);
 std::vector<PageMessage> model_bulk(const ModelObject& model);

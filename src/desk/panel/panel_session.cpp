@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -16,8 +15,10 @@
 #include "desk/graphs/pictures.h"
 #include "desk/panel/panel_messages.h"
 #include "desk/report/result_folder.h"
+#include "desk/script/file_content.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script_run.h"
+#include "desk/script/words_body.h"
 #include "desk/summary/figure_notes.h"
 
 namespace pathstat::desk {
@@ -41,11 +42,6 @@ struct ExportFormat {
 constexpr std::array export_formats{ExportFormat{"svg", "image/svg+xml", &PictureKinds::svg},
                                     ExportFormat{"png", "image/png", &PictureKinds::png},
                                     ExportFormat{"tsv", "text/tab-separated-values; charset=utf-8", nullptr}};
-
-std::string content_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 }  // namespace
 
@@ -146,7 +142,9 @@ void PanelSession::take_script(const PageRequest& request) {
   if (name.empty() || !path || !fs::is_regular_file(*path, error) || fs::file_size(*path, error) > largest_script) {
     return tell_log("complaint", fmt::format("\"{}\" is no script below {}", name, folder_.path().string()));
   }
-  const auto script = read_script(content_of(*path), number_ + 1, runner_.groups());
+  std::string text;
+  if (!read_content(*path, text)) return tell_log("complaint", fmt::format("{} cannot be read", name));
+  const auto script = read_script(text, number_ + 1, runner_.groups());
   for (const auto& problem : script.problems) tell_log("complaint", fmt::format("{}: {}", name, problem));
   if (!script.problems.empty()) return;
   for (const auto& line : script.lines) {
@@ -316,7 +314,7 @@ void PanelSession::export_graph(const PageRequest& request) {
     PictureKinds kinds;
     kinds.*(format->picture) = true;
     problem = draw_pictures(std::span(&*figure, 1), kinds, scratch_);
-    bytes = content_of(scratch_ / file);
+    if (problem.empty()) read_content(scratch_ / file, bytes);
   } else {
     bytes = points_table(*figure);
   }

@@ -368,12 +368,17 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
 
 bool LineRunner::finish() {
   console_.clear();
+  const auto written = write_results();
+  session_.finish();
+  return written;
+}
+
+bool LineRunner::write_results() {
   output_.write_graphs(store_);
   output_.write_surfaces(model_.surfaces());
   std::string unseen;
   const auto says =
       output_.write_report(record_, store_, result_files(place_.work, {work_started_, work_ended_}, tables_, unseen));
-  session_.finish();
   if (!says.empty()) console_.print("\nWhat the run says:");
   for (const auto& line : says) console_.print(line);
   auto problems = output_.take_problems();

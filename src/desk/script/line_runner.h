@@ -81,6 +81,9 @@ class LineRunner {
   bool lost() const { return session_.lost(); }
   /// How the process was lost.
   const std::string& loss() const { return session_.loss(); }
+  /// Writes what came of the lines so far, and tells what the run says.
+  /// @return false if something could not be written
+  bool write_results();
   /// Writes what came of the lines and ends the process. @return false if something could not be written
   bool finish();
 
@@ -88,6 +91,8 @@ class LineRunner {
   const GraphStore& graphs() const { return store_; }
   const DataModel& models() const { return model_; }
   const std::filesystem::path& folder() const { return source_.folder; }
+  const std::filesystem::path& output_folder() const { return place_.output; }
+  const std::filesystem::path& private_folder() const { return place_.private_folder; }
   /// Steps that the last @step has made.
   int steps() const { return steps_; }
   /// The values and ranges of words, none if the process is lost. Nothing of it is told.

@@ -3,12 +3,12 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <new>
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
+#include "desk/script/file_content.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/script.h"
 
@@ -48,9 +48,7 @@ std::string why_no_script(const fs::path& path) {
 
 std::string read_file(const fs::path& path, std::string& text) {
   if (auto problem = why_no_script(path); !problem.empty()) return problem;
-  std::ifstream file(path, std::ios::binary);
-  text.assign(std::istreambuf_iterator<char>(file), {});
-  return file ? std::string{} : fmt::format("the script {} cannot be read", path.string());
+  return read_content(path, text) ? std::string{} : fmt::format("the script {} cannot be read", path.string());
 }
 
 /// The program of the process: the one asked for, else the one beside this program.
