@@ -17,6 +17,7 @@ from __future__ import annotations
 
 import argparse
 import inspect
+import os
 import sys
 import time
 import warnings
@@ -75,6 +76,8 @@ def read_settings(path: Path) -> Dict[str, Any]:
 
 def make_analysis(universe: Any, entry: Any, folder: Optional[str]) -> Tuple[str, Any]:
     """An analysis as an entry of the settings asks for it, with its name. Raises Mistake."""
+    from MDAnalysis.exceptions import SelectionError
+
     if isinstance(entry, str):
         entry = {entry: {}}
     if not isinstance(entry, dict) or len(entry) != 1:
@@ -90,7 +93,7 @@ def make_analysis(universe: Any, entry: Any, folder: Optional[str]) -> Tuple[str
     try:
         groups = {key: universe.select_atoms(value) for key, value in options.items() if key in GROUPS}
         return name, ANALYSES[name](**{**options, **groups})
-    except (ValueError, TypeError, AttributeError) as error:
+    except (ValueError, TypeError, AttributeError, SelectionError) as error:
         raise Mistake(f"{name}: {error}") from None
 
 
@@ -108,6 +111,7 @@ def open_client(workers: Dict[str, Any], stack: ExitStack) -> Any:
         cluster = stack.enter_context(getattr(dask_jobqueue, workers["cluster"])(**workers.get("options", {})))
         cluster.scale(jobs=workers.get("jobs", 1))
     else:
+        os.environ.setdefault("PYTHONWARNINGS", "ignore::DeprecationWarning")  # of what workers import
         cluster = stack.enter_context(
             distributed.LocalCluster(
                 n_workers=workers.get("count", 1), threads_per_worker=1, dashboard_address=None, **workers.get("options", {})
@@ -158,10 +162,10 @@ def save(analysis: Any, path: Path, head: Sequence[str]) -> None:
 def scale(path: Path, stream: TextIO) -> None:
     """Runs the analyses of a file of settings. Raises Mistake."""
     settings = read_settings(path)
-    import MDAnalysis
-
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
+        import MDAnalysis
+
         try:
             universe = MDAnalysis.Universe(str(settings["topology"]), *map(str, settings["trajectory"]))
         except Exception as error:  # of any reader of any format

@@ -10,12 +10,12 @@ from __future__ import annotations
 import tempfile
 from pathlib import Path
 from types import SimpleNamespace
-from typing import Any, Dict, Optional, Sequence, Tuple
+from typing import Any, BinaryIO, Dict, Optional, Sequence, Tuple
 
 import numpy as np
 
 from . import _kernels, kernels
-from .frames import ATOMS_IN_BLOCK, FRAMES_IN_BLOCK, Source, map_blocks, pieces, read_block, save_whole
+from .frames import FRAMES_IN_BLOCK, Source, atoms_in_block, frames_in_block, map_blocks, pieces, read_block, save_whole
 
 __all__ = ["RDF", "MSD", "VAC", "Dielectric", "Density", "Results"]
 
@@ -63,7 +63,8 @@ class Analysis:
         raise NotImplementedError
 
     def _by_frames(self, client: Any, task: Any, *arguments: Any) -> Any:
-        return map_blocks(client, self.universe, task, pieces(self.frames, FRAMES_IN_BLOCK), arguments)
+        blocks = pieces(self.frames, frames_in_block(len(arguments[0])))
+        return map_blocks(client, self.universe, task, blocks, arguments)
 
     def _columns(self) -> Dict[str, np.ndarray]:
         if not self.curves or not hasattr(self.results, self.curves[0]):
@@ -148,21 +149,39 @@ class RDF(Analysis):
         self.results = Results(bins=middle, edges=edges, count=count, rdf=rdf)
 
 
-def _leave_vectors(universe: Any, block: Tuple[int, Any], indices: np.ndarray, what: str, folder: str) -> None:
-    """Leaves a file for each block of atoms."""
-    number, frames = block
-    paths = [Path(folder) / f"{number}-{k}.npy" for k in range(len(pieces(indices, ATOMS_IN_BLOCK)))]
-    if all(path.exists() for path in paths):
+def _leave_vectors(
+    universe: Any, block: Tuple[str, Any], indices: np.ndarray, what: str, atoms_in_block: int
+) -> None:
+    """Leaves a file of a block of frames, in which one block of atoms stands behind the other. Holds one frame at a time."""
+    path, frames = Path(block[0]), block[1]
+    if path.exists():
         return
-    vectors, _ = read_block(universe, frames, indices, what)
-    for path, part in zip(paths, pieces(np.arange(len(indices)), ATOMS_IN_BLOCK)):
-        if not path.exists():
-            save_whole(path, lambda file: np.save(file, vectors[:, part[0] : part[-1] + 1]))
+
+    def write(file: BinaryIO) -> None:
+        shape = (len(frames) * len(indices) * 3,)
+        np.lib.format.write_array_header_1_0(file, {"descr": "<f8", "fortran_order": False, "shape": shape})
+        begin = file.tell()
+        for k, frame in enumerate(frames):
+            vectors = read_block(universe, [frame], indices, what)[0][0]
+            for first in range(0, len(indices), atoms_in_block):
+                part = vectors[first : first + atoms_in_block]
+                file.seek(begin + 24 * (first * len(frames) + k * len(part)))
+                file.write(part.astype("<f8").tobytes())
+
+    save_whole(path, write)
 
 
 def _correlate(universe: Any, block: Any, options: Dict[str, Any]) -> np.ndarray:
-    """Sums over pairs of frames of a block of atoms: arrays by frames, or the files that hold them."""
-    parts = [np.load(part) if isinstance(part, str) else part for part in block]
+    """Sums over pairs of frames of a block of atoms: an array, or its place in files by frames."""
+    if isinstance(block, np.ndarray):
+        return _kernels.correlation_sums(block, **options)
+    paths, first, atoms, all_atoms = block
+    parts = []
+    for path in paths:
+        values = np.load(path, mmap_mode="r")
+        frames = len(values) // (3 * all_atoms)
+        begin = 3 * first * frames
+        parts.append(values[begin : begin + 3 * atoms * frames].reshape(frames, atoms, 3))
     return _kernels.correlation_sums(parts[0] if len(parts) == 1 else np.concatenate(parts), **options)
 
 
@@ -189,17 +208,13 @@ class _Correlation(Analysis):
         options = dict(
             max_lag=lag, origin_step=self.origin_step, of_velocities=self.of_velocities, components=self.components
         )
-        blocks = list(enumerate(pieces(self.frames, FRAMES_IN_BLOCK)))
-        atoms = pieces(self.group, ATOMS_IN_BLOCK)
         if client is None:
-            vectors = np.concatenate(
-                [read_block(self.universe, frames, self.group, self.what)[0] for _, frames in blocks]
-            )
-            # A view of each block; a kernel takes it as one piece.
-            parts = [[vectors[:, k * ATOMS_IN_BLOCK : (k + 1) * ATOMS_IN_BLOCK]] for k in range(len(atoms))]
+            vectors = read_block(self.universe, self.frames, self.group, self.what)[0]
+            width = atoms_in_block(self.n_frames)
+            parts = [vectors[:, first : first + width] for first in range(0, len(self.group), width)]
             total = self._join(map_blocks(None, self.universe, _correlate, parts, (options,)))
         else:
-            total = self._compute_there(client, options, blocks, len(atoms))
+            total = self._compute_there(client, options)
         pairs = (longest - np.arange(lag + 1)) // self.origin_step + 1
         means = total / (pairs * len(self.group))[:, None]
         if self.of_velocities and self.components:
@@ -208,15 +223,20 @@ class _Correlation(Analysis):
         values = means if self.components else means[:, 0]
         self.results = Results(lags=np.arange(lag + 1) * spacing, **{self.curve: values})
 
-    def _compute_there(self, client: Any, options: Dict[str, Any], blocks: Sequence[Any], atoms: int) -> np.ndarray:
+    def _compute_there(self, client: Any, options: Dict[str, Any]) -> np.ndarray:
+        width, all_atoms = atoms_in_block(self.n_frames), len(self.group)
         with tempfile.TemporaryDirectory() as own:
             base = Path(own if self.folder is None else self.folder)
-            fingerprint = Source.of(self.universe).fingerprint(self.frames, self.group, self.what, ATOMS_IN_BLOCK)
+            fingerprint = Source.of(self.universe).fingerprint(self.frames, self.group, self.what, FRAMES_IN_BLOCK, width)
             folder = base / f"pathstat-{fingerprint}"
             folder.mkdir(parents=True, exist_ok=True)
-            for _ in map_blocks(client, self.universe, _leave_vectors, blocks, (self.group, self.what, str(folder))):
+            blocks = [(str(folder / f"{n}.npy"), part) for n, part in enumerate(pieces(self.frames, FRAMES_IN_BLOCK))]
+            for _ in map_blocks(client, self.universe, _leave_vectors, blocks, (self.group, self.what, width)):
                 pass
-            parts = [[str(folder / f"{number}-{k}.npy") for number, _ in blocks] for k in range(atoms)]
+            paths = [path for path, _ in blocks]
+            parts = [
+                (paths, first, min(width, all_atoms - first), all_atoms) for first in range(0, all_atoms, width)
+            ]
             return self._join(map_blocks(client, self.universe, _correlate, parts, (options,)))
 
     @staticmethod

@@ -18,6 +18,18 @@ Watcher = Callable[[str, int, int], None]
 
 FRAMES_IN_BLOCK = 32
 ATOMS_IN_BLOCK = 2048
+BYTES_IN_BLOCK = 1 << 29
+
+
+def frames_in_block(atoms: int) -> int:
+    """Frames of so many atoms that a task holds at once."""
+    return max(1, min(FRAMES_IN_BLOCK, BYTES_IN_BLOCK // (24 * max(1, atoms))))
+
+
+def atoms_in_block(frames: int) -> int:
+    """Atoms that a task holds in so many frames."""
+    return max(1, min(ATOMS_IN_BLOCK, BYTES_IN_BLOCK // (24 * frames)))
+
 
 
 class Source(NamedTuple):

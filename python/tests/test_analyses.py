@@ -1,5 +1,7 @@
 """Analyses of universes against MDAnalysis's own and NumPy, and the same bits from the workers of a cluster."""
 
+import contextlib
+import io
 import os
 import pickle
 import signal
@@ -7,10 +9,12 @@ import tempfile
 import unittest
 import warnings
 from pathlib import Path
+from unittest import mock
 
 import numpy as np
 
 import pathstat
+import pathstat.__main__ as command_line
 
 try:
     import MDAnalysis
@@ -154,6 +158,7 @@ class OnWorkers(Run):
             pathstat.Density(self.oxygen, points=(4, 4, 4)),
         )
 
+    @mock.patch.object(pathstat.frames, "ATOMS_IN_BLOCK", 50)
     def test_results_have_the_same_bits(self):
         for here, there in zip(self.analyses(), self.analyses()):
             here.run(2, None, 2)
@@ -161,12 +166,23 @@ class OnWorkers(Run):
             for name, value in vars(here.results).items():
                 np.testing.assert_array_equal(getattr(there.results, name), value, err_msg=name)
 
+    @mock.patch.object(pathstat.frames, "ATOMS_IN_BLOCK", 20)
     def test_a_dead_worker_is_made_good_and_blocks_are_kept(self):
+        killed = []
+
+        def kill(stage, done, total):
+            """Kills a worker behind the first block of each pass."""
+            if done == 1 and stage not in killed:
+                killed.append(stage)
+                os.kill(next(iter(self.client.run(os.getpid).values())), signal.SIGKILL)
+
+        self.addCleanup(pathstat.frames.watch, None)
         with tempfile.TemporaryDirectory() as folder:
             run = pathstat.MSD(self.charged, folder=folder)
-            worker = next(iter(self.client.run(os.getpid).values()))
-            self.client.submit(os.kill, worker, signal.SIGKILL)
+            pathstat.frames.watch(kill)
             run.run(client=self.client)
+            pathstat.frames.watch(None)
+            self.assertEqual(killed, ["leave vectors", "correlate"])
             np.testing.assert_array_equal(run.results.msd, pathstat.MSD(self.charged).run().results.msd)
             blocks = sorted(Path(folder).rglob("*"))
             self.assertFalse([block for block in blocks if block.suffix == ".part"])
@@ -179,6 +195,54 @@ class OnWorkers(Run):
         universe = MDAnalysis.Universe.empty(3, trajectory=True)
         with self.assertRaises(ValueError):
             pathstat.MSD(universe.atoms).run(client=self.client)
+
+
+class CommandLine(Run):
+    def scale(self, text):
+        """Runs `pathstat scale` on settings. @return its exit code and what it said"""
+        path = Path(self.folder.name, "run.yaml")
+        path.write_text("topology: run.gro\ntrajectory: run.trr\n" + text)
+        said = io.StringIO()
+        with contextlib.redirect_stderr(said):
+            code = command_line.main(["scale", str(path)])
+        return code, said.getvalue()
+
+    def test_tables_are_those_of_one_machine(self):
+        workers = "workers: {count: 2}\n" if distributed else ""
+        code, said = self.scale(
+            workers + "frames: {start: 2, stop: -1}\nanalyses:\n- MSD: {group: name O*, max_lag: 9}\n- Density: {spacing: 4}\n"
+            "- RDF: {g1: name O*, g2: name H*, nbins: 20, range: [0, 7]}\n- RDF: {group: name O*, nbins: 20, range: [0, 7]}\n"
+        )
+        self.assertEqual(code, 0, said)
+        self.assertIn("3 of 3 blocks", said)
+        results = Path(self.folder.name, "results")
+        for name, analysis in (
+            ("msd", pathstat.MSD(self.oxygen, max_lag=9)),
+            ("rdf", pathstat.RDF(self.oxygen, self.hydrogen, nbins=20, range=(0, 7))),
+            ("rdf-2", pathstat.RDF(self.oxygen, nbins=20, range=(0, 7))),
+        ):
+            analysis.run(2, -1)
+            expected = np.column_stack([vars(analysis.results)[curve] for curve in analysis.curves])
+            lines = [line for line in (results / f"{name}.tsv").read_text().splitlines() if line[0] != "#"]
+            np.testing.assert_array_equal(np.loadtxt(lines[1:]), expected)
+        density = pathstat.Density(self.charged, spacing=4).run(2, -1).results.density
+        np.testing.assert_array_equal(np.load(results / "density.npz")["density"], density)
+
+    def test_mistakes_are_told(self):
+        for text, told in (
+            ("", "names no analyses"),
+            ("analyses: [MDS]\n", "there is no analysis MDS"),
+            ("analyses: [{MSD: {maxlag: 3}}]\n", "there is no maxlag"),
+            ("analyses: [{MSD: {group: nam OW}}]\n", "MSD: "),
+            ("analyses: [{MSD: {group: name XX}}]\n", "no atoms"),
+            ("analyses: [MSD]\nframes: {begin: 2}\n", "there is no begin"),
+            ("analyses: [MSD]\nframes: {start: 900}\n", "no frame"),
+            ("analyses: MSD\n", "must be a list"),
+            ("analyses: [MSD\n", "run.yaml"),
+            ("analyses: [MSD]\ntrajectory: none.xtc\n", "there is no file"),
+        ):
+            code, said = self.scale(text)
+            self.assertEqual((code, told in said), (2, True), (text, said))
 
 
 if __name__ == "__main__":
