@@ -2,6 +2,7 @@
 #include <array>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "state/analysis_settings.h"
 #include "structure/measure_geometry.h"
 #include "support/named_memory.h"
+#include "support/parallel.h"
 #include "trajectory/front_end.h"
 #include "trajectory/open_trajectory.h"
 
@@ -166,13 +168,8 @@ void convert(std::int32_t id, std::span<double> numbers) {
   }
 }
 
-/// Takes the coordinates of the frame that is loaded for all series of measures; they fail where it has none.
-void take_coordinates(FrameMeasures& measures, std::span<Series> all) {
-  std::int32_t status = 0;
-  if (!measures.empty()) measures.take_frame(status);
-  for (Series& series : all) {
-    if (series.source.extent == Extent::measures && series.status == 0) series.status = status;
-  }
+bool runs_beside(const Series& series) {
+  return series.source.extent == Extent::measures && FrameMeasures::may_run_beside(series.source.id);
 }
 
 /// Fetches the numbers of one series in the frame that is loaded; the first failure stays with the series.
@@ -186,6 +183,44 @@ void fetch(const OpenTrajectory& trajectory, const FrameMeasures& measures, Seri
   trj_dvalue_(trajectory.handle(), series.source.key, numbers, count, series.status);
   if (series.status == 0) convert(series.source.id, numbers);
 }
+
+/// Fetches the numbers of all series, frame after frame. Measures are computed while the next frame is read.
+class FrameFetch {
+ public:
+  FrameFetch(const OpenTrajectory& trajectory, FrameMeasures& measures, std::span<Series> all)
+      : trajectory_(trajectory), measures_(measures), all_(all) {}
+
+  /// Takes the frame that is loaded. @param common_row  stays until the next one, or finish()
+  void take(std::span<double> common_row) {
+    std::int32_t coordinates = 0;
+    if (!measures_.empty()) measures_.take_frame(coordinates);
+    finish();
+    measures_.turn();
+    for (Series& series : all_) {
+      if (series.source.extent == Extent::measures && series.status == 0) series.status = coordinates;
+      if (!runs_beside(series)) fetch(trajectory_, measures_, series, common_row);
+    }
+    if (!measures_.empty()) beside_.emplace(1, [this, common_row](auto, auto) { fetch_beside(common_row); });
+  }
+
+  /// Ends what is computed for the frame taken last.
+  void finish() {
+    if (beside_) beside_->finish();
+    beside_.reset();
+  }
+
+ private:
+  void fetch_beside(std::span<double> common_row) {
+    for (Series& series : all_) {
+      if (runs_beside(series)) fetch(trajectory_, measures_, series, common_row);
+    }
+  }
+
+  const OpenTrajectory& trajectory_;
+  FrameMeasures& measures_;
+  std::span<Series> all_;
+  std::optional<ParallelBlocks> beside_;
+};
 
 void write(const Series& series, const FramePoints& points, std::span<const double> table, std::int32_t stride,
            std::int32_t& status) {
@@ -208,14 +243,13 @@ void propsdatatodisktrj_(std::string_view file, std::int32_t& status) {
   FramePoints points(chosen_frames(), status);
   if (status != 0 || points.size() == 0) return;
   const NamedBlock<double> table("pathstat/DTD/DataVals", std::int64_t{points.size()} * stride, status);
+  FrameFetch fetching(trajectory, measures, missing);
   for (std::int32_t k = 0; k < points.size() && status == 0; ++k) {
     points.read(trajectory, k, status);
     const auto row_length = static_cast<std::size_t>(stride);
-    const auto common_row = table.span().subspan(static_cast<std::size_t>(k) * row_length, row_length);
-    if (status != 0) break;
-    take_coordinates(measures, missing);
-    for (Series& series : missing) fetch(trajectory, measures, series, common_row);
+    if (status == 0) fetching.take(table.span().subspan(static_cast<std::size_t>(k) * row_length, row_length));
   }
+  fetching.finish();
   std::int32_t first_failure = 0;
   for (const Series& series : missing) {
     if (status != 0) return;

@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::int32_t with_images = 3;
 constexpr std::int32_t undefined_inversion = -1;
+constexpr std::int32_t inversions = 505;
 
 void tell_misfit() { show_message("PATHSTAT_ERROR_100"); }
 
@@ -92,14 +93,18 @@ bool FrameMeasures::find_atoms() {
   if (status == 0 && moved > 0)
     trj_ivalue_(trajectory_.handle(), trajectory_key::movable_ids, identifiers.span(), told, status);
   if (status == 0) atoms_ = NamedBlock<std::int32_t>("pathstat/DTD/SortAtOids", count, status);
-  if (status == 0) xyz_ = NamedBlock<double>("pathstat/DTD/dxyz", 3 * std::int64_t{count}, status);
+  if (status == 0) xyz_ = NamedBlock<double>("pathstat/DTD/dxyz", 6 * std::int64_t{count}, status);
   if (status != 0) return false;
+  const std::size_t numbers = xyz_.size() / 2;
+  frame_.xyz = xyz_.span().first(numbers);
+  taken_.xyz = xyz_.span().last(numbers);
   const std::int32_t fixed = put_in_order(model, identifiers.span(), atoms_.span());
   if (fixed < 0) return false;
   moved_ = static_cast<std::size_t>(moved);
   const auto behind = static_cast<std::size_t>(fixed);
   const std::span<const std::int32_t> still = atoms_.span().subspan(moved_, behind);
-  if (fixed > 0) kvd_xyz_(still, xyz_.span().subspan(3 * moved_, 3 * behind), status);
+  if (fixed > 0) kvd_xyz_(still, frame_.xyz.subspan(3 * moved_, 3 * behind), status);
+  std::ranges::copy(frame_.xyz, taken_.xyz.begin());
   return status == 0;
 }
 
@@ -127,15 +132,19 @@ void FrameMeasures::take_frame(std::int32_t& status) {
   std::int32_t count = 0;
   Matrix3 cell{};
   trj_dvalue_(trajectory_.handle(), trajectory_key::cell_vectors, cell, count, status);
-  if (status == 0) cell_ = vectors_of_matrix(cell);
+  taken_.cell = status == 0 ? vectors_of_matrix(cell) : frame_.cell;
   status = 0;
   if (moved_ > 0)
-    trj_dvalue_(trajectory_.handle(), trajectory_key::movable_positions, xyz_.span().first(3 * moved_), count, status);
+    trj_dvalue_(trajectory_.handle(), trajectory_key::movable_positions, taken_.xyz.first(3 * moved_), count, status);
 }
+
+// An inversion that is undefined is told.
+bool FrameMeasures::may_run_beside(std::int32_t id) { return id != inversions; }
 
 void FrameMeasures::put(std::int32_t id, std::span<double> out, std::int32_t& status) const {
   const auto measures = std::ranges::find(counts_, id, &Count::id)->measures;
-  calculations[static_cast<std::size_t>(id - 501)](measures, xyz_.span(), cell_.a, cell_.b, cell_.c, out, status);
+  calculations[static_cast<std::size_t>(id - 501)](measures, frame_.xyz, frame_.cell.a, frame_.cell.b, frame_.cell.c,
+                                                   out, status);
   if (status == undefined_inversion) status = 0;
 }
 

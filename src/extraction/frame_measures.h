@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "support/named_memory.h"
@@ -27,10 +28,15 @@ class FrameMeasures {
   std::int32_t prepare(std::size_t row);
   bool empty() const { return counts_.empty(); }
 
-  /// Takes the coordinates and the cell of the frame that is loaded. @param status  that of the coordinates
+  /// Takes the coordinates and the cell of the frame that is loaded, beside those of the frame before, which `put` may
+  /// be at work on meanwhile. @param status  that of the coordinates
   void take_frame(std::int32_t& status);
-  /// The measures of a row that is prepared in that frame. An inversion that is undefined is 0.
+  /// Goes on to the frame that was taken last.
+  void turn() { std::swap(frame_, taken_); }
+  /// The measures of a row that is prepared, in the frame that was gone on to. An inversion that is undefined is 0.
   void put(std::int32_t id, std::span<double> out, std::int32_t& status) const;
+  /// True for measures that call nobody, so that a thread of their own may put them.
+  static bool may_run_beside(std::int32_t id);
 
  private:
   struct Count {
@@ -44,9 +50,13 @@ class FrameMeasures {
   bool is_searched_ = false;
   bool fits_ = false;
   std::size_t moved_ = 0;
-  CellVectors cell_;
+  struct Frame {
+    CellVectors cell;
+    std::span<double> xyz;
+  };
+  Frame frame_, taken_;
   NamedBlock<std::int32_t> atoms_;  ///< of a frame, fixed ones behind
-  NamedBlock<double> xyz_;
+  NamedBlock<double> xyz_;          ///< of two frames
 };
 
 }  // namespace pathstat
