@@ -1,6 +1,7 @@
 #include "building/building.h"
 
 #include "building/asymmetric_unit.h"
+#include "building/build_settings.h"
 #include "building/command_words.h"
 #include "building/field_actions.h"
 #include "building/queries.h"
@@ -21,6 +22,7 @@ void get_building(std::string_view key) { answer_request(building_words(), key);
 void init_building() {
   asymmetric_unit = {};
   field_actions::forget_fields();
+  build_settings = {};
 }
 
 // What was built stands in the Core, and nothing of this application outlives the process.

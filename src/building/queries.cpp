@@ -4,6 +4,7 @@
 #include <string>
 
 #include "building/asymmetric_unit.h"
+#include "building/build_settings.h"
 #include "building/element_symbols.h"
 #include "building/field_settings.h"
 #include "shell/output_texts.h"
@@ -49,15 +50,21 @@ void define_table() {
 }
 
 const std::array queries{
+    QueryRow{"ALIGN_POLYMER", FlagQuery{&build_settings.align_polymer}},
+    QueryRow{"BONDING", TextQuery{[] { return build_settings.bonding.view(); }, bonding_names}},
     QueryRow{"CELL", OtherQuery{define_cell}},
+    QueryRow{"CELL_DISPLAY", TextQuery{[] { return build_settings.cell_display.view(); }, display_names}},
     QueryRow{"DENSITY_ATOMS", TextQuery{[] { return field_settings.density_atoms.view(); }, "ALL,SELECTED"}},
     QueryRow{"DENSITY_CENTRE", CountQuery{&field_settings.density_centre, "(I9)"}},
     QueryRow{"DENSITY_FILE", TextQuery{[] { return field_settings.density_file.view(); }, ""}},
     QueryRow{"DENSITY_SPACING", NumberQuery{[] { return field_settings.density_spacing; }, "(F8.3)"}},
     QueryRow{"DENSITY_TYPE", CountQuery{&field_settings.density_type, "(I1)"}},
+    QueryRow{"FACE_DISPLAY", FlagQuery{&build_settings.face_display}},
     QueryRow{"NORMALS", TextQuery{[] { return field_settings.normals.view(); }, "NONE,INWARDS,OUTWARDS"}},
     QueryRow{"SITE", OtherQuery{define_sites}},
     QueryRow{"SPACE_GROUP", OtherQuery{define_group}},
+    QueryRow{"SPECIAL_POSITIONS", FlagQuery{&build_settings.special_positions}},
+    QueryRow{"SYMMETRY_TOLERANCE", NumberQuery{[] { return build_settings.tolerance; }, "(F10.5)"}},
     QueryRow{"TABLE", OtherQuery{define_table}},
     QueryRow{"VOLUME", OtherQuery{define_volume}},
 };

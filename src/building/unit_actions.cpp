@@ -8,6 +8,7 @@
 
 #include "building/asymmetric_unit.h"
 #include "building/element_symbols.h"
+#include "building/model_draft.h"
 #include "coreapi/messages.h"
 #include "shell/arguments.h"
 #include "structure/crystal_cell.h"
@@ -79,8 +80,13 @@ std::int32_t space_group() {
   if (name.view().empty() || (number && (*number < 1 || *number > last_group))) {
     return refuse("STRUCTURE_GROUP_UNKNOWN", name.view());
   }
-  asymmetric_unit.group = number ? std::string_view{} : name.view();
-  asymmetric_unit.group_number = number.value_or(0);
+  AsymmetricUnit stated;
+  stated.group = number ? std::string_view{} : name.view();
+  stated.group_number = number.value_or(0);
+  stated.group_option = option;
+  if (stated_group(stated) == 0) return refuse("STRUCTURE_GROUP_UNKNOWN", name.view());
+  asymmetric_unit.group = stated.group;
+  asymmetric_unit.group_number = stated.group_number;
   asymmetric_unit.group_option = option;
   return 0;
 }

@@ -94,7 +94,7 @@ std::string unquoted_name(const Words& words, std::size_t at, std::span<const st
 /// Names that SELECT_PROPERTIES and its like do not know, which they pass over.
 void check_names(const Case& now, std::vector<std::string>& all) {
   const std::string word(now.command.word);
-  if (now.failed() || now.shape.form == ArgumentForm::number || now.shape.most <= 2) return;
+  if (now.failed() || now.shape.form != ArgumentForm::names || now.shape.most <= 2) return;
   const auto offered = offered_by(now.present, word);
   bool odd = false;
   for (std::size_t k = 0; k < now.words.size(); ++k) {

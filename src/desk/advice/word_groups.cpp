@@ -46,6 +46,11 @@ constexpr std::array group_rows{
     GroupRow{"Densities, volumes and surfaces", "grid map field isosurface number density contour mesh",
              "DENSITY* VOLUME* ISOSURFACE NORMALS"},
     GroupRow{"Table files", "column function graph draw", "TABLE*"},
+    GroupRow{"Crystals and slabs", "build symmetry special position bond primitive conventional surface layer polymer",
+             "BUILD_* ADD_TO_CRYSTAL UNBUILD_* SPECIAL_POSITIONS BONDING CELL_DISPLAY FACE_DISPLAY SYMMETRY_TOLERANCE "
+             "ALIGN_POLYMER PRIMITIVE_CELL CONVENTIONAL_CELL"},
+    GroupRow{"Structure files", "cif xyz qfx car read write open save import export",
+             "IMPORT_STRUCTURE EXPORT_STRUCTURE"},
     GroupRow{"Where results go", "output table text plot graph print save",
              "STATISTICS_* SELECTED_STATISTICS_FILENAME"},
 };

@@ -91,8 +91,10 @@ void refresh_part(const MolecularModel& model, std::span<const std::uint32_t> at
 
 StandardOrientation::StandardOrientation(const MolecularModel& model) {
   if (model.periodic_type != periodic_3d || !is_usable_cell(periodic_3d, model.cell)) return;
-  has_cell = true;
-  cell = model.cell;
+  *this = StandardOrientation(model.cell);
+}
+
+StandardOrientation::StandardOrientation(const Cell& usable_cell) : has_cell(true), cell(usable_cell) {
   if (dvectrip_(cell[0], cell[1], cell[2]) < 0) {
     for (auto& vector : cell) dvecscale_(vector, -1.0, vector);
   }

@@ -15,6 +15,7 @@ struct ExportedFrame {
   std::optional<double> time;  ///< ps
   int number = 1;              ///< in the new file, from 1
   bool of_several = false;
+  bool as_unit = false;  ///< a format that can state symmetry gets it with the atoms that are no images
 };
 
 /// The atoms at places of a model as a model of their own: with the bonds between them and the measures that have all
@@ -33,6 +34,8 @@ struct StandardOrientation {
   Matrix3 turn{1, 0, 0, 0, 1, 0, 0, 0, 1};
 
   explicit StandardOrientation(const MolecularModel& model);
+  /// @param usable_cell  of three directions
+  explicit StandardOrientation(const Cell& usable_cell);
   Vector3 turned(const Vector3& vector) const;
 };
 

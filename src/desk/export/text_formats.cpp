@@ -9,6 +9,8 @@
 
 #include "desk/export/frame_source.h"
 #include "desk/model/elements.h"
+#include "desk/model/stated_symmetry.h"
+#include "desk/model/symmetry.h"
 
 namespace pathstat::desk {
 namespace {
@@ -211,9 +213,33 @@ std::string add_gro(const ExportedFrame& frame, std::string& text) {
   return {};
 }
 
+namespace {
+
+/// The operators of a model in the cell of its standard orientation, which turns a left-handed cell round.
+SymmetryOperators stated_operators(const MolecularModel& model) {
+  auto operators = model.symmetry;
+  const auto& [a, b, c] = model.cell;
+  if (dvectrip_(a, b, c) > 0) return operators;
+  for (auto& translation : operators.translations) dvecscale_(translation, -1.0, translation);
+  return operators;
+}
+
+void add_cif_symmetry(const SymmetryOperators& operators, std::string& text) {
+  const auto stated = stated_symmetry(operators);
+  if (stated.number > 0) {
+    add(text, "_symmetry_space_group_name_H-M '{}'\n_symmetry_space_group_name_Hall '{}'\n", stated.name, stated.hall);
+    add(text, "_symmetry_Int_Tables_number {}\n", stated.number);
+  }
+  text += "loop_\n_symmetry_equiv_pos_as_xyz\n";
+  for (const auto& triplet : stated.triplets) add(text, "'{}'\n", triplet);
+}
+
+}  // namespace
+
 std::string add_cif(const ExportedFrame& frame, std::string& text) {
   const auto& model = frame.model;
-  const StandardOrientation orientation(model);
+  const bool as_unit = frame.as_unit && model.symmetry.size() > 0 && is_usable_cell(periodic_3d, model.cell);
+  const auto orientation = as_unit ? StandardOrientation(model.cell) : StandardOrientation(model);
   auto name = plain(model.name.empty() ? "model" : model.name, 60);
   add(text, "data_{}\n", name);
   const bool crystal = orientation.has_cell;
@@ -221,17 +247,43 @@ std::string add_cif(const ExportedFrame& frame, std::string& text) {
     const auto [a, b, c, alpha, beta, gamma] = cell_parameters(orientation.cell);
     add(text, "_cell_length_a {:.6f}\n_cell_length_b {:.6f}\n_cell_length_c {:.6f}\n", a, b, c);
     add(text, "_cell_angle_alpha {:.6f}\n_cell_angle_beta {:.6f}\n_cell_angle_gamma {:.6f}\n", alpha, beta, gamma);
-    text += "_symmetry_space_group_name_H-M 'P 1'\n_symmetry_Int_Tables_number 1\n";
-    text += "loop_\n_symmetry_equiv_pos_as_xyz\n'x, y, z'\n";
+    add_cif_symmetry(as_unit ? stated_operators(model) : SymmetryOperators{{identity_rotation}, {Vector3{}}}, text);
   }
   text += "loop_\n_atom_site_label\n_atom_site_type_symbol\n";
   for (const char axis : {'x', 'y', 'z'}) add(text, "_atom_site_{}_{}\n", crystal ? "fract" : "Cartn", axis);
   text += "_atom_site_occupancy\n";
   const Lattice lattice(crystal ? periodic_3d : not_periodic, orientation.cell);
-  for (std::size_t k = 0; k < model.atoms(); ++k) {
+  const auto atoms = as_unit ? model.file_atoms : model.atoms();
+  for (std::size_t k = 0; k < atoms; ++k) {
     const auto [x, y, z] = lattice.fractional(orientation.turned(model.positions[k]));
     add(text, "{0}{1} {0} {2:.8f} {3:.8f} {4:.8f} {5:g}\n", symbol(model, k), k + 1, x, y, z, model.occupancies[k]);
   }
+  return {};
+}
+
+std::string add_car(const ExportedFrame& frame, std::string& text) {
+  const auto& model = frame.model;
+  const StandardOrientation orientation(model);
+  if (model.periodic_type != not_periodic && !orientation.has_cell)
+    return "a coordinate file holds models that repeat in three directions or in none";
+  const auto positions = turned(orientation, model.positions);
+  add(text, "!coordinates of {}\nPBC={}\n{}\n!DATE\n", plain(model.name, 60), orientation.has_cell ? "ON" : "OFF",
+      plain(model.name, 60));
+  if (orientation.has_cell) {
+    text += "PBC";
+    for (const double number : cell_parameters(orientation.cell)) add(text, "{:12.6f}", number);
+    text += '\n';
+  }
+  for (std::size_t k = 0; k < model.atoms(); ++k) {
+    const auto& [x, y, z] = positions[k];
+    if (!std::ranges::all_of(positions[k], [](double each) { return std::abs(each) < 1e6; }))
+      return fmt::format("atom {} stands too far away for a coordinate file", model.ids[k]);
+    if (k > 0 && model.residue_ids[k] != model.residue_ids[k - 1]) text += "end\n";
+    add(text, "{:<5}{:15.9f}{:15.9f}{:15.9f} {:<4} {:<7}{:<7}{:<2} {:6.3f}\n", atom_name(model, k, 5), x, y, z,
+        residue_name(model, k, 4), model.residue_ids[k], model.ff_types[k].empty() ? "?" : plain(model.ff_types[k], 6),
+        symbol(model, k), model.charges[k]);
+  }
+  text += "end\nend\n";
   return {};
 }
 

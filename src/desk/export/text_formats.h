@@ -22,7 +22,10 @@ void end_pdb(const ExportedFrame& frame, std::string& text);
 std::string add_xyz(const ExportedFrame& frame, std::string& text);
 /// Å become nm, Å/ps nm/ps. Numbers of residues and atoms go on from 0 behind 99999.
 std::string add_gro(const ExportedFrame& frame, std::string& text);
-/// Crystallographic Information File: fractional coordinates of a crystal, or Cartesian ones. Holds one frame.
+/// Crystallographic Information File: fractional coordinates of a crystal, or Cartesian ones. A frame that is taken as
+/// a unit has its symmetry, any other is one of P 1. Holds one frame.
 std::string add_cif(const ExportedFrame& frame, std::string& text);
+/// Coordinate file (.car): a on x, b in the xy plane. Holds one frame, which is no slab.
+std::string add_car(const ExportedFrame& frame, std::string& text);
 
 }  // namespace pathstat::desk

@@ -53,9 +53,22 @@ std::int32_t DataModel::group_for(const MolecularModel& model) {
   for (std::size_t k = 0; k < groups_.size(); ++k) {
     if (space_group(group_ids_[k])->operators == model.symmetry) return group_ids_[k];
   }
-  groups_.push_back(group_of_operators(model.name, model.symmetry));
-  group_ids_.push_back(registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size() - 1));
-  return group_ids_.back();
+  return add_space_group(group_of_operators(model.name, model.symmetry));
+}
+
+std::int32_t DataModel::add_space_group(SpaceGroup group) {
+  const auto is_same = [&](const SpaceGroup& known) {
+    return known.operators == group.operators && known.lattice_type == group.lattice_type &&
+           known.centring_type == group.centring_type;
+  };
+  const auto known =
+      std::find_if(groups_.begin() + static_cast<std::ptrdiff_t>(library_groups().size()), groups_.end(), is_same);
+  if (known != groups_.end()) return group_ids_[static_cast<std::size_t>(known - groups_.begin())];
+  const auto id = registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size());
+  if (id == 0) return 0;
+  groups_.push_back(std::move(group));
+  group_ids_.push_back(id);
+  return id;
 }
 
 std::int32_t DataModel::add_model(MolecularModel&& model) {

@@ -160,6 +160,8 @@ class DataModel {
   // Space groups: those of the library and those of operators that models stated.
 
   const SpaceGroup* space_group(std::int32_t id) const;
+  /// Takes in a group that isn't of the library, once for equal ones. @return its identifier, or 0 if none is left
+  std::int32_t add_space_group(SpaceGroup group);
   std::vector<std::int32_t> space_groups(std::int32_t number, std::int32_t option) const;
   std::vector<std::int32_t> space_groups(std::string_view name) const;
 

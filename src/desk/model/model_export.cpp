@@ -35,13 +35,18 @@ std::string label_of(std::string name) {
 
 class ModelWriter {
  public:
-  ModelWriter(const MolecularModel& model, QFXio& file) : model_(model), file_(file), atoms_(model.file_atoms) {}
+  /// Where cells of bonds are known, as in a crystal that was built, images do not simply follow from the operators.
+  ModelWriter(const MolecularModel& model, QFXio& file)
+      : model_(model),
+        file_(file),
+        with_images_(!model.bond_cells.empty() && !model.image_origins.empty()),
+        atoms_(with_images_ ? model.atoms() : model.file_atoms) {}
 
   /// @return empty, or which column can't be written
   std::string write() {
     good_ = FIL_PushObject(file_, 1, "Model", label_of(model_.name)) == 0;
     integers("PeriodicType", std::vector{model_.periodic_type});
-    if (model_.periodic_type != not_periodic) vectors("Cell", model_.cell);
+    if (model_.periodic_type != not_periodic || model_.cell != Cell{}) vectors("Cell", model_.cell);
     integers("AtomId", first(model_.ids));
     words("Name", model_.names);
     symbols();
@@ -57,6 +62,7 @@ class ModelWriter {
     words("Residue", model_.residues);
     integers("ResidueId", first(model_.residue_ids));
     symmetry();
+    images();
     monitors();
     good_ = good_ && FIL_PopObject(file_) == 0;
     return good_ ? problem_ : "the file can't be written";
@@ -75,6 +81,9 @@ class ModelWriter {
   }
 
   void integers(std::string_view name, std::span<const std::int32_t> values) { put(name, attribute_int, values); }
+  void triples(std::string_view name, std::span<const Translation> values) {
+    integers(name, std::span<const std::int32_t>(values.front().data(), 3 * values.size()));
+  }
   void doubles(std::string_view name, std::span<const double> values) { put(name, attribute_double, values); }
   void vectors(std::string_view name, std::span<const Vector3> values) {
     put(name, attribute_vector, std::span<const double>(values.front().data(), 3 * values.size()));
@@ -100,12 +109,30 @@ class ModelWriter {
 
   void bonds() {
     std::vector<std::int32_t> positions;
-    positions.reserve(2 * model_.file_bonds);
-    for (const auto& [one, other] : std::span(model_.bonds).first(model_.file_bonds)) {
+    const auto count = with_images_ ? model_.bonds.size() : model_.file_bonds;
+    positions.reserve(2 * count);
+    for (const auto& [one, other] : std::span(model_.bonds).first(count)) {
       positions.push_back(static_cast<std::int32_t>(one) + 1);
       positions.push_back(static_cast<std::int32_t>(other) + 1);
     }
-    if (!positions.empty()) integers("Bond", positions);
+    if (positions.empty()) return;
+    integers("Bond", positions);
+    if (!model_.bond_cells.empty()) triples("BondCell", std::span(model_.bond_cells).first(count));
+  }
+
+  /// Of each image, all of which stand behind the other atoms: its atom, operator and cell.
+  void images() {
+    if (!with_images_) return;
+    std::vector<std::int32_t> parents, operators;
+    std::vector<Translation> cells;
+    for (const auto& origin : model_.image_origins) {
+      parents.push_back(static_cast<std::int32_t>(origin.parent) + 1);
+      operators.push_back(origin.op);
+      cells.push_back(origin.shift);
+    }
+    integers("ImageOf", parents);
+    integers("ImageOperator", operators);
+    triples("ImageCell", cells);
   }
 
   void symmetry() {
@@ -133,6 +160,7 @@ class ModelWriter {
 
   const MolecularModel& model_;
   QFXio& file_;
+  bool with_images_;
   std::size_t atoms_;
   bool good_ = true;
   std::string problem_;

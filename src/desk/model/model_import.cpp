@@ -54,6 +54,8 @@ struct ModelParts {
   std::vector<std::int32_t> bonds;
   std::vector<double> rotations;
   std::vector<double> translations;
+  std::vector<std::int32_t> bond_cells;
+  std::vector<std::int32_t> image_parents, image_operators, image_cells;
   std::vector<Draft<MonitorParts>> monitors;
 };
 
@@ -153,7 +155,7 @@ constexpr auto into_monitor = into<member, MonitorParts>;
 
 using Model = MolecularModel;
 
-constexpr std::array<AttributeRule<ModelParts>, 17> model_rules{{
+constexpr std::array<AttributeRule<ModelParts>, 21> model_rules{{
     {"PeriodicType", attribute_int, true, false, into_model<&Model::periodic_type>},
     {"Cell", attribute_vector, false, false, into_parts<&ModelParts::cell>},
     {"AtomId", attribute_int, true, true, into_model<&Model::ids>},
@@ -171,6 +173,10 @@ constexpr std::array<AttributeRule<ModelParts>, 17> model_rules{{
     {"ResidueId", attribute_int, false, true, into_model<&Model::residue_ids>},
     {"Rotation", attribute_double, false, false, into_parts<&ModelParts::rotations>},
     {"Translation", attribute_double, false, false, into_parts<&ModelParts::translations>},
+    {"BondCell", attribute_int, false, false, into_parts<&ModelParts::bond_cells>},
+    {"ImageOf", attribute_int, false, false, into_parts<&ModelParts::image_parents>},
+    {"ImageOperator", attribute_int, false, false, into_parts<&ModelParts::image_operators>},
+    {"ImageCell", attribute_int, false, false, into_parts<&ModelParts::image_cells>},
 }};
 
 constexpr std::array<AttributeRule<MonitorParts>, 4> monitor_rules{{
@@ -222,7 +228,7 @@ class ModelFinisher {
 
   bool finish(Fault& fault) {
     const bool good = has_required(draft_, model_rules, fault_) && lengths() && periodicity() && identifiers() &&
-                      amounts() && bonds() && symmetry() && monitors() && defaults();
+                      amounts() && bonds() && bond_cells() && symmetry() && images() && monitors() && defaults();
     fault = fault_;
     return good;
   }
@@ -255,11 +261,21 @@ class ModelFinisher {
     if (type != not_periodic && periodic_directions(type) == 0) {
       return fail("PeriodicType", fmt::format("is {} instead of 0, 100, 101 or 102", type));
     }
-    if (type == not_periodic) return true;
+    if (type == not_periodic) return take_cell_to_build_with();
     if (!has("Cell")) return fail("Cell", "is missing from a periodic model");
     if (parts_.cell.size() != 3) return fail("Cell", fmt::format("has {} vectors instead of 3", parts_.cell.size()));
     std::copy(parts_.cell.begin(), parts_.cell.end(), model_.cell.begin());
     return is_usable_cell(type, model_.cell) || fail("Cell", "spans no space");
+  }
+
+  /// A model that is not periodic may have a cell, that of the crystal or slab that can be built of it; any other is
+  /// passed over.
+  bool take_cell_to_build_with() {
+    if (parts_.cell.size() != 3) return true;
+    Cell cell{};
+    std::copy(parts_.cell.begin(), parts_.cell.end(), cell.begin());
+    if (is_usable_cell(periodic_3d, cell) || is_usable_cell(periodic_2d, cell)) model_.cell = cell;
+    return true;
   }
 
   bool identifiers() {
@@ -299,10 +315,65 @@ class ModelFinisher {
     return true;
   }
 
+  /// Three numbers of a list as a translation. @return false if it leads in a direction that does not repeat
+  bool take_translation(const std::vector<std::int32_t>& numbers, std::size_t k, Translation& translation) const {
+    std::copy_n(numbers.begin() + static_cast<std::ptrdiff_t>(3 * k), 3, translation.begin());
+    const auto fixed = static_cast<std::size_t>(3 - periodic_directions(model_.periodic_type));
+    return std::all_of(translation.begin(), translation.begin() + static_cast<std::ptrdiff_t>(fixed),
+                       [](std::int32_t cells) { return cells == 0; });
+  }
+
+  bool bond_cells() {
+    const auto& list = parts_.bond_cells;
+    if (!has("BondCell")) return true;
+    if (list.size() != 3 * model_.bonds.size()) {
+      return fail("BondCell", fmt::format("has {} values for {} bonds", list.size(), model_.bonds.size()));
+    }
+    model_.bond_cells.resize(model_.bonds.size());
+    for (std::size_t k = 0; k < model_.bonds.size(); ++k) {
+      if (!take_translation(list, k, model_.bond_cells[k]))
+        return fail("BondCell", "leads in a direction in which the model does not repeat");
+    }
+    return true;
+  }
+
+  /// Symmetry images that the file has itself, which stand behind the other atoms.
+  bool images() {
+    const auto &parents = parts_.image_parents, &operators = parts_.image_operators, &cells = parts_.image_cells;
+    if (!has("ImageOf")) return true;
+    const auto count = parents.size();
+    if (count == 0 || count >= atoms_) return fail("ImageOf", "names more images than there can be");
+    if (model_.periodic_type != periodic_3d || model_.symmetry.size() < 2)
+      return fail("ImageOf", "needs a three-dimensionally periodic model with symmetry");
+    if (operators.size() != count)
+      return fail("ImageOperator", fmt::format("has {} values for {} images", operators.size(), count));
+    if (cells.size() != 3 * count)
+      return fail("ImageCell", fmt::format("has {} values for {} images", cells.size(), count));
+    model_.file_atoms = atoms_ - count;
+    model_.atom_images.resize(model_.file_atoms);
+    for (std::size_t k = 0; k < count; ++k) {
+      const bool known = parents[k] >= 1 && std::cmp_less_equal(parents[k], model_.file_atoms);
+      if (!known) return fail("ImageOf", fmt::format("has the position {}, which is no atom with images", parents[k]));
+      if (operators[k] < 1 || std::cmp_greater(operators[k], model_.symmetry.size()))
+        return fail("ImageOperator", fmt::format("has the number {}, which no operator has", operators[k]));
+      ImageOrigin origin{static_cast<std::uint32_t>(parents[k] - 1), operators[k], {}};
+      take_translation(cells, k, origin.shift);
+      model_.atom_images[origin.parent].push_back(static_cast<std::uint32_t>(model_.file_atoms + k));
+      model_.image_origins.push_back(origin);
+    }
+    const auto in_file = [&](const auto& bond) { return std::max(bond.first, bond.second) < model_.file_atoms; };
+    const auto first_other = std::find_if_not(model_.bonds.begin(), model_.bonds.end(), in_file);
+    model_.file_bonds = static_cast<std::size_t>(first_other - model_.bonds.begin());
+    return std::none_of(first_other, model_.bonds.end(), in_file) ||
+           fail("Bond", "has a bond between atoms behind one of their images");
+  }
+
   bool symmetry() {
     const auto &turns = parts_.rotations, &shifts = parts_.translations;
     if (!has("Rotation") && !has("Translation")) return true;
-    if (model_.periodic_type != periodic_3d) return fail("Rotation", "needs a three-dimensionally periodic model");
+    const bool may_have = model_.periodic_type == periodic_3d ||
+                          (model_.periodic_type == not_periodic && is_usable_cell(periodic_3d, model_.cell));
+    if (!may_have) return fail("Rotation", "needs a three-dimensionally periodic model or the cell to build one");
     if (turns.empty() || turns.size() % 9 != 0)
       return fail("Rotation", "is not made of nine numbers for each operator");
     const auto operators = turns.size() / 9;

@@ -149,7 +149,12 @@ class SymmetryBuilder {
   void copy_bond(std::size_t bond, const std::vector<std::uint32_t>& places) {
     const auto [first, second] = model_.bonds[bond];
     const std::pair copy{places[first], places[second]};
-    if (copy.first >= model_.file_atoms || copy.second >= model_.file_atoms) model_.bonds.push_back(copy);
+    if (copy.first < model_.file_atoms && copy.second < model_.file_atoms) return;
+    model_.bonds.push_back(copy);
+    if (model_.bond_cells.empty()) return;
+    Vector3 d{};
+    dvecsub_(model_.positions[copy.second], model_.positions[copy.first], d);
+    model_.bond_cells.push_back(lattice_.nearest_image(d));
   }
 
   MolecularModel& model_;

@@ -88,7 +88,10 @@ void copy_atoms(DataModel& data, const OperationCall& call, OperationReply& repl
   if (model) put_new_atoms(data.copy_atoms(*model, places_of(data, ids)), ids.size(), reply);
 }
 
-void delete_atoms(DataModel& data, const OperationCall& call, OperationReply& reply) {
+/// Deletes atoms and images of one model, or a model.
+void delete_objects(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  if (const auto ids = call.integers(1); ids.size() == 1 && data.model(ids.front()))
+    return data.remove_model(ids.front());
   auto* model = common_model(data, call.integers(1), reply, true);
   if (model) data.remove_atoms(*model, call.integers(1));
 }
@@ -370,7 +373,7 @@ void viable_monomer(DataModel& data, const OperationCall& call, OperationReply& 
 
 constexpr std::array served{
     ServedOperation{"kvD_Copy", copy_atoms},
-    ServedOperation{"kvD_Delete", delete_atoms},
+    ServedOperation{"kvD_Delete", delete_objects},
     ServedOperation{"kvD_FindBond", find_bonds},
     ServedOperation{"kvD_ReassignIds", renumber},
     ServedOperation{"kvD_SetId", set_file_numbers},

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "desk/model/coordinate_file.h"
-#include "desk/model/model_export.h"
-#include "desk/model/model_import.h"
+#include "desk/export/structure_files.h"
 #include "desk/ops/object_values.h"
 
 namespace pathstat::desk {
@@ -13,8 +11,6 @@ namespace {
 
 constexpr std::int32_t without_images = 1;
 constexpr std::int32_t with_periodic_images = 7;
-constexpr std::int32_t structured_file = 1;
-constexpr std::int32_t coordinate_file = 14;
 
 /// The model that an input names; without one the reply has its error.
 ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
@@ -149,10 +145,9 @@ std::int32_t take_in(DataModel& data, std::vector<MolecularModel>& models) {
 
 /// A model among the inputs has no say: a file always makes new models, of which the first becomes current.
 void import_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
-  const auto type = call.integer(1);
-  if (type != structured_file && type != coordinate_file) return void(reply.error = bad_value);
+  if (!is_structure_file_type(call.integer(1))) return void(reply.error = bad_value);
   const auto path = data.resolved(call.text(0)).string();
-  auto imported = type == structured_file ? read_model_file(path) : read_coordinate_file(path);
+  auto imported = read_structure_file(path, call.integer(1));
   const auto first = imported.problem.empty() ? take_in(data, imported.models) : 0;
   if (first == 0) {
     data.report_problem(imported.problem.empty() ? path + ": there are too many atoms" : imported.problem);
@@ -166,7 +161,8 @@ void import_model(DataModel& data, const OperationCall& call, OperationReply& re
 void export_model(DataModel& data, const OperationCall& call, OperationReply& reply) {
   const auto* model = model_at(data, call.integer(1), reply);
   if (!model) return;
-  const auto problem = write_model_file(model->data, data.resolved(call.text(0)).string());
+  if (!is_structure_file_type(call.integer(2))) return void(reply.error = bad_value);
+  const auto problem = write_structure_file(model->data, data.resolved(call.text(0)).string(), call.integer(2));
   if (problem.empty()) return;
   data.report_problem(problem);
   reply.error = file_problem;

@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <utility>
 
 #include "desk/ops/object_values.h"
+#include "structure/symmetry_codes.h"
 
 namespace pathstat::desk {
 namespace {
@@ -76,10 +79,35 @@ void group_library(DataModel& data, const OperationCall& call, OperationReply& r
   reply.put(data.group_library());
 }
 
+/// A group of operators that no library has: the identity first, all of them finite.
+void create_group(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  SpaceGroup group{.name = call.text(0),
+                   .number = 0,
+                   .option = 1,
+                   .lattice_type = call.integer(1),
+                   .centring_type = call.integer(2),
+                   .operators = {}};
+  const auto turns = call.doubles(4), shifts = call.doubles(5);
+  const auto is_finite = [](double x) { return std::isfinite(x); };
+  const bool good = turns.size() / 9 >= 1 && turns.size() / 9 <= most_group_operators &&
+                    std::ranges::all_of(turns, is_finite) && std::ranges::all_of(shifts, is_finite);
+  if (!good) return void(reply.error = bad_value);
+  auto& operators = group.operators;
+  operators.rotations.resize(turns.size() / 9), operators.translations.resize(shifts.size() / 3);
+  for (std::size_t k = 0; k < turns.size(); ++k) operators.rotations[k / 9][k % 9] = turns[k];
+  for (std::size_t k = 0; k < shifts.size(); ++k) operators.translations[k / 3][k % 3] = shifts[k];
+  if (operators.rotations.front() != identity_rotation || operators.translations.front() != Vector3{})
+    return void(reply.error = bad_value);
+  const auto id = data.add_space_group(std::move(group));
+  if (id == 0) reply.error = bad_value;
+  reply.put(id);
+}
+
 constexpr std::array served{
     ServedOperation{"kvD_SYM_Operators", operators_of_atom},
     ServedOperation{"kvD_SYM_SymmetryChildren", symmetry_children},
     ServedOperation{"kvD_SGR_CenteringType", group_number<&SpaceGroup::centring_type>},
+    ServedOperation{"kvD_SGR_Create", create_group},
     ServedOperation{"kvD_SGR_FindByITNum", groups_by_number},
     ServedOperation{"kvD_SGR_FindByName", groups_by_name},
     ServedOperation{"kvD_SGR_FindLibraryByName", group_library},

@@ -24,6 +24,11 @@ void set_integer(DataModel& data, const OperationCall& call, OperationReply& rep
   give(data, call, reply, {UserValue::Kind::integer, {call.integer(2)}, 0});
 }
 
+void set_object(DataModel& data, const OperationCall& call, OperationReply& reply) {
+  if (!data.exists(call.integer(2))) return void(reply.error = unknown_object);
+  give(data, call, reply, {UserValue::Kind::object, {call.integer(2)}, 0});
+}
+
 void set_number(DataModel& data, const OperationCall& call, OperationReply& reply) {
   give(data, call, reply, {UserValue::Kind::number, {}, call.number(2)});
 }
@@ -116,6 +121,7 @@ constexpr std::array served{
     ServedOperation{"kvD_UD_AddObjectArray", set_array<UserValue::Kind::object_array>},
     ServedOperation{"kvD_UD_FindIntArray", find_array<UserValue::Kind::int_array>},
     ServedOperation{"kvD_UD_FindObject", find_one<UserValue::Kind::object>},
+    ServedOperation{"kvD_UD_SetObject", set_object},
     ServedOperation{"kvD_UD_FindObjectArray", find_array<UserValue::Kind::object_array>},
     ServedOperation{"kvD_UD_FindDouble", find_one<UserValue::Kind::number>},
     ServedOperation{"kvD_UD_FindInt", find_one<UserValue::Kind::integer>},

@@ -1,0 +1,213 @@
+#include "desk/model/cif_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <gemmi/cif.hpp>
+#include <gemmi/numb.hpp>
+#include <initializer_list>
+#include <numbers>
+
+#include "desk/model/elements.h"
+#include "desk/model/stated_symmetry.h"
+#include "structure/crystal_orientation.h"
+
+namespace pathstat::desk {
+namespace {
+
+namespace cif = gemmi::cif;
+
+constexpr std::uintmax_t most_bytes = 1u << 29;
+constexpr double largest_fraction = 1e6;
+constexpr std::size_t most_name = 16;
+
+/// The text of the first of several tags that a block has; empty if there is none.
+std::string text_of(const cif::Block& block, std::initializer_list<const char*> tags) {
+  for (const auto* tag : tags) {
+    if (const auto* value = block.find_value(tag)) return cif::as_string(*value);
+  }
+  return {};
+}
+
+/// A name as the columns of models hold it: without blanks, quotes and parentheses.
+std::string plain_name(std::string name) {
+  name.resize(std::min(name.size(), most_name));
+  for (auto& c : name) {
+    const bool good = std::isgraph(static_cast<unsigned char>(c)) != 0 &&
+                      std::string_view("()\"'\\").find(c) == std::string_view::npos;
+    if (!good) c = '_';
+  }
+  return name;
+}
+
+/// The element of a type symbol such as "Na1+", or of a label such as "Na12".
+std::uint8_t element_of(const std::string& type, const std::string& label) {
+  if (type.empty()) return element_of_atom_name(label);
+  const auto letters = std::find_if(type.begin(), type.end(), [](unsigned char c) { return std::isalpha(c) == 0; });
+  return element_of_symbol(std::string_view(type.data(), static_cast<std::size_t>(letters - type.begin())));
+}
+
+/// Reads one data block. The reader of the library wants blocks that it may change, though it leaves them as they are.
+class BlockReader {
+ public:
+  explicit BlockReader(cif::Block& block) : block_(block) {}
+
+  bool has_atoms() {
+    return bool(block_.find_values("_atom_site_label")) || bool(block_.find_values("_atom_site_type_symbol"));
+  }
+
+  /// @return what is wrong, or nothing
+  std::string read(MolecularModel& model) {
+    model.name = plain_label(block_.name);
+    auto problem = cell(model);
+    if (problem.empty()) problem = symmetry(model);
+    if (problem.empty()) problem = sites(model);
+    return problem;
+  }
+
+ private:
+  static std::string plain_label(const std::string& name) {
+    std::string kept = name.substr(0, 80);
+    for (auto& c : kept) {
+      if (std::isgraph(static_cast<unsigned char>(c)) == 0) c = '_';
+    }
+    return kept;
+  }
+
+  std::string cell(MolecularModel& model) {
+    constexpr std::array tags{"_cell_length_a",    "_cell_length_b",   "_cell_length_c",
+                              "_cell_angle_alpha", "_cell_angle_beta", "_cell_angle_gamma"};
+    std::array<double, 6> values{};
+    for (std::size_t k = 0; k < 6; ++k) {
+      const auto* text = block_.find_value(tags[k]);
+      if (k == 0 && !text) return {};
+      if (!text) return fmt::format("{} is missing", tags[k]);
+      values[k] = cif::as_number(*text);
+      if (!(values[k] > 0 && values[k] < 1e6)) return fmt::format("{} is no size of a cell: {}", tags[k], *text);
+    }
+    constexpr std::int32_t a_on_x_b_in_xy = 4;
+    constexpr double degree = std::numbers::pi / 180;
+    auto& [a, b, c] = model.cell;
+    std::int32_t status = 0;
+    kva_cry_3dparamtocell_(values[0], values[1], values[2], values[3] * degree, values[4] * degree, values[5] * degree,
+                           a_on_x_b_in_xy, a, b, c, status);
+    if (status != 0 || !is_usable_cell(periodic_3d, model.cell)) return "the cell spans no space";
+    has_cell_ = true;
+    stated_.alpha = values[3], stated_.gamma = values[5];
+    return {};
+  }
+
+  std::string symmetry(MolecularModel& model) {
+    if (!has_cell_) return {};
+    for (const auto* tag : {"_space_group_symop_operation_xyz", "_symmetry_equiv_pos_as_xyz"}) {
+      if (!stated_.triplets.empty()) break;
+      for (const auto& value : block_.find_values(tag)) stated_.triplets.push_back(cif::as_string(value));
+    }
+    stated_.hall = text_of(block_, {"_space_group_name_Hall", "_symmetry_space_group_name_Hall"});
+    stated_.name = text_of(block_, {"_space_group_name_H-M_alt", "_symmetry_space_group_name_H-M"});
+    const auto number = text_of(block_, {"_space_group_IT_number", "_symmetry_Int_Tables_number"});
+    if (!number.empty()) {
+      const double value = cif::as_number(number);
+      stated_.number = value >= 1 && value <= 230 ? static_cast<std::int32_t>(value) : -1;
+    }
+    auto found = find_symmetry(stated_);
+    model.symmetry = std::move(found.operators);
+    return found.problem;
+  }
+
+  std::string sites(MolecularModel& model) {
+    const std::string axes = has_cell_ ? "fract_" : "Cartn_";
+    auto table =
+        block_.find("_atom_site_", {axes + "x", axes + "y", axes + "z", "?label", "?type_symbol", "?occupancy"});
+    if (!table.ok()) return fmt::format("the sites have no _atom_site_{}x, y and z", axes);
+    for (auto row : table) {
+      const auto word = [&](std::size_t k) { return row.has(k) ? cif::as_string(row[k]) : std::string{}; };
+      if (auto problem = site(model, word(3), word(4), row); !problem.empty()) {
+        return fmt::format("site {} ({}): {}", model.atoms() + 1, plain_name(word(3)), problem);
+      }
+    }
+    return model.atoms() > 0 ? std::string{} : "there are no sites";
+  }
+
+  std::string site(MolecularModel& model, const std::string& label, const std::string& type,
+                   cif::Table::Row& row) const {
+    const auto element = element_of(type, label);
+    if (element == 0) return fmt::format("\"{}\" is no element", plain_name(type.empty() ? label : type));
+    Vector3 position{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      const double x = cif::as_number(row[axis]);
+      if (!(std::abs(x) <= largest_fraction)) return fmt::format("\"{}\" is no coordinate", plain_name(row[axis]));
+      if (has_cell_) {
+        for (std::size_t k = 0; k < 3; ++k) position[k] += x * model.cell[axis][k];
+      } else {
+        position[axis] = x;
+      }
+    }
+    const double occupancy = row.has2(5) ? cif::as_number(row[5]) : 1;
+    if (!(occupancy >= 0 && occupancy < 1e6)) return fmt::format("\"{}\" is no occupancy", plain_name(row[5]));
+    const auto number = static_cast<std::int32_t>(model.atoms() + 1);
+    model.ids.push_back(number);
+    model.elements.push_back(element);
+    model.names.push_back(label.empty() ? fmt::format("{}{}", elements()[element].symbol, number) : plain_name(label));
+    model.ff_types.push_back("");
+    model.residues.push_back("");
+    model.residue_ids.push_back(0);
+    model.charges.push_back(0);
+    model.masses.push_back(elements()[element].mass);
+    model.occupancies.push_back(occupancy);
+    model.movable.push_back(1);
+    model.positions.push_back(position);
+    return {};
+  }
+
+  cif::Block& block_;
+  StatedSymmetry stated_;
+  bool has_cell_ = false;
+};
+
+/// The whole text of a file of sensible size; a problem names the file.
+std::string text_of_file(const std::string& path, std::string& problem) {
+  std::error_code error;
+  const auto size =
+      std::filesystem::is_regular_file(path, error) ? std::filesystem::file_size(path, error) : most_bytes + 1;
+  std::ifstream file(path, std::ios::binary);
+  if (error || !file)
+    problem = fmt::format("{} can't be opened", path);
+  else if (size > most_bytes)
+    problem = fmt::format("{} is no file of a size that can be read", path);
+  if (!problem.empty()) return {};
+  std::string text(static_cast<std::size_t>(size), '\0');
+  file.read(text.data(), static_cast<std::streamsize>(size));
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  return text;
+}
+
+}  // namespace
+
+ImportedModels read_cif_file(const std::string& path) {
+  ImportedModels imported;
+  const auto text = text_of_file(path, imported.problem);
+  if (!imported.problem.empty()) return imported;
+  try {
+    auto document = cif::read_memory(text.data(), text.size(), path.c_str());
+    for (auto& block : document.blocks) {
+      BlockReader reader(block);
+      if (!reader.has_atoms()) continue;
+      MolecularModel model;
+      if (auto problem = reader.read(model); !problem.empty())
+        return {{}, fmt::format("{}, data_{}: {}", path, plain_name(block.name), problem)};
+      imported.models.push_back(std::move(model));
+    }
+  } catch (const std::exception& fault) {
+    return {{}, fmt::format("{} is no whole CIF: {}", path, fault.what())};
+  }
+  if (imported.models.empty()) imported.problem = fmt::format("{} holds no sites of atoms", path);
+  return imported;
+}
+
+}  // namespace pathstat::desk

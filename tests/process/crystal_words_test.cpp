@@ -1,0 +1,252 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+
+#include "process/desk_with_process.h"
+
+namespace pathstat::desk {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+/// A Core with the process, and what a person tells it to build.
+struct Builder : DeskWithProcess {
+  using DeskWithProcess::run;
+
+  /// Runs lines such as "CELL 1 2 3 90 90 90". @return the status of the last one
+  std::int32_t run_lines(std::initializer_list<std::string_view> lines) {
+    std::int32_t status = 0;
+    for (const auto line : lines) {
+      const auto end = std::min(line.find(' '), line.size());
+      status = run(line.substr(0, end), line.substr(std::min(end + 1, line.size())));
+    }
+    return status;
+  }
+  const ModelObject& current() { return *model.model(model.current_model()); }
+
+  /// Element and position of each atom, modulo the cell that the model repeats by.
+  std::multiset<std::string> contents() {
+    const auto& data = current().data;
+    const Lattice lattice(data.periodic_type, data.cell);
+    std::multiset<std::string> found;
+    for (std::size_t k = 0; k < data.atoms(); ++k) {
+      const auto f = lattice.fractional(data.positions[k]);
+      std::string text = std::to_string(data.elements[k]);
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        constexpr long steps = 10000;
+        const long step = std::lround(f[axis] * steps);
+        text += " " + std::to_string(lattice.repeats(axis) ? (step % steps + steps) % steps : step);
+      }
+      found.insert(text);
+    }
+    return found;
+  }
+  double volume() {
+    return std::abs(dvectrip_(current().data.cell[0], current().data.cell[1], current().data.cell[2]));
+  }
+
+  /// The numbers of the last message of a key.
+  const Message& last(const char* key) {
+    const auto found = std::find_if(messages.rbegin(), messages.rend(), [&](const auto& m) { return m.key == key; });
+    EXPECT_NE(found, messages.rend()) << key;
+    return *found;
+  }
+};
+
+constexpr std::initializer_list<std::string_view> rock_salt{"CELL 5.64 5.64 5.64 90 90 90", "SPACE_GROUP \"F m -3 m\"",
+                                                            "SITE Na 0 0 0", "SITE Cl 0.5 0.5 0.5", "BUILD_CRYSTAL"};
+
+TEST(CrystalWords, build_a_crystal_take_it_apart_and_build_the_same_again) {
+  Builder desk;
+  ASSERT_EQ(desk.run_lines(rock_salt), 0);
+  EXPECT_EQ(desk.current().data.atoms(), 8u);
+  EXPECT_EQ(desk.current().data.bonds.size(), 24u);
+  EXPECT_EQ(desk.current().data.periodic_type, periodic_3d);
+  EXPECT_THAT(desk.values("SITE"), testing::IsEmpty());
+  // Four formula units of 58.4428 u in 5.64³ Å³.
+  const double expected = 4 * 58.4428 * 1.66053906660 / std::pow(5.64, 3);
+  EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_DENSITY").arguments[1]), expected, 1e-4);
+  EXPECT_EQ(shown(desk.last("STRUCTURE_CRYSTAL").arguments[4]), "4 Na, 4 Cl");
+  const auto built = desk.contents();
+  ASSERT_EQ(desk.run("UNBUILD_CRYSTAL"), 0);
+  EXPECT_EQ(desk.current().data.atoms(), 2u);
+  EXPECT_EQ(desk.current().data.periodic_type, not_periodic);
+  ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0);
+  EXPECT_EQ(desk.contents(), built);
+  EXPECT_EQ(desk.current().data.bonds.size(), 24u);
+  EXPECT_EQ(desk.model.models().size(), 1u);
+}
+
+TEST(CrystalWords, add_sites_to_a_crystal_with_all_their_images) {
+  Builder desk, whole;
+  ASSERT_EQ(whole.run_lines(rock_salt), 0);
+  desk.run_lines({"CELL 5.64 5.64 5.64 90 90 90", "SPACE_GROUP 225", "SITE Na 0 0 0", "BUILD_CRYSTAL"});
+  EXPECT_EQ(desk.current().data.atoms(), 4u);
+  ASSERT_EQ(desk.run_lines({"SITE Cl 0.5 0.5 0.5", "ADD_TO_CRYSTAL"}), 0);
+  EXPECT_EQ(desk.contents(), whole.contents());
+  EXPECT_EQ(desk.current().data.bonds.size(), 24u);
+}
+
+struct PrimitiveCase {
+  const char* cell;
+  const char* group;
+  const char* site;
+  double cells;  ///< primitive cells in the conventional one
+};
+constexpr PrimitiveCase primitive_cases[]{{"5.64 5.64 5.64 90 90 90", "225", "Na 0.1 0.2 0.3", 4},
+                                          {"2.87 2.87 2.87 90 90 90", "229", "Fe 0 0 0", 2},
+                                          {"4.99 4.99 17.06 90 90 120", "\"R -3 c\"", "O 0.257 0 0.25", 3},
+                                          {"9.5 7.4 5.6 90 103 90", "12", "C 0.1 0.2 0.3", 2},
+                                          {"3 4 5 90 90 90", "\"C m c m\"", "C 0.1 0.2 0.3", 2},
+                                          {"3 4 5 90 90 90", "\"F d d d\"", "C 0.1 0.2 0.3", 4},
+                                          {"4 4 7 90 90 90", "141", "C 0.1 0.2 0.3", 2},
+                                          {"3 4 5 90 90 90", "\"I m m a\"", "C 0.1 0.2 0.3", 2}};
+
+TEST(CrystalWords, change_to_the_primitive_setting_and_back) {
+  for (const auto& [cell, group, site, cells] : primitive_cases) {
+    Builder desk;
+    ASSERT_EQ(desk.run_lines({"SYMMETRY_TOLERANCE 0.01"}), 0);
+    desk.run("CELL", cell);
+    desk.run("SPACE_GROUP", group);
+    desk.run("SITE", site);
+    ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0) << group;
+    const auto before = desk.contents();
+    const double volume = desk.volume(), atoms = static_cast<double>(before.size());
+    ASSERT_EQ(desk.run("PRIMITIVE_CELL"), 0) << group;
+    EXPECT_NEAR(desk.volume(), volume / cells, 1e-6) << group;
+    EXPECT_EQ(static_cast<double>(desk.current().data.atoms()), atoms / cells) << group;
+    ASSERT_EQ(desk.run("CONVENTIONAL_CELL"), 0) << group;
+    EXPECT_EQ(desk.contents(), before) << group;
+    EXPECT_EQ(desk.run("CONVENTIONAL_CELL"), 1) << group;
+    // The unit that isn't built changes in the same way.
+    ASSERT_EQ(desk.run_lines({"UNBUILD_CRYSTAL", "PRIMITIVE_CELL", "BUILD_CRYSTAL", "CONVENTIONAL_CELL"}), 0) << group;
+    EXPECT_EQ(desk.contents(), before) << group;
+  }
+}
+
+TEST(CrystalWords, build_slabs_of_crystals_and_of_sites) {
+  Builder desk;
+  ASSERT_EQ(desk.run_lines(rock_salt), 0);
+  const auto crystal = desk.model.current_model();
+  ASSERT_EQ(desk.run("BUILD_SLAB", "3"), 0);
+  EXPECT_NE(desk.model.current_model(), crystal);
+  EXPECT_EQ(desk.current().data.periodic_type, periodic_2d);
+  EXPECT_EQ(desk.current().data.atoms(), 24u);
+  // Six planes of two pairs, each atom with four neighbours beside it, one above and one below.
+  EXPECT_EQ(desk.current().data.bonds.size(), 6u * 8u + 5u * 4u);
+  EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_SLAB").arguments[3]), 5.64 * 5.64, 1e-9);
+  const auto built = desk.contents();
+  ASSERT_EQ(desk.run("UNBUILD_SLAB"), 0);
+  EXPECT_EQ(desk.current().data.periodic_type, not_periodic);
+  ASSERT_EQ(desk.run("BUILD_SLAB"), 0);
+  EXPECT_EQ(desk.contents(), built);
+  ASSERT_EQ(desk.run_lines(
+                {"CELL 2.46 2.46 10 90 90 120", "SITE C 0 0 0.1", "SITE C 0.33333333 0.66666667 0.1", "BUILD_SLAB"}),
+            0);
+  EXPECT_EQ(desk.current().data.bonds.size(), 3u);
+  EXPECT_NEAR(desk.current().data.positions[0][2], 1, 1e-9);
+}
+
+TEST(CrystalWords, build_as_the_settings_say) {
+  struct Case {
+    std::initializer_list<std::string_view> settings;
+    std::size_t atoms, bonds;
+  };
+  // Diamond: the bonds of its eight atoms that do not leave the cell are those of the atom in the middle of each
+  // tetrahedron; without special positions all 192 images stay.
+  const Case cases[]{
+      {{"BONDING ALL"}, 8, 16}, {{"BONDING NONE"}, 8, 0}, {{"SPECIAL_POSITIONS no", "BONDING NONE"}, 192, 0}};
+  for (const auto& each : cases) {
+    Builder desk;
+    desk.run_lines(each.settings);
+    ASSERT_EQ(desk.run_lines({"CELL 3.567 3.567 3.567 90 90 90", "SPACE_GROUP 227", "SITE C 0 0 0", "BUILD_CRYSTAL"}),
+              0);
+    EXPECT_EQ(desk.current().data.atoms(), each.atoms);
+    EXPECT_EQ(desk.current().data.bonds.size(), each.bonds);
+  }
+  Builder faces;
+  faces.run_lines(
+      {"BONDING FACES", "CELL 3.567 3.567 3.567 90 90 90", "SPACE_GROUP 227", "SITE C 0 0 0", "BUILD_CRYSTAL"});
+  const auto& cells = faces.current().data.bond_cells;
+  ASSERT_FALSE(cells.empty());
+  EXPECT_THAT(cells, Not(Contains(Translation{})));
+  Builder tolerant;
+  ASSERT_EQ(tolerant.run_lines({"SYMMETRY_TOLERANCE 0.5", "CELL 5.64 5.64 5.64 90 90 90", "SPACE_GROUP 225",
+                                "SITE Na 0.03 0 0", "BUILD_CRYSTAL"}),
+            0);
+  EXPECT_EQ(tolerant.current().data.atoms(), 4u);
+}
+
+struct Refused {
+  std::initializer_list<std::string_view> before;
+  const char* word;
+  const char* arguments;
+  std::int32_t status;
+  const char* key;  ///< null where the status speaks for itself
+};
+const Refused refused[]{
+    {{}, "BUILD_CRYSTAL", "", 1, "STRUCTURE_NO_MODEL"},
+    {{}, "BUILD_SLAB", "", 1, "STRUCTURE_NO_MODEL"},
+    {{}, "BUILD_SLAB", "0", 1001, nullptr},
+    {{}, "UNBUILD_CRYSTAL", "", 1, "STRUCTURE_NO_CRYSTAL"},
+    {{}, "UNBUILD_SLAB", "", 1, "STRUCTURE_NO_SLAB"},
+    {{}, "PRIMITIVE_CELL", "", 1, "STRUCTURE_NO_MODEL"},
+    {{}, "SYMMETRY_TOLERANCE", "0", 1001, nullptr},
+    {{}, "BONDING", "SOME", 1003, nullptr},
+    {{}, "SPACE_GROUP", "\"Q 7\"", 1, "STRUCTURE_GROUP_UNKNOWN"},
+    {{}, "SPACE_GROUP", "5 99", 1, "STRUCTURE_GROUP_UNKNOWN"},
+    {{}, "IMPORT_STRUCTURE", "nothing.cif", 1, "STRUCTURE_IMPORT_FAILED"},
+    {{}, "IMPORT_STRUCTURE", "nothing.doc", 1, "STRUCTURE_FILE_FORMAT"},
+    {{}, "EXPORT_STRUCTURE", "nothing.cif", 1, "STRUCTURE_NO_MODEL"},
+    {{"SITE C 0 0 0"}, "BUILD_CRYSTAL", "", 1, "STRUCTURE_NO_CELL"},
+    {{"SITE C 0 0 0"}, "BUILD_SLAB", "", 1, "STRUCTURE_NO_CELL"},
+    {{"SITE C 0 0 0"}, "ADD_TO_CRYSTAL", "", 1, "STRUCTURE_NO_CRYSTAL"},
+    {{"SITE C 0 0 0", "CELL 5 6 7 90 90 90", "SPACE_GROUP 225"},
+     "BUILD_CRYSTAL",
+     "",
+     50310,
+     "CrystalInconsistentLattice"},
+    {rock_salt, "BUILD_CRYSTAL", "", 1, "STRUCTURE_PERIODIC_ALREADY"},
+    {rock_salt, "ADD_TO_CRYSTAL", "", 1, "STRUCTURE_NO_SITES"},
+    {rock_salt, "CONVENTIONAL_CELL", "", 1, "STRUCTURE_NO_CONVENTIONAL"},
+    {rock_salt, "BUILD_SLAB", "1001", 1002, nullptr},
+    {rock_salt, "EXPORT_STRUCTURE", "no/such/folder.cif", 1, "STRUCTURE_EXPORT_FAILED"},
+    {{"CELL 4 4 4 90 90 90", "SITE Po 0 0 0", "SPACE_GROUP 221", "BUILD_CRYSTAL"},
+     "PRIMITIVE_CELL",
+     "",
+     1,
+     "STRUCTURE_NO_PRIMITIVE"},
+    {{"CELL 4 4 4 90 90 90", "SITE Po 0 0 0", "BUILD_CRYSTAL", "UNBUILD_CRYSTAL"},
+     "BUILD_SLAB",
+     "",
+     1,
+     "STRUCTURE_SLAB_OF_UNIT"},
+};
+
+TEST(CrystalWords, refuse_what_can_not_be_and_leave_all_as_it_was) {
+  for (const auto& each : refused) {
+    Builder desk;
+    desk.run_lines(each.before);
+    const auto models = desk.model.models().size();
+    const auto current = desk.model.current_model();
+    const auto atoms = current == 0 ? 0 : desk.current().data.atoms();
+    const std::vector<std::string> words{"CELL", "SPACE_GROUP", "SITE", "BONDING", "SYMMETRY_TOLERANCE"};
+    const auto before = desk.session.request(words);
+    desk.messages.clear();
+    EXPECT_EQ(desk.run(each.word, each.arguments), each.status) << each.word << ' ' << each.arguments;
+    if (each.key != nullptr) EXPECT_THAT(desk.take_keys(), Contains(each.key)) << each.word << ' ' << each.arguments;
+    const auto after = desk.session.request(words);
+    ASSERT_TRUE(before && after);
+    for (std::size_t k = 0; k < words.size(); ++k) EXPECT_EQ((*after)[k].values, (*before)[k].values) << each.word;
+    EXPECT_EQ(desk.model.models().size(), models) << each.word;
+    EXPECT_EQ(desk.model.current_model(), current) << each.word;
+    if (current != 0) EXPECT_EQ(desk.current().data.atoms(), atoms) << each.word;
+  }
+}
+
+}  // namespace
+}  // namespace pathstat::desk
