@@ -13,12 +13,14 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
+using Lines = std::vector<std::string_view>;
+
 /// A Core with the process, and what a person tells it to build.
 struct Builder : DeskWithProcess {
   using DeskWithProcess::run;
 
   /// Runs lines such as "CELL 1 2 3 90 90 90". @return the status of the last one
-  std::int32_t run_lines(std::initializer_list<std::string_view> lines) {
+  std::int32_t run_lines(const Lines& lines) {
     std::int32_t status = 0;
     for (const auto line : lines) {
       const auto end = std::min(line.find(' '), line.size());
@@ -57,8 +59,8 @@ struct Builder : DeskWithProcess {
   }
 };
 
-constexpr std::initializer_list<std::string_view> rock_salt{"CELL 5.64 5.64 5.64 90 90 90", "SPACE_GROUP \"F m -3 m\"",
-                                                            "SITE Na 0 0 0", "SITE Cl 0.5 0.5 0.5", "BUILD_CRYSTAL"};
+const Lines rock_salt{"CELL 5.64 5.64 5.64 90 90 90", "SPACE_GROUP \"F m -3 m\"", "SITE Na 0 0 0",
+                      "SITE Cl 0.5 0.5 0.5", "BUILD_CRYSTAL"};
 
 TEST(CrystalWords, build_a_crystal_take_it_apart_and_build_the_same_again) {
   Builder desk;
@@ -70,7 +72,7 @@ TEST(CrystalWords, build_a_crystal_take_it_apart_and_build_the_same_again) {
   // Four formula units of 58.4428 u in 5.64³ Å³.
   const double expected = 4 * 58.4428 * 1.66053906660 / std::pow(5.64, 3);
   EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_DENSITY").arguments[1]), expected, 1e-4);
-  EXPECT_EQ(shown(desk.last("STRUCTURE_CRYSTAL").arguments[4]), "4 Na, 4 Cl");
+  EXPECT_EQ(shown(desk.last("STRUCTURE_CRYSTAL").arguments[4]), "\"4 Na, 4 Cl\"");
   const auto built = desk.contents();
   ASSERT_EQ(desk.run("UNBUILD_CRYSTAL"), 0);
   EXPECT_EQ(desk.current().data.atoms(), 2u);
@@ -153,7 +155,7 @@ TEST(CrystalWords, build_slabs_of_crystals_and_of_sites) {
 
 TEST(CrystalWords, build_as_the_settings_say) {
   struct Case {
-    std::initializer_list<std::string_view> settings;
+    Lines settings;
     std::size_t atoms, bonds;
   };
   // Diamond: the bonds of its eight atoms that do not leave the cell are those of the atom in the middle of each
@@ -182,7 +184,7 @@ TEST(CrystalWords, build_as_the_settings_say) {
 }
 
 struct Refused {
-  std::initializer_list<std::string_view> before;
+  Lines before;
   const char* word;
   const char* arguments;
   std::int32_t status;
@@ -238,13 +240,17 @@ TEST(CrystalWords, refuse_what_can_not_be_and_leave_all_as_it_was) {
     const auto before = desk.session.request(words);
     desk.messages.clear();
     EXPECT_EQ(desk.run(each.word, each.arguments), each.status) << each.word << ' ' << each.arguments;
-    if (each.key != nullptr) EXPECT_THAT(desk.take_keys(), Contains(each.key)) << each.word << ' ' << each.arguments;
+    if (each.key != nullptr) {
+      EXPECT_THAT(desk.take_keys(), Contains(each.key)) << each.word << ' ' << each.arguments;
+    }
     const auto after = desk.session.request(words);
     ASSERT_TRUE(before && after);
     for (std::size_t k = 0; k < words.size(); ++k) EXPECT_EQ((*after)[k].values, (*before)[k].values) << each.word;
     EXPECT_EQ(desk.model.models().size(), models) << each.word;
     EXPECT_EQ(desk.model.current_model(), current) << each.word;
-    if (current != 0) EXPECT_EQ(desk.current().data.atoms(), atoms) << each.word;
+    if (current != 0) {
+      EXPECT_EQ(desk.current().data.atoms(), atoms) << each.word;
+    }
   }
 }
 

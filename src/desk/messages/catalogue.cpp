@@ -37,7 +37,7 @@ constexpr MessageRow rows[] = {
     {"STRUCTURE_BUILD_FAILED", error, "i", "Nothing could be built of these atoms in this cell (status {0})."},
     {"STRUCTURE_CELL_IMPOSSIBLE", error, "ddd", "No cell has the angles {0}, {1} and {2} degrees."},
     {"STRUCTURE_CRYSTAL", note, "ssiis",
-     "Crystal {0}, {1}: {2} atoms and {3} bonds in a cell; atoms of each site: {4}."},
+     "{0}, {1}: {2} atoms and {3} bonds in a cell; atoms of each site: {4}."},
     {"STRUCTURE_MASS_DENSITY", note, "dd", "Its cell has {0:.3f} Å³, which makes {1:.4f} g/cm³."},
     {"STRUCTURE_ELEMENT_UNKNOWN", error, "s", "There is no element \"{0}\"."},
     {"STRUCTURE_NO_VOLUME", error, "", "No volume is open: open one with VOLUME, or make one with DENSITY."},
@@ -86,7 +86,7 @@ constexpr MessageRow rows[] = {
     {"STRUCTURE_NO_UNIT", error, "",
      "The current model is neither a crystal nor an asymmetric unit with a space group."},
     {"STRUCTURE_PERIODIC_ALREADY", error, "", "The current model repeats already: take it apart first."},
-    {"STRUCTURE_SLAB", note, "siid", "Slab {0}: {1} atoms and {2} bonds on {3:.3f} Å²."},
+    {"STRUCTURE_SLAB", note, "siid", "{0}: a slab with {1} atoms and {2} bonds on {3:.3f} Å²."},
     {"STRUCTURE_SLAB_OF_UNIT", error, "", "The current model is an asymmetric unit: build its crystal first."},
     {"STRUCTURE_TOO_MANY_ATOMS", error, "i", "So many layers would have more than {0} atoms."},
 
