@@ -40,16 +40,15 @@ Contents contents_of(std::int32_t model, std::int32_t& status) {
   return found;
 }
 
-/// "4 Na, 4 Cl": the atoms of each site in the order of the sites, as far as a line has room.
+/// "4 Na, 4 Cl": the atoms of each site in the order of the sites; "1000 sites" where a line has no room for them.
 std::string sites_text(const Contents& contents) {
   constexpr std::size_t most = 16;
   std::map<std::int32_t, std::int32_t> multiplicity;
   for (const auto parent : contents.parents) ++multiplicity[parent];
+  if (multiplicity.size() > most) return std::to_string(multiplicity.size()) + " sites";
   std::string text;
-  std::size_t told = 0;
   for (std::size_t k = 0; k < contents.atoms.size(); ++k) {
     if (contents.parents[k] != contents.atoms[k]) continue;
-    if (told++ == most) return text + ", ...";
     if (!text.empty()) text += ", ";
     text += std::to_string(multiplicity[contents.atoms[k]]) + " ";
     text += element_symbol(contents.elements[k]);

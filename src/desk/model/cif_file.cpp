@@ -8,11 +8,12 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <gemmi/cif.hpp>
 #include <gemmi/numb.hpp>
 #include <initializer_list>
+#include <limits>
 #include <numbers>
 
+#include "desk/model/cif_text.h"
 #include "desk/model/elements.h"
 #include "desk/model/stated_symmetry.h"
 #include "structure/crystal_orientation.h"
@@ -20,19 +21,27 @@
 namespace pathstat::desk {
 namespace {
 
-namespace cif = gemmi::cif;
-
 constexpr std::uintmax_t most_bytes = 1u << 29;
-constexpr double largest_fraction = 1e6;
+constexpr double largest_fraction = 1e6, not_known = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t most_name = 16;
 
+/// The values of a tag; empty if the block has none.
+const std::vector<std::string>& values_of(const CifBlock& block, const std::string& tag) {
+  static const std::vector<std::string> none;
+  const auto found = block.columns.find(tag);
+  return found == block.columns.end() ? none : found->second;
+}
+
 /// The text of the first of several tags that a block has; empty if there is none.
-std::string text_of(const cif::Block& block, std::initializer_list<const char*> tags) {
+std::string text_of(const CifBlock& block, std::initializer_list<const char*> tags) {
   for (const auto* tag : tags) {
-    if (const auto* value = block.find_value(tag)) return cif::as_string(*value);
+    if (const auto& values = values_of(block, tag); !values.empty()) return values.front();
   }
   return {};
 }
+
+/// The number of a value, with or without its uncertainty; no number for any other text.
+double number_of(const std::string& text) { return gemmi::cif::as_number(text); }
 
 /// A name as the columns of models hold it: without blanks, quotes and parentheses.
 std::string plain_name(std::string name) {
@@ -52,13 +61,14 @@ std::uint8_t element_of(const std::string& type, const std::string& label) {
   return element_of_symbol(std::string_view(type.data(), static_cast<std::size_t>(letters - type.begin())));
 }
 
-/// Reads one data block. The reader of the library wants blocks that it may change, though it leaves them as they are.
+/// Reads one data block.
 class BlockReader {
  public:
-  explicit BlockReader(cif::Block& block) : block_(block) {}
+  explicit BlockReader(const CifBlock& block) : block_(block) {}
 
-  bool has_atoms() {
-    return bool(block_.find_values("_atom_site_label")) || bool(block_.find_values("_atom_site_type_symbol"));
+  bool has_atoms() const {
+    return !values_of(block_, "_atom_site_label").empty() || !values_of(block_, "_atom_site_type_symbol").empty() ||
+           block_.columns.contains("_atom_site_fract_x");
   }
 
   /// @return what is wrong, or nothing
@@ -84,11 +94,12 @@ class BlockReader {
                               "_cell_angle_alpha", "_cell_angle_beta", "_cell_angle_gamma"};
     std::array<double, 6> values{};
     for (std::size_t k = 0; k < 6; ++k) {
-      const auto* text = block_.find_value(tags[k]);
-      if (k == 0 && !text) return {};
-      if (!text) return fmt::format("{} is missing", tags[k]);
-      values[k] = cif::as_number(*text);
-      if (!(values[k] > 0 && values[k] < 1e6)) return fmt::format("{} is no size of a cell: {}", tags[k], *text);
+      if (k == 0 && !block_.columns.contains(tags[k])) return {};
+      const auto text = text_of(block_, {tags[k]});
+      if (text.empty()) return fmt::format("{} is missing", tags[k]);
+      values[k] = number_of(text);
+      if (!(values[k] > 0 && values[k] < 1e6))
+        return fmt::format("{} is no size of a cell: {}", tags[k], plain_name(text));
     }
     constexpr std::int32_t a_on_x_b_in_xy = 4;
     constexpr double degree = std::numbers::pi / 180;
@@ -105,14 +116,13 @@ class BlockReader {
   std::string symmetry(MolecularModel& model) {
     if (!has_cell_) return {};
     for (const auto* tag : {"_space_group_symop_operation_xyz", "_symmetry_equiv_pos_as_xyz"}) {
-      if (!stated_.triplets.empty()) break;
-      for (const auto& value : block_.find_values(tag)) stated_.triplets.push_back(cif::as_string(value));
+      if (stated_.triplets.empty()) stated_.triplets = values_of(block_, tag);
     }
-    stated_.hall = text_of(block_, {"_space_group_name_Hall", "_symmetry_space_group_name_Hall"});
-    stated_.name = text_of(block_, {"_space_group_name_H-M_alt", "_symmetry_space_group_name_H-M"});
-    const auto number = text_of(block_, {"_space_group_IT_number", "_symmetry_Int_Tables_number"});
+    stated_.hall = text_of(block_, {"_space_group_name_hall", "_symmetry_space_group_name_hall"});
+    stated_.name = text_of(block_, {"_space_group_name_h-m_alt", "_symmetry_space_group_name_h-m"});
+    const auto number = text_of(block_, {"_space_group_it_number", "_symmetry_int_tables_number"});
     if (!number.empty()) {
-      const double value = cif::as_number(number);
+      const double value = number_of(number);
       stated_.number = value >= 1 && value <= 230 ? static_cast<std::int32_t>(value) : -1;
     }
     auto found = find_symmetry(stated_);
@@ -121,35 +131,56 @@ class BlockReader {
   }
 
   std::string sites(MolecularModel& model) {
-    const std::string axes = has_cell_ ? "fract_" : "Cartn_";
-    auto table =
-        block_.find("_atom_site_", {axes + "x", axes + "y", axes + "z", "?label", "?type_symbol", "?occupancy"});
-    if (!table.ok()) return fmt::format("the sites have no _atom_site_{}x, y and z", axes);
-    for (auto row : table) {
-      const auto word = [&](std::size_t k) { return row.has(k) ? cif::as_string(row[k]) : std::string{}; };
-      if (auto problem = site(model, word(3), word(4), row); !problem.empty()) {
-        return fmt::format("site {} ({}): {}", model.atoms() + 1, plain_name(word(3)), problem);
+    const std::string place = has_cell_ ? "_atom_site_fract_" : "_atom_site_cartn_";
+    const Columns columns{
+        {&values_of(block_, place + "x"), &values_of(block_, place + "y"), &values_of(block_, place + "z")},
+        values_of(block_, "_atom_site_label"),
+        values_of(block_, "_atom_site_type_symbol"),
+        values_of(block_, "_atom_site_occupancy")};
+    const auto count = columns.x[0]->size();
+    if (count == 0) return fmt::format("there are no sites with {}x, y and z", place);
+    const auto is_whole = [count](const auto& column, bool required) {
+      return column.size() == count || (!required && column.empty());
+    };
+    const bool whole = is_whole(*columns.x[1], true) && is_whole(*columns.x[2], true) &&
+                       is_whole(columns.labels, false) && is_whole(columns.types, false) &&
+                       is_whole(columns.occupancies, false);
+    if (!whole) return "the columns of the sites are not of one length";
+    for (std::size_t k = 0; k < count; ++k) {
+      if (auto problem = site(model, columns, k); !problem.empty()) {
+        return fmt::format("site {} ({}): {}", k + 1, plain_name(word(columns.labels, k)), problem);
       }
     }
-    return model.atoms() > 0 ? std::string{} : "there are no sites";
+    return {};
   }
 
-  std::string site(MolecularModel& model, const std::string& label, const std::string& type,
-                   cif::Table::Row& row) const {
+  struct Columns {
+    std::array<const std::vector<std::string>*, 3> x;
+    const std::vector<std::string>&labels, &types, &occupancies;
+  };
+  static std::string word(const std::vector<std::string>& column, std::size_t k) {
+    return column.empty() ? std::string{} : column[k];
+  }
+
+  std::string site(MolecularModel& model, const Columns& columns, std::size_t k) const {
+    const auto label = word(columns.labels, k), type = word(columns.types, k);
     const auto element = element_of(type, label);
     if (element == 0) return fmt::format("\"{}\" is no element", plain_name(type.empty() ? label : type));
     Vector3 position{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      const double x = cif::as_number(row[axis]);
-      if (!(std::abs(x) <= largest_fraction)) return fmt::format("\"{}\" is no coordinate", plain_name(row[axis]));
+      const auto& text = (*columns.x[axis])[k];
+      const double x = text.empty() ? not_known : number_of(text);
+      if (!(std::abs(x) <= largest_fraction))
+        return fmt::format("\"{}\" is no coordinate", text.empty() ? "?" : plain_name(text));
       if (has_cell_) {
-        for (std::size_t k = 0; k < 3; ++k) position[k] += x * model.cell[axis][k];
+        for (std::size_t to = 0; to < 3; ++to) position[to] += x * model.cell[axis][to];
       } else {
         position[axis] = x;
       }
     }
-    const double occupancy = row.has2(5) ? cif::as_number(row[5]) : 1;
-    if (!(occupancy >= 0 && occupancy < 1e6)) return fmt::format("\"{}\" is no occupancy", plain_name(row[5]));
+    const auto share = word(columns.occupancies, k);
+    const double occupancy = share.empty() ? 1 : number_of(share);
+    if (!(occupancy >= 0 && occupancy < 1e6)) return fmt::format("\"{}\" is no occupancy", plain_name(share));
     const auto number = static_cast<std::int32_t>(model.atoms() + 1);
     model.ids.push_back(number);
     model.elements.push_back(element);
@@ -165,7 +196,7 @@ class BlockReader {
     return {};
   }
 
-  cif::Block& block_;
+  const CifBlock& block_;
   StatedSymmetry stated_;
   bool has_cell_ = false;
 };
@@ -193,18 +224,15 @@ ImportedModels read_cif_file(const std::string& path) {
   ImportedModels imported;
   const auto text = text_of_file(path, imported.problem);
   if (!imported.problem.empty()) return imported;
-  try {
-    auto document = cif::read_memory(text.data(), text.size(), path.c_str());
-    for (auto& block : document.blocks) {
-      BlockReader reader(block);
-      if (!reader.has_atoms()) continue;
-      MolecularModel model;
-      if (auto problem = reader.read(model); !problem.empty())
-        return {{}, fmt::format("{}, data_{}: {}", path, plain_name(block.name), problem)};
-      imported.models.push_back(std::move(model));
-    }
-  } catch (const std::exception& fault) {
-    return {{}, fmt::format("{} is no whole CIF: {}", path, fault.what())};
+  const auto split = split_cif(text, path);
+  if (!split.problem.empty()) return {{}, fmt::format("{} is no whole CIF: {}", path, split.problem)};
+  for (const auto& block : split.blocks) {
+    BlockReader reader(block);
+    if (!reader.has_atoms()) continue;
+    MolecularModel model;
+    if (auto problem = reader.read(model); !problem.empty())
+      return {{}, fmt::format("{}, data_{}: {}", path, plain_name(block.name), problem)};
+    imported.models.push_back(std::move(model));
   }
   if (imported.models.empty()) imported.problem = fmt::format("{} holds no sites of atoms", path);
   return imported;

@@ -85,8 +85,9 @@ class XyzReader {
   bool atom() {
     const auto words = split_words(line_);
     std::vector<double> x;
-    for (std::size_t k = 1; k < 4 && k < words.size(); ++k) {
-      if (!read_numbers(words[k], x)) x.clear();
+    if (words.size() >= 4) {
+      const auto* end = words[3].data() + words[3].size();
+      if (!read_numbers({words[1].data(), static_cast<std::size_t>(end - words[1].data())}, x)) x.clear();
     }
     const bool good = x.size() == 3 && std::all_of(x.begin(), x.end(), [](double each) { return std::isfinite(each); });
     if (!good) return fail("an atom is an element and three coordinates");
