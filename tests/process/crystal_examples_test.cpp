@@ -47,7 +47,7 @@ TEST(CrystalExamples, have_the_atoms_sites_and_densities_of_the_tables) {
     for (const auto& images : crystal.atom_images) multiplicities.push_back(images.size() + 1);
     EXPECT_EQ(multiplicities, each.multiplicities) << each.name;
     const auto told = std::find_if(desk.messages.begin(), desk.messages.end(),
-                                   [](const Message& message) { return message.key == "STRUCTURE_DENSITY"; });
+                                   [](const Message& message) { return message.key == "STRUCTURE_MASS_DENSITY"; });
     ASSERT_NE(told, desk.messages.end());
     EXPECT_NEAR(std::get<double>(told->arguments[1]), each.density, 0.01 * each.density) << each.name;
   }

@@ -71,7 +71,7 @@ TEST(CrystalWords, build_a_crystal_take_it_apart_and_build_the_same_again) {
   EXPECT_THAT(desk.values("SITE"), testing::IsEmpty());
   // Four formula units of 58.4428 u in 5.64³ Å³.
   const double expected = 4 * 58.4428 * 1.66053906660 / std::pow(5.64, 3);
-  EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_DENSITY").arguments[1]), expected, 1e-4);
+  EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_MASS_DENSITY").arguments[1]), expected, 1e-4);
   EXPECT_EQ(shown(desk.last("STRUCTURE_CRYSTAL").arguments[4]), "\"4 Na, 4 Cl\"");
   const auto built = desk.contents();
   ASSERT_EQ(desk.run("UNBUILD_CRYSTAL"), 0);
