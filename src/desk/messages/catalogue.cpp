@@ -36,8 +36,7 @@ constexpr MessageRow rows[] = {
     // Structures
     {"STRUCTURE_BUILD_FAILED", error, "i", "Nothing could be built of these atoms in this cell (status {0})."},
     {"STRUCTURE_CELL_IMPOSSIBLE", error, "ddd", "No cell has the angles {0}, {1} and {2} degrees."},
-    {"STRUCTURE_CRYSTAL", note, "ssiis",
-     "{0}, {1}: {2} atoms and {3} bonds in a cell; atoms of each site: {4}."},
+    {"STRUCTURE_CRYSTAL", note, "ssiis", "{0}, {1}: {2} atoms and {3} bonds in a cell; atoms of each site: {4}."},
     {"STRUCTURE_MASS_DENSITY", note, "dd", "Its cell has {0:.3f} Å³, which makes {1:.4f} g/cm³."},
     {"STRUCTURE_ELEMENT_UNKNOWN", error, "s", "There is no element \"{0}\"."},
     {"STRUCTURE_NO_VOLUME", error, "", "No volume is open: open one with VOLUME, or make one with DENSITY."},

@@ -301,6 +301,10 @@ class ModelFinisher {
     return fmt::format("has the position {}, but the model has {} atoms", position, atoms_);
   }
 
+  bool fail_at_itself(std::int32_t position) {
+    return fail("Bond", fmt::format("connects the position {} with itself", position));
+  }
+
   bool bonds() {
     const auto& list = parts_.bonds;
     if (list.size() % 2 != 0) return fail("Bond", "has a position without a partner");
@@ -309,7 +313,7 @@ class ModelFinisher {
       for (const auto position : {list[k], list[k + 1]}) {
         if (!is_position(position)) return fail("Bond", out_of_range(position));
       }
-      if (list[k] == list[k + 1]) return fail("Bond", fmt::format("connects the position {} with itself", list[k]));
+      if (list[k] == list[k + 1] && !has("BondCell")) return fail_at_itself(list[k]);
       model_.bonds.emplace_back(list[k] - 1, list[k + 1] - 1);
     }
     return true;
@@ -333,6 +337,9 @@ class ModelFinisher {
     for (std::size_t k = 0; k < model_.bonds.size(); ++k) {
       if (!take_translation(list, k, model_.bond_cells[k]))
         return fail("BondCell", "leads in a direction in which the model does not repeat");
+      const auto [one, other] = model_.bonds[k];
+      if (one == other && model_.bond_cells[k] == Translation{})
+        return fail_at_itself(static_cast<std::int32_t>(one) + 1);
     }
     return true;
   }

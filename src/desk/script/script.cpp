@@ -212,8 +212,8 @@ void read_command(ScriptLine& line) {
   line.arguments = stripped(std::string_view(line.text).substr(end));
 }
 
-constexpr std::array path_commands{std::string_view("TRAJECTORY"), std::string_view("STATISTICS_FILENAME"),
-                                   std::string_view("VOLUME"), std::string_view("TABLE"),
+constexpr std::array path_commands{std::string_view("TRAJECTORY"),       std::string_view("STATISTICS_FILENAME"),
+                                   std::string_view("VOLUME"),           std::string_view("TABLE"),
                                    std::string_view("IMPORT_STRUCTURE"), std::string_view("EXPORT_STRUCTURE")};
 
 }  // namespace
