@@ -12,6 +12,7 @@
 #include "shell/input_loop.h"
 #include "shell/program_arguments.h"
 #include "shell/threads.h"
+#include "support/memory_watch.h"
 #include "support/named_memory.h"
 
 namespace {
@@ -32,6 +33,16 @@ void report_allocation_failure(std::string_view routine, std::string_view) {
   pathstat::kvU_ERR_Handler(allocation_error);
 }
 
+void run_applications() {
+  using namespace pathstat;
+  start_threads();
+  set_memory_error_sink(show_memory_error);
+  set_memory_failure_hook(report_allocation_failure);
+  register_measure_labels(measure_label);
+  register_applications(applications_of_process());
+  extappl();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -39,14 +50,10 @@ int main(int argc, char** argv) {
   main_argc = argc;
   main_argv = argv;
   install_signal_handlers();
+  watch_memory();
   uf_LineBufferTextportOutput();
-  start_threads();
-  set_memory_error_sink(show_memory_error);
-  set_memory_failure_hook(report_allocation_failure);
-  register_measure_labels(measure_label);
-  register_applications(applications_of_process());
   try {
-    extappl();
+    run_applications();
   } catch (const std::bad_alloc&) {
     std::puts("Not enough memory, must exit.");
     std::exit(1);

@@ -13,6 +13,7 @@
 #include "shell/application_table.h"
 #include "shell/core_start.h"
 #include "shell/threads.h"
+#include "support/memory_watch.h"
 
 namespace pathstat {
 namespace {
@@ -54,13 +55,22 @@ std::int32_t thread_answer(const std::string& application, PoolThreads pool_thre
   return pool_threads();
 }
 
-/// Runs a command. One that runs out of memory fails, as it would for another reason: what it took is given back.
-std::int32_t run_command(const std::string& application, const std::string& command, const std::string& arguments) try {
-  return sch_ParseApplicationCommand(application, command, arguments);
-} catch (const std::bad_alloc&) {
+std::int32_t report_shortage(const std::string& command) {
   constexpr std::int32_t allocation_error = 1;
   kvU_ERR_SetCurrentAPIName(command);
   return kvU_ERR_Handler(allocation_error);
+}
+
+/// Runs a command. One that runs out of memory fails and says so, also where it could go on with less: what it took is
+/// given back.
+std::int32_t run_command(const std::string& application, const std::string& command, const std::string& arguments) try {
+  take_memory_shortage();
+  const auto status = sch_ParseApplicationCommand(application, command, arguments);
+  if (!take_memory_shortage()) return status;
+  const auto shortage = report_shortage(command);
+  return status != 0 ? status : shortage;
+} catch (const std::bad_alloc&) {
+  return report_shortage(command);
 }
 
 std::int32_t serve_command(Connection& core) {

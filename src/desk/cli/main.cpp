@@ -29,6 +29,7 @@
 #include "desk/panel/panel.h"
 #include "desk/script/script.h"
 #include "desk/script/script_run.h"
+#include "support/memory_watch.h"
 #include "support/parallel.h"
 
 namespace pathstat::desk {
@@ -246,6 +247,7 @@ int main_of(int argc, char** argv) {
 }  // namespace pathstat::desk
 
 int main(int argc, char** argv) {
+  pathstat::watch_memory();
   try {
     return pathstat::desk::main_of(argc, argv);
   } catch (const std::bad_alloc&) {

@@ -29,6 +29,7 @@
 #include "desk/summary/coordination_graph.h"
 #include "desk/summary/diffusion_error.h"
 #include "desk/summary/neighbour_density.h"
+#include "support/memory_watch.h"
 
 namespace pathstat::desk {
 namespace {
@@ -46,6 +47,7 @@ constexpr std::int32_t click_class = 9;
 constexpr std::string_view click_shows_frame = "ANALYSIS_PICK";
 
 /// Of a line in front of its progress.
+constexpr const char* no_memory = "there is not enough memory for this line";
 constexpr std::size_t most_shown = 60;
 
 double seconds_since(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
@@ -268,10 +270,15 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   return failed ? LineEnd::failed : LineEnd::done;
 }
 
-std::string LineRunner::run_to_end(const ScriptLine& line) try {
-  return run_kind(line);
-} catch (const std::bad_alloc&) {
-  return "there is not enough memory for this line";
+std::string LineRunner::run_to_end(const ScriptLine& line) {
+  std::string problem;
+  try {
+    problem = run_kind(line);
+  } catch (const std::bad_alloc&) {
+    problem = no_memory;
+  }
+  const bool shortage = take_memory_shortage();  // also where the line could go on with less
+  return problem.empty() && shortage ? no_memory : problem;
 }
 
 /// What there is to know of the graphs that a line has drawn.
@@ -383,6 +390,7 @@ bool LineRunner::write_results() {
   for (const auto& line : says) console_.print(line);
   auto problems = output_.take_problems();
   if (!unseen.empty()) problems.push_back(std::move(unseen));
+  if (take_memory_shortage()) problems.emplace_back("there was not enough memory for all of it");
   for (const auto& problem : problems) console_.complain("pathdesk: " + visible(problem));
   const auto folder = visible(place_.output.string());
   if (problems.empty()) {
