@@ -224,8 +224,9 @@ std::optional<std::string> CoreSession::ask(std::string_view application, const 
     if (answers >= static_cast<std::int32_t>(count)) return reply;
     if (!next_code(status)) break;
     if (status >= 0 || status <= -most_capacity || -status + 64 <= capacity) {
-      fail(
-          fmt::format("pathstat answered a request of {} words with {} answers and status {}", count, answers, status));
+      constexpr std::int32_t without_memory = 1;
+      fail(fmt::format("pathstat answered a request of {} words with {} answers and status {}{}", count, answers,
+                       status, status == without_memory ? ", as without memory" : ""));
       return std::nullopt;
     }
     capacity = -status + 64;

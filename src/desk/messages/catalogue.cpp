@@ -375,7 +375,7 @@ constexpr StatusRow statuses[] = {
     {50309, "", "The model has no symmetry"},
     {50310, "", "The cell does not fit its lattice"},
     {50311, "", "The number of atoms does not match"},
-    {50503, "", "The table file cannot be opened"},
+    {50503, "", "The file cannot be opened, or its head is damaged"},
     {50516, "", "The file is no table file"},
 };
 

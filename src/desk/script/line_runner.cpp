@@ -243,10 +243,8 @@ LineEnd LineRunner::run(const ScriptLine& line) {
     }
   }
   if (interrupts() > 0) mark_interrupted(step, line);
-  if (cut_short) {
-    withdraw_graphs(step);
-    work_ended_ = work_so_far;
-  }
+  if (cut_short || (interrupts() == 0 && !problem.empty())) withdraw_graphs(step);
+  if (cut_short) work_ended_ = work_so_far;
   if (problem.empty() && session_.lost() && !stopped_) problem = session_.loss();
   step.failed = !problem.empty();
   if (step.failed) {
@@ -337,7 +335,7 @@ std::string LineRunner::in_full(const Message& message) const {
   return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
 }
 
-/// Leaves out what a lost process has only begun to draw: a part of a curve looks like a whole one.
+/// Leaves out what a line that failed may only have begun to draw: a part of a curve looks like a whole one.
 void LineRunner::withdraw_graphs(StepRecord& step) {
   std::vector<std::string> names;
   for (const auto graph : std::exchange(step.graphs, {})) {
@@ -371,6 +369,10 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
     if (text != last) console_.complain(indented(text));
     last = std::move(text);
   }
+  // 1 is what any failure may end with.
+  const auto status = record_.steps.back().status.value_or(0);
+  const auto* row = last.empty() && status > 1 ? find_status(status) : nullptr;
+  if (row) console_.complain(indented(row->text));
 }
 
 bool LineRunner::finish() {
