@@ -171,13 +171,21 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
   EXPECT_THAT(desk.model.surfaces(), IsEmpty());
   EXPECT_EQ(desk.values("VOLUME"), before);
   ASSERT_EQ(desk.run("VOLUME_VALUES", "100 200"), 0);
+
+  // A volume whose bricks are cut off opens, as its header is there, but gives no surface.
+  std::ofstream(desk.work() / "cut.mbk", std::ios::binary) << volume_bytes(12, 4, 7).substr(0, 216 * 5);
+  ASSERT_EQ(desk.run("VOLUME", "cut.mbk"), 0);
+  desk.take_keys();
+  EXPECT_EQ(desk.run("ISOSURFACE", "63.5"), 1);
+  EXPECT_THAT(desk.take_keys(), ElementsAre("STRUCTURE_VOLUME_CUT"));
+  EXPECT_THAT(desk.model.surfaces(), IsEmpty());
 }
 
 TEST(Fields, column_of_a_table_is_drawn_against_its_rows) {
   DeskWithProcess desk;
   std::ofstream(desk.work() / "good.tbl") << "#\nTITLE: Energies\nFUNCTION: energy\n#\n#\n1\n4\n9\n";
   ASSERT_EQ(desk.run("TABLE", "good.tbl"), 0);
-  EXPECT_THAT(texts_of(desk), ElementsAre("good.tbl has 1 functions and 3 lines of data: \"energy\"."));
+  EXPECT_THAT(texts_of(desk), ElementsAre("good.tbl: lines of data: 3, functions: 1: \"energy\"."));
   ASSERT_EQ(desk.run("TABLE_COLUMN", "energy"), 0);
   EXPECT_THAT(desk.graph_titles(), ElementsAre("Energies"));
   const auto& points = desk.data_set(0).points;

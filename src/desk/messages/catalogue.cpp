@@ -53,7 +53,7 @@ constexpr MessageRow rows[] = {
     {"STRUCTURE_DENSITY_TYPE", error, "i", "A density has the type 1, 2 or 4, not {0}."},
     {"STRUCTURE_GRID_TOO_LARGE", error, "di",
      "The grid would have {0:.6g} points on an axis and may have {1}: raise DENSITY_SPACING."},
-    {"STRUCTURE_TABLE", note, "siis", "{0} has {1} functions and {2} lines of data: {3}."},
+    {"STRUCTURE_TABLE", note, "siis", "{0}: lines of data: {2}, functions: {1}: {3}."},
     {"STRUCTURE_TABLE_EMPTY", error, "s", "The function \"{0}\" has no values."},
     {"STRUCTURE_TABLE_MISSING", error, "s", "The table file {0} cannot be opened."},
     {"STRUCTURE_TABLE_NO_COLUMN", error, "s", "The table has no function \"{0}\"."},
