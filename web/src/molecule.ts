@@ -60,7 +60,11 @@ const atomFragment = `
     if (r2 > 1.0) discard;
     float z = sqrt(1.0 - r2);
     float light = 0.35 + 0.65 * max(dot(vec3(p.x, -p.y, z), vec3(-0.4, 0.5, 0.77)), 0.0);
-    float gloss = pow(max(dot(vec3(p.x, -p.y, z), vec3(-0.25, 0.32, 0.91)), 0.0), 40.0);
+    float gloss = max(dot(vec3(p.x, -p.y, z), vec3(-0.25, 0.32, 0.91)), 0.0);
+    gloss *= gloss;
+    gloss *= gloss;
+    gloss *= gloss;
+    gloss *= gloss * gloss * gloss * gloss;  // to the power of 40: without a graphics card, pow takes long
     vec3 shade = mix(colour, ${selectedColour}, selected * step(0.55, r2));
     result = vec4(mix(shade * light + 0.35 * gloss, vec3(0.07, 0.09, 0.12), faded), 1.0);
   }`;

@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <nlohmann/json.hpp>
+#include <thread>
 #include <utility>
 
 #include "desk/advice/word_table.h"
@@ -30,7 +31,9 @@ using nlohmann::json;
 
 constexpr std::size_t most_log_lines = 5000;
 constexpr std::uintmax_t largest_script = 1 << 20;
-constexpr auto between_progress = std::chrono::milliseconds(100);
+constexpr auto between_progress = std::chrono::milliseconds(500);
+// Frames that step by faster than a browser shows them would only take its time.
+constexpr auto between_frames = std::chrono::milliseconds(25);
 
 constexpr std::array told_names{"result", "table", "complaint"};
 
@@ -74,8 +77,10 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
                             serve_beside_line();
                           },
                       .frame =
-                          [this](const std::string& text) {
+                          [this, last = Clock::time_point{}](const std::string& text) mutable {
                             tell("frame", {{"type", "frame"}, {"text", text}});
+                            std::this_thread::sleep_until(last + between_frames);
+                            last = Clock::now();
                           }});
 }
 

@@ -11,7 +11,9 @@ namespace pathstat::desk {
 namespace {
 
 constexpr auto between_positions = std::chrono::milliseconds(15);
-constexpr auto between_points = std::chrono::milliseconds(200);
+// A browser without a graphics card takes some 30 ms of a processor for a picture of the page, which the analysis would
+// have to wait for.
+constexpr auto between_points = std::chrono::milliseconds(500);
 
 /// Sends a message unless it is as the last one of its kind.
 void tell_change(PageServer& server, const char* topic, PageMessage message, std::string& last) {
