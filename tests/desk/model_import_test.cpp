@@ -96,6 +96,8 @@ TEST_P(ModelFault, names_file_line_and_attribute_and_gives_no_model) {
   EXPECT_THAT(result.problem, HasSubstr(fault.text));
 }
 
+#define INVERTED " (A D Rotation (1 0 0 0 1 0 0 0 1 -1 0 0 0 -1 0 0 0 -1))\n (A D Translation (0 0 0 0 0 0))\n"
+
 INSTANTIATE_TEST_SUITE_P(
     files, ModelFault,
     testing::Values(
@@ -128,6 +130,22 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{" (A I ResidueId",
                   " (A D Rotation (-1 0 0 0 1 0 0 0 1))\n (A D Translation (0 0 0))\n (A I ResidueId", 15, "Rotation",
                   "identity"},
+        FaultCase{" (A I ResidueId", " (A I BondCell (0 0 0))\n (A I ResidueId", 15, "BondCell",
+                  "3 values for 4 bonds"},
+        FaultCase{" (A I ResidueId", " (A I ImageOf 1)\n (A I ResidueId", 15, "ImageOf", "with symmetry"},
+        FaultCase{" (A I ResidueId", INVERTED " (A I ImageOf (1 1 1 1 1 1))\n (A I ResidueId", 17, "ImageOf",
+                  "more images"},
+        FaultCase{" (A I ResidueId", INVERTED " (A I ImageOf (1 2))\n (A I ImageOperator 2)\n (A I ResidueId", 18,
+                  "ImageOperator", "1 values for 2 images"},
+        FaultCase{" (A I ResidueId",
+                  INVERTED " (A I ImageOf 1)\n (A I ImageOperator 2)\n (A I ImageCell (0 0))\n (A I ResidueId", 19,
+                  "ImageCell", "2 values for 1 images"},
+        FaultCase{" (A I ResidueId",
+                  INVERTED " (A I ImageOf 6)\n (A I ImageOperator 2)\n (A I ImageCell (0 0 0))\n (A I ResidueId", 17,
+                  "ImageOf", "position 6"},
+        FaultCase{" (A I ResidueId",
+                  INVERTED " (A I ImageOf 1)\n (A I ImageOperator 3)\n (A I ImageCell (0 0 0))\n (A I ResidueId", 18,
+                  "ImageOperator", "number 3"},
         FaultCase{"(A I Type 60)", "(A I Type 62)", 17, "Type", "62"},
         FaultCase{"  (A I Type 60)\n", "", 16, "Type", "missing"},
         FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 4 2))", 18, "Atoms", "3 positions instead of 2"},

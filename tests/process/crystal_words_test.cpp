@@ -183,6 +183,22 @@ TEST(CrystalWords, build_as_the_settings_say) {
   EXPECT_EQ(tolerant.current().data.atoms(), 4u);
 }
 
+TEST(CrystalWords, ask_the_core_as_often_for_many_atoms_as_for_few) {
+  std::vector<std::uint64_t> calls;
+  for (const int sites : {2, 60}) {
+    Builder desk;
+    desk.run_lines({"CELL 60 60 60 90 90 90", "SPACE_GROUP 225", "BONDING NONE"});
+    for (int k = 0; k < sites; ++k) {
+      desk.run("SITE", "C " + std::to_string(0.01 + 0.004 * k) + " 0.25 0.13");
+    }
+    const auto before = desk.server.served();
+    ASSERT_EQ(desk.run_lines({"BUILD_CRYSTAL", "UNBUILD_CRYSTAL", "PRIMITIVE_CELL", "BUILD_CRYSTAL", "BUILD_SLAB 2"}),
+              0);
+    calls.push_back(desk.server.served() - before);
+  }
+  EXPECT_EQ(calls[0], calls[1]);
+}
+
 struct Refused {
   Lines before;
   const char* word;

@@ -32,6 +32,7 @@ const OperationRow* OperationServer::bound(std::int32_t binding) const {
 }
 
 OperationReply OperationServer::serve(const OperationCall& call) const {
+  ++served_;
   OperationReply reply;
   const auto& handler = handlers_[index_of(call.row)];
   if (!handler) {

@@ -37,9 +37,12 @@ class OperationServer {
 
   /// Serves one call. A handler that throws (memory, for one) leaves a reply with an error.
   OperationReply serve(const OperationCall& call) const;
+  /// The calls served so far.
+  std::uint64_t served() const { return served_; }
 
  private:
   std::vector<OperationHandler> handlers_;  ///< one for each row of the table
+  mutable std::uint64_t served_ = 0;
 };
 
 }  // namespace pathstat::desk
