@@ -165,6 +165,9 @@ LineEditor::~LineEditor() = default;
 std::optional<std::string> LineEditor::read() {
   while (true) {
     el_resize(parts_->edit);
+    // The editor would show the prompt first: what is typed in between would be taken for a line of a plain terminal,
+    // where the key that ends the input is lost.
+    el_set(parts_->edit, EL_PREP_TERM, 1);
     int count = 0;
     const char* typed = el_gets(parts_->edit, &count);
     if (interrupts() == 1) {
