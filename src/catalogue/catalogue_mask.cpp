@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <optional>
+#include <vector>
 
 #include "catalogue/catalogue.h"
+#include "catalogue/frame_sources.h"
 #include "catalogue/mask_rules.h"
 #include "catalogue/measure_families.h"
 #include "catalogue/measures.h"
@@ -15,6 +19,7 @@
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
 #include "state/analysis_settings.h"
+#include "state/trajectory_frames.h"
 #include "trajectory/front_end.h"
 #include "trajectory/open_trajectory.h"
 
@@ -36,6 +41,15 @@ constexpr auto header_values = std::to_array<HeaderValue>({
     {200140, &TrjGuiI::ensemble, ensemble_code::unknown},
     {200141, &TrjGuiI::thermostat, -1},
 });
+
+namespace property_id {
+constexpr std::int32_t total_energy = 1, potential_energy = 2, temperature = 201;
+}
+
+/// Identifiers of the rows of which the loaded file has no numbers.
+std::vector<std::int32_t> absent_rows;
+
+bool is_absent(std::int32_t id) { return std::ranges::find(absent_rows, id) != absent_rows.end(); }
 
 Facts trajectory_facts() {
   const bool is_history = trj_gui_i_.reader_code == reader::history;
@@ -82,7 +96,7 @@ Facts fluctuation_facts() {
   const std::int32_t ensemble = trj_gui_i_.ensemble;
   const bool at_hand = trj_gui_l_.has_time_axis && (directions == 0 || directions == 3) &&
                        ensemble != ensemble_code::unknown && trj_gui_i_.format_version >= 2000 &&
-                       trj_gui_i_.reader_code == reader::binary;
+                       trj_gui_i_.reader_code == reader::binary && !is_absent(property_id::temperature);
   const bool thermostat = at_hand && trj_gui_i_.thermostat != 1;
   Facts facts;
   facts[Fact::always] = at_hand;
@@ -121,10 +135,41 @@ void sign_colours(const CatalogueTable& table) {
   }
 }
 
+/// Without energies there is but the compressibility, which follows from volumes.
+bool needs_energies(std::int32_t fluctuation) {
+  constexpr std::int32_t first = 801, isothermal_compressibility = 802, last = 810;
+  return fluctuation >= first && fluctuation <= last && fluctuation != isothermal_compressibility;
+}
+
+/// Takes what the file has no numbers of out of the choice.
+void mask_absent(const CatalogueTable& table) {
+  const bool no_energies = is_absent(property_id::total_energy) && is_absent(property_id::potential_energy);
+  for (std::size_t row = 0; row < table.size(); ++row) {
+    const std::int32_t id = table.ids[row];
+    if (is_absent(id) || (no_energies && needs_energies(id))) table.selectable[row] = table.can_be_used[row] = false;
+  }
+}
+
+bool is_heading(std::int32_t id) { return id > 600 && id < 700; }
+
+/// A heading goes with the last of its rows.
+void mask_empty_headings(const CatalogueTable& table) {
+  bool any_below = false;
+  for (std::size_t row = table.size(); row-- > 0;) {
+    if (!is_heading(table.ids[row])) {
+      any_below = any_below || table.can_be_used[row];
+    } else {
+      if (!any_below) table.can_be_used[row] = false;
+      any_below = false;
+    }
+  }
+}
+
 void mask_fluctuations() {
   const CatalogueTable table = fluctuation_table();
   const Facts facts = fluctuation_facts();
   mask_rows(table, fluctuation_rules, facts);
+  mask_absent(table);
   if (facts[Fact::always]) sign_colours(table);
   trj_gui_l_.any_fluctuation_selected = table.any_wanted();
 }
@@ -138,6 +183,36 @@ void count_model_atoms(std::int32_t model) {
       degrees_of_freedom(trj_gui_i_.movable_atoms, trj_gui_i_.fixed_atoms, trj_gui_i_.periodicity);
 }
 
+/// True if the frame that is loaded has an answer to a key, and no number in it: one that is not a number, or none put
+/// there at all.
+bool has_no_number(const OpenTrajectory& trajectory, std::int32_t key) {
+  std::array<double, 6> values{};
+  values.fill(std::numeric_limits<double>::quiet_NaN());
+  std::int32_t count = 0;
+  std::int32_t status = 0;
+  trj_dvalue_(trajectory.handle(), key, values, count, status);
+  const auto answer = std::span(values).first(static_cast<std::size_t>(std::clamp(count, 0, 6)));
+  return status == 0 && !answer.empty() && std::ranges::all_of(answer, [](double v) { return std::isnan(v); });
+}
+
+/// Looks for the rows of a binary trajectory whose values are no numbers in its first and in its last frame: whoever
+/// wrote it had none.
+void find_absent_rows(const OpenTrajectory& trajectory) {
+  absent_rows.clear();
+  if (trj_gui_i_.reader_code != reader::binary) return;
+  for (const auto& source : frame_sources) {
+    if (source.extent == FrameExtent::one || source.extent == FrameExtent::six) absent_rows.push_back(source.id);
+  }
+  for (const std::int32_t frame : {1, trj_frames_.frames_in_file}) {
+    std::int32_t status = 0;
+    trj_readframe_(trajectory.handle(), frame, status);
+    if (status != 0) continue;
+    std::erase_if(absent_rows, [&](std::int32_t id) {
+      return !has_no_number(trajectory, std::ranges::find(frame_sources, id, &FrameSource::id)->key);
+    });
+  }
+}
+
 void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
   status = 0;
   const std::int32_t model = trj_gui_i_.trajectory_model;
@@ -149,6 +224,7 @@ void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
     trajectory.emplace(file, model, status);
     if (status != 0) return;
     for (const auto& [key, member, absent] : header_values) trj_gui_i_.*member = trajectory->integer(key, absent);
+    find_absent_rows(*trajectory);
     trj_propinit_(status);
     if (status != 0) return;
   }
@@ -156,6 +232,8 @@ void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
     Facts facts = trajectory_facts();
     if (model_exists != 0) find_measures(std::span(&model, 1), facts);
     mask_rows(property_table(), trajectory_rules, facts);
+    mask_absent(property_table());
+    if (!absent_rows.empty()) mask_empty_headings(property_table());
   }
   trj_gui_l_.any_property_selected = property_table().any_wanted();
   trj_gui_d_.degrees_of_freedom = 1.0;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "catalogue/catalogue.h"
+#include "catalogue/frame_sources.h"
 #include "extraction/extraction.h"
 #include "extraction/frame_measures.h"
 #include "extraction/frame_points.h"
@@ -22,82 +23,6 @@
 
 namespace pathstat {
 namespace {
-
-/// Numbers that a frame has of a row.
-enum class Extent { one, six, per_molecule, measures };
-
-/// Where a row's numbers come from in a frame.
-struct FrameSource {
-  std::int32_t id;
-  std::int32_t key;
-  Extent extent = Extent::one;
-};
-
-constexpr auto frame_sources = std::to_array<FrameSource>({
-    {1, 400049},
-    {2, 400025},
-    {3, 400050},
-    {4, 400036},
-    {5, 400035},
-    {6, 400144},
-    {101, 400026},
-    {102, 400027},
-    {103, 400028},
-    {104, 400029},
-    {105, 400147},
-    {106, 400031},
-    {107, 400030},
-    {108, 400032},
-    {109, 400033},
-    {110, 400034},
-    {111, 400106},
-    {112, 400107},
-    {113, 400108},
-    {114, 400109},
-    {115, 400111},
-    {116, 400112},
-    {117, 400113},
-    {118, 400114},
-    {119, 400115},
-    {120, 400116},
-    {121, 400110},
-    {122, 400174},
-    {123, 400179},
-    {124, 400178},
-    {201, 400020},
-    {202, 400068},
-    {203, 400063},
-    {204, 400064},
-    {205, 400085, Extent::six},
-    {206, 400149, Extent::six},
-    {207, 400064},
-    {208, 400151},
-    {902, 400117, Extent::per_molecule},
-    {904, 400118, Extent::per_molecule},
-    {905, 400119, Extent::per_molecule},
-    {906, 400120, Extent::per_molecule},
-    {907, 400121, Extent::per_molecule},
-    {909, 400133, Extent::per_molecule},
-    {910, 400154, Extent::per_molecule},
-    {911, 400134, Extent::per_molecule},
-    {914, 400122, Extent::per_molecule},
-    {915, 400123, Extent::per_molecule},
-    {916, 400124, Extent::per_molecule},
-    {917, 400125, Extent::per_molecule},
-    {918, 400127, Extent::per_molecule},
-    {919, 400128, Extent::per_molecule},
-    {920, 400129, Extent::per_molecule},
-    {921, 400130, Extent::per_molecule},
-    {922, 400131, Extent::per_molecule},
-    {923, 400132, Extent::per_molecule},
-    {924, 400126, Extent::per_molecule},
-    {501, 0, Extent::measures},
-    {502, 0, Extent::measures},
-    {503, 0, Extent::measures},
-    {504, 0, Extent::measures},
-    {505, 0, Extent::measures},
-    {506, 0, Extent::measures},
-});
 
 constexpr std::int32_t molecule_count_key = 200177;
 
@@ -117,7 +42,7 @@ struct Slice {
 };
 
 Slice slice_of(const Series& series) {
-  if (series.source.extent != Extent::six) return {1, series.width};
+  if (series.source.extent != FrameExtent::six) return {1, series.width};
   switch (trj_gui_i_.periodicity) {
     case 1:
       return {3, 1};
@@ -133,12 +58,13 @@ bool is_missing(const CatalogueTable& table, std::size_t row) {
 }
 
 /// The numbers that a frame has of a row; 0 for none, or if the row is on disk.
-std::int32_t missing_width(const OpenTrajectory& trajectory, std::size_t row, Extent extent, FrameMeasures& measures) {
+std::int32_t missing_width(const OpenTrajectory& trajectory, std::size_t row, FrameExtent extent,
+                           FrameMeasures& measures) {
   const CatalogueTable table = property_table();
-  if (extent == Extent::measures) return table.is_wanted(row) ? measures.prepare(row) : 0;
+  if (extent == FrameExtent::measures) return table.is_wanted(row) ? measures.prepare(row) : 0;
   if (!is_missing(table, row)) return 0;
-  if (extent == Extent::per_molecule) return trajectory.integer(molecule_count_key, 0);
-  return extent == Extent::six ? 6 : 1;
+  if (extent == FrameExtent::per_molecule) return trajectory.integer(molecule_count_key, 0);
+  return extent == FrameExtent::six ? 6 : 1;
 }
 
 /// The wanted rows whose files are missing, side by side in one common row. A row without numbers is left out.
@@ -169,7 +95,7 @@ void convert(std::int32_t id, std::span<double> numbers) {
 }
 
 bool runs_beside(const Series& series) {
-  return series.source.extent == Extent::measures && FrameMeasures::may_run_beside(series.source.id);
+  return series.source.extent == FrameExtent::measures && FrameMeasures::may_run_beside(series.source.id);
 }
 
 /// Fetches the numbers of one series in the frame that is loaded; the first failure stays with the series.
@@ -178,7 +104,7 @@ void fetch(const OpenTrajectory& trajectory, const FrameMeasures& measures, Seri
   if (series.status != 0) return;
   const auto numbers =
       common_row.subspan(static_cast<std::size_t>(series.offset), static_cast<std::size_t>(series.width));
-  if (series.source.extent == Extent::measures) return measures.put(series.source.id, numbers, series.status);
+  if (series.source.extent == FrameExtent::measures) return measures.put(series.source.id, numbers, series.status);
   std::int32_t count = 0;
   trj_dvalue_(trajectory.handle(), series.source.key, numbers, count, series.status);
   if (series.status == 0) convert(series.source.id, numbers);
@@ -197,7 +123,7 @@ class FrameFetch {
     finish();
     measures_.turn();
     for (Series& series : all_) {
-      if (series.source.extent == Extent::measures && series.status == 0) series.status = coordinates;
+      if (series.source.extent == FrameExtent::measures && series.status == 0) series.status = coordinates;
       if (!runs_beside(series)) fetch(trajectory_, measures_, series, common_row);
     }
     if (!measures_.empty()) beside_.emplace(1, [this, common_row](auto, auto) { fetch_beside(common_row); });

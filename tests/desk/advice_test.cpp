@@ -42,11 +42,15 @@ struct Fake {
   };
   std::map<std::string, std::string> returned{{"TRAJECTORY_FILE_NAME", "argon.trj"}, {"NUMBER_OF_FRAMES", "200"}};
 
+  bool charged = true;
+
   StateSources sources() {
     return {.answer = [this](const std::string& word) { return answers[word]; },
             .returned = [this](const std::string& key) { return returned[key]; },
             .cell_width = [] { return 29.0; },
-            .selected_atoms = [] { return std::size_t{216}; }};
+            .selected_atoms = [] { return std::size_t{216}; },
+            .model_atoms = [] { return std::size_t{216}; },
+            .charged = [this] { return charged; }};
   }
   std::vector<std::string> about(const EndedCommand& command) {
     std::vector<std::string> texts;
@@ -55,6 +59,19 @@ struct Fake {
     return texts;
   }
 };
+
+TEST(Advice, warns_of_dipoles_where_no_atom_has_a_charge) {
+  for (const bool charged : {true, false}) {
+    Fake fake;
+    fake.charged = charged;
+    for (const auto& [word, arguments] : {std::pair{"DAC", ""}, {"SELECT_PROPERTIES", "\"Dipole Vector\""}}) {
+      const auto texts = fake.about({word, arguments, 0});
+      EXPECT_EQ(texts.size(), charged ? 0u : 1u) << word;
+      for (const auto& text : texts) EXPECT_NE(text.find("no atom of the model has a charge"), std::string::npos);
+    }
+    EXPECT_TRUE(fake.about({"SELECT_PROPERTIES", "Temperature", 0}).empty());
+  }
+}
 
 struct AdviceCase {
   const char* word;

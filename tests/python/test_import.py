@@ -302,6 +302,31 @@ class Analyses(Case):
             file.write("\n".join(lines) + "\n")
         return pathdesk("run", "some.script", "--workdir", "work", "--format", "tsv", folder=self.folder)
 
+    def test_what_the_files_do_not_have_cannot_be_selected(self):
+        """Neither energies nor velocities: the cell alone is left, and no zero stands for the rest."""
+        code, told, trouble = self.run_script(f"@import run {GROMACS}tpr {GROMACS}xtc", "@request SELECT_PROPERTIES",
+                                              'SELECT_PROPERTIES Temperature "Total Energy" Hamiltonian Pressure Volume',
+                                              "PROFILE")
+        self.assertEqual(code, 0)
+        listed = told[told.index("SELECT_PROPERTIES ="):].split("\n\n")[0]
+        self.assertIn("Volume", listed)
+        self.assertNotRegex(listed, "Energy|Temperature|Pressure|Stress|Hamiltonian|ENERGY")
+        for name in ("Temperature", "Total Energy", "Hamiltonian", "Pressure"):
+            self.assertIn(f"{name} cannot be selected", trouble)
+        self.assertEqual([name for name in os.listdir(self.path("out")) if name.endswith(".tsv") and "Profile" in name],
+                         ["Profile-of-Volume.tsv"])
+        code, told, _ = pathdesk("info", self.path("work/run.trj"))
+        self.assertRegex(told, "absent +total energy, .*temperature, pressure")
+        self.assertNotIn("nan", told)
+
+    def test_values_that_only_some_frames_have_can_be_selected(self):
+        with open(self.path("late.csv"), "w", encoding="utf-8") as file:
+            file.write("time (ps),temperature (K)\n" + "".join(f"{0.1 * k:.1f},{290 + k}\n" for k in range(2, 6)))
+        code, told, trouble = self.run_script(f"@import run {GROMACS}tpr {GROMACS}xtc --last 6 --energies late.csv",
+                                              "SELECT_PROPERTIES Temperature", "PROFILE")
+        self.assertEqual((code, trouble), (0, ""), told)
+        self.assertIn("Temperature: mean 293.5", told)
+
     def test_a_script_brings_files_in_once(self):
         for ending in ("tpr", "xtc", "xvg"):
             shutil.copy(GROMACS + ending, self.path("my run." + ending))

@@ -284,14 +284,28 @@ void check_trajectory(const Case& now, std::vector<std::string>& all) {
   }
 }
 
+/// What is made of charges where there are none: a zero that looks like a result.
+void check_charges(const Case& now, std::vector<std::string>& all) {
+  const auto& word = now.command.word;
+  const bool names = (word == "SELECT_PROPERTIES" || word == "SELECT_FLUCTUATIONS") &&
+                     std::any_of(now.words.begin(), now.words.end(), [](std::string_view name) {
+                       return name.starts_with("Dipole") || name.starts_with("Dielectric");
+                     });
+  if (!names && word != "DAC" && word != "DAC_POWER_SPECTRUM") return;
+  if (now.present.loaded() && now.present.model_atoms() > 0 && !now.present.charged()) {
+    all.emplace_back("no atom of the model has a charge: dipoles, and what is made of them, mean nothing");
+  }
+}
+
 void check_reset(const Case& now, std::vector<std::string>& all) {
   constexpr std::int32_t declined = -1;
   if (now.command.word == "RESET" && now.command.status == declined)
     all.emplace_back("its question was not answered with Reset: everything is as it was");
 }
 
-constexpr std::array checks{check_names,  check_choice, check_property,        check_missing, check_trajectory,
-                            check_number, check_models, check_pairs_of_frames, check_reset,   check_needs};
+constexpr std::array checks{check_names,      check_choice, check_property, check_missing,
+                            check_trajectory, check_number, check_models,   check_pairs_of_frames,
+                            check_charges,    check_reset,  check_needs};
 
 }  // namespace
 

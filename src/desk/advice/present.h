@@ -17,6 +17,7 @@ struct StateSources {
   std::function<double()> cell_width = [] { return 0.0; };      ///< smallest width of the model's cell, Å; 0: none
   std::function<std::size_t()> selected_atoms = [] { return std::size_t{0}; };
   std::function<std::size_t()> model_atoms = [] { return std::size_t{0}; };  ///< of the current model; 0: none
+  std::function<bool()> charged = [] { return true; };  ///< some atom of the current model has a charge
 };
 
 /// The present settings and limits of the process, asked for when they are first wanted.
@@ -42,6 +43,7 @@ class Present {
   std::optional<double> cell_width();
   std::size_t selected_atoms() const { return sources_.selected_atoms(); }
   std::size_t model_atoms() const { return sources_.model_atoms(); }
+  bool charged() const { return sources_.charged(); }
 
  private:
   std::string returned(const std::string& key);

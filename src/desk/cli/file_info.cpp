@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <filesystem>
 
 #include "desk/advice/trajectory_advice.h"
@@ -317,7 +318,13 @@ std::vector<std::vector<double>> all_values(const OpenTrajectory& trajectory) {
   return all;
 }
 
+/// True for a value that whoever wrote the file did not have.
+bool is_absent(const std::vector<double>& values) {
+  return !values.empty() && std::all_of(values.begin(), values.end(), [](double value) { return std::isnan(value); });
+}
+
 std::string numbers_of(const std::vector<double>& values) {
+  if (is_absent(values)) return "absent";
   std::string text;
   for (const auto number : values) text += fmt::format("{}{:.6g}", text.empty() ? "" : "  ", number);
   return text;
@@ -329,6 +336,7 @@ void print_values(OpenTrajectory& trajectory, std::int32_t frames) {
   const auto last = all_values(trajectory);
   if (trajectory.read(1) != 0) return;
   const auto first = all_values(trajectory);
+  std::string absent;
   fmt::print("  values of the first frame (of the last):\n");
   for (std::size_t k = 0; k < frame_values.size(); ++k) {
     const auto is_zero = [](double value) { return value == 0; };
@@ -336,9 +344,14 @@ void print_values(OpenTrajectory& trajectory, std::int32_t frames) {
         std::all_of(last[k].begin(), last[k].end(), is_zero)) {
       continue;
     }
+    if (is_absent(first[k]) && is_absent(last[k])) {
+      absent += fmt::format("{}{}", absent.empty() ? "" : ", ", frame_values[k].name);
+      continue;
+    }
     fmt::print("    {:<22}{} ({}) {}\n", frame_values[k].name, numbers_of(first[k]), numbers_of(last[k]),
                frame_values[k].unit);
   }
+  if (!absent.empty()) fact("absent", absent);
   trajectory.print_arrays();
 }
 

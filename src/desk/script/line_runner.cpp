@@ -566,6 +566,11 @@ StateSources LineRunner::state_sources() {
               [this] {
                 const auto* model = model_.model(model_.current_model());
                 return model ? model->data.positions.size() : 0;
+              },
+          .charged =
+              [this] {
+                const auto* model = model_.model(model_.current_model());
+                return model && std::ranges::any_of(model->data.charges, [](double charge) { return charge != 0; });
               }};
 }
 
