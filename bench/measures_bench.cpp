@@ -83,14 +83,16 @@ class Torsions {
   Torsions(const Torsions&) = delete;
 };
 
-/// The seconds of a pass over the frames. @param take  void(coordinates), which stay until it is called anew
+using Coordinates = std::array<std::vector<double>, 2>;
+
+/// The seconds of a pass over the frames.
+/// @param xyz   takes one frame after the other, in turn
+/// @param take  void(coordinates), which stay until it is called anew
 template <class Take>
-double pass(const Run& run, Take take) {
+double pass(const Run& run, Coordinates& xyz, Take take) {
   const auto start = std::chrono::steady_clock::now();
   std::int32_t handle = 0, status = 0, count = 0;
   trj_openread_(run.path, 1, handle, status);
-  std::array<std::vector<double>, 2> xyz;
-  xyz.fill(std::vector<double>(3 * static_cast<std::size_t>(atoms)));
   for (std::int32_t frame = 1; frame <= frames && status == 0; ++frame) {
     auto& now = xyz[static_cast<std::size_t>(frame) % 2];
     trj_readframe_(handle, frame, status);
@@ -115,13 +117,15 @@ void torsions_through_frames(benchmark::State& state) {
   const Torsions set_up;
   constexpr std::array<double, 3> a{70, 0, 0}, b{0, 70, 0}, c{0, 0, 70};
   std::vector<double> values(static_cast<std::size_t>(torsions)), with, without;
+  Coordinates xyz;
+  xyz.fill(std::vector<double>(3 * static_cast<std::size_t>(atoms)));
   for (auto _ : state) {
-    without.push_back(pass(run, [](const auto& xyz) { benchmark::DoNotOptimize(xyz.data()); }));
+    without.push_back(pass(run, xyz, [](const auto& frame) { benchmark::DoNotOptimize(frame.data()); }));
     std::optional<ParallelBlocks> beside;
     std::int32_t status = 0;
-    with.push_back(pass(run, [&](const auto& xyz) {
+    with.push_back(pass(run, xyz, [&](const auto& frame) {
       if (beside) beside->finish();
-      beside.emplace(1, [&](auto, auto) { calctormeasures_(torsions, xyz, a, b, c, values, status); });
+      beside.emplace(1, [&](auto, auto) { calctormeasures_(torsions, frame, a, b, c, values, status); });
     }));
     beside->finish();
     if (status != 0) state.SkipWithError("the torsions cannot be computed");

@@ -1,6 +1,8 @@
 #include "support/parallel.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <exception>
@@ -60,6 +62,7 @@ class Pool {
     if (ended_ || threads_ == 1 || job->blocks < 1) return;
     start_helpers();
     jobs_.push_back(job);
+    ++begun_;
     work_.notify_all();
   }
 
@@ -103,12 +106,24 @@ class Pool {
     while (true) {
       const auto open = std::ranges::find_if(jobs_, [](const auto& job) { return job->open(); });
       if (open == jobs_.end() || worker >= threads_) {
-        work_.wait(lock);
+        if (worker >= threads_ || !comes_soon(lock)) work_.wait(lock);
         continue;
       }
       const std::shared_ptr<Job> job = *open;
       while (job->open()) run_next(*job, worker, lock);
     }
+  }
+
+  /// Looks out for another job for a moment: to wake a thread that sleeps takes longer than many a job that comes once
+  /// a frame.
+  bool comes_soon(std::unique_lock<std::mutex>& lock) {
+    const auto seen = begun_.load();
+    lock.unlock();
+    const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(100);
+    while (begun_.load() == seen && std::chrono::steady_clock::now() < end) {
+    }
+    lock.lock();
+    return begun_.load() != seen;
   }
 
   void run_next(Job& job, std::size_t worker, std::unique_lock<std::mutex>& lock) {
@@ -155,6 +170,7 @@ class Pool {
   std::vector<std::shared_ptr<Job>> jobs_;
   std::size_t threads_ = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, most_threads);
   std::size_t helpers_ = 0;
+  std::atomic<std::uint64_t> begun_ = 0;  ///< jobs; changes under the mutex
   bool ended_ = false;
 };
 

@@ -184,7 +184,6 @@ class Plot {
       plot.setScale('x', { min: this.x[0], max: this.x[1] });
       plot.setScale('y', { min: this.y[0], max: this.y[1] });
     });
-    plot.redraw(false, false);
   }
 
   private draw(plot: uPlot): void {

@@ -31,7 +31,6 @@ using nlohmann::json;
 
 constexpr std::size_t most_log_lines = 5000;
 constexpr std::uintmax_t largest_script = 1 << 20;
-constexpr auto between_progress = std::chrono::milliseconds(500);
 // Frames that step by faster than a browser shows them would only take its time.
 constexpr auto between_frames = std::chrono::milliseconds(25);
 
@@ -61,10 +60,9 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
       {.told = [this](Told kind,
                       std::string_view text) { tell_log(told_names.at(static_cast<std::size_t>(kind)), text); },
        .progress =
-           [this, last = Clock::time_point{}](double fraction) mutable {
-             if (fraction < 1 && Clock::now() - last < between_progress) return;
-             last = Clock::now();
-             tell("progress", {{"type", "progress"}, {"fraction", fraction}});
+           [this](double fraction) {
+             progress_ = fraction;
+             if (fraction >= 1) tell_progress();
            },
        .status =
            [this](std::string_view text) {
@@ -73,7 +71,7 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
   runner_.answer_with([this](const Question& question) { return ask(question); });
   runner_.watch_with({.working =
                           [this] {
-                            view_.look_now_and_then();
+                            if (view_.look_now_and_then()) tell_progress();
                             serve_beside_line();
                           },
                       .frame =
@@ -365,8 +363,12 @@ void PanelSession::tell_line(const ScriptLine& line, std::string_view state, con
       text_message({{"type", "line"}, {"number", count}, {"text", text}, {"state", state}, {"seconds", seconds}}));
   const bool runs = state == "runs";
   tell("busy", {{"type", "busy"}, {"text", runs ? line.text : ""}, {"waiting", requests_.waiting_lines()}});
-  if (runs) tell("progress", {{"type", "progress"}, {"fraction", 0}});
+  if (!runs) return;
+  progress_ = 0;
+  tell_progress();
 }
+
+void PanelSession::tell_progress() { tell("progress", {{"type", "progress"}, {"fraction", progress_}}); }
 
 void PanelSession::reply(PageId page, const json& body) { server_.send(page, text_message(body)); }
 

@@ -54,6 +54,7 @@ class PanelSession {
   void tell(const char* topic, const nlohmann::json& body);
   void tell_log(std::string_view kind, std::string_view text);
   void tell_line(const ScriptLine& line, std::string_view state, const std::string& text, double seconds);
+  void tell_progress();
   void reply(PageId page, const nlohmann::json& body);
 
   LineRunner& runner_;
@@ -66,6 +67,7 @@ class PanelSession {
   std::vector<PastLine> history_;
   std::set<std::string> watched_;
   std::map<std::string, std::string> told_values_;  ///< the messages that pages have, by word
+  double progress_ = 0;                             ///< of the line that runs, as a share
   int number_ = 0;
   bool ended_ = false;
   int code_ = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr auto between_positions = std::chrono::milliseconds(15);
 // A browser without a graphics card takes some 30 ms of a processor for a picture of the page, which the analysis would
 // have to wait for.
-constexpr auto between_points = std::chrono::milliseconds(500);
+constexpr auto between_points = std::chrono::milliseconds(1000);
 
 /// Sends a message unless it is as the last one of its kind.
 void tell_change(PageServer& server, const char* topic, PageMessage message, std::string& last) {
@@ -24,16 +24,16 @@ void tell_change(PageServer& server, const char* topic, PageMessage message, std
 
 }  // namespace
 
-void PanelView::look_now_and_then() {
+bool PanelView::look_now_and_then() {
   const auto now = Clock::now();
   if (now - models_seen_ >= between_positions) {
     look_at_models();
     models_seen_ = Clock::now();
   }
-  if (now - graphs_seen_ >= between_points) {
-    look_at_graphs();
-    graphs_seen_ = Clock::now();
-  }
+  if (now - graphs_seen_ < between_points) return false;
+  look_at_graphs();
+  graphs_seen_ = Clock::now();
+  return true;
 }
 
 void PanelView::look() {

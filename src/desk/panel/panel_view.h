@@ -17,7 +17,8 @@ class PanelView {
   PanelView(const LineRunner& runner, PageServer& server) : runner_(runner), server_(server) {}
 
   /// For a line that runs: looks no more often than a page can show.
-  void look_now_and_then();
+  /// @return true if it has looked at the graphs, so that whatever else a page shows may change with them
+  bool look_now_and_then();
   void look();
 
  private:
