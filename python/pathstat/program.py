@@ -13,6 +13,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import warnings
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -226,33 +227,47 @@ class _Talk:
         Raises AnalysisError if the program is gone, and KeyboardInterrupt behind the answer if it was stopped.
         """
         assert self.process.stdin and self.process.stdout
-        interrupted = False
+        stops: List[int] = []
+
+        def stop(*_: Any) -> None:
+            stops.append(1)
+            self.process.send_signal(signal.SIGINT)
+
+        # Not as an exception, which could come between a request and its answer.
+        before = signal.signal(signal.SIGINT, stop) if threading.current_thread() is threading.main_thread() else None
+        try:
+            header, block = self._exchange(request)
+        except EOFError:
+            if stops:
+                raise KeyboardInterrupt from None
+            raise AnalysisError(self._last_words()) from None
+        finally:
+            if before is not None:
+                signal.signal(signal.SIGINT, before)
+        header["was_interrupted"] = bool(stops)
+        return header, block
+
+    def _exchange(self, request: Dict[str, Any]) -> Tuple[Dict[str, Any], bytes]:
+        """Raises EOFError if the program is gone."""
+        assert self.process.stdin and self.process.stdout
         try:
             self.process.stdin.write(json.dumps(request).encode() + b"\n")
             self.process.stdin.flush()
         except (BrokenPipeError, ValueError):
-            raise AnalysisError(self._last_words()) from None
+            raise EOFError from None
         data = bytearray()
         header: Optional[Dict[str, Any]] = None
         wanted = 0
         while header is None or len(data) < wanted:
-            try:
-                part = os.read(self.process.stdout.fileno(), 1 << 20)
-            except KeyboardInterrupt:
-                interrupted = True
-                self.process.send_signal(signal.SIGINT)
-                continue
+            part = os.read(self.process.stdout.fileno(), 1 << 20)
             if not part:
-                if interrupted:
-                    raise KeyboardInterrupt
-                raise AnalysisError(self._last_words())
+                raise EOFError
             data += part
             end = data.find(b"\n") if header is None else -1
             if end >= 0:
                 header = json.loads(data[:end])
                 wanted = header["bytes"]
                 del data[: end + 1]
-        header["was_interrupted"] = interrupted
         return header, bytes(data)
 
     def _last_words(self) -> str:

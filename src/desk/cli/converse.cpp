@@ -123,8 +123,8 @@ class Conversation {
     while (!ended_) {
       const auto text = lines.next();
       if (!text) break;
-      forget_interrupts();
       send(answer_to(*text));
+      forget_interrupts();  // behind the answer: one that comes ahead of a line that was sent is meant for it
     }
     runner_.console().lead_to({});
     return code_;
