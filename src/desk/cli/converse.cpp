@@ -134,7 +134,9 @@ class Conversation {
   Answer answer_to(const std::string& text) {
     const auto request = json::parse(text, nullptr, false);
     if (!request.is_object() || request.size() != 1) return refusal("a request is an object with one member");
-    const auto& [what, of] = *request.items().begin();
+    const auto member = request.begin();
+    const auto& what = member.key();
+    const auto& of = member.value();
     if (what == "words") return {words_body()};
     if (what == "model") return model();
     if (what == "frame") return frame();
