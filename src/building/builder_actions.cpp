@@ -91,6 +91,14 @@ std::int32_t current_of_type(std::int32_t type, std::string_view key) {
   return 0;
 }
 
+std::int32_t unbuild(std::int32_t type, std::string_view key, void (*take_back)(std::int32_t, std::int32_t&)) {
+  const auto model = current_of_type(type, key);
+  if (model == 0) return 1;
+  std::int32_t status = 0;
+  take_back(model, status);
+  return status == 0 ? 0 : not_built(status);
+}
+
 // Slabs
 
 std::int32_t build_slab_model(std::int32_t model) {
@@ -207,11 +215,7 @@ std::int32_t add_to_crystal() {
 }
 
 std::int32_t unbuild_crystal() {
-  const auto crystal = current_of_type(periodic_type::three_dimensional, "STRUCTURE_NO_CRYSTAL");
-  if (crystal == 0) return 1;
-  std::int32_t status = 0;
-  kva_cry_unbuildcrystal_(crystal, status);
-  return status == 0 ? 0 : not_built(status);
+  return unbuild(periodic_type::three_dimensional, "STRUCTURE_NO_CRYSTAL", kva_cry_unbuildcrystal_);
 }
 
 std::int32_t build_slab() {
@@ -223,11 +227,7 @@ std::int32_t build_slab() {
 }
 
 std::int32_t unbuild_slab() {
-  const auto slab = current_of_type(periodic_type::two_dimensional, "STRUCTURE_NO_SLAB");
-  if (slab == 0) return 1;
-  std::int32_t status = 0;
-  kva_sfc_unbuildsurface_(slab, status);
-  return status == 0 ? 0 : not_built(status);
+  return unbuild(periodic_type::two_dimensional, "STRUCTURE_NO_SLAB", kva_sfc_unbuildsurface_);
 }
 
 }  // namespace pathstat::builder_actions

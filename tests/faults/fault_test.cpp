@@ -300,6 +300,7 @@ TEST_P(FailedCalls, are_told_and_leave_results_whole) {
       std::regex::icase);
   ASSERT_EQ(good_.code(), 0) << good_.err;
   ASSERT_GT(good_.calls, 0U);
+  if (GetParam().fewest == for_campaign && !std::getenv("FAULTS_EVERY")) GTEST_SKIP() << "left to ./dev faults";
   const auto all = std::numeric_limits<std::size_t>::max();
   for (const auto at : places(std::getenv("FAULTS_EVERY") ? all : GetParam().fewest)) {
     const auto run = place_.run(GetParam(), at, names_);
@@ -367,6 +368,7 @@ class Signals : public Faults {
 TEST_P(Signals, end_both_programs_and_leave_results_whole) {
   constexpr std::size_t all_moments = 50;
   ASSERT_EQ(good_.code(), 0) << good_.err;
+  if (GetParam().fewest == for_campaign && !std::getenv("FAULTS_EVERY")) GTEST_SKIP() << "left to ./dev faults";
   for (const auto at : places(std::getenv("FAULTS_EVERY") ? all_moments : GetParam().fewest)) {
     const auto run = signalled(at);
     if (run.fired == 0) continue;

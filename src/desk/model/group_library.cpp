@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "desk/model/library_operators.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -47,22 +49,7 @@ std::span<const SpaceGroup> library_groups() {
   return groups;
 }
 
-SymmetryOperators library_operators(std::size_t place) {
-  SymmetryOperators operators;
-  for (const auto& op : rows().at(place)->operations()) {
-    Matrix3 rotation{};
-    Vector3 translation{};
-    for (std::size_t row = 0; row < 3; ++row) {
-      for (std::size_t column = 0; column < 3; ++column) {
-        rotation[row + 3 * column] = static_cast<double>(op.rot[row][column]) / gemmi::Op::DEN;
-      }
-      translation[row] = static_cast<double>(op.tran[row]) / gemmi::Op::DEN;
-    }
-    operators.rotations.push_back(rotation);
-    operators.translations.push_back(translation);
-  }
-  return operators;
-}
+SymmetryOperators library_operators(std::size_t place) { return as_operators(rows().at(place)->operations()); }
 
 bool is_name_of(std::size_t place, std::string_view text) {
   const auto& row = *rows().at(place);

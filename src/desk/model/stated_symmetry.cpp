@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "desk/model/group_library.h"
+#include "desk/model/library_operators.h"
 #include "desk/model/symmetry.h"
 #include "structure/symmetry_codes.h"
 
@@ -76,23 +77,6 @@ bool is_group(const Operations& list) {
     return std::all_of(list.begin(), list.end(),
                        [&](const gemmi::Op& other) { return known.contains(key(one * other)); });
   });
-}
-
-SymmetryOperators as_operators(const Operations& list) {
-  SymmetryOperators operators;
-  for (const auto& op : list) {
-    Matrix3 rotation{};
-    Vector3 translation{};
-    for (std::size_t row = 0; row < 3; ++row) {
-      for (std::size_t column = 0; column < 3; ++column) {
-        rotation[row + 3 * column] = static_cast<double>(op.rot[row][column]) / gemmi::Op::DEN;
-      }
-      translation[row] = static_cast<double>(op.tran[row]) / gemmi::Op::DEN;
-    }
-    operators.rotations.push_back(rotation);
-    operators.translations.push_back(translation);
-  }
-  return operators;
 }
 
 Operations as_operations(const SymmetryOperators& operators) {
