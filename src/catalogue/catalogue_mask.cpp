@@ -203,14 +203,17 @@ void find_absent_rows(const OpenTrajectory& trajectory) {
   for (const auto& source : frame_sources) {
     if (source.extent == FrameExtent::one || source.extent == FrameExtent::six) absent_rows.push_back(source.id);
   }
+  bool any_frame = false;
   for (const std::int32_t frame : {1, trj_frames_.frames_in_file}) {
     std::int32_t status = 0;
     trj_readframe_(trajectory.handle(), frame, status);
     if (status != 0) continue;
+    any_frame = true;
     std::erase_if(absent_rows, [&](std::int32_t id) {
       return !has_no_number(trajectory, std::ranges::find(frame_sources, id, &FrameSource::id)->key);
     });
   }
+  if (!any_frame) absent_rows.clear();  // nothing is known
 }
 
 void mask_trajectory(std::string_view file, bool keep, std::int32_t& status) {
