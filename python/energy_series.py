@@ -179,7 +179,7 @@ def read_csv(path, time_factor, energy):
     return table
 
 
-def read_energies(path, asked_units, time_factor, facts, tell):
+def read_energies(path, asked_units, time_factor, facts):
     energy = ENERGY_UNITS[asked_units] if asked_units else None
     end = os.path.splitext(path)[1].lower()
     if end == ".xvg":
@@ -192,5 +192,5 @@ def read_energies(path, asked_units, time_factor, facts, tell):
         units = LAMMPS_UNITS[facts.get("units", "real")]
         table = read_lammps(path, units, time_factor, energy or units.energy)
     if "time" not in table or len(table["time"]) == 0 or len(table) == 1:
-        raise ValueError(f"{path} has no rows of energies with a time or a step")
+        raise ValueError("it has no rows of energies with a time or a step")
     return Columns(table, path)

@@ -24,6 +24,7 @@ import struct
 import sys
 import warnings
 
+from import_files import UNREADABLE, Refused, reader_of, refuse_unfit_files, topology_arguments, trajectory_format, why
 from lammps_units import LAMMPS_UNITS, lammps_facts
 
 warnings.showwarning = lambda *_, **__: None  # what a user has to know is told in other words
@@ -33,7 +34,6 @@ try:
     import numpy as np
     import MDAnalysis
     from MDAnalysis.exceptions import NoDataError, SelectionError
-    from MDAnalysis.lib.util import anyopen
     from MDAnalysis.coordinates.XDR import XDRBaseReader
     from MDAnalysis.topology import guessers, tables
 
@@ -44,10 +44,6 @@ except ImportError:
     # The distribution's package belongs to its own interpreter, which need not be the first one of the path.
     if os.path.realpath(sys.executable) != os.path.realpath(SYSTEM_PYTHON) and os.path.exists(SYSTEM_PYTHON):
         os.execv(SYSTEM_PYTHON, [SYSTEM_PYTHON, *sys.argv])
-
-
-class Refused(Exception):
-    """What the user asked for cannot be done; the text says why."""
 
 
 class Sender:
@@ -68,48 +64,6 @@ class Sender:
         self.block(tag, "".join("".join(str(word).split()) + "\n" for word in values).encode("utf-8", "replace"))
 
 
-# ---- files ------------------------------------------------------------------------------------------------------
-
-# Endings that MDAnalysis knows under another name.
-TRAJECTORY_ENDINGS = {".dump": "LAMMPSDUMP", ".lammpstrj": "LAMMPSDUMP", ".nc": "NCDF"}
-LAMMPS_READERS = ("DATA", "LAMMPS", "LAMMPSDUMP")
-
-
-def first_line(path):
-    try:
-        with anyopen(path, "rb") as file:
-            return file.read(256).split(b"\n")[0].decode("latin-1").strip()
-    except OSError as problem:
-        raise Refused(f"{path} cannot be read: {problem.strerror or problem}")
-
-
-def ending(path):
-    root, end = os.path.splitext(path)
-    return (os.path.splitext(root)[1] if end.lower() in (".gz", ".bz2") else end).lower()
-
-
-def trajectory_format(path, asked):
-    if asked:
-        return asked
-    if first_line(path).startswith("ITEM:"):
-        return "LAMMPSDUMP"
-    return TRAJECTORY_ENDINGS.get(ending(path))
-
-
-def topology_arguments(path, asked):
-    """What MDAnalysis has to be told of a topology: the columns of a LAMMPS data file stand in a comment that it passes."""
-    arguments = {"topology_format": asked} if asked else {}
-    kind = asked or ending(path)
-    if kind in (".data", "DATA", ".lmp", ".lammps"):
-        arguments["topology_format"] = "DATA"
-        style = lammps_facts(path).get("atom_style")
-        if style:
-            arguments["atom_style"] = style
-    elif not asked and first_line(path).startswith("ITEM:"):
-        arguments["topology_format"] = "LAMMPSDUMP"
-    return arguments
-
-
 # ---- what a topology holds --------------------------------------------------------------------------------------
 
 class Topology:
@@ -127,7 +81,10 @@ class Topology:
         self.masses = self.known_masses()
         self.elements = self.known_elements()
         self.bonds = self.inner_bonds()
-        if self.charges is None:
+        if set(self.elements) == {"X"}:
+            tell("The topology tells no element of any atom: all are X, without masses, charges or bonds of their own;"
+                 " name a topology in front of the trajectory, such as tpr, prmtop, psf, data, gro or pdb.")
+        elif self.charges is None:
             tell("The topology has no charges: they count as 0, and dipoles mean nothing.")
 
     def column(self, name):
@@ -151,6 +108,8 @@ class Topology:
         if masses is None or not np.isfinite(masses).all() or (np.asarray(masses) <= 0).all():
             return None
         if self.guessed("masses"):
+            if len(set(masses)) == 1 and masses[0] == 1:
+                return None  # what stands where nothing is known
             self.tell("Masses are guessed from the types and names of atoms.")
         return np.asarray(masses, dtype=float)
 
@@ -173,6 +132,8 @@ class Topology:
                 guesses[key] = self.guess(key, known_names)
             symbols[k], how = guesses[key]
             by.add(how)
+        if all(symbol == "X" for symbol in symbols):
+            return symbols
         told = sorted({f"{word} {symbol}" if word else symbol for (word, _), (symbol, _) in guesses.items()})
         self.tell(f"Elements are guessed from {' and '.join(sorted(by))}: {', '.join(told[:12])}"
                   + (" ..." if len(told) > 12 else ""))
@@ -269,19 +230,25 @@ class Frames:
         self.time_factor = self.velocity_factor = self.length_factor = 1.0
         self.passed = self.without_positions = 0
         self.opened = None
+        self.lengths = {}  # of each file, in frames
 
     def open(self, path):
         if self.opened == path:
             return self.universe.trajectory
         self.opened = path
-        kind = trajectory_format(path, self.options.format)
-        arguments = {"format": kind} if kind else {}
-        if kind == "LAMMPSDUMP":
+        if trajectory_format(path, self.options.format) == "LAMMPSDUMP":
             import lammps_dump  # puts its reader in the place of the one of this format
-        self.universe.load_new(path, **arguments)
-        reader = self.universe.trajectory
-        if reader.n_atoms != len(self.universe.atoms):
-            raise Refused(f"{path} has {reader.n_atoms} atoms, the topology {len(self.universe.atoms)}")
+        kind = reader_of(path, self.options.format)
+        atoms = len(self.universe.atoms)
+        try:
+            # Some formats have to be told the number of atoms; NetCDF knows it, and would complain in its own words.
+            reader = kind(path, **({} if kind.format[0] == "NCDF" else {"n_atoms": atoms}))
+        except UNREADABLE as problem:
+            raise Refused(f"{path} cannot be read: {why(problem, path)}")
+        if reader.n_atoms != atoms:
+            raise Refused(f"{path} has {reader.n_atoms} atoms and {self.options.topology} has {atoms}: both have to be of"
+                          " the same atoms")
+        self.universe.trajectory = reader
         if getattr(reader, "format", "") == "LAMMPSDUMP":
             self.use_lammps_units()
         return reader
@@ -317,27 +284,42 @@ class Frames:
 
     def first_and_last_of_all(self, paths):
         """@return number of frames in all, and whether the cell changes"""
-        counts, cells = [], []
+        cells = []
         for path in paths:
             reader = self.open(path)
-            counts.append(len(reader))
-            cells += [cell_of(reader[0]), cell_of(reader[len(reader) - 1])]
-        total = sum(counts)
+            self.lengths[path] = self.whole_frames(reader, path)
+            cells += [cell_of(reader[0]), cell_of(reader[self.lengths[path] - 1])]
+        total = sum(self.lengths[path] for path in paths)
         end = min(total, self.options.last or total)
         chosen = max(0, (end - self.options.first) // self.options.step + 1)
         return chosen, bool(np.abs(np.diff(cells, axis=0)).max() > 0)
+
+    def whole_frames(self, reader, path):
+        """The number of frames; the last one of a run that was stopped may be cut off."""
+        length = len(reader)
+        for whole in (length, length - 1):
+            try:
+                if whole > 0 and reader[whole - 1].has_positions is not None:
+                    break
+            except UNREADABLE as problem:
+                trouble = why(problem, path)
+        else:
+            raise Refused(f"{path}: " + ("no frame is whole" if length < 2 else f"frame {length - 1} cannot be read: {trouble}"))
+        if whole < length:
+            self.tell(f"{os.path.basename(path)} is cut off in frame {length}: the {whole} before it are taken.")
+        return whole
 
     def __iter__(self):
         clock = Clock(self.options.dt)
         number = 0
         for path in self.options.trajectories:
             reader = self.open(path)
-            length = len(reader)
+            length = self.lengths[path]
             first, end = self.time(reader[0]), self.time(reader[length - 1])
             told = clock.begin(first, end)
             if told:
                 self.tell(f"{os.path.basename(path)}: {told}")
-            for ts in self.chosen(reader, number, length):
+            for ts in self.chosen(reader, path, number, length):
                 if not ts.has_positions:
                     self.without_positions += 1
                     continue
@@ -348,14 +330,19 @@ class Frames:
                     yield time, ts
             number += length
 
-    def chosen(self, reader, before, length):
+    def chosen(self, reader, path, before, length):
         """The wanted frames of a file before which others have so many."""
         o = self.options
         start = o.first - 1 - before
         if start < 0:
             start = start % o.step
         stop = length if o.last is None else min(length, o.last - before)
-        return reader[start:stop:o.step] if start < stop else []
+        for place in range(start, stop, o.step):
+            try:
+                ts = reader[place] if place == start or o.step > 1 else reader.next()
+            except UNREADABLE as problem:
+                raise Refused(f"{path}: frame {place + 1} cannot be read: {why(problem, path)}")
+            yield ts
 
 
 def cell_of(ts):
@@ -436,10 +423,11 @@ def send_all(sender, options):
     for path in (options.topology, options.energies):
         if path:
             facts.update(lammps_facts(path))
+    refuse_unfit_files(options)
     try:
         universe = MDAnalysis.Universe(options.topology, **topology_arguments(options.topology, options.topology_format))
-    except (ValueError, TypeError, NotImplementedError, IndexError, KeyError) as problem:
-        raise Refused(f"MDAnalysis cannot read the topology {options.topology}: {problem}")
+    except UNREADABLE as problem:
+        raise Refused(f"{options.topology} cannot be read: {why(problem, options.topology)}")
     if not options.trajectories:
         options.trajectories = [options.topology]
     atoms = choose_atoms(universe, options.select, sender.text)
@@ -448,7 +436,10 @@ def send_all(sender, options):
     columns = NoColumns()
     if options.energies:
         from energy_series import read_energies
-        columns = read_energies(options.energies, options.energy_units, frames.time_factor, facts, sender.text)
+        try:
+            columns = read_energies(options.energies, options.energy_units, frames.time_factor, facts)
+        except UNREADABLE as problem:
+            raise Refused(f"{options.energies} cannot be read as energies: {why(problem, options.energies)}")
     topology = Topology(atoms, sender.text)
     sender.array("counts", [len(atoms), 0 if topology.bonds is None else len(topology.bonds), count, changes], "<i8")
     topology.send(sender)

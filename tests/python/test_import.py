@@ -357,7 +357,7 @@ class Analyses(Case):
     def test_a_line_that_fails_ends_the_script(self):
         code, told, trouble = self.run_script("@import run no.gro", "@show model")
         self.assertEqual((code, trouble.count("\n")), (1, 1), trouble)
-        self.assertRegex(trouble, "some.script:1: .*no.gro cannot be read: No such file or directory")
+        self.assertRegex(trouble, "some.script:1: .*no.gro does not exist")
         self.assertFalse([name for name in os.listdir(self.path("work")) if name.startswith("run")])
 
 
@@ -380,16 +380,59 @@ class Refusals(Case):
                        "def block(tag, body=b'', length=None):\n"
                        "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), len(body) if length is None else length) + body)\n"
                        + body)
-        return self.refused("top", environment={"PATHSTAT_SCRIPTS": self.folder})
+        return self.refused(self.path("import_frames.py"), environment={"PATHSTAT_SCRIPTS": self.folder})
 
     def test_files_that_are_not_there_or_do_not_fit(self):
         walk = Walk(breathing(BOXES["orthorhombic"], 2))
-        walk.write(self.path("walk.dcd"))
-        self.assertIn("648", self.refused(GROMACS + "tpr", self.path("walk.dcd")))
-        self.assertIn("none.xtc", self.refused(GROMACS + "tpr", self.path("none.xtc")))
-        self.assertIn("none.tpr", self.refused(self.path("none.tpr")))
-        self.assertIn("no atom", self.refused(GROMACS + "tpr", GROMACS + "xtc", "--select", "name Xe"))
-        self.assertIn("selection", self.refused(GROMACS + "tpr", GROMACS + "xtc", "--select", "nam OW").lower())
+        for ending in ("dcd", "nc", "xyz"):
+            walk.write(self.path("walk." + ending))
+        tpr, xtc, xvg, log = GROMACS + "tpr", GROMACS + "xtc", GROMACS + "xvg", LAMMPS + ".log"
+        for name in ("empty.xtc", "notes.txt"):
+            with open(self.path(name), "w", encoding="utf-8") as file:
+                file.write("some words\n" if name == "notes.txt" else "")
+        cases = (((tpr, self.path("walk.dcd")), "walk.dcd has 60 atoms and .*water.tpr has 648"),
+                 ((tpr, self.path("walk.nc")), "walk.nc has 60 atoms and .*water.tpr has 648"),
+                 ((self.path("walk.xyz"), xtc), "water.xtc has 648 atoms and .*walk.xyz has 60"),
+                 ((xtc, tpr), "the topology comes first: import .*water.tpr .*water.xtc$"),
+                 ((LAMMPS + ".dump.bz2", LAMMPS + ".data"), "the topology comes first: import .*water.data .*water.dump.bz2$"),
+                 ((log, LAMMPS + ".dump.bz2"), "water.log holds energies and no atoms: name the topology first"),
+                 ((GROMACS + "edr",), "water.edr holds energies and no atoms"),
+                 ((tpr, xvg), "water.xvg holds energies and no coordinates: name it behind --energies"),
+                 ((tpr,), "water.tpr holds no coordinates: name its trajectory behind it"),
+                 ((tpr, xtc, tpr), "water.tpr holds atoms and no coordinates"),
+                 ((tpr, self.path("notes.txt")), "notes.txt is of no kind that MDAnalysis reads coordinates from"),
+                 ((self.path("notes.txt"), xtc), "notes.txt is of no kind that MDAnalysis reads atoms from"),
+                 ((tpr, self.path("empty.xtc")), "empty.xtc is an empty file"),
+                 ((tpr, self.path("wakl.dcd")), "wakl.dcd does not exist; did you mean walk.dcd[?]"),
+                 ((self.path("none.tpr"),), "none.tpr does not exist$"),
+                 ((tpr, self.path("no/such.xtc")), "such.xtc does not exist: there is no folder .*/no$"),
+                 ((self.folder, xtc), "is a folder"),
+                 ((tpr, xtc, "--energies", self.path("none.xvg")), "none.xvg does not exist$"),
+                 ((tpr, xtc, "--energies", self.path("notes.txt")), "notes.txt cannot be read as energies: it has no rows"),
+                 ((tpr, xtc, "--select", "name Xe"), "no atom"),
+                 ((tpr, xtc, "--select", "nam OW"), "(?i)selection"))
+        for words, pattern in cases:
+            with self.subTest(pattern):
+                complaint = self.refused(*words).strip()
+                self.assertRegex(complaint, pattern)
+                self.assertLess(len(complaint), 400)
+
+    def test_a_run_that_was_stopped_gives_its_whole_frames(self):
+        for ending in ("xtc", "trr"):
+            file = MDAnalysis.Universe(GROMACS + "tpr", GROMACS + ending)
+            with open(GROMACS + ending, "rb") as whole, open(self.path("cut." + ending), "wb") as cut:
+                cut.write(whole.read(os.path.getsize(GROMACS + ending) * 5 // 9))
+            run = Imported(self.folder, GROMACS + "tpr", self.path("cut." + ending), "--as-is")
+            count = len(run.times)
+            self.assertTrue(0.5 < count / len(file.trajectory) < 0.6, count)
+            self.assertIn(f"cut.{ending} is cut off in frame {count + 1}: the {count} before it are taken.", run.told)
+            np.testing.assert_allclose(run.xyz[-1], file.trajectory[count - 1].positions, atol=1e-4)
+
+    def test_atoms_that_nothing_is_known_of_are_told_in_one_line(self):
+        run = Imported(self.folder, LAMMPS + ".dump.bz2")
+        self.assertEqual(run.told.count("all are X, without masses, charges or bonds"), 1)
+        self.assertNotIn("guessed", run.told)
+        self.assertTrue(len(run.velocities) and np.isnan(run.value("kinetic")).all(), "energies of unknown masses")
 
     def test_without_mdanalysis_the_package_is_named(self):
         os.mkdir(self.path("MDAnalysis"))
@@ -432,7 +475,8 @@ class Refusals(Case):
                        "for k in range(3):\n"
                        "    block('frame', struct.pack('=7d', k, 0, 0, 0, 0, 0, 0)); block('xyz', bytes(12))\n"
                        "time.sleep(100)\n")
-        process = subprocess.Popen([os.environ["PATHDESK_PROGRAM"], "import", "-o", self.path("out"), "top"],
+        top = self.path("import_frames.py")
+        process = subprocess.Popen([os.environ["PATHDESK_PROGRAM"], "import", "-o", self.path("out"), top],
                                    env={**os.environ, "PATHSTAT_SCRIPTS": self.folder}, stderr=subprocess.PIPE, text=True)
         limit = time.monotonic() + 60
         while not os.path.exists(self.path("out.trj.part")) and time.monotonic() < limit:

@@ -9,6 +9,7 @@
 #include <numbers>
 #include <system_error>
 
+#include "desk/import/input_files.h"
 #include "desk/import/script_stream.h"
 #include "desk/import/topology_blocks.h"
 #include "desk/import/unwrapping.h"
@@ -83,6 +84,7 @@ class Import {
         model_file_(fs::path(options.output).concat(".qfx")) {}
 
   ImportResult run() {
+    if (auto problem = about_inputs(options_); !problem.empty()) return {ImportEnd::failed, std::move(problem)};
     std::error_code error;
     for (const auto& file : {trajectory_.path(), model_file_}) {
       if (fs::is_directory(file, error)) return {ImportEnd::failed, fmt::format("{} is a folder", file.string())};
@@ -227,7 +229,8 @@ class Import {
     if (model_.bonds.empty()) {
       find_bonds(model_);
       model_.file_bonds = model_.bonds.size();
-      events_.tell(fmt::format("The topology has no bonds: {} are found by distance.", model_.bonds.size()));
+      const auto found = model_.bonds.size();
+      if (found > 0) events_.tell(fmt::format("The topology has no bonds: {} are found by distance.", found));
     }
     if (periodic_ && !options_.as_is) unwrapping_.emplace(model_);
     tell_series();
@@ -263,10 +266,13 @@ class Import {
     return std::ranges::find(blocks_.series(), name) != blocks_.series().end();
   }
 
+  /// True where velocities and masses give a kinetic energy.
+  bool has_motion() const { return !velocities_.empty() && blocks_.masses_known(); }
+
   /// Values that follow from the frame itself stand where the log has none.
   void set_series() {
     if (periodic_ && !from_log("volume")) output_.set("volume", std::abs(dvectrip_(cell_[0], cell_[1], cell_[2])));
-    if (!velocities_.empty()) {
+    if (has_motion()) {
       double doubled = 0;
       for (std::size_t k = 0; k < velocities_.size(); ++k)
         doubled += model_.masses[k / 3] * velocities_[k] * velocities_[k];
@@ -283,7 +289,7 @@ class Import {
   }
 
   void tell_series() {
-    if (velocities_.empty() || (from_log("kinetic") && from_log("temperature"))) return;
+    if (!has_motion() || (from_log("kinetic") && from_log("temperature"))) return;
     const auto freedom = degrees_of_freedom(model_.atoms(), periodic_, options_.constraints);
     events_.tell(
         fmt::format("Kinetic energy and temperature come from the velocities, with {:.0f} degrees of freedom{}.",

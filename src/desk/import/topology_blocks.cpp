@@ -192,6 +192,7 @@ MolecularModel TopologyBlocks::give_model(const std::string& name, std::string& 
   if (m.charges.empty()) m.charges.assign(n, 0.0);
   if (m.masses.empty()) {
     for (const auto element : m.elements) m.masses.push_back(elements()[element].mass);
+    masses_known_ = std::ranges::all_of(m.masses, [](double mass) { return mass > 0; });
   }
   m.occupancies.assign(n, 1.0);
   m.movable.assign(n, 1);

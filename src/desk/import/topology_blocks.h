@@ -24,6 +24,8 @@ class TopologyBlocks {
   std::int64_t frames() const { return frames_; }
   bool cell_varies() const { return cell_varies_; }
   bool has_bonds() const { return !model_.bonds.empty(); }
+  /// False where atoms of no element came without masses; known from `give_model` on.
+  bool masses_known() const { return masses_known_; }
   /// The names of the values that each frame brings.
   const std::vector<std::string>& series() const { return series_; }
 
@@ -42,6 +44,7 @@ class TopologyBlocks {
   std::int64_t bonds_ = 0;
   std::int64_t frames_ = 0;
   bool cell_varies_ = false;
+  bool masses_known_ = true;
   std::vector<std::string> series_;
   MolecularModel model_;
 };
