@@ -296,6 +296,33 @@ class Analyses(Case):
                      "POWER_SPECTRUM", "RDF_TYPE H H", "RDF_TYPE H O", "RDF_TYPE O O"):
             self.assertIn(line + "\n", script)
 
+    def test_files_may_be_called_anything(self):
+        for name in ("my run", "it's #1", 'say "it\'s"', "$HOME", "two\nlines"):
+            with self.subTest(name):
+                for ending in ("tpr", "xtc", "xvg"):
+                    shutil.copy(GROMACS + ending, self.path(f"{name}.{ending}"))
+                words = ("--last", 4, "--format", "tsv", "--energies", name + ".xvg", "--out", "theirs")
+                code, told, trouble = pathdesk("analyse", name + ".tpr", name + ".xtc", *words, folder=self.folder)
+                self.assertEqual((code, trouble), (0, ""), told)
+                made = next(file[:-4] for file in os.listdir(self.path("theirs")) if file.endswith(".trj"))
+                for ending in ("trj", "qfx"):
+                    os.rename(self.path(f"theirs/{made}.{ending}"), self.path(f"{name}.{ending}"))
+                code, told, trouble = pathdesk("analyse", name + ".trj", "--format", "tsv", "--out", "ours", folder=self.folder)
+                self.assertEqual((code, trouble), (0, ""), told)
+                self.assertIn("Temperature: mean", told)
+
+    def test_options_and_files_that_do_not_belong_together_are_one_line(self):
+        Imported(self.folder, GROMACS + "tpr", GROMACS + "xtc", "--last", 2)
+        own = self.path("run.trj")
+        for words, pattern in (((own, "--energies", "log", "--dt", 1), "--energies, --dt: only for files of other programs, and .*run.trj is"),
+                               ((self.path("rum.trj"),), "rum.trj cannot be loaded: did you mean run.trj[?]"),
+                               ((self.path("run.qfx"), own), "run.qfx is of this program, and analysed alone"),
+                               ((GROMACS + "tpr", GROMACS + "xvg"), "name it behind --energies")):
+            code, told, trouble = pathdesk("analyse", *words, "--out", self.path("out"))
+            self.assertNotEqual(code, 0)
+            self.assertRegex(trouble, pattern)
+            self.assertEqual(len(trouble.splitlines()), 1, trouble)
+            self.assertFalse(os.path.exists(self.path("out")))
 
     def run_script(self, *lines):
         with open(self.path("some.script"), "w", encoding="utf-8") as file:

@@ -1,16 +1,19 @@
 #include "desk/cli/analyse_command.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <map>
 #include <optional>
 #include <string_view>
 
+#include "desk/advice/trajectory_advice.h"
 #include "desk/cli/import_command.h"
 #include "desk/import/import_line.h"
 #include "desk/messages/visible_text.h"
@@ -97,10 +100,13 @@ std::vector<std::string_view> frequent_elements(const MolecularModel& model) {
   return symbols;
 }
 
-std::string properties_text(const Holdings& found) {
+std::string properties_text(const Holdings& found, const MolecularModel& model) {
   if (found.properties.empty()) return {};
+  const bool has_mass = std::ranges::any_of(model.masses, [](double mass) { return mass > 0; });
   std::string line = "SELECT_PROPERTIES";
-  for (const auto name : found.properties) line += fmt::format(" {}", name);
+  for (const auto name : found.properties) {
+    if (has_mass || name != "Density") line += fmt::format(" {}", name);
+  }
   return fmt::format("\n# The course of the run.\n{}\nPROFILE\n", line);
 }
 
@@ -140,6 +146,61 @@ std::string pairs_text(const MolecularModel& model) {
   return text;
 }
 
+/// What is wrong with the files and options together.
+std::string about_files(const AnalyseWords& words, bool own) {
+  const auto& first = words.files.front();
+  if (own && !words.import_words.empty()) {
+    return fmt::format("{}: only for files of other programs, and {} is a trajectory of this one",
+                       fmt::join(words.import_words, ", "), first.string());
+  }
+  if (own) {
+    const auto why = why_not_loaded(first, 0);
+    return why.empty() ? why : fmt::format("{} cannot be loaded: {}", first.string(), why);
+  }
+  if (first.extension() == ".qfx" || first.extension() == ".trj") {
+    return fmt::format("{} is of this program, and analysed alone: name the .trj, beside which its .qfx lies",
+                       first.string());
+  }
+  return {};
+}
+
+/// A name with what a line of a script cannot hold between quotes made plain.
+std::string name_for_scripts(std::string name) {
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return c == '"' || c == '\'' || static_cast<unsigned char>(c) < ' '; },
+      '_');
+  return name;
+}
+
+/// The line of a script in this folder that loads the trajectory. One whose path no quotes can hold gets a link of a
+/// plain name beside the script.
+///
+/// @return empty, or why there is no such line
+std::string name_line(const fs::path& folder, const fs::path& trajectory, std::string& line) {
+  const auto plain = [](const fs::path& path) {
+    const auto text = path.string();
+    const auto unfit = [](unsigned char c) { return c < ' '; };
+    return std::ranges::none_of(text, unfit) && (text.find('"') == text.npos || text.find('\'') == text.npos);
+  };
+  const auto home = fs::absolute(folder).lexically_normal();
+  auto path = fs::absolute(trajectory).lexically_normal();
+  if (!plain(home)) return fmt::format("no script can name the folder {}; give another one (--out)", folder.string());
+  if (!plain(path)) {
+    const auto link = home / name_for_scripts(path.stem().string());
+    for (const auto* extension : {".trj", ".qfx"}) {
+      std::error_code error;
+      const auto name = fs::path(link).concat(extension);
+      fs::remove(name, error);
+      fs::create_symlink(fs::path(path).replace_extension(extension), name, error);
+      if (error) return fmt::format("{} cannot be made: {}", name.string(), error.message());
+    }
+    path = fs::path(link).concat(".trj");
+  }
+  const char mark = path.string().find('"') == std::string::npos ? '"' : '\'';
+  line = fmt::format("TRAJECTORY {}{}{}\n", mark, path.string(), mark);
+  return {};
+}
+
 int complain(std::string_view problem) {
   fmt::print(stderr, "pathdesk: {}\n", visible(problem));
   return exit_code::not_run;
@@ -152,35 +213,48 @@ CLI::App* add_analyse_command(CLI::App& app, AnalyseWords& words) {
   analyse->add_option("FILES", words.files, "A .trj with its .qfx beside it, or a topology and its trajectories")
       ->required()
       ->option_text(" ");
+  const auto others = analyse->get_options().size();
   add_import_options(*analyse, words.import);
+  const auto all = analyse->get_options();
+  analyse->parse_complete_callback(
+      [&words, options = std::vector(all.begin() + static_cast<std::ptrdiff_t>(others), all.end())] {
+        for (const auto* option : options) {
+          if (option->count() > 0) words.import_words.push_back(option->get_name());
+        }
+      });
   return analyse;
 }
 
 int run_analyse(const RunOptions& options, AnalyseWords words) {
-  std::error_code error;
-  fs::create_directories(options.output, error);
-  if (error) return complain(fmt::format("the folder {} cannot be made: {}", options.output.string(), error.message()));
   auto trajectory = words.files.back();
-  if (words.files.size() > 1 || trajectory.extension() != ".trj") {
+  const bool own = words.files.size() == 1 && trajectory.extension() == ".trj";
+  if (const auto problem = about_files(words, own); !problem.empty()) return complain(problem);
+  std::error_code error;
+  const bool made = fs::create_directories(options.output, error);
+  if (error) return complain(fmt::format("the folder {} cannot be made: {}", options.output.string(), error.message()));
+  if (!own) {
     auto& import = words.import;
     import.topology = words.files.front();
     import.trajectories.assign(words.files.begin() + 1, words.files.end());
-    import.output = options.output / trajectory.stem();
+    import.output = options.output / name_for_scripts(trajectory.stem().string());
     trajectory = fs::path(import.output).concat(".trj");
-    if (const int code = run_import(std::move(words.import)); code != exit_code::success) return code;
+    if (const int code = run_import(std::move(words.import)); code != exit_code::success) {
+      if (made) fs::remove(options.output, error);
+      return code;
+    }
   }
   Holdings found;
   if (const auto problem = look_into(trajectory, found); !problem.empty()) return complain(problem);
   const auto imported = read_model_file(fs::path(trajectory).replace_extension(".qfx").string());
   if (!imported.problem.empty()) return complain(imported.problem);
   const auto& model = imported.models.front();
+  std::string line;
+  if (const auto problem = name_line(options.output, trajectory, line); !problem.empty()) return complain(problem);
   const auto script = options.output / "analyse.script";
   std::ofstream file(script);
-  file << fmt::format(
-              "# What pathdesk analyse did; change it, and pathdesk run {} does it again.\nTRAJECTORY "
-              "{}\n@stop-on-error no\n",
-              script.string(), fs::absolute(trajectory).string())
-       << properties_text(found) << motion_text(found) << pairs_text(model);
+  file << "# What pathdesk analyse did; change it, and pathdesk run analyse.script does it again.\n"
+       << line << "@stop-on-error no\n"
+       << properties_text(found, model) << motion_text(found) << pairs_text(model);
   file.close();
   if (!file) return complain(fmt::format("{} cannot be written", script.string()));
   return run_script(options, script);

@@ -16,6 +16,7 @@ namespace pathstat::desk {
 struct AnalyseWords {
   std::vector<std::filesystem::path> files;  ///< a .trj with its model beside it, or a topology and its trajectories
   ImportOptions import;
+  std::vector<std::string> import_words;  ///< the options given that are of an import alone
 };
 
 /// Adds `analyse` with the options of its own; those of a run are added by the caller.
