@@ -8,6 +8,7 @@
 #include "building/field_settings.h"
 #include "building/file_actions.h"
 #include "building/unit_actions.h"
+#include "shell/detaching.h"
 #include "state/analysis_settings.h"
 
 namespace pathstat {
@@ -23,6 +24,12 @@ constexpr double least_tolerance = 1e-5, largest_tolerance = 1.0;  // Å
 
 std::int32_t store_tolerance(double value) {
   build_settings.tolerance = value;
+  return 0;
+}
+
+/// What pathdesk's line @detach sends.
+std::int32_t detach_when_quiet(std::int32_t seconds) {
+  detach_soon(seconds);
   return 0;
 }
 
@@ -43,6 +50,7 @@ constexpr auto words = std::to_array<CommandWord>({
   {"DENSITY_FILE", text_setting(field_settings.density_file, ""), "Volume file that DENSITY writes", "name of a volume file"},
   {"DENSITY_SPACING", DoubleSetting{0.01, 100.0, field::density_spacing}, "Farthest that grid points of the density may stand apart along an edge of the cell, Å", ""},
   {"DENSITY_TYPE", IntegerSetting{1, 4, field::density_type}, "Bytes of a value in the file of the density: 1 or 2 for steps between its limits, 4 for floats", ""},
+  {"DETACH", IntegerSetting{1, 31536000, detach_when_quiet}, "Has the process work on without the Core, for which it waits so many seconds once it needs it", ""},
   {"EXPORT_STRUCTURE", Action{.run = file_actions::export_structure}, "Writes the current model into a file", "path of a .cif, .xyz, .qfx or .car file"},
   {"FACE_DISPLAY", LogicalSetting{&build_settings.face_display}, "Marks atoms on faces of the cell, to be shown on both", ""},
   {"IMPORT_STRUCTURE", Action{.run = file_actions::import_structure}, "Reads a structure file, whose first model becomes the current one", "path of a .cif, .xyz, .qfx or .car file"},

@@ -6,6 +6,7 @@
 
 #include "coreapi/error_reporting.h"
 #include "coreapi/operations.h"
+#include "corelink/core_connection.h"
 
 namespace pathstat {
 
@@ -15,11 +16,16 @@ std::int32_t kvU_INT_RequestInterrupt() {
   itimerval left{};
   getitimer(ITIMER_REAL, &left);
   if (left.it_value.tv_usec != 0) return 0;
-  const std::int32_t answer = kvU_INT_RequestCoreInterrupt();
+  if (core_absence.look != nullptr) core_absence.look();
+  const std::int32_t answer = core_absence.away ? 0 : kvU_INT_RequestCoreInterrupt();
   std::signal(SIGALRM, SIG_IGN);
   const itimerval next{{0, 0}, {0, interval_us}};
   setitimer(ITIMER_REAL, &next, nullptr);
   return answer;
+}
+
+void tell_progress(float fraction) {
+  if (!core_absence.away) kvU_INT_ReportProgress(fraction);
 }
 
 }  // namespace pathstat

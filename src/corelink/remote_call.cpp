@@ -20,6 +20,7 @@ void require(std::int32_t failure) {
 
 Connection& core() {
   if (kvC_API_pnc == nullptr) kvC_Error_handler();
+  need_core();
   return *kvC_API_pnc;
 }
 

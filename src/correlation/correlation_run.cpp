@@ -86,7 +86,7 @@ bool add_origins(const OriginSeries& series, OriginGroups& groups, CorrelationTa
       const std::int64_t done = first + place + 1;
       const bool stop = done % origins_between_polls == 0 && kvu_int_requestinterrupt_() == 1;
       if (done % report_interval == 0) {
-        kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(whole_steps));
+        tell_progress(static_cast<float>(done) / static_cast<float>(whole_steps));
         if (plots != nullptr) plots->draw();
       }
       if (stop) return true;
@@ -128,7 +128,7 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
   std::optional<OriginBlocks> blocks;
   if (blocks_file) blocks.emplace(cache.shape().series, table.columns(), thread_count());
   OriginBlocks* const beside = blocks ? &*blocks : nullptr;
-  kvu_int_reportprogress_(0.0F);
+  tell_progress(0.0F);
   const bool read = groups
                         ? add_origins(cache.shape().series, *groups, table, beside, watched)
                         : sum_by_transforms(cache.batches(), cache.shape(), sums.kernel, atoms, table, beside, watched);

@@ -163,7 +163,7 @@ bool sum_pairs(const DipolePairs& pairs, bool monitor, std::int64_t origin_step,
     if (!summed) pairs.add(done, end, table.anisotropic(), table.sums());
     done = end;
     if (done != next_report) continue;
-    kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(whole_steps));
+    tell_progress(static_cast<float>(done) / static_cast<float>(whole_steps));
     if (monitor) table.draw(pairs, done);
   }
   return true;
@@ -184,7 +184,7 @@ void correlate(const std::string& file, std::int32_t intervals, bool monitor, st
   Table table(frames, intervals, anisotropic, status);
   if (status != 0) return;
   table.make_plots();
-  kvu_int_reportprogress_(0.0F);
+  tell_progress(0.0F);
   if (!sum_pairs(pairs, monitor, origin_step, table)) {
     status = 1;
     return;

@@ -131,7 +131,7 @@ bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel
       },
       [&](std::int64_t done) {
         stopped = kvu_int_requestinterrupt_() == 1;
-        kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(batches));
+        tell_progress(static_cast<float>(done) / static_cast<float>(batches));
         const bool due = plots != nullptr && done * drawings_in_a_run / batches > drawings;
         if (due || stopped || done == batches) fill(done);
         if (due && done < batches) plots->draw();

@@ -98,7 +98,7 @@ class TimeCheck {
 void report_progress(std::int32_t done, std::int32_t frames) {
   const std::int32_t total = std::max((frames - 1) / std::max(trj_vac_msd_i_.origin_step_no, 1), 1);
   if (done % std::max(total / reports_in_a_run, 1) != 0) return;
-  kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(total));
+  tell_progress(static_cast<float>(done) / static_cast<float>(total));
 }
 
 /// Goes over the frames. @param status  0; 1 if the user interrupts; that of the frame after PATHSTAT_ERROR_93

@@ -8,6 +8,7 @@
 #include "measures/measures.h"
 #include "plots/labels.h"
 #include "shell/application_table.h"
+#include "shell/detaching.h"
 #include "shell/fatal_signals.h"
 #include "shell/input_loop.h"
 #include "shell/program_arguments.h"
@@ -39,6 +40,7 @@ void run_applications() {
   set_memory_error_sink(show_memory_error);
   set_memory_failure_hook(report_allocation_failure);
   register_measure_labels(measure_label);
+  watch_core();
   register_applications(applications_of_process());
   extappl();
 }

@@ -80,7 +80,7 @@ void show_rdf_progress(const RdfRequest& request, const RdfBlocks& blocks, std::
                        std::int32_t between_shows, bool is_last) {
   const bool is_due = done % between_shows == 0;
   if ((is_due && request.monitor) || is_last) plotrdfgraphs_(request, blocks);
-  if (is_due) kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(std::max(all, 1)));
+  if (is_due) tell_progress(static_cast<float>(done) / static_cast<float>(std::max(all, 1)));
 }
 
 void initrdf_(const RdfRequest& request, Logical& available, std::int32_t& status) {

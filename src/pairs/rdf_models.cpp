@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <numeric>
 
+#include "coreapi/interrupt.h"
 #include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
@@ -90,7 +91,7 @@ void initrdfmodel_(const RdfRequest& request, RdfBlocks& blocks, std::int32_t& s
 void dordfmodel_(const RdfRequest& request, RdfBlocks& blocks, double& scale, double& offset, std::int32_t& status) {
   status = 0;
   start_rdf_mean(gr_i_.periodic_type);
-  kvu_int_reportprogress_(0.0F);
+  tell_progress(0.0F);
   const std::int32_t between_shows = std::max<std::int32_t>(1, gr_i_.model_count / 50);
   std::int32_t done = 0;
   for (const std::int32_t model : blocks.models->models()) {

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "coreapi/interrupt.h"
 #include "coreapi/messages.h"
 #include "coreapi/object_counts.h"
 #include "coreapi/operations.h"
@@ -104,7 +105,7 @@ void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, doub
   status = request.first < 1 || request.step < 1 ? 1 : 0;
   if (status != 0) return;
   start_rdf_mean(gr_i_.periodic_type);
-  kvu_int_reportprogress_(0.0F);
+  tell_progress(0.0F);
   const std::int32_t between_shows =
       std::max<std::int32_t>(1, static_cast<std::int32_t>(request.total_frames / (std::int64_t{50} * request.step)));
   std::int32_t done = 0;

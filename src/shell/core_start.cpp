@@ -12,7 +12,6 @@ namespace pathstat {
 namespace {
 
 constexpr const char* greeting = "remote process success IEEE";
-constexpr std::int32_t call_buffer_bytes = 4096;
 
 }  // namespace
 

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "shell/detaching.h"
 #include "shell/input_loop.h"
 
 namespace pathstat {
@@ -49,6 +50,7 @@ void on_fatal_signal(int number) {
 
 void on_notice_signal(int number) {
   const int failure = errno;
+  note_call_of_core();
   std::signal(number, on_notice_signal);
   constexpr std::string_view notice = "Caught SIGUSR1 signal\n";
   // Straight to the descriptor: the signal may have come in the middle of a print.

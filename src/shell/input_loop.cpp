@@ -22,6 +22,12 @@ void notify(std::int32_t code) {
   if (kvC_API_pnc != nullptr) PD_send_int(*kvC_API_pnc, code);
 }
 
+/// Detaches if the last exchange has asked for it, and then waits for the Core, from which all work comes here.
+void keep_core() {
+  if (core_absence.look != nullptr) core_absence.look();
+  need_core();
+}
+
 void start_applications() {
   sch_InitApplications();
   applications_started = true;
@@ -126,11 +132,15 @@ void serve_notification(void (*notification)()) {
 
 void cmd_done(std::int32_t status) {
   if (kvC_API_pnc == nullptr) return;
+  need_core();
   PD_send0_int(*kvC_API_pnc, output_code::done);
   PD_send_int(*kvC_API_pnc, status);
 }
 
-void request_done() { notify(output_code::done); }
+void request_done() {
+  need_core();
+  notify(output_code::done);
+}
 void detach_notify() { notify(output_code::detached); }
 void error_notify() { notify(output_code::fatal_error); }
 
@@ -166,6 +176,7 @@ std::int32_t process_input(std::int32_t code) {
 
 std::int32_t get_command() {
   if (kvC_API_pnc == nullptr && !connect_to_core()) return 1;
+  keep_core();
   if (!is_connected(*kvC_API_pnc)) kvC_Error_handler();
   std::int32_t code = 0;
   if (PD_receive_int(*kvC_API_pnc, code, no_time_limit) == 0) return process_input(code);

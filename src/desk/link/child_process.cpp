@@ -14,6 +14,8 @@
 #include <cstring>
 #include <thread>
 
+#include "desk/link/reconnection.h"
+
 namespace pathstat::desk {
 namespace {
 
@@ -66,6 +68,7 @@ std::string ChildProcess::start(const Start& how) {
     return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(errno));
   }
   const pid_t parent = ::getpid();
+  adopted_ = false;
   id_ = ::fork();
   if (id_ == 0) become(how, environment.data(), output, report[1], parent);
   int failure = id_ < 0 ? errno : 0;
@@ -81,8 +84,20 @@ std::string ChildProcess::start(const Start& how) {
   return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(failure));
 }
 
+void ChildProcess::adopt(pid_t process) {
+  id_ = process;
+  adopted_ = true;
+  ended_ = false;
+}
+
+void ChildProcess::release() { ended_ = true; }
+
 bool ChildProcess::runs() {
   if (ended_) return false;
+  if (adopted_) {
+    ended_ = start_of_process(id_) == 0;
+    return !ended_;
+  }
   const auto got = ::waitpid(id_, &wait_status_, WNOHANG);
   ended_ = got == id_ || (got < 0 && errno != EINTR);
   return !ended_;
@@ -106,10 +121,13 @@ void ChildProcess::end(int milliseconds) {
   wait(5000);
 }
 
-bool ChildProcess::ended_well() const { return ended_ && WIFEXITED(wait_status_) && WEXITSTATUS(wait_status_) == 0; }
+bool ChildProcess::ended_well() const {
+  return ended_ && !adopted_ && WIFEXITED(wait_status_) && WEXITSTATUS(wait_status_) == 0;
+}
 
 std::string ChildProcess::ending() const {
   if (!ended_) return "it still runs";
+  if (adopted_) return "a status that is not known";
   if (WIFSIGNALED(wait_status_)) {
     return fmt::format("signal {} ({})", WTERMSIG(wait_status_), ::strsignal(WTERMSIG(wait_status_)));
   }

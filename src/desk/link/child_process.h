@@ -28,6 +28,11 @@ class ChildProcess {
   /// @return empty, or why it could not be started
   std::string start(const Start& how);
 
+  /// Takes over a process that another one started: it is ended with this owner, but how it ended is not known.
+  void adopt(pid_t process);
+  /// Leaves the process alone from here on.
+  void release();
+
   pid_t id() const { return id_; }
   /// True until the process has ended.
   bool runs();
@@ -35,13 +40,14 @@ class ChildProcess {
   bool wait(int milliseconds);
   /// Gives the process so many milliseconds to end by itself, then ends it.
   void end(int milliseconds);
-  /// How it ended: "exit status 1", "signal 11 (Segmentation fault)".
+  /// How it ended: "exit status 1", "signal 11 (Segmentation fault)", "a status that is not known".
   std::string ending() const;
   bool ended_well() const;
 
  private:
   pid_t id_ = 0;
   bool ended_ = true;
+  bool adopted_ = false;
   int wait_status_ = 0;
 };
 

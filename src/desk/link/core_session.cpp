@@ -6,9 +6,13 @@
 #include <algorithm>
 #include <chrono>
 #include <new>
+#include <thread>
 
 #include "desk/advice/word_table.h"
+#include "desk/link/reconnection.h"
 #include "desk/ops/frame_codec.h"
+#include "services/detaching.h"
+#include "services/process_signals.h"
 
 namespace pathstat::desk {
 namespace {
@@ -21,7 +25,7 @@ constexpr std::int32_t command_code = -1;
 constexpr std::int32_t request_code = -2;
 constexpr std::int32_t acknowledged = 1;
 constexpr std::int32_t done = -64;
-constexpr std::int32_t detached = -65;
+constexpr std::int32_t detached_code = -65;
 constexpr std::int32_t fatal_error = -66;
 
 constexpr std::int32_t value_texts = 2;
@@ -75,7 +79,7 @@ std::string CoreSession::start(const SessionOptions& options) {
   follower_ = std::make_unique<OutputFollower>(output, output_);
   connection_ = {};  // nothing of a process before this one is left in its buffers
   stream_.reset();
-  lost_ = false;
+  parting_ = leaving_ = detached_ = lost_ = false;
 
   const auto limit = std::chrono::steady_clock::now() + start_limit;
   const auto go_on = [&] { return process_.runs() && !stop_now_() && std::chrono::steady_clock::now() < limit; };
@@ -97,6 +101,13 @@ bool CoreSession::fail(std::string what) {
   if (lost_) return false;
   lost_ = true;
   PNC_close(connection_);
+  if (leaving_ && !stop_now_()) {
+    process_.release();
+    follower_->follow();
+    detached_ = true;
+    loss_ = "pathstat works on by itself";
+    return false;
+  }
   if (stop_now_()) {
     process_.end(0);
     follower_->finish();
@@ -158,8 +169,9 @@ bool CoreSession::serve_until_done() {
     if (!next_code(code)) return false;
     if (code == done) return true;
     bool served = false;
-    if (code == detached) {
-      fail("pathstat has detached itself");
+    if (code == detached_code) {
+      leaving_ = served = parting_;
+      if (!served) fail("pathstat has detached itself");
     } else if (code == fatal_error) {
       fail("pathstat is dying on a signal");
     } else if (is_family(code)) {
@@ -207,6 +219,52 @@ std::optional<std::int32_t> CoreSession::command(std::string_view word, std::str
   return std::nullopt;
 } catch (const std::bad_alloc&) {
   fail(no_memory);
+  return std::nullopt;
+}
+
+std::optional<std::int32_t> CoreSession::tell_to_detach(std::int32_t seconds) {
+  parting_ = true;
+  return command("DETACH", std::to_string(seconds));
+}
+
+bool CoreSession::part() {
+  // What it still asks for is its own name and the port of this Core.
+  while (!lost_ && serve_until_done()) continue;
+  return detached_;
+}
+
+std::string CoreSession::why_no_port(pid_t process, std::string& port) {
+  const auto path = reconnection_file(process);
+  while (port.empty()) {
+    if (auto problem = read_reconnection_file(path, port); !problem.empty()) return problem;
+    if (stop_now_()) return "stopped by the user";
+    if (!process_.runs()) return fmt::format("process {} has ended", process);
+    if (port.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return {};
+}
+
+std::string CoreSession::attach(pid_t process, const std::filesystem::path& output, std::uintmax_t shown) {
+  process_.adopt(process);
+  std::string port;
+  auto problem = COM_sigusr1_send(std::to_string(process).c_str()) == 0 ? why_no_port(process, port)
+                                                                        : fmt::format("process {} has ended", process);
+  if (problem.empty()) problem = connect_to_waiting(process, port, connection_);
+  if (!problem.empty()) {
+    process_.release();
+    return problem;
+  }
+  follower_ = std::make_unique<OutputFollower>(output, output_, shown);
+  stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_, silence_, tell_);
+  parting_ = leaving_ = detached_ = lost_ = false;
+  std::int32_t threads = 0;
+  return next_code(threads) ? std::string{} : loss_;
+}
+
+std::optional<std::int32_t> CoreSession::resume() {
+  std::int32_t status = 0;
+  if (!lost_ && serve_until_done() && next_code(status)) return status;
+  fail("pathstat has closed the connection");
   return std::nullopt;
 }
 

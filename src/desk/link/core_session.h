@@ -65,6 +65,20 @@ class CoreSession {
   /// @return its status, 1 for a text that is too long for the wire; none if the process is lost
   std::optional<std::int32_t> command(std::string_view word, std::string_view arguments);
 
+  /// Tells the process to work on by itself, now or, from within a call that it waits for, once that is answered. It
+  /// waits at most so many seconds when it needs a Core. @return as command()
+  std::optional<std::int32_t> tell_to_detach(std::int32_t seconds);
+
+  /// Lets the process go, which has been told to detach: serves it until it closes the connection, and leaves it alone
+  /// from then on. @return false if it was lost instead
+  bool part();
+  /// Takes over a process that has detached, once it waits for a Core.
+  /// @param output     the file into which it prints, of which so many bytes have been shown
+  /// @return empty, or what went wrong
+  std::string attach(pid_t process, const std::filesystem::path& output, std::uintmax_t shown);
+  /// Serves the command that an attached process is working on to its end. @return as command()
+  std::optional<std::int32_t> resume();
+
   /// Asks for the values and ranges of words.
   /// @return one answer for each word, empty where a word defines nothing; no list if the process is lost
   std::optional<std::vector<WordAnswer>> request(std::span<const std::string> words);
@@ -75,6 +89,10 @@ class CoreSession {
   /// Has the applications stopped, closes the connection and waits for the end of the process.
   void finish();
 
+  /// True once the process works on by itself.
+  bool detached() const { return detached_; }
+  /// Bytes of its printed output that have been shown.
+  std::uintmax_t shown_output() const { return follower_ ? follower_->handed_on() : 0; }
   bool lost() const { return lost_; }
   /// How the process was lost, with its last lines of output.
   const std::string& loss() const { return loss_; }
@@ -87,6 +105,7 @@ class CoreSession {
   bool fail_link();
   bool wait_for_input(std::string_view what = {});
   bool next_code(std::int32_t& code, std::string_view what = {});
+  std::string why_no_port(pid_t process, std::string& port);
   bool open_exchange(std::int32_t code);
   bool accepted(bool with_threads);
   bool serve_until_done();
@@ -107,6 +126,9 @@ class CoreSession {
   Connection connection_;
   std::unique_ptr<SessionStream> stream_;
   std::int32_t last_group_ = 0;
+  bool parting_ = false;  ///< it has been told to detach
+  bool leaving_ = false;  ///< it has said that it does
+  bool detached_ = false;
   bool lost_ = true;
   std::string loss_ = "pathstat has not been started";
 };

@@ -18,12 +18,16 @@ void OutputFollower::hand_on(std::string_view line) {
 }
 
 void OutputFollower::follow() {
-  if (!stream_.is_open()) stream_.open(file_, std::ios::binary);
+  if (!stream_.is_open()) {
+    stream_.open(file_, std::ios::binary);
+    stream_.seekg(static_cast<std::streamoff>(handed_on_));
+  }
   if (!stream_.is_open()) return;
   stream_.clear();
   std::array<char, 16384> block;
   while (stream_.read(block.data(), block.size()), stream_.gcount() > 0) {
     begun_.append(block.data(), static_cast<std::size_t>(stream_.gcount()));
+    handed_on_ += static_cast<std::uintmax_t>(stream_.gcount());
     std::size_t from = 0;
     for (auto end = begun_.find('\n'); end != std::string::npos; end = begun_.find('\n', from)) {
       hand_on(std::string_view(begun_).substr(from, end - from));

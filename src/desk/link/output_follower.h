@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -16,12 +17,16 @@ using LineSink = std::function<void(std::string_view line)>;
 /// reader, and what it had printed when it sent something is always there to be read.
 class OutputFollower {
  public:
-  OutputFollower(std::filesystem::path file, LineSink sink) : file_(std::move(file)), sink_(std::move(sink)) {}
+  /// @param from  the bytes of the file that have been handed on before
+  OutputFollower(std::filesystem::path file, LineSink sink, std::uintmax_t from = 0)
+      : file_(std::move(file)), sink_(std::move(sink)), handed_on_(from) {}
 
   /// Hands on the lines that are complete by now.
   void follow();
   /// Hands on the rest, a last line without its end included.
   void finish();
+  /// The bytes of the file that have been handed on.
+  std::uintmax_t handed_on() const { return handed_on_; }
   /// The last lines, for a report of what went wrong.
   const std::deque<std::string>& last_lines() const { return last_; }
 
@@ -31,6 +36,7 @@ class OutputFollower {
   std::filesystem::path file_;
   LineSink sink_;
   std::ifstream stream_;
+  std::uintmax_t handed_on_;
   std::string begun_;
   std::deque<std::string> last_;
 };

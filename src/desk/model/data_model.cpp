@@ -102,6 +102,10 @@ std::int32_t DataModel::place_model(MolecularModel&& model) {
   return object.id;
 }
 
+void DataModel::number_next_model(std::int32_t number) {
+  while (static_cast<std::int64_t>(slots_.size()) < std::int64_t{number} - 1) slots_.emplace_back();
+}
+
 void DataModel::remove_model(std::int32_t id) {
   const auto place = find(id);
   if (place.kind != ObjectClass::model) return;
@@ -175,6 +179,13 @@ std::int32_t DataModel::atom_image(ModelObject& model, std::size_t place, const 
   slot.image_names.push_back(id);
   slot.image_ids.emplace(atom, id);
   return id;
+}
+
+std::vector<NamedImage> DataModel::atom_images(const ModelObject& model) const {
+  std::vector<NamedImage> named;
+  const auto& slot = *slots_[find(model.id).model];
+  for (const auto& atom : slot.images) named.push_back({slot.image_ids.at(atom), atom.place, atom.image});
+  return named;
 }
 
 void DataModel::name_monitor(ModelObject& model, std::size_t place) {

@@ -57,6 +57,13 @@ struct AtomRef {
   Vector3 position() const { return translated(model->data.positions[place], model->data.cell, image); }
 };
 
+/// An atom's image that has an identifier.
+struct NamedImage {
+  std::int32_t id = 0;
+  std::uint32_t place = 0;
+  Translation image{};
+};
+
 /// A named value that an operation has attached to an object.
 struct UserValue {
   enum class Kind { object, object_array, integer, int_array, number };
@@ -84,6 +91,11 @@ class DataModel {
   /// there is none.
   std::int32_t object_named(std::string_view text) const;
 
+  /// The identifier that the next object gets.
+  std::int64_t next_identifier() const { return registry_.next(); }
+  /// Leaves out identifiers, so that what comes next gets this one, if it is still to be had.
+  void go_on_at(std::int64_t id) { registry_.go_on_at(id); }
+
   // Models.
 
   /// Takes in a model with at least one atom and makes its symmetry images.
@@ -91,6 +103,8 @@ class DataModel {
   std::int32_t add_model(MolecularModel&& model);
   /// Makes a model without atoms. @return its identifier
   std::int32_t create_model(std::string name);
+  /// Leaves out the numbers of models ahead of this one.
+  void number_next_model(std::int32_t number);
   /// Ends a model and everything that belongs to it.
   void remove_model(std::int32_t id);
   /// The model with this identifier; null if it is none.
@@ -115,6 +129,8 @@ class DataModel {
 
   /// The atom or image with this identifier; false if it is none.
   AtomRef atom(std::int32_t id);
+  /// The images of a model's atoms, by the order in which they were named, with their identifiers.
+  std::vector<NamedImage> atom_images(const ModelObject& model) const;
   /// The identifier of an atom's image; made on first use, then always the same. 0 if none is left.
   std::int32_t atom_image(ModelObject& model, std::size_t place, const Translation& image);
   /// Adds atoms to a model. @return the first of their identifiers, which stand in a row; 0 if they have run out
@@ -179,6 +195,10 @@ class DataModel {
   /// The value of that name and kind; null if there is none.
   const UserValue* user_value(std::int32_t owner, std::string_view name, UserValue::Kind kind) const;
   void remove_user_value(std::int32_t owner, std::string_view name);
+  /// All of them, by owner and name.
+  const std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>>& user_values() const {
+    return user_data_;
+  }
 
   // Files.
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -39,6 +40,10 @@ class ObjectRegistry {
   /// @param index  of the first of the objects
   /// @return the first identifier, or 0 if there are not enough left
   std::int32_t add(ObjectClass kind, std::size_t count, std::size_t model = no_model, std::size_t index = 0);
+  /// The identifier that the next object gets.
+  std::int64_t next() const { return next_; }
+  /// Leaves out the identifiers ahead of one that is still to be handed out.
+  void go_on_at(std::int64_t id) { next_ = std::max(next_, id); }
   /// Ends one object; those of its class and model behind it move up by one place.
   void remove(std::int32_t id);
   /// Gives the atoms and periodic images of a model anew: whatever was there of them and is not among these ends.

@@ -137,7 +137,7 @@ InterfaceEvents LineRunner::events() {
           .interrupted =
               [this] {
                 work_goes_on();
-                return interrupts() > 0;
+                return is_interrupted();
               },
           .repeats_end = [this] { repeats_ended_ = true; },
           .choose =
@@ -379,6 +379,8 @@ bool LineRunner::finish() {
   console_.clear();
   const auto written = write_results();
   session_.finish();
+  std::error_code ignored;
+  if (!adopted_folder_.empty()) fs::remove_all(adopted_folder_, ignored);
   return written;
 }
 
@@ -435,6 +437,10 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
       return list_measures();
     case LineKind::remove_measures:
       return remove_measures(line.words[0]);
+    case LineKind::detach:
+      return detach(line);
+    case LineKind::attach:
+      return attach(line.words);
     case LineKind::stop_on_error:
       stop_on_error_ = line.words[0] == "yes";
       return {};

@@ -18,6 +18,7 @@
 #include "desk/ops/user_interface.h"
 #include "desk/report/run_output.h"
 #include "desk/script/console.h"
+#include "desk/script/kept_session.h"
 #include "desk/script/script.h"
 
 namespace pathstat::desk {
@@ -148,13 +149,19 @@ class LineRunner {
   std::string list_measures();
   std::string remove_measures(const std::string& which);
   std::string pick(const std::vector<std::string>& words);
+  std::string detach(const ScriptLine& line);
+  std::string leave(const ScriptLine& command, const std::filesystem::path& folder);
+  std::string attach(const std::vector<std::string>& words);
+  std::string take_over(const KeptSession& kept);
+  bool is_interrupted();
+  KeptSession kept_session(const ScriptLine& command) const;
   void tell_measure(const MolecularModel& model, std::size_t place);
   void note_result_file(const std::string& word);
   void tell_surfaces(StepRecord& step);
 
   const LineSource source_;
-  const RunPlace place_;
-  const std::filesystem::file_time_type work_started_;
+  RunPlace place_;
+  std::filesystem::file_time_type work_started_;
   Console console_;
   RunRecord record_;
   DataModel model_;
@@ -179,6 +186,8 @@ class LineRunner {
   std::map<std::string, std::filesystem::path> imports_;  ///< trajectories that lines have brought in, by their names
   std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state
   bool repeats_ended_ = false;
+  bool detaches_ = false;                 ///< the process is to detach at the next point where it asks for an interrupt
+  std::filesystem::path adopted_folder_;  ///< in which the session of an attached process was kept
   bool stop_on_error_;
   bool stopped_ = false;
   bool told_error_ = false;

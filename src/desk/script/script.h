@@ -26,7 +26,9 @@ enum class LineKind {
   measure,
   list_measures,
   remove_measures,
-  stop_on_error
+  stop_on_error,
+  detach,
+  attach
 };
 
 struct ScriptLine {
