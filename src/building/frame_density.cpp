@@ -126,7 +126,7 @@ std::int32_t count_frames(const DensityRequest& request, Frames& frames, std::sp
   constexpr std::int32_t progress_steps = 50;
   const auto total = (request.last - request.first) / request.step + 1;
   const auto between = std::max(1, total / progress_steps);
-  kvu_int_reportprogress_(0.0F);
+  tell_progress(0.0F);
   for (std::int32_t done = 0; done < total;) {
     const auto frame = request.first + done * request.step;
     bool counted = false;
@@ -139,7 +139,7 @@ std::int32_t count_frames(const DensityRequest& request, Frames& frames, std::sp
     counting.finish();
     if (!counted) return refuse("STRUCTURE_DENSITY_CELL");
     if (is_last) break;
-    if (done % between == 0) kvu_int_reportprogress_(static_cast<float>(done) / static_cast<float>(total));
+    if (done % between == 0) tell_progress(static_cast<float>(done) / static_cast<float>(total));
     if (kvu_int_requestinterrupt_() == 1) {
       show_message("STRUCTURE_DENSITY_INTERRUPTED", done);
       break;

@@ -16,8 +16,8 @@ std::int32_t kvU_INT_RequestInterrupt() {
   itimerval left{};
   getitimer(ITIMER_REAL, &left);
   if (left.it_value.tv_usec != 0) return 0;
-  if (core_absence.look != nullptr) core_absence.look();
   const std::int32_t answer = core_absence.away ? 0 : kvU_INT_RequestCoreInterrupt();
+  if (core_absence.look != nullptr) core_absence.look();
   std::signal(SIGALRM, SIG_IGN);
   const itimerval next{{0, 0}, {0, interval_us}};
   setitimer(ITIMER_REAL, &next, nullptr);

@@ -29,8 +29,8 @@ std::int32_t GraphStore::make(std::string_view name, PlotKind kind, std::vector<
       sets_.emplace_back();
       break;
   }
-  versions.push_back(next_handle());
   handles_.push_back(std::move(handle));
+  versions.push_back(static_cast<std::int32_t>(handles_.size()));
   return versions.back();
 }
 
@@ -51,8 +51,9 @@ std::int32_t GraphStore::write_specific(std::string_view name, std::int32_t vers
 }
 
 const GraphStore::Handle* GraphStore::info(std::int32_t handle) const {
-  return handle >= first_handle_ && handle < next_handle() ? &handles_[static_cast<std::size_t>(handle - first_handle_)]
-                                                           : nullptr;
+  return handle >= 1 && static_cast<std::size_t>(handle) <= handles_.size()
+             ? &handles_[static_cast<std::size_t>(handle) - 1]
+             : nullptr;
 }
 
 const GraphStore::Handle* GraphStore::of_kind(std::int32_t handle, PlotKind kind) const {
@@ -185,7 +186,7 @@ std::vector<std::int32_t> GraphStore::shown_graphs() const {
   for (std::size_t k = 0; k < handles_.size(); ++k) {
     const auto& handle = handles_[k];
     if (handle.kind == PlotKind::graph && graphs_[handle.place].shown)
-      shown.push_back(first_handle_ + static_cast<std::int32_t>(k));
+      shown.push_back(static_cast<std::int32_t>(k) + 1);
   }
   return shown;
 }

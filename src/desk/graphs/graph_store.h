@@ -129,11 +129,7 @@ class GraphStore {
   /// Rises with each change of a graph or its data sets; 0 for a handle of another kind.
   std::uint64_t revision(std::int32_t graph) const;
 
-  /// The handle that the next one gets.
-  std::int32_t next_handle() const { return first_handle_ + static_cast<std::int32_t>(handles_.size()); }
-  /// Leaves out the handles ahead of this one; only for a store that has handed out none.
-  void go_on_at(std::int32_t handle) { first_handle_ = handle; }
-
+  int open_transactions() const { return open_; }
   void begin() { ++open_; }
   /// Ends a transaction. @return false if none is open
   bool end() { return open_ > 0 && --open_ >= 0; }
@@ -142,7 +138,6 @@ class GraphStore {
   std::int32_t make(std::string_view name, PlotKind kind, std::vector<std::int32_t>& versions);
   const Handle* of_kind(std::int32_t handle, PlotKind kind) const;
 
-  std::int32_t first_handle_ = 1;
   std::vector<Handle> handles_;
   std::unordered_map<std::string, std::vector<std::int32_t>> by_name_;  ///< kind and name: handles by version
   std::vector<Graph> graphs_;

@@ -7,10 +7,12 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <thread>
 
 #include "corelink/last_error.h"
 #include "corelink/socket_address.h"
@@ -61,7 +63,11 @@ std::string read_reconnection_file(const std::string& path, std::string& port) {
 std::string connect_to_waiting(pid_t process, const std::string& port, Connection& connection) {
   PNC_create_client(connection, "127.0.0.1", port.c_str(), "tcp");
   if (!is_connected(connection)) return fmt::format("process {} can't be reached: {}", process, PLE_get_error());
-  if (is_peer(connection, Protocol::tcp, process)) return {};
+  // The system counts the connection as the process's own once that has accepted it.
+  for (int tries = 0; tries < 500; ++tries) {
+    if (is_peer(connection, Protocol::tcp, process)) return {};
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   PNC_close(connection);
   return fmt::format("another process than {} answers at its port", process);
 }

@@ -5,6 +5,7 @@
 
 #include "desk/link/reconnection.h"
 #include "desk/script/interrupts.h"
+#include "desk/script/kept_graphs.h"
 #include "desk/script/line_runner.h"
 
 namespace pathstat::desk {
@@ -32,7 +33,7 @@ KeptSession LineRunner::kept_session(const ScriptLine& command) const {
                    .started = start_of_process(session_.process_id()),
                    .work = place_.work,
                    .shown = session_.shown_output(),
-                   .next_graph = store_.next_handle(),
+                   .drawn = seen_graphs_,
                    .selection = selection_,
                    .running = command.text,
                    .settings = {},
@@ -89,6 +90,7 @@ std::string LineRunner::leave(const ScriptLine& command, const fs::path& folder)
     place_.work = folder / "work";
   }
   auto problem = keep_models(model_, folder);
+  if (problem.empty()) problem = keep_graphs(store_, folder);
   if (problem.empty()) problem = keep_session(kept_session(running), folder);
   if (!problem.empty()) return problem;
   adopted_folder_.clear();
@@ -99,7 +101,7 @@ std::string LineRunner::leave(const ScriptLine& command, const fs::path& folder)
 }
 
 std::string LineRunner::attach(const std::vector<std::string>& words) {
-  if (!model_.models().empty() || store_.next_handle() != 1) {
+  if (!model_.models().empty() || store_.info(1)) {
     return "this run has models or graphs of its own: @attach comes ahead of them";
   }
   KeptSession kept;
@@ -119,7 +121,8 @@ std::string LineRunner::take_over(const KeptSession& kept) {
   work_started_ = fs::file_time_type::min();
   model_.set_folder(kept.work);
   selection_ = kept.selection;
-  store_.go_on_at(kept.next_graph);
+  if (auto problem = read_kept_graphs(adopted_folder_, store_); !problem.empty()) return problem;
+  seen_graphs_ = kept.drawn;
   if (auto problem = read_kept_models(adopted_folder_, model_); !problem.empty()) return problem;
   for (const auto& text : kept.settings) {
     for (auto& line : read_script(text).lines) settings_.push_back(std::move(line));
@@ -129,7 +132,8 @@ std::string LineRunner::take_over(const KeptSession& kept) {
                             kept.running.empty() ? "" : ", which works on " + kept.running));
   const auto lines = read_script(kept.running).lines;
   if (lines.empty()) return {};
-  const auto& line = lines.front();
+  resumed_ = lines.front();
+  const auto& line = resumed_;
   const auto status = session_.resume();
   if (!status) return fmt::format("{} did not end: {}", line.word, session_.loss());
   record_.steps.back().status = *status;

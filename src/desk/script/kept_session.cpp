@@ -215,11 +215,10 @@ std::string read_kept_models(const fs::path& folder, DataModel& model) try {
 }
 
 std::string keep_session(const KeptSession& session, const fs::path& folder) {
-  const json value{{"process", session.process},       {"started", session.started},
-                   {"work", session.work.string()},    {"shown", session.shown},
-                   {"next_graph", session.next_graph}, {"running", session.running},
-                   {"selection", session.selection},   {"settings", session.settings},
-                   {"tables", session.tables},         {"operations", table_mark()}};
+  const json value{{"process", session.process},     {"started", session.started},   {"work", session.work.string()},
+                   {"shown", session.shown},         {"drawn", session.drawn},       {"running", session.running},
+                   {"selection", session.selection}, {"settings", session.settings}, {"tables", session.tables},
+                   {"operations", table_mark()}};
   return write_json(value, folder / session_name);
 }
 
@@ -247,7 +246,7 @@ std::string claim_session(pid_t process, KeptSession& session) try {
              .started = value.at("started").get<std::uint64_t>(),
              .work = value.at("work").get<std::string>(),
              .shown = value.at("shown").get<std::uintmax_t>(),
-             .next_graph = value.at("next_graph").get<std::int32_t>(),
+             .drawn = value.at("drawn").get<std::set<std::int32_t>>(),
              .selection = value.at("selection").get<std::string>(),
              .running = value.at("running").get<std::string>(),
              .settings = value.at("settings").get<std::vector<std::string>>(),

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@ struct KeptSession {
   std::uint64_t started = 0;          ///< as start_of_process tells it
   std::filesystem::path work;         ///< the folder in which the process works
   std::uintmax_t shown = 0;           ///< bytes of its printed output that were shown
-  std::int32_t next_graph = 1;        ///< handle of the next graph
+  std::set<std::int32_t> drawn;       ///< handles of the graphs that earlier lines have drawn
   std::string selection;              ///< the words that selected atoms last
   std::string running;                ///< the line of the command that it works on; empty if it waits for one
   std::vector<std::string> settings;  ///< lines

@@ -58,8 +58,9 @@ std::string indented(std::string_view text) {
   return all;
 }
 
-/// What the process prints where it starts and ends.
-constexpr std::array<std::string_view, 2> start_and_end_lines{"pathstat  :  revision", "Close external process: "};
+/// What the process prints where it starts, ends, and leaves and takes up the connection.
+constexpr std::array<std::string_view, 4> start_and_end_lines{
+    "pathstat  :  revision", "Close external process: ", "Application (", "Caught SIGUSR1 signal"};
 
 std::string first_value(const WordAnswer& answer) {
   return answer.values.empty() ? std::string{} : without_blanks(answer.values.front());
@@ -235,7 +236,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   }
   const bool by_process = line.kind != LineKind::overlay;
   if (by_process && !step.graphs.empty() && !session_.lost() && interrupts() == 0) {
-    const auto facts = facts_of(line);
+    const auto facts = facts_of(line.kind == LineKind::attach ? resumed_ : line);
     for (const auto graph : step.graphs) store_.set_facts(graph, facts);
     for (std::size_t k = 0; k < step.graphs.size(); ++k) {
       const auto added = add_coordination_graph(store_, step.graphs[k]);

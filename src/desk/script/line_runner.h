@@ -187,6 +187,7 @@ class LineRunner {
   std::string* asked_ = nullptr;  ///< takes what a command returns that is sent to learn about the state
   bool repeats_ended_ = false;
   bool detaches_ = false;                 ///< the process is to detach at the next point where it asks for an interrupt
+  ScriptLine resumed_;                    ///< the command that an attached process was working on
   std::filesystem::path adopted_folder_;  ///< in which the session of an attached process was kept
   bool stop_on_error_;
   bool stopped_ = false;
