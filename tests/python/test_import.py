@@ -141,6 +141,105 @@ class Walks(Case):
                 self.check(run, walk, *self.formats[ending])
                 np.testing.assert_allclose(run.times, 0.5 * np.arange(len(walk.cells)), atol=1e-4)
 
+    def full_topologies(self, walk):
+        """Files of atoms, charges and bonds as the programs that read them write them, for waters in the order O, H, H."""
+        waters = len(walk.true[0]) // 3
+        atoms = range(3 * waters)
+        bonds = [(3 * k, 3 * k + h) for k in range(waters) for h in (1, 2)]
+
+        def section(flag, form, values, width, per_line):
+            cells = [f"{value:{width}}" for value in values]
+            lines = ["".join(cells[k:k + per_line]) for k in range(0, len(cells), per_line)] or [""]
+            return [f"%FLAG {flag}", f"%FORMAT({form})", *lines]
+
+        pointers = [3 * waters, 2, 2 * waters] + 8 * [0] + [waters] + [0] * 19
+        prmtop = ["%VERSION  VERSION_STAMP = V0001.000  DATE = 01/01/26  00:00:00",
+                  *section("TITLE", "20a4", ["waters"], "<4", 20), *section("POINTERS", "10I8", pointers, "8d", 10),
+                  *section("ATOM_NAME", "20a4", ["O", "H1", "H2"] * waters, "<4", 20),
+                  *section("CHARGE", "5E16.8", [-0.8 * 18.2223, 0.4 * 18.2223, 0.4 * 18.2223] * waters, "16.8E", 5),
+                  *section("ATOMIC_NUMBER", "10I8", [8, 1, 1] * waters, "8d", 10),
+                  *section("MASS", "5E16.8", [15.9994, 1.008, 1.008] * waters, "16.8E", 5),
+                  *section("ATOM_TYPE_INDEX", "10I8", [1, 2, 2] * waters, "8d", 10),
+                  *section("RESIDUE_LABEL", "20a4", ["WAT"] * waters, "<4", 20),
+                  *section("RESIDUE_POINTER", "10I8", range(1, 3 * waters, 3), "8d", 10),
+                  *section("BONDS_INC_HYDROGEN", "10I8", [n for a, b in bonds for n in (3 * a, 3 * b, 1)], "8d", 10),
+                  *(line for flag in ("BONDS_WITHOUT", "ANGLES_INC", "ANGLES_WITHOUT", "DIHEDRALS_INC", "DIHEDRALS_WITHOUT")
+                    for line in section(flag + "_HYDROGEN", "10I8", [], "8d", 10)),
+                  *section("AMBER_ATOM_TYPE", "20a4", ["OW", "HW", "HW"] * waters, "<4", 20)]
+        kinds = (("OW", "OT", -0.8, 15.9994), ("HW1", "HT", 0.4, 1.008), ("HW2", "HT", 0.4, 1.008))
+        psf = ["PSF", "", "       1 !NTITLE", " REMARKS waters", "", f"{3 * waters:8d} !NATOM"]
+        for k in atoms:
+            name, kind, charge, mass = kinds[k % 3]
+            psf.append(f"{k + 1:8d} WAT  {k // 3 + 1:<4d} TIP3 {name:<4s} {kind:<4s} {charge:10.6f}     {mass:9.4f}           0")
+        psf += ["", f"{len(bonds):8d} !NBOND: bonds"]
+        psf += ["".join(f"{n + 1:8d}" for bond in bonds[k:k + 4] for n in bond) for k in range(0, len(bonds), 4)]
+        data = ["LAMMPS data file via write_data, version 2 Aug 2023, timestep = 0, units = metal", "", f"{3 * waters} atoms",
+                "2 atom types", f"{len(bonds)} bonds", "1 bond types", ""]
+        a, b, c = walk.cells[0]
+        data += [f"0 {a[0]} xlo xhi", f"0 {b[1]} ylo yhi", f"0 {c[2]} zlo zhi", f"{b[0]} {c[0]} {c[1]} xy xz yz", "", "Masses",
+                 "", "1 15.9994", "2 1.008", "", "Atoms # full", ""]
+        data += [f"{k + 1} {k // 3 + 1} {1 if k % 3 == 0 else 2} {kinds[k % 3][2]} {x} {y} {z} 0 0 0"
+                 for k, (x, y, z) in sorted(enumerate(walk.wrapped[0]), key=lambda row: (row[0] * 37) % 61)]
+        data += ["", "Bonds", "", *(f"{n + 1} 1 {a + 1} {b + 1}" for n, (a, b) in enumerate(bonds))]
+        for ending, lines in (("prmtop", prmtop), ("psf", psf), ("data", data)):
+            with open(self.path("top." + ending), "w", encoding="ascii") as file:
+                file.write("\n".join(lines) + "\n")
+        return bonds
+
+    def test_topologies_give_their_elements_masses_charges_and_bonds(self):
+        walk = Walk(breathing(BOXES["triclinic"], 12))
+        bonds = self.full_topologies(walk)
+        for ending in ("nc", "dcd", "trr"):
+            walk.write(self.path("walk." + ending))
+        for top, ending, residue in (("prmtop", "nc", "WAT"), ("psf", "dcd", "TIP3"), ("data", "trr", None)):
+            with self.subTest(topology=top):
+                run = Imported(self.folder, self.path("top." + top), self.path("walk." + ending))
+                self.check(run, walk, *self.formats[ending])
+                self.assertEqual(run.model["Element"], ["O", "H", "H"] * 20)
+                np.testing.assert_allclose(run.model["Charge"], [-0.8, 0.4, 0.4] * 20, atol=1e-6)
+                np.testing.assert_allclose(run.model["Mass"], [15.9994, 1.008, 1.008] * 20, atol=1e-4)
+                self.assertEqual({*map(tuple, np.sort(run.model["Bond"].reshape(-1, 2) - 1, axis=1))}, set(bonds))
+                self.assertNotIn("Masses are guessed", run.told)
+                self.assertNotIn("by distance", run.told)
+                if residue:
+                    self.assertEqual(set(run.model["Residue"]), {residue})
+
+    def test_dumps_in_any_convention_and_order_are_followed(self):
+        """Cells that tilt, and whose origin wanders, as at constant pressure; rows stand as the processors had them."""
+        walk = Walk(breathing(BOXES["triclinic"], 20))
+        self.full_topologies(walk)
+        random = np.random.default_rng(2)
+        origins = random.normal(0, 0.3, (20, 3)).cumsum(axis=0)
+        fractions = walk.wrapped @ np.linalg.inv(walk.cells)
+        images = np.round((walk.true - walk.wrapped) @ np.linalg.inv(walk.cells))
+        self.assertTrue(images.any())
+        columns = {"x y z": walk.wrapped + origins[:, None], "xs ys zs": fractions, "xsu ysu zsu": fractions + images,
+                   "xu yu zu": walk.wrapped + images @ walk.cells + origins[:, None]}
+        # In the cell, the walk is that of the toroidal view, with its origin; places that are unwrapped already stay.
+        moving = walk.true + origins[:, None]
+        for names, places in columns.items():
+            expected = columns["xu yu zu"] if "u" in names else moving
+            with self.subTest(names):
+                with open(self.path("walk.dump"), "w", encoding="ascii") as file:
+                    for k, cell in enumerate(walk.cells):
+                        (lx, _, _), (xy, ly, _), (xz, yz, lz) = cell
+                        low = origins[k] + [min(0, xy, xz, xy + xz), min(0, yz), 0]
+                        high = origins[k] + [lx + max(0, xy, xz, xy + xz), ly + max(0, yz), lz]
+                        file.write(f"ITEM: TIMESTEP\n{250 * k}\nITEM: NUMBER OF ATOMS\n60\nITEM: BOX BOUNDS xy xz yz pp pp pp\n"
+                                   + "".join(f"{a:.9e} {b:.9e} {t:.9e}\n" for a, b, t in zip(low, high, (xy, xz, yz)))
+                                   + f"ITEM: ATOMS id type {names} vx vy vz\n")
+                        for i in random.permutation(60):
+                            row = [*places[k, i], *walk.velocities[k, i]]
+                            file.write(f"{i + 1} {1 if i % 3 == 0 else 2} " + " ".join(f"{v:.7f}" for v in row) + "\n")
+                run = Imported(self.folder, self.path("top.data"), self.path("walk.dump"), "--timestep", "0.002")
+                np.testing.assert_allclose(run.times, 0.5 * np.arange(20), atol=1e-6)  # units metal, of the data file
+                for k, cell in enumerate(walk.cells):
+                    turn = turned(cell)
+                    moved = run.xyz[k] @ turn - run.xyz[0] @ turned(walk.cells[0])
+                    np.testing.assert_allclose(moved, expected[k] - expected[0], atol=2e-3, err_msg=f"frame {k}")
+                    np.testing.assert_allclose(run.cells[k], cell @ turn.T, atol=1e-3)
+                    np.testing.assert_allclose(run.velocities[k] @ turn, walk.velocities[k], atol=1e-4)
+
     def test_as_is_leaves_places_in_the_cell(self):
         walk = Walk(breathing(BOXES["triclinic"], 5))
         walk.write_topology(self.path("top.pdb"))
