@@ -9,7 +9,7 @@ import tempfile
 
 import numpy as np
 
-from lammps_units import BAR, KCAL_PER_EV, LAMMPS_UNITS
+from lammps_units import BAR, KCAL_PER_EV
 
 ENERGY_UNITS = {"kcal/mol": 1.0, "kJ/mol": 1 / 4.184, "eV": KCAL_PER_EV}
 # Factors of units that a heading may have behind its name, to kcal/mol, GPa, K, A^3.
@@ -80,7 +80,7 @@ def gathered(headings, rows, scale):
     """Columns by our names; parts of one series are added. @param scale(name, heading) the factor of a column"""
     table = {}
     for heading, values in zip(headings, np.array(rows, dtype=float).T):
-        name = known_name(heading.split("(")[0]) or known_name(heading)
+        name = known_name(heading) or known_name(re.split(r"[(\[/]", heading)[0])
         if name is None:
             continue
         values = values * scale(name.removesuffix("_part"), heading)
@@ -92,6 +92,53 @@ def gathered(headings, rows, scale):
     return table
 
 
+def thermo_sections(lines):
+    """The names and rows of each section of a LAMMPS log: tables, blocks of `name = value` behind each step (thermo_style
+    multi), and lists (thermo_style yaml)."""
+    sections, headings, rows, block = [], None, [], None
+    for line in lines:
+        words = line.split()
+        if words[:1] == ["keywords:"]:
+            words = line.split(":", 1)[1].strip(" []\n").replace(",", " ").replace("'", " ").replace('"', " ").split()
+        elif line.lstrip().startswith("- [") and headings:
+            words = line.strip(" -[]\n").rstrip(",]").replace(",", " ").split()
+        if found := re.match(r"-+ Step\s+(\d+) -", line):
+            block = {"Step": found.group(1)}
+            sections.append((block, block))
+            headings = None
+        elif block is not None and (pairs := re.findall(r"(\S+)\s*=\s*(\S+)", line)):
+            block.update(pairs)
+        elif {"Step", "Time"} & set(words) and len(words) > 1 and all(re.fullmatch(r"[A-Za-z]\S*", word) for word in words):
+            headings, rows, block = words, [], None
+            sections.append((headings, rows))
+        elif headings and (numbers := numbers_of(words)) and len(numbers) == len(headings):
+            rows.append(numbers)
+        elif words and not words[0].startswith(("WARNING", "data:")):
+            headings = block = None
+    return joined_blocks(sections)
+
+
+def numbers_of(words):
+    try:
+        return [float(word) for word in words]
+    except ValueError:
+        return []
+
+
+def joined_blocks(sections):
+    """Blocks of one step each that follow one another become one section, if they have the same names."""
+    joined = []
+    for names, rows in sections:
+        if isinstance(names, dict):
+            numbers = numbers_of(names.values())
+            if joined and joined[-1][0] == list(names) and joined[-1][1] and joined[-1][1][-1][0] < numbers[0]:
+                joined[-1][1].append(numbers)
+                continue
+            names, rows = list(names), [numbers] if numbers else []
+        joined.append((names, rows))
+    return joined
+
+
 def read_lammps(path, units, time_factor, energy):
     """All sections of a log. One that begins again at an earlier step takes the place of what stood behind that step."""
     factors = {"pressure": units.pressure, "volume": units.length ** 3, "temperature": 1.0, "step": 1.0, "time": units.time}
@@ -99,23 +146,12 @@ def read_lammps(path, units, time_factor, energy):
     def scale(name, _heading):
         return factors["pressure"] if name.startswith("pressure") else energy if name in ENERGIES else factors[name]
 
-    sections, headings, rows = [], None, []
     with open(path, encoding="latin-1") as file:
-        for line in file:
-            words = line.split()
-            if words[:1] == ["Step"] and len(words) > 1:
-                headings, rows = words, []
-                sections.append((headings, rows))
-            elif headings:
-                try:
-                    numbers = [float(word) for word in words]
-                except ValueError:
-                    numbers = []
-                if len(numbers) == len(headings):
-                    rows.append(numbers)
-                elif words[:1] != ["WARNING:"]:
-                    headings = None
+        sections = thermo_sections(file)
     tables = [gathered(headings, rows, scale) for headings, rows in sections if rows]
+    for table in tables:
+        if "step" not in table:
+            table["step"] = table["time"] / time_factor
     for later in range(1, len(tables)):
         for table in tables[:later]:
             keep = table["step"] < tables[later]["step"][0]
@@ -161,11 +197,16 @@ def read_edr(path, energy):
         return read_xvg(out, energy)
 
 
-def read_csv(path, time_factor, energy):
+def read_csv(path, lammps_scale, energy):
     with open(path, encoding="utf-8-sig", newline="") as file:
-        lines = [line for line in file if line.strip() and not line.startswith("# ")]
-    rows = list(csv.reader(lines))
-    headings = [word.strip().lstrip("#") for word in rows[0]]
+        lines = [line for line in file if line.strip()]
+    plain = [line for line in lines if not line.startswith("#")]
+    mark = next((mark for mark in ",;\t" if plain and mark in plain[0]), ",")
+    rows = list(csv.reader(plain, delimiter=mark))
+    if rows and numbers_of(rows[0]):  # the names stand in the last of the comments
+        names = [line.lstrip("# ") for line in lines if line.startswith("#")][-1:]
+        rows = [*csv.reader(names, delimiter=mark), *rows]
+    headings = [word.strip() for word in rows[0]]
 
     def scale(name, heading):
         unit = re.search(r"[(\[/]\s*([^)\]]+?)\s*[)\]]?$", heading)
@@ -174,12 +215,13 @@ def read_csv(path, time_factor, energy):
         return energy or 1.0 if name in ENERGIES else 1.0
     table = gathered(headings, [row for row in rows[1:] if len(row) == len(headings)], scale)
     if "time" not in table and "step" in table:
-        table["time"] = table["step"] * time_factor
+        table["time"] = table["step"] * lammps_scale()[1]
     table.pop("step", None)
     return table
 
 
-def read_energies(path, asked_units, time_factor, facts):
+def read_energies(path, asked_units, lammps_scale):
+    """@param lammps_scale() units of LAMMPS and its time step in ps, for files that have steps and no times"""
     energy = ENERGY_UNITS[asked_units] if asked_units else None
     end = os.path.splitext(path)[1].lower()
     if end == ".xvg":
@@ -187,10 +229,10 @@ def read_energies(path, asked_units, time_factor, facts):
     elif end == ".edr":
         table = read_edr(path, energy)
     elif end == ".csv":
-        table = read_csv(path, time_factor, energy)
+        table = read_csv(path, lammps_scale, energy)
     else:
-        units = LAMMPS_UNITS[facts.get("units", "real")]
-        table = read_lammps(path, units, time_factor, energy or units.energy)
+        units, step = lammps_scale()
+        table = read_lammps(path, units, step, energy or units.energy)
     if "time" not in table or len(table["time"]) == 0 or len(table) == 1:
         raise ValueError("it has no rows of energies with a time or a step")
     return Columns(table, path)

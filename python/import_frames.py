@@ -19,6 +19,7 @@ A block is a tag of 8 ASCII characters, its length as a little-endian 64-bit int
 """
 
 import argparse
+import functools
 import os
 import struct
 import sys
@@ -254,9 +255,14 @@ class Frames:
         return reader
 
     def use_lammps_units(self):
-        if self.lammps:
-            return
         self.lammps = True
+        units, self.time_factor = self.lammps_scale()
+        self.length_factor = units.length
+        self.velocity_factor = units.velocity
+
+    @functools.cache
+    def lammps_scale(self):
+        """@return the units of LAMMPS, and a time step of it in ps"""
         name = self.options.lammps_units or self.facts.get("units")
         if name is None:
             name = "real"
@@ -264,15 +270,11 @@ class Frames:
         units = LAMMPS_UNITS.get(name)
         if units is None:
             raise Refused(f"lengths and times of LAMMPS units {name} have no size of their own; scale the files first")
-        step = self.options.timestep
-        if step is None:
-            step = self.facts.get("timestep")
+        step = self.options.timestep or self.facts.get("timestep")
         if step is None:
             step = units.default_step
             self.tell(f"No file says how long a time step is: it is taken for {step * units.time:g} ps (--timestep)")
-        self.time_factor = step * units.time
-        self.length_factor = units.length
-        self.velocity_factor = units.velocity
+        return units, step * units.time
 
     def time(self, ts):
         return ts.data["step"] * self.time_factor if self.lammps and "step" in ts.data else ts.time
@@ -437,7 +439,7 @@ def send_all(sender, options):
     if options.energies:
         from energy_series import read_energies
         try:
-            columns = read_energies(options.energies, options.energy_units, frames.time_factor, facts)
+            columns = read_energies(options.energies, options.energy_units, frames.lammps_scale)
         except UNREADABLE as problem:
             raise Refused(f"{options.energies} cannot be read as energies: {why(problem, options.energies)}")
     topology = Topology(atoms, sender.text)

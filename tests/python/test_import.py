@@ -343,6 +343,43 @@ class RealRuns(Case):
             np.testing.assert_allclose(run.value(name), rows[:, column] * factor, rtol=1e-6, err_msg=name)
         np.testing.assert_allclose(run.value("coulomb"), rows[:, 6] + rows[:, 7], rtol=1e-6)
 
+    def test_logs_of_every_form_and_unit_are_read(self):
+        """The same five rows at 0.1 ps from each other, in kcal/mol, K and GPa."""
+        energy, heat, pressure = -1000.5 + np.arange(5), 300.25 + np.arange(5), 0.101325 * np.arange(1, 6)
+        step, time, atm = 100 * np.arange(5), 0.1 * np.arange(5), pressure / 1.01325e-4
+        table = zip(step, heat, energy, atm)
+        log = "LAMMPS (2 Aug 2023)\nunits real\ntimestep 1.0\n"
+        multi = "".join(f"------------ Step {s:14d} ----- CPU =      {s / 7:.4f} (sec) -------------\n"
+                        f"TotEng   = {e:14.4f} KinEng   =        0.1000 Temp     = {t:14.4f}\nPress    = {p:14.4f} \n"
+                        for s, t, e, p in zip(step, heat, energy, atm))
+        columns = {"plain.log": log + "   Step   Temp   TotEng   Press   Volume\n" + "".join(f"{s} {t} {e} {p} 5\n" for s, t, e, p in table)
+                   + "Loop time of 3.1 on 1 procs for 400 steps with 648 atoms\n",
+                   "multi.log": log + multi + "Loop time of 3 on 1 procs\n",
+                   "yaml.log": log + "---\nkeywords: ['Step', 'Temp', 'TotEng', 'Press', ]\ndata:\n"
+                   + "".join(f"  - [{s}, {t}, {e}, {p}, ]\n" for s, t, e, p in zip(step, heat, energy, atm)) + "...\n",
+                   "time.log": log + "Time Temp TotEng Press\n" + "".join(f"{s} {t} {e} {p}\n" for s, t, e, p in zip(step, heat, energy, atm)),
+                   # A run that was begun again from step 200, and of other columns before.
+                   "two.log": log + "Step Temp\n" + "".join(f"{s} {0 * s + 300.25 + s / 100}\n" for s in (0, 100, 200, 300))
+                   + "Loop time of 1\nStep Temp TotEng Press\n" + "".join(f"{s} {t} {e} {p}\n" for s, t, e, p in list(zip(step, heat, energy, atm))[2:]),
+                   "kj.csv": "time (ps),Total Energy (kJ/mol),Temperature (K),Pressure (bar)\n"
+                   + "".join(f"{s},{e * 4.184},{t},{p * 1e4}\n" for s, t, e, p in zip(time, heat, energy, pressure)),
+                   "step.csv": "# Step,Temp [K],TotEng,Press (atm)\n" + "".join(f"{s},{t},{e / 23.060547830619},{p}\n" for s, t, e, p in zip(step, heat, energy, atm)),
+                   "ns.xvg": '@ xaxis label "Time (ns)"\n@ s0 legend "Total Energy"\n@ s1 legend "Temperature"\n@ s2 legend "Pressure"\n'
+                   + "".join(f"{s / 1000} {e * 4.184} {t} {p * 1e4}\n" for s, t, e, p in zip(time, heat, energy, pressure))}
+        words = (GROMACS + "tpr", GROMACS + "xtc", "--last", 5, "--timestep", 1)
+        for name, text in columns.items():
+            with self.subTest(name):
+                with open(self.path(name), "w", encoding="utf-8") as file:
+                    file.write(text)
+                units = ("--energy-units", "eV") if name == "step.csv" else ()
+                run = Imported(self.folder, *words, "--energies", self.path(name), *units)
+                there = slice(2, None) if name == "two.log" else slice(None)
+                np.testing.assert_allclose(run.value("temperature"), heat, rtol=1e-6)
+                np.testing.assert_allclose(run.value("total")[there], energy[there], rtol=1e-6)
+                np.testing.assert_allclose(run.value("pressure")[there], pressure[there], rtol=1e-5)
+                self.assertEqual(np.isnan(run.value("total")).sum(), 2 if name == "two.log" else 0)
+                self.assertTrue(np.isnan(run.value("potential")).all())
+
     def dumps(self):
         """Wrapped and unwrapped places, velocities and cell origins and lengths of each frame of the dumps."""
         def frames(path, columns):
