@@ -4,12 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+#include <ostream>
 #include <set>
+#include <string_view>
 #include <vector>
 
 #include "catalogue/catalogue.h"
+#include "desk/import/trajectory_output.h"
 #include "recording_core.h"
 #include "state/analysis_settings.h"
+#include "state/trajectory_frames.h"
+#include "trajectory/front_end.h"
 
 namespace pathstat {
 namespace {
@@ -145,6 +153,56 @@ TEST_F(CatalogueMask, a_selection_that_no_model_serves_is_taken_back) {
   EXPECT_TRUE(table.selected[row_of(206)]) << "a layer has a cell";
   EXPECT_TRUE(table.selected[row_of(208)]);
 }
+
+constexpr double none = std::numeric_limits<double>::quiet_NaN();
+
+/// What three frames have of one value, and whether it can be selected.
+struct Absence {
+  std::string_view series;
+  std::int32_t id;
+  std::array<double, 3> values;
+  bool selectable;
+};
+
+void PrintTo(const Absence& absence, std::ostream* out) {
+  *out << absence.series << testing::PrintToString(absence.values);
+}
+
+class AbsentValues : public CatalogueMask, public testing::WithParamInterface<Absence> {};
+
+TEST_P(AbsentValues, are_those_of_neither_the_first_frame_nor_the_last) {
+  const auto& [series, id, values, expected] = GetParam();
+  const auto path = testing::TempDir() + "absent.trj";
+  const std::array<std::int32_t, 2> ids{1, 2};
+  desk::TrajectoryOutput output;
+  ASSERT_EQ(output.create(path, {.title = "absent", .ids = ids, .periodic = true}), "");
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    output.set(series, values[k]);
+    output.set("volume", 1000);
+    const std::array<double, 6> xyz{0, 0, 0, 1, 1, 1};
+    ASSERT_EQ(output.write({static_cast<double>(k), {{{10, 0, 0}, {0, 10, 0}, {0, 0, 10}}}, xyz, {}}), "");
+  }
+  ASSERT_EQ(output.close(), "");
+  trajectory(reader::binary, 2010, 3);
+  trj_frames_.frames_in_file = static_cast<std::int32_t>(values.size());
+  std::int32_t status = 7;
+  maskprops_(path, false, status);
+  EXPECT_EQ(status, trajectory_status::attach_refused) << "there is no model, and rows are masked all the same";
+  EXPECT_EQ(selectable().contains(id), expected);
+  EXPECT_TRUE(selectable().contains(204)) << "the volume is there in all frames";
+  std::remove(path.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(frames, AbsentValues,
+                         testing::Values(Absence{"temperature", 201, {300, 301, 302}, true},
+                                         Absence{"temperature", 201, {none, none, 302}, true},
+                                         Absence{"temperature", 201, {300, none, none}, true},
+                                         Absence{"temperature", 201, {none, 301, none}, false},
+                                         Absence{"temperature", 201, {0, 0, 0}, true},
+                                         Absence{"total", 1, {none, none, none}, false},
+                                         Absence{"total", 1, {-5, none, -5}, true},
+                                         Absence{"pressure_xx", 205, {none, none, none}, false},
+                                         Absence{"pressure_xx", 205, {0.1, 0.1, 0.1}, true}));
 
 struct Freedom {
   std::int32_t movable, fixed, periodicity;
