@@ -1,7 +1,10 @@
 #include "correlation/origin_blocks.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <limits>
 
@@ -56,6 +59,11 @@ void OriginBlocks::save(const std::string& file, double spacing_ps, std::int64_t
     for (std::size_t value = 0; value < values_of_lag; ++value) out << ' ' << total_[k * values_of_lag + value] * share;
     out << '\n';
   }
+  out.close();
+  if (out) return;
+  const std::string cause = std::strerror(errno);
+  std::printf("The error of the displacement is left out: cannot write %s: %s\n", file.c_str(), cause.c_str());
+  std::remove(file.c_str());
 }
 
 }  // namespace pathstat

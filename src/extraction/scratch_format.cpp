@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <limits>
+
+#include "support/whole_file.h"
 
 namespace pathstat {
 namespace {
@@ -57,7 +58,7 @@ RecordStatus write_records(RecordWriter& file, const ScratchSeries& series) {
     record.all(series.extras.first(static_cast<std::size_t>(head.extras)));
     if (status == RecordStatus::ok) status = file.write(record);
   }
-  return status == RecordStatus::ok ? file.close() : status;
+  return status;
 }
 
 }  // namespace
@@ -106,12 +107,7 @@ RecordStatus read_scratch_points(RecordReader& file, const ScratchHead& head, co
 }
 
 RecordStatus write_scratch(const std::string& path, const ScratchSeries& series) {
-  RecordWriter file;
-  auto status = file.create(path);
-  if (status != RecordStatus::ok) return status;
-  status = write_records(file, series);
-  if (status != RecordStatus::ok) std::remove(path.c_str());
-  return status;
+  return write_whole_file(path, [&](RecordWriter& file) { return write_records(file, series); });
 }
 
 }  // namespace pathstat

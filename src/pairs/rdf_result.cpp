@@ -1,7 +1,8 @@
 #include "pairs/rdf_result.h"
 
 #include <cstddef>
-#include <cstdio>
+
+#include "support/whole_file.h"
 
 namespace pathstat {
 namespace {
@@ -29,20 +30,14 @@ RecordStatus write_records(RecordWriter& file, const RdfHead& head, const RdfCol
   }
   record.clear();
   record.f64(tail.scale).f64(tail.offset).i32(tail.periodic ? 1 : 0).i32(tail.set_type);
-  if (status == RecordStatus::ok) status = file.write(record);
-  return status == RecordStatus::ok ? file.close() : status;
+  return status == RecordStatus::ok ? file.write(record) : status;
 }
 
 }  // namespace
 
 RecordStatus write_rdf(const std::string& path, const RdfHead& head, const RdfColumns<const double>& functions,
                        const RdfTail& tail) {
-  RecordWriter file;
-  auto status = file.create(path);
-  if (status != RecordStatus::ok) return status;
-  status = write_records(file, head, functions, tail);
-  if (status != RecordStatus::ok) std::remove(path.c_str());
-  return status;
+  return write_whole_file(path, [&](RecordWriter& file) { return write_records(file, head, functions, tail); });
 }
 
 RecordStatus read_rdf_head(RecordReader& file, RdfHead& head) {

@@ -20,6 +20,7 @@
 #include "support/named_memory.h"
 #include "support/number_format.h"
 #include "support/record_file.h"
+#include "support/within_memory.h"
 
 namespace pathstat {
 namespace {
@@ -242,8 +243,10 @@ void write_table(const std::string& work_file, const std::string& path, std::spa
   if (status != 0) return;
   FileUnit unit(path, {.form = UnitForm::formatted}, status);
   if (status != 0) return;
-  const bool is_written = write_lines(from, unit.number(), TableColumns(tablesave_i_.table_columns), names);
-  if (unit.close() && is_written) return;
+  bool is_written = false;
+  const bool fits = within_memory(
+      [&] { is_written = write_lines(from, unit.number(), TableColumns(tablesave_i_.table_columns), names); });
+  if (unit.close() && fits && is_written) return;
   status = table_failed;
   ::unlink(path.c_str());
 }
@@ -320,9 +323,14 @@ void finishtableoutput_(std::string_view file, std::span<const ModelName> model_
   ::unlink(input.c_str());
 }
 
+TableScope::TableScope(std::string_view file) {
+  WorkFiles work(file);
+  work_files_ = {std::move(work.first), std::move(work.second)};
+}
+
 TableScope::~TableScope() {
   free_table();
-  WorkFiles(file_).remove();
+  for (const auto& file : work_files_) ::unlink(file.c_str());
 }
 
 }  // namespace pathstat

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -43,13 +44,13 @@ void finishtableoutput_(std::string_view file, std::span<const ModelName> model_
 /// Owns a table that is on: whatever is left of its blocks and work files goes with the scope.
 class TableScope {
  public:
-  explicit TableScope(std::string_view file) : file_(file) {}
+  explicit TableScope(std::string_view file);
   ~TableScope();
   TableScope(const TableScope&) = delete;
   TableScope& operator=(const TableScope&) = delete;
 
  private:
-  std::string file_;
+  std::array<std::string, 2> work_files_;  ///< their names, for an end without memory
 };
 
 }  // namespace pathstat

@@ -17,6 +17,8 @@ void remember_and_throw() {
 
 void watch_memory() { std::set_new_handler(remember_and_throw); }
 
+void note_memory_shortage() { shortage = true; }
+
 bool take_memory_shortage() { return shortage.exchange(false); }
 
 }  // namespace pathstat

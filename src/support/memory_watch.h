@@ -6,7 +6,10 @@ namespace pathstat {
 /// on with less must not pass for code that has had all it asked for.
 void watch_memory();
 
-/// True if a `new` has found no memory since the last question.
+/// Remembers that memory was wanting where no `new` has asked for it.
+void note_memory_shortage();
+
+/// True if a `new` has found no memory, or a shortage was noted, since the last question.
 bool take_memory_shortage();
 
 }  // namespace pathstat

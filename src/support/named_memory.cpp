@@ -8,6 +8,7 @@
 #include <limits>
 #include <numeric>
 
+#include "support/memory_watch.h"
 #include "support/number_format.h"
 
 namespace pathstat {
@@ -132,6 +133,7 @@ bool can_hold(std::int64_t bytes) { return bytes >= 0 && bytes <= std::numeric_l
 std::size_t heap_bytes(std::int64_t bytes) { return static_cast<std::size_t>(std::max<std::int64_t>(bytes, 1)); }
 
 void report_no_heap(std::int64_t bytes) {
+  note_memory_shortage();
   std::fprintf(stderr, "MEM_Alloc: Cannot allocate %" PRId64 " bytes\n", bytes);
 }
 
@@ -364,7 +366,9 @@ void kvs_mem_loc_(const void* at, std::int64_t& address) { address = kvS_MEM_Loc
 void memget_(std::int64_t& address, std::int64_t bytes, std::int32_t& status) {
   address = can_hold(bytes) ? address_of(std::malloc(heap_bytes(bytes))) : 0;
   status = address == 0 ? -1 : 0;
-  if (status != 0) std::fputs("Error memget could not allocate storage\n", stdout);
+  if (status == 0) return;
+  note_memory_shortage();
+  std::fputs("Error memget could not allocate storage\n", stdout);
 }
 void memfre_(std::int64_t address) { std::free(pointer_at<void>(address)); }
 

@@ -9,6 +9,8 @@
 #include <limits>
 #include <new>
 
+#include "support/read_failure.h"
+
 namespace pathstat {
 namespace {
 
@@ -177,7 +179,10 @@ RecordStatus RecordReader::read_at(std::int64_t offset, std::span<std::byte> int
   while (!into.empty()) {
     const auto count = ::pread(file_.get(), into.data(), into.size(), offset);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return RecordStatus::failed;
+    if (count < 0) {
+      tell_failed_read(file_.get());
+      return RecordStatus::failed;
+    }
     if (count == 0) return RecordStatus::cut;
     into = into.subspan(static_cast<std::size_t>(count));
     offset += count;

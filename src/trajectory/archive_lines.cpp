@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "support/read_failure.h"
+
 namespace pathstat {
 
 namespace {
@@ -67,6 +69,7 @@ bool ArchiveLines::read_more() {
     got = ::pread(descriptor_, buffer_.data() + end_, buffer_.size() - end_, read_to_);
   } while (got < 0 && errno == EINTR);
   failed_ = got < 0;
+  if (failed_) tell_failed_read(descriptor_);
   if (got <= 0) return false;
   end_ += static_cast<std::size_t>(got);
   read_to_ += got;

@@ -4,10 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <random>
-
-#include "desk/link/work_directory.h"
 
 namespace pathstat::desk {
 namespace {
@@ -115,16 +112,12 @@ TEST(DiffusionErrorOf, blocks_that_share_nothing_is_that_of_their_mean) {
   EXPECT_FALSE(error_of_slope(blocks, 0, 0, 2));
 }
 
-TEST(DiffusionErrorOf, a_file_needs_all_of_it) {
-  std::string error;
-  const PrivateDirectory folder(error);
-  const auto file = folder.path() / "blocks";
+TEST(DiffusionErrorOf, a_text_needs_all_of_it) {
   const std::string head = "0.5 101 11 1 10 2 1 2\n";
   struct Case {
     std::string text;
     bool whole;
   };
-  EXPECT_FALSE(read_origin_blocks(file));
   for (const auto& [text, whole] :
        {Case{head + "1 0.5 0.75\n2 1 1.5\n", true}, Case{head + "1 0.5 0.75\n2 1\n", false}, Case{"", false},
         Case{"0.5 101 11 1 10 2 1 2000000000\n", false}, Case{"0 101 11 1 10 2 1 0\n", false},
@@ -132,8 +125,7 @@ TEST(DiffusionErrorOf, a_file_needs_all_of_it) {
         Case{"0.5 101 11 1 60 2 1 0\n", false}, Case{"0.5 101 11 6 10 2 1 0\n", false},
         Case{"0.5 9000000000000000000 11 1 10 2 1 0\n", false}, Case{head + "2 1 1.5\n1 0.5 0.75\n", false},
         Case{head + "1 0.5 0.75\n102 1 1.5\n", false}}) {
-    std::ofstream(file) << text;
-    const auto blocks = read_origin_blocks(file);
+    const auto blocks = read_origin_blocks(text);
     EXPECT_EQ(blocks.has_value(), whole) << text;
     if (blocks) {
       EXPECT_EQ(blocks->means, (std::vector<double>{0.5, 0.75, 1, 1.5}));

@@ -247,10 +247,16 @@ std::string words(std::string text) {
   return text;
 }
 
+/// True if a trajectory could not be read to its end: all results are of fewer frames, as is told.
+bool breaks_off(const Outcome& run) { return run.err.find("breaks off") != std::string::npos; }
+
+/// True if the run goes on without a number that is taken from a file beside the results, as is told.
+bool leaves_out(const Outcome& run) { return (run.out + run.err).find("is left out: cannot") != std::string::npos; }
+
 /// What is wrong with the results; the table, which a failed command leaves without its part, may be shorter.
 std::vector<std::string> wrong_results(const Outcome& run, const Outcome& good) {
   std::vector<std::string> wrong;
-  if (run.err.find("breaks off") != std::string::npos) return wrong;  // all of them are of fewer frames, as is told
+  if (breaks_off(run)) return wrong;
   for (const auto& [name, text] : run.results) {
     const auto known = good.results.find(name);
     if (known == good.results.end()) {
@@ -258,7 +264,9 @@ std::vector<std::string> wrong_results(const Outcome& run, const Outcome& good) 
       wrong.push_back(name + " should not be there");
     } else if (text != known->second && (run.code() == 0 || text != earlier)) {
       const bool remarked = text.find("(interrupted after") != std::string::npos;
-      if (name.starts_with("summary.") && run.code() != 0) continue;  // sums up what there is
+      const bool sums_up = name.starts_with("summary.");
+      if (sums_up && run.code() != 0) continue;  // what there is
+      if (leaves_out(run) && (sums_up || name == "diffusion.tsv" || name == "coordination.tsv")) continue;
       const bool shorter =
           name.ends_with(".dat") && run.code() != 0 && strange_lines(words(text), words(known->second)).empty();
       if (!shorter && !remarked) wrong.push_back(name + " is neither the old nor the new one");
@@ -296,7 +304,7 @@ class FailedCalls : public Faults {};
 TEST_P(FailedCalls, are_told_and_leave_results_whole) {
   static const std::regex cause(
       "space|memory|device|nput/output|open files|denied|refused|reset|cannot|can't|temporarily|in use|closed|holds "
-      "no|breaks off|broken pipe",
+      "no|breaks off|broken pipe|has been lost|could not allocate|end of file",
       std::regex::icase);
   ASSERT_EQ(good_.code(), 0) << good_.err;
   ASSERT_GT(good_.calls, 0U);
@@ -312,9 +320,10 @@ TEST_P(FailedCalls, are_told_and_leave_results_whole) {
     EXPECT_TRUE(run.exited());
     EXPECT_THAT(wrong_results(run, good_), IsEmpty());
     if (run.code() == 0) {
-      EXPECT_EQ(strange_lines(good_.out, run.out), "");
+      const auto missing = strange_lines(good_.out, run.out);
+      EXPECT_TRUE(missing.empty() || breaks_off(run) || leaves_out(run)) << missing;
       const auto more = strange_lines(run.out, good_.out);
-      EXPECT_TRUE(more.empty() || std::regex_search(more, cause)) << more;
+      EXPECT_TRUE(more.empty() || std::regex_search(more + run.err, cause)) << more;
     } else {
       EXPECT_TRUE(std::regex_search(run.err, cause));
       EXPECT_THAT(run.err, testing::Not(testing::HasSubstr("signal")));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "desk/advice/nearest.h"
+#include "desk/link/folder_content.h"
 #include "support/record_file.h"
 #include "trajectory/binary_header.h"
 
@@ -38,8 +39,7 @@ bool holds_zero_bytes(const fs::path& path) {
 std::vector<std::string> trajectories_in(const fs::path& folder, bool with_extensions) {
   std::vector<std::string> names;
   std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const auto& path = entry->path();
+  for (const fs::path path : names_in(folder, error)) {
     if (is_trajectory_name(path)) names.push_back((with_extensions ? path.filename() : path.stem()).string());
   }
   std::sort(names.begin(), names.end());

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "desk/link/folder_content.h"
 #include "desk/script/script.h"
 
 namespace pathstat::desk {
@@ -44,12 +45,12 @@ std::vector<std::string> paths_beginning(std::string_view begun, bool (*fits)(co
   const auto place = folder.starts_with("~/") && home ? home + folder.substr(1) : folder.empty() ? "." : folder;
   std::vector<std::string> paths;
   std::error_code trouble;
-  for (fs::directory_iterator entry(place, trouble), end; !trouble && entry != end; entry.increment(trouble)) {
-    const auto found = entry->path().filename().string();
+  for (const auto& found : names_in(place, trouble)) {
     if (!found.starts_with(name) || (name.empty() && found.front() == '.')) continue;
     std::error_code unknown;
-    const bool is_folder = entry->is_directory(unknown);
-    if (is_folder || !fits || fits(entry->path())) paths.push_back(folder + found + (is_folder ? "/" : ""));
+    const auto path = fs::path(place) / found;
+    const bool is_folder = fs::is_directory(path, unknown);
+    if (is_folder || !fits || fits(path)) paths.push_back(folder + found + (is_folder ? "/" : ""));
   }
   std::sort(paths.begin(), paths.end());
   return paths;

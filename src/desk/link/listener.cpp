@@ -14,6 +14,7 @@
 #include <sstream>
 
 #include "corelink/socket_setup.h"
+#include "desk/link/folder_content.h"
 
 namespace pathstat::desk {
 namespace {
@@ -44,10 +45,11 @@ std::string socket_inode(const sockaddr_in& near, const sockaddr_in& far) {
 
 bool holds_socket(pid_t process, const std::string& inode) {
   const auto wanted = fmt::format("socket:[{}]", inode);
+  const std::filesystem::path open_files = fmt::format("/proc/{}/fd", process);
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(fmt::format("/proc/{}/fd", process), error)) {
+  for (const auto& name : names_in(open_files, error)) {
     std::error_code gone;
-    if (std::filesystem::read_symlink(entry.path(), gone) == wanted) return true;
+    if (std::filesystem::read_symlink(open_files / name, gone) == wanted) return true;
   }
   return false;
 }

@@ -1,6 +1,11 @@
 #include "desk/link/output_follower.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace pathstat::desk {
@@ -17,17 +22,19 @@ void OutputFollower::hand_on(std::string_view line) {
   if (sink_) sink_(line);
 }
 
-void OutputFollower::follow() {
-  if (!stream_.is_open()) {
-    stream_.open(file_, std::ios::binary);
-    stream_.seekg(static_cast<std::streamoff>(handed_on_));
+int OutputFollower::read_on() {
+  if (!open_.is_open()) {
+    open_ = FileDescriptor(::open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    ::lseek(open_.get(), static_cast<off_t>(handed_on_), SEEK_SET);
   }
-  if (!stream_.is_open()) return;
-  stream_.clear();
   std::array<char, 16384> block;
-  while (stream_.read(block.data(), block.size()), stream_.gcount() > 0) {
-    begun_.append(block.data(), static_cast<std::size_t>(stream_.gcount()));
-    handed_on_ += static_cast<std::uintmax_t>(stream_.gcount());
+  while (true) {
+    const auto got = open_.is_open() ? ::read(open_.get(), block.data(), block.size()) : -1;
+    if (got == 0) return 0;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return errno;
+    begun_.append(block.data(), static_cast<std::size_t>(got));
+    handed_on_ += static_cast<std::uintmax_t>(got);
     std::size_t from = 0;
     for (auto end = begun_.find('\n'); end != std::string::npos; end = begun_.find('\n', from)) {
       hand_on(std::string_view(begun_).substr(from, end - from));
@@ -38,9 +45,13 @@ void OutputFollower::follow() {
   }
 }
 
+void OutputFollower::follow() { read_on(); }
+
 void OutputFollower::finish() {
-  follow();
+  const int failure = read_on() == 0 ? 0 : read_on();
   if (!begun_.empty()) hand_on(std::exchange(begun_, {}));
+  if (failure != 0 && failure != ENOENT)
+    hand_on(std::string("what pathstat printed cannot be read: ") + std::strerror(failure));
 }
 
 }  // namespace pathstat::desk

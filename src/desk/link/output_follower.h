@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <string_view>
+
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 
@@ -32,10 +33,12 @@ class OutputFollower {
 
  private:
   void hand_on(std::string_view line);
+  /// Reads up to the end there is now. @return 0, or the error number of what went wrong; the next call goes on there
+  int read_on();
 
   std::filesystem::path file_;
   LineSink sink_;
-  std::ifstream stream_;
+  FileDescriptor open_;
   std::uintmax_t handed_on_;
   std::string begun_;
   std::deque<std::string> last_;

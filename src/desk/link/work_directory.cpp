@@ -11,6 +11,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
+
+#include "desk/link/folder_content.h"
 
 namespace pathstat::desk {
 namespace {
@@ -38,20 +42,19 @@ int open_folder(const fs::path& path) { return ::open(path.c_str(), O_RDONLY | O
 /// been put there meanwhile. What stays all the same is cleared by the next run.
 void remove_folder(const fs::path& folder) {
   constexpr int tries = 3;
-  std::error_code failure;
-  for (int k = 0; k == 0 || (failure && k < tries); ++k) fs::remove_all(folder, failure);
+  for (int k = 0; k < tries && !remove_tree(folder); ++k) continue;
 }
 
 /// Removes the private folders of this user that nobody holds.
 void clear_dead_folders(const fs::path& base) {
   std::error_code trouble;
-  for (fs::directory_iterator entry(base, trouble), end; !trouble && entry != end; entry.increment(trouble)) {
-    const auto name = entry->path().filename().string();
+  for (const auto& name : names_in(base, trouble)) {
     if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + chosen_letters) continue;
-    const FileDescriptor folder(open_folder(entry->path()));
+    const auto path = base / name;
+    const FileDescriptor folder(open_folder(path));
     struct stat facts {};
     if (::fstat(folder.get(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.get())) continue;
-    remove_folder(entry->path());
+    remove_folder(path);
   }
 }
 
@@ -75,12 +78,18 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
     }
     lock_ = FileDescriptor(open_folder(name));
     if (!lock_.is_open() && errno != ENOENT) {
-      error = cannot_make(base, std::strerror(errno));
+      const int failure_number = errno;
       ::rmdir(name.c_str());
+      error = cannot_make(base, std::strerror(failure_number));
       return;
     }
     ::flock(lock_.get(), LOCK_EX);
-    if (is_at(lock_.get(), name)) path_ = name;
+    try {
+      if (is_at(lock_.get(), name)) path_ = name;
+    } catch (const std::bad_alloc&) {
+      ::rmdir(name.c_str());
+      throw;
+    }
   }
   if (path_.empty()) error = cannot_make(base, "another program removes it");
 }
@@ -97,7 +106,7 @@ std::string full_disk(const fs::path& folder) {
 }
 
 std::string FolderLock::take(const fs::path& folder) {
-  const auto path = folder / lock_name;
+  auto path = folder / lock_name;
   while (true) {
     lock_ = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (!lock_.is_open()) {
@@ -113,7 +122,7 @@ std::string FolderLock::take(const fs::path& folder) {
     // The run that held the file may have removed it meanwhile. A file system without locks has none to wait for.
     if (is_at(lock_.get(), path)) break;
   }
-  file_ = path;
+  file_ = std::move(path);
   const auto holder = std::to_string(::getpid());
   // Whom to tell of is a help only; a full disk is met, and told, by the results.
   if (::ftruncate(lock_.get(), 0) == 0) {

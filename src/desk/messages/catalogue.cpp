@@ -363,6 +363,7 @@ constexpr StatusRow statuses[] = {
     {21008, "", "Too many files are open"},
     {-50101, "", "The field does not take this value anywhere"},
     {100, "", "There is not enough memory"},
+    {50003, "", "A frame of the trajectory is damaged, or the system cannot read it"},
     {50101, "", "The number of values does not match the grid"},
     {50301, "", "The three angles cannot form a cell"},
     {50302, "", "A cell length is zero"},
@@ -376,6 +377,7 @@ constexpr StatusRow statuses[] = {
     {50310, "", "The cell does not fit its lattice"},
     {50311, "", "The number of atoms does not match"},
     {50503, "", "The file cannot be opened, or its head is damaged"},
+    {50510, "", "A record of the trajectory is damaged, or the system cannot read it"},
     {50516, "", "The file is no table file"},
 };
 

@@ -8,6 +8,7 @@
 #include "desk/advice/trajectory_advice.h"
 #include "desk/advice/word_table.h"
 #include "desk/import/import_line.h"
+#include "desk/link/folder_content.h"
 
 namespace pathstat::desk {
 namespace {
@@ -83,10 +84,9 @@ std::string StartFolder::refusal(const ScriptLine& line) const {
   }
   std::error_code error;
   const auto name = path.filename().string();
-  for (fs::directory_iterator entry(path.parent_path(), error), end; !error && entry != end; entry.increment(error)) {
-    const auto beside = entry->path().filename().string();
+  for (const auto& beside : names_in(path.parent_path(), error)) {
     const bool belongs = bare_name(beside) == bare_name(name) || bare_name(beside) == name;
-    if (belongs && !inside(entry->path())) {
+    if (belongs && !inside(path.parent_path() / beside)) {
       return fmt::format("{}, which belongs to it, leads outside of {}", beside, folder_.string());
     }
   }
@@ -98,9 +98,8 @@ std::optional<std::vector<StartFolder::Entry>> StartFolder::list(std::string_vie
   std::error_code error;
   if (!path || !fs::is_directory(*path, error)) return std::nullopt;
   std::vector<Entry> entries;
-  for (fs::directory_iterator entry(*path, error), end; !error && entry != end; entry.increment(error)) {
-    const auto name = entry->path().filename().string();
-    const auto real = inside(entry->path());
+  for (const auto& name : names_in(*path, error)) {
+    const auto real = inside(*path / name);
     if (name.starts_with('.') || !real) continue;
     std::error_code unreadable;
     const bool folder_entry = fs::is_directory(*real, unreadable);

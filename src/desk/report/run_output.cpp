@@ -9,6 +9,7 @@
 #include "desk/graphs/figure.h"
 #include "desk/graphs/pictures.h"
 #include "desk/graphs/surface_picture.h"
+#include "desk/link/folder_content.h"
 #include "desk/report/html_report.h"
 #include "desk/summary/figure_notes.h"
 #include "desk/summary/run_summary.h"
@@ -34,13 +35,13 @@ std::vector<fs::path> result_files(const fs::path& work, WrittenBetween times, c
                                    std::string& problem) {
   std::set<fs::path> files;
   std::error_code error;
-  for (fs::directory_iterator entry(work, error), end; !error && entry != end; entry.increment(error)) {
-    const auto name = entry->path().filename().string();
+  for (const auto& name : names_in(work, error)) {
     const bool named = name.starts_with(result_prefix) || name.ends_with(table_suffix);
+    if (!named) continue;
+    const auto path = work / name;
     std::error_code gone;
-    if (named && !entry->is_symlink(gone) && entry->is_regular_file(gone) &&
-        times.contains(entry->last_write_time(gone))) {
-      files.insert(entry->path());
+    if (fs::is_regular_file(fs::symlink_status(path, gone)) && times.contains(fs::last_write_time(path, gone))) {
+      files.insert(path);
     }
   }
   if (error) problem = fmt::format("cannot see what results are in {}: {}", work.string(), error.message());

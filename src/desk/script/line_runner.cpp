@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -17,6 +19,7 @@
 #include "desk/graphs/overlay.h"
 #include "desk/graphs/plot_operations.h"
 #include "desk/import/import_line.h"
+#include "desk/link/folder_content.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/elements.h"
@@ -25,6 +28,7 @@
 #include "desk/report/model_text.h"
 #include "desk/report/printed_unit.h"
 #include "desk/script/answer_text.h"
+#include "desk/script/file_content.h"
 #include "desk/script/interrupts.h"
 #include "desk/summary/coordination_graph.h"
 #include "desk/summary/diffusion_error.h"
@@ -220,33 +224,14 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
   const auto work_so_far = fs::file_time_type::clock::now();
-  auto problem = run_to_end(line);
+  auto problem = within_memory_of_line([&] { return run_kind(line); });
+  const auto account = within_memory_of_line([&] { return take_account(line, problem, seconds_since(start)); });
+  if (problem.empty()) problem = account;
+  auto& step = record_.steps.back();
   const bool cut_short = session_.lost() && !stopped_;
   if (problem.empty() && cut_short) problem = session_.loss();
-  if (line.kind == LineKind::select_atoms && problem.empty())
-    selection_ = fmt::format("{}", fmt::join(line.words, " "));
-  console_.clear();
-  if (frame_ && problem.empty()) take_returned(*frame_);
-  auto& step = record_.steps.back();
-  step.seconds = seconds_since(start);
-  tell_surfaces(step);
-  record_.seconds += step.seconds;
-  for (const auto graph : store_.shown_graphs()) {
-    if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
-  }
-  const bool by_process = line.kind != LineKind::overlay;
-  if (by_process && !step.graphs.empty() && !session_.lost() && interrupts() == 0) {
-    const auto facts = facts_of(line.kind == LineKind::attach ? resumed_ : line);
-    for (const auto graph : step.graphs) store_.set_facts(graph, facts);
-    for (std::size_t k = 0; k < step.graphs.size(); ++k) {
-      const auto added = add_coordination_graph(store_, step.graphs[k]);
-      if (added != 0 && seen_graphs_.insert(added).second) step.graphs.push_back(added);
-    }
-  }
-  if (interrupts() > 0) mark_interrupted(step, line);
   if (cut_short || (interrupts() == 0 && !problem.empty())) withdraw_graphs(step);
   if (cut_short) work_ended_ = work_so_far;
-  if (problem.empty() && session_.lost() && !stopped_) problem = session_.loss();
   step.failed = !problem.empty();
   if (step.failed) {
     report_failure(line, problem);
@@ -269,15 +254,56 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   return failed ? LineEnd::failed : LineEnd::done;
 }
 
-std::string LineRunner::run_to_end(const ScriptLine& line) {
+/// Runs a part of a line. @return what went wrong, which may be that memory was wanting where it could go on with less
+std::string LineRunner::within_memory_of_line(const std::function<std::string()>& part) {
   std::string problem;
   try {
-    problem = run_kind(line);
+    problem = part();
   } catch (const std::bad_alloc&) {
     problem = no_memory;
   }
-  const bool shortage = take_memory_shortage();  // also where the line could go on with less
-  return problem.empty() && shortage ? no_memory : problem;
+  if (!take_memory_shortage()) return problem;
+  return problem.empty() ? no_memory : problem + '\n' + indented(no_memory);
+}
+
+/// Notes what a line has drawn, and what there is to know of it.
+std::string LineRunner::take_account(const ScriptLine& line, const std::string& problem, double seconds) {
+  auto& step = record_.steps.back();
+  step.seconds = seconds;
+  record_.seconds += seconds;
+  for (const auto graph : store_.shown_graphs()) {
+    if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
+  }
+  console_.clear();
+  if (line.kind == LineKind::select_atoms && problem.empty())
+    selection_ = fmt::format("{}", fmt::join(line.words, " "));
+  if (frame_ && problem.empty()) take_returned(*frame_);
+  tell_surfaces(step);
+  const bool by_process = line.kind != LineKind::overlay;
+  if (by_process && !step.graphs.empty() && !session_.lost() && interrupts() == 0) {
+    const auto facts = facts_of(line.kind == LineKind::attach ? resumed_ : line);
+    for (const auto graph : step.graphs) store_.set_facts(graph, facts);
+    for (std::size_t k = 0; k < step.graphs.size(); ++k) {
+      const auto added = add_coordination_graph(store_, step.graphs[k]);
+      if (added != 0 && seen_graphs_.insert(added).second) step.graphs.push_back(added);
+    }
+  }
+  if (interrupts() > 0) mark_interrupted(step, line);
+  return {};
+}
+
+/// A file that the process may have left; one that is there and cannot be read is told.
+std::string LineRunner::left_file(const fs::path& path, std::string_view what) {
+  std::string content;
+  if (!read_content(path, content) && errno != ENOENT) {
+    take_message({MessageKind::warning,
+                  1,
+                  {},
+                  {},
+                  fmt::format("{} is left out: cannot read {}: {}", what, path.string(), std::strerror(errno))});
+    content.clear();
+  }
+  return content;
 }
 
 /// What there is to know of the graphs that a line has drawn.
@@ -297,12 +323,13 @@ GraphFacts LineRunner::facts_of(const ScriptLine& line) {
   if (line.word == "LINEAR_FIT") {
     const auto from = number_in(first_value(ask_word("MIN_FIT_TIME")));
     const auto to = number_in(first_value(ask_word("MAX_FIT_TIME")));
-    if (from && to) facts.fitted = fitted_window(place_.private_folder / origin_blocks_file, *from, *to);
+    if (from && to)
+      facts.fitted = fitted_window(left_file(place_.private_folder / origin_blocks_file, "the error"), *from, *to);
   }
   const auto* model = model_.model(model_.current_model());
   if (line.word == "RDF" && model) {
-    facts.density =
-        neighbour_density(place_.work / "PathStat.rdf", model->data.positions.size(), rdf_centres(model->data));
+    const auto file = left_file(place_.work / "PathStat.rdf", "the number of neighbours");
+    facts.density = neighbour_density(file, model->data.positions.size(), rdf_centres(model->data));
   }
   return facts;
 }
@@ -338,11 +365,10 @@ std::string LineRunner::in_full(const Message& message) const {
 
 /// Leaves out what a line that failed may only have begun to draw: a part of a curve looks like a whole one.
 void LineRunner::withdraw_graphs(StepRecord& step) {
+  const auto graphs = std::exchange(step.graphs, {});
+  for (const auto graph : graphs) store_.withdraw(graph);
   std::vector<std::string> names;
-  for (const auto graph : std::exchange(step.graphs, {})) {
-    names.push_back(without_blanks(store_.info(graph)->name));
-    store_.withdraw(graph);
-  }
+  for (const auto graph : graphs) names.push_back(without_blanks(store_.info(graph)->name));
   if (names.empty()) return;
   take_message({MessageKind::warning, 1, {}, {}, fmt::format("left out, as not complete: {}", fmt::join(names, ", "))});
 }
@@ -361,10 +387,12 @@ void LineRunner::mark_interrupted(StepRecord& step, const ScriptLine& line) {
 void LineRunner::report_failure(const ScriptLine& line, const std::string& problem) {
   console_.complain(where(line) + problem);
   std::string last;
+  bool told = false;
   for (const auto& note : record_.steps.back().notes) {
     const auto* message = std::get_if<Message>(&note);
     // Tables and notes have been shown as they came.
     if (!message || message->kind == MessageKind::table || message->kind == MessageKind::note) continue;
+    told = told || message->kind == MessageKind::error;
     auto text = in_full(*message);
     // Routines that call each other may all tell of the same thing.
     if (text != last) console_.complain(indented(text));
@@ -372,16 +400,20 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
   }
   // 1 is what any failure may end with.
   const auto status = record_.steps.back().status.value_or(0);
-  const auto* row = last.empty() && status > 1 ? find_status(status) : nullptr;
+  const auto* row = !told && status > 1 ? find_status(status) : nullptr;
   if (row) console_.complain(indented(row->text));
 }
 
 bool LineRunner::finish() {
   console_.clear();
-  const auto written = write_results();
+  bool written = false;
+  try {
+    written = write_results();
+  } catch (const std::bad_alloc&) {
+    console_.complain("pathdesk: there is not enough memory for all results");
+  }
   session_.finish();
-  std::error_code ignored;
-  if (!adopted_folder_.empty()) fs::remove_all(adopted_folder_, ignored);
+  if (!adopted_folder_.empty()) remove_tree(adopted_folder_);
   return written;
 }
 

@@ -121,7 +121,9 @@ class LineRunner {
   void report_failure(const ScriptLine& line, const std::string& problem);
 
   // Each returns what went wrong, or nothing.
-  std::string run_to_end(const ScriptLine& line);
+  std::string within_memory_of_line(const std::function<std::string()>& part);
+  std::string take_account(const ScriptLine& line, const std::string& problem, double seconds);
+  std::string left_file(const std::filesystem::path& path, std::string_view what);
   std::string run_kind(const ScriptLine& line);
   std::string run_command(const ScriptLine& line);
   std::string bring_in(const ScriptLine& line);

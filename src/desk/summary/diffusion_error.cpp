@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <functional>
+#include <sstream>
 #include <utility>
 
 namespace pathstat::desk {
@@ -153,9 +153,9 @@ bool origins_are_frames(const OriginBlocks& blocks) {
 
 }  // namespace
 
-std::optional<OriginBlocks> read_origin_blocks(const std::filesystem::path& file) {
+std::optional<OriginBlocks> read_origin_blocks(const std::string& text) {
   constexpr std::size_t most_lags = 64, most_blocks = 64, most_columns = 7;
-  std::ifstream in(file);
+  std::istringstream in(text);
   OriginBlocks blocks;
   std::size_t lags = 0;
   in >> blocks.spacing_ps >> blocks.frames >> blocks.intervals >> blocks.step >> blocks.origins >> blocks.blocks >>
@@ -193,7 +193,7 @@ std::optional<double> error_of_slope(const OriginBlocks& blocks, std::size_t col
   return std::sqrt(scatter * walk_ratio(blocks, fit, block)) / blocks.spacing_ps;
 }
 
-FittedWindow fitted_window(const std::filesystem::path& origin_blocks, double from_ps, double to_ps) {
+FittedWindow fitted_window(const std::string& origin_blocks, double from_ps, double to_ps) {
   FittedWindow window{from_ps, to_ps, {}, 0};
   const auto blocks = read_origin_blocks(origin_blocks);
   if (!blocks) return window;

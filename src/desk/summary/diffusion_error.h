@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
@@ -23,8 +23,8 @@ struct OriginBlocks {
   std::vector<double> means;       ///< Å² per atom, by lag, block and column
 };
 
-/// Absent where the file is not there or not whole.
-std::optional<OriginBlocks> read_origin_blocks(const std::filesystem::path& file);
+/// From the text of the file that the process has left; absent where it is not whole.
+std::optional<OriginBlocks> read_origin_blocks(const std::string& text);
 
 /// The standard error of the slope, Å²/ps, of the line of least squares through a mean squared displacement from one
 /// time to another. The scatter of the slopes of the blocks is that of blocks which share frames, over a window that
@@ -38,7 +38,7 @@ std::optional<OriginBlocks> read_origin_blocks(const std::filesystem::path& file
 /// @return absent for fewer than five blocks or a window of no lag
 std::optional<double> error_of_slope(const OriginBlocks& blocks, std::size_t column, double from_ps, double to_ps);
 
-/// The window of a fit with the errors that the blocks in a file tell.
-FittedWindow fitted_window(const std::filesystem::path& origin_blocks, double from_ps, double to_ps);
+/// The window of a fit with the errors that the blocks in a text tell.
+FittedWindow fitted_window(const std::string& origin_blocks, double from_ps, double to_ps);
 
 }  // namespace pathstat::desk

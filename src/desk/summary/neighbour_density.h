@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
+#include <string_view>
 
 namespace pathstat::desk {
 
@@ -9,7 +9,7 @@ namespace pathstat::desk {
 /// holds the pairs over the mean volume and the atoms of the model.
 ///
 /// @param centres  atoms of the first set, out of `model_atoms`
-/// @return 0 where there is no such file or no centre
-double neighbour_density(const std::filesystem::path& file, std::size_t model_atoms, std::size_t centres);
+/// @return 0 where these are not the bytes of such a file, or there is no centre
+double neighbour_density(std::string_view file, std::size_t model_atoms, std::size_t centres);
 
 }  // namespace pathstat::desk

@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <netdb.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -53,6 +54,8 @@ std::uint64_t at = 0;
 Account* account = nullptr;
 /// What runs ahead of main() is the business of the system's libraries, and cannot be told of.
 bool in_main = false;
+/// The system's look-up of host names ends the process by itself where it has no memory.
+thread_local bool in_look_up = false;
 int (*real_main)(int, char**, char**) = nullptr;
 
 int main_of_program(int count, char** arguments, char** environment) {
@@ -93,7 +96,7 @@ __attribute__((constructor)) void begin() {
 }
 
 Verdict judge(Kind kind) {
-  if (kind != watched || !in_main) return Verdict::pass;
+  if (kind != watched || !in_main || in_look_up) return Verdict::pass;
   const auto number = ++account->calls;
   if (at == 0 || number < at || (number > at && how != How::on)) return Verdict::pass;
   ++account->fired;
@@ -327,6 +330,14 @@ int bind(int descriptor, const sockaddr* address, socklen_t size) {
 int listen(int descriptor, int waiting) {
   REAL(listen);
   return fails(Kind::socket, EADDRINUSE) ? -1 : real_listen(descriptor, waiting);
+}
+
+int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** found) {
+  REAL(getaddrinfo);
+  in_look_up = true;
+  const int result = real_getaddrinfo(name, service, hints, found);
+  in_look_up = false;
+  return result;
 }
 
 pid_t fork() {

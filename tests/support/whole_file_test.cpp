@@ -1,0 +1,58 @@
+#include "support/whole_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <new>
+
+namespace pathstat {
+namespace {
+
+namespace fs = std::filesystem;
+
+class WholeFile : public testing::Test {
+ protected:
+  WholeFile() {
+    std::string pattern = fs::temp_directory_path() / "whole-XXXXXX";
+    folder_ = ::mkdtemp(pattern.data());
+    std::ofstream(path_ = folder_ / "result") << "of an earlier run";
+  }
+  ~WholeFile() override { fs::remove_all(folder_); }
+
+  std::string content() const {
+    std::ifstream file(path_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  auto files() const { return std::distance(fs::directory_iterator(folder_), {}); }
+
+  fs::path folder_, path_;
+};
+
+TEST_F(WholeFile, takes_the_place_of_an_earlier_one_only_once_it_is_whole) {
+  const auto status = write_whole_file(path_, [&](RecordWriter& file) {
+    EXPECT_EQ(content(), "of an earlier run");
+    return file.write(RecordBytes().i32(7));
+  });
+  EXPECT_EQ(status, RecordStatus::ok);
+  EXPECT_EQ(content(), std::string("\0\0\0\4\0\0\0\7\0\0\0\4", 12));
+  EXPECT_EQ(files(), 1);
+}
+
+TEST_F(WholeFile, that_fails_leaves_the_earlier_one_and_nothing_else) {
+  const auto too_little_memory = [](RecordWriter& file) -> RecordStatus {
+    file.write(RecordBytes().i32(7));
+    throw std::bad_alloc();
+  };
+  const auto full_disk = [](RecordWriter&) { return RecordStatus::failed; };
+  EXPECT_EQ(write_whole_file(path_, too_little_memory), RecordStatus::failed);
+  EXPECT_EQ(write_whole_file(path_, full_disk), RecordStatus::failed);
+  EXPECT_EQ(write_whole_file(folder_ / "none/result", full_disk), RecordStatus::failed);
+  EXPECT_EQ(content(), "of an earlier run");
+  EXPECT_EQ(files(), 1);
+}
+
+}  // namespace
+}  // namespace pathstat
