@@ -142,7 +142,8 @@ InterfaceEvents LineRunner::events() {
           .interrupted =
               [this] {
                 work_goes_on();
-                return is_interrupted();
+                told_to_stop_ = is_interrupted();
+                return told_to_stop_;
               },
           .repeats_end = [this] { repeats_ended_ = true; },
           .choose =
@@ -221,6 +222,7 @@ LineEnd LineRunner::run(const ScriptLine& line) {
   held_.clear();
   frame_.reset();
   done_ = 0;
+  told_to_stop_ = false;
   console_.set_activity(shortened(line.text, most_shown));
   const auto start = Clock::now();
   const auto work_so_far = fs::file_time_type::clock::now();
@@ -280,7 +282,7 @@ std::string LineRunner::take_account(const ScriptLine& line, const std::string& 
   if (frame_ && problem.empty()) take_returned(*frame_);
   tell_surfaces(step);
   const bool by_process = line.kind != LineKind::overlay;
-  if (by_process && !step.graphs.empty() && !session_.lost() && interrupts() == 0) {
+  if (by_process && !step.graphs.empty() && !session_.lost()) {
     const auto facts = facts_of(line.kind == LineKind::attach ? resumed_ : line);
     for (const auto graph : step.graphs) store_.set_facts(graph, facts);
     for (std::size_t k = 0; k < step.graphs.size(); ++k) {
@@ -368,18 +370,23 @@ void LineRunner::withdraw_graphs(StepRecord& step) {
   const auto graphs = std::exchange(step.graphs, {});
   for (const auto graph : graphs) store_.withdraw(graph);
   std::vector<std::string> names;
+  names.reserve(graphs.size());
   for (const auto graph : graphs) names.push_back(without_blanks(store_.info(graph)->name));
   if (names.empty()) return;
   take_message({MessageKind::warning, 1, {}, {}, fmt::format("left out, as not complete: {}", fmt::join(names, ", "))});
 }
 
-/// Says in the titles of the graphs and in the report how far an interrupted analysis has come.
+/// Says in the titles of the graphs and in the report how far an interrupted analysis has come. One that did not ask
+/// whether to stop has come to its end.
 void LineRunner::mark_interrupted(StepRecord& step, const ScriptLine& line) {
-  if (session_.lost() || done_ <= 0 || done_ >= 1) return;
+  if (session_.lost() || !told_to_stop_) return;
   const auto frames = number_in(without_blanks(ask_returned("NUMBER_OF_FRAMES_SELECTED")));
-  const auto text = works_by_frames(line.word) && frames
-                        ? fmt::format("interrupted after {:.0f} of {:.0f} frames", done_ * *frames, *frames)
-                        : fmt::format("interrupted after {:.0f} % of the work", 100 * done_);
+  std::string text = "interrupted after a part of the work";
+  if (done_ < 1) {
+    text = works_by_frames(line.word) && frames
+               ? fmt::format("interrupted after {:.0f} of {:.0f} frames", done_ * *frames, *frames)
+               : fmt::format("interrupted after {:.0f} % of the work", 100 * done_);
+  }
   for (const auto graph : step.graphs) store_.set_remark(graph, text);
   take_message({MessageKind::warning, 1, {}, {}, fmt::format("{}: {}", line.word, text)});
 }

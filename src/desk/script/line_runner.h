@@ -179,6 +179,7 @@ class LineRunner {
   AtomGroups groups_;                 ///< that lines have named
   std::vector<ScriptLine> settings_;  ///< the last line that went well of each word that sets something, in order
   double done_ = 0;                   ///< share of the work of the line that runs, as last reported
+  bool told_to_stop_ = false;         ///< the process, in this line
   std::vector<Message> held_;         ///< errors and warnings of the line that runs
   std::optional<std::string> frame_;  ///< the shown frame, if it may have changed in the line that runs
   std::string selection_;             ///< of the last line that selected atoms, as it stands
