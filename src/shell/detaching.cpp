@@ -69,16 +69,16 @@ void take_up_connection() {
 
 void detach() {
   detach_asked = false;
+  // What started the process, and its terminal, may end as soon as the connection is closed.
+  ::setsid();
+#ifdef __linux__
+  ::prctl(PR_SET_PDEATHSIG, 0);
+#endif
   detach_notify();
   std::int32_t status = 0;
   kvZ_DetachApplication(status);
   core_absence.away = true;
   core_calls = 0;
-  // What started the process, and its terminal, may end now.
-  ::setsid();
-#ifdef __linux__
-  ::prctl(PR_SET_PDEATHSIG, 0);
-#endif
 }
 
 void come_back() {
