@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <thread>
 
 #include "desk/link/work_directory.h"
 #include "process/desk_with_process.h"
@@ -357,6 +359,15 @@ TEST_F(Program, says_in_one_line_what_a_file_is_that_is_no_script) {
     EXPECT_THAT(trouble, HasSubstr(told));
     EXPECT_EQ(std::count(trouble.begin(), trouble.end(), '\n'), 1) << trouble;
   }
+}
+
+TEST_F(Program, runs_a_script_that_comes_through_a_pipe) {
+  const auto pipe = (folder() / "pipe").string();
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&pipe] { std::ofstream(pipe) << "EXTREMA_NUMBER 5\nNO_SUCH_WORD\n"; });
+  EXPECT_EQ(run("run '" + pipe + "'"), 1);
+  writer.join();
+  EXPECT_THAT(trouble, HasSubstr("pipe:2: "));
 }
 
 TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_one) {

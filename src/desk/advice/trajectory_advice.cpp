@@ -95,6 +95,7 @@ FileKind kind_of_file(const fs::path& path) {
   if (fs::is_directory(path, error)) return FileKind::folder;
   if (is_trajectory_name(path)) return FileKind::trajectory;
   if (has_extension(path, model_extensions)) return FileKind::model;
+  if (!fs::is_regular_file(path, error)) return FileKind::text;  // what a pipe holds can be read only once
   return holds_zero_bytes(path) ? FileKind::binary : FileKind::text;
 }
 

@@ -19,6 +19,7 @@
 #include "desk/messages/visible_text.h"
 #include "desk/model/elements.h"
 #include "desk/model/model_import.h"
+#include "desk/script/script.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
@@ -196,8 +197,7 @@ std::string name_line(const fs::path& folder, const fs::path& trajectory, std::s
     }
     path = fs::path(link).concat(".trj");
   }
-  const char mark = path.string().find('"') == std::string::npos ? '"' : '\'';
-  line = fmt::format("TRAJECTORY {}{}{}\n", mark, path.string(), mark);
+  line = fmt::format("TRAJECTORY {}\n", in_quotes(path.string()));
   return {};
 }
 

@@ -23,6 +23,7 @@
 #include "desk/panel/requests.h"
 #include "desk/panel/start_folder.h"
 #include "desk/script/file_content.h"
+#include "desk/script/script.h"
 
 namespace pathstat::desk {
 namespace {
@@ -41,7 +42,7 @@ bool first_lines(const fs::path& path, std::vector<ScriptLine>& lines) {
   std::string text;
   switch (kind_of_file(path)) {
     case FileKind::trajectory:
-      text = fmt::format("TRAJECTORY \"{}\"", path.filename().string());
+      text = "TRAJECTORY " + in_quotes(path.filename().string());
       break;
     case FileKind::text:
       if (read_content(path, text)) break;

@@ -83,11 +83,6 @@ std::string frame_text(const std::vector<WordAnswer>& answers) {
   return text;
 }
 
-std::string in_quotes(std::string_view text) {
-  const char mark = text.find('"') == std::string_view::npos ? '"' : '\'';
-  return fmt::format("{0}{1}{0}", mark, text);
-}
-
 /// True for an analysis that works on one frame after the other, so that its progress counts them.
 bool works_by_frames(std::string_view word) {
   constexpr std::array<std::string_view, 8> words{"PROFILE",      "DISTRIBUTION", "RUNNING_AVERAGE", "BLOCK_AVERAGE",

@@ -277,6 +277,11 @@ bool takes_path(std::string_view word) {
   return std::find(path_commands.begin(), path_commands.end(), word) != path_commands.end();
 }
 
+std::string in_quotes(std::string_view text) {
+  const char mark = text.find('"') == std::string_view::npos ? '"' : '\'';
+  return fmt::format("{0}{1}{0}", mark, text);
+}
+
 std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder) {
   if (!takes_path(word)) return std::string(arguments);
   const auto token = next_token(arguments, 0);
@@ -284,8 +289,7 @@ std::string with_resolved_path(std::string_view word, std::string_view arguments
   const auto name = arguments.substr(token->first, token->end - token->first);
   if (name.front() == '$' || name.front() == '~') return std::string(arguments);
   const auto path = (folder / name).lexically_normal().string();
-  const char mark = path.find('"') == std::string::npos ? '"' : '\'';
-  return fmt::format("{}{}{}{}", mark, path, mark, arguments.substr(token->next));
+  return in_quotes(path) + std::string(arguments.substr(token->next));
 }
 
 std::span<const DeskLineHelp> desk_line_helps() { return helps; }
