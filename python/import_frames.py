@@ -35,6 +35,7 @@ try:
     import numpy as np
     import MDAnalysis
     from MDAnalysis.exceptions import NoDataError, SelectionError
+    from MDAnalysis.lib.util import anyopen
     from MDAnalysis.coordinates.XDR import XDRBaseReader
     from MDAnalysis.topology import guessers, tables
 
@@ -79,6 +80,7 @@ class Topology:
         self.residues = self.column("resnames")
         self.resids = self.column("resids")
         self.charges = self.column("charges")
+        self.masses_are_stated = True
         self.masses = self.known_masses()
         self.elements = self.known_elements()
         self.bonds = self.inner_bonds()
@@ -109,6 +111,7 @@ class Topology:
         if masses is None or not np.isfinite(masses).all() or (np.asarray(masses) <= 0).all():
             return None
         if self.guessed("masses"):
+            self.masses_are_stated = False
             if len(set(masses)) == 1 and masses[0] == 1:
                 return None  # what stands where nothing is known
             self.tell("Masses are guessed from the types and names of atoms.")
@@ -125,10 +128,11 @@ class Topology:
         missing = [k for k, symbol in enumerate(symbols) if not symbol]
         if not missing:
             return symbols
-        known_names = [name for name in tables.masses if name.isalpha()]
+        known_names = [name for name, mass in tables.masses.items() if name.isalpha() and mass > 0]
+        by_mass = self.masses is not None and self.masses_are_stated
         guesses, by = {}, set()
         for k in missing:
-            key = (self.atom_word(k), None if self.masses is None else float(self.masses[k]))
+            key = (self.atom_word(k), float(self.masses[k]) if by_mass else None)
             if key not in guesses:
                 guesses[key] = self.guess(key, known_names)
             symbols[k], how = guesses[key]
@@ -232,6 +236,7 @@ class Frames:
         self.passed = self.without_positions = 0
         self.opened = None
         self.lengths = {}  # of each file, in frames
+        self.file_cell = None  # for frames that have none of their own
 
     def open(self, path):
         if self.opened == path:
@@ -250,6 +255,7 @@ class Frames:
             raise Refused(f"{path} has {reader.n_atoms} atoms and {self.options.topology} has {atoms}: both have to be of"
                           " the same atoms")
         self.universe.trajectory = reader
+        self.file_cell = cell_of_head(path) if "PDB" in reader.format else None
         if getattr(reader, "format", "") == "LAMMPSDUMP":
             self.use_lammps_units()
         return reader
@@ -276,6 +282,11 @@ class Frames:
             self.tell(f"No file says how long a time step is: it is taken for {step * units.time:g} ps (--timestep)")
         return units, step * units.time
 
+    def cell(self, ts):
+        if ts.dimensions is not None:
+            return np.asarray(ts.dimensions, dtype=float)
+        return np.zeros(6) if self.file_cell is None else self.file_cell
+
     def time(self, ts):
         return ts.data["step"] * self.time_factor if self.lammps and "step" in ts.data else ts.time
 
@@ -290,7 +301,7 @@ class Frames:
         for path in paths:
             reader = self.open(path)
             self.lengths[path] = self.whole_frames(reader, path)
-            cells += [cell_of(reader[0]), cell_of(reader[self.lengths[path] - 1])]
+            cells += [self.cell(reader[0]), self.cell(reader[self.lengths[path] - 1])]
         total = sum(self.lengths[path] for path in paths)
         end = min(total, self.options.last or total)
         chosen = max(0, (end - self.options.first) // self.options.step + 1)
@@ -347,8 +358,16 @@ class Frames:
             yield ts
 
 
-def cell_of(ts):
-    return np.zeros(6) if ts.dimensions is None else np.asarray(ts.dimensions, dtype=float)
+def cell_of_head(path):
+    """The cell that stands in front of all models of a PDB file, which MDAnalysis reads from behind `MODEL` on."""
+    with anyopen(path, "rt") as file:
+        for line in file:
+            if line.startswith(("MODEL", "ATOM", "HETATM")):
+                return None
+            if line.startswith("CRYST1"):
+                numbers = np.array([line[at:end] for at, end in ((6, 15), (15, 24), (24, 33), (33, 40), (40, 47), (47, 54))], dtype=float)
+                return None if (numbers[:3] == 1).all() else numbers  # one angstrom stands for no cell
+    return None
 
 
 def send_frames(sender, frames, atoms, columns):
@@ -356,7 +375,7 @@ def send_frames(sender, frames, atoms, columns):
     chosen = slice(None) if everything else atoms.indices
     lengths = np.array([1.0, 1.0, 1.0, 0.0, 0.0, 0.0]) * frames.length_factor + np.array([0, 0, 0, 1.0, 1.0, 1.0])
     for time, ts in frames:
-        head = np.concatenate(([time], cell_of(ts) * lengths, columns.at(time)))
+        head = np.concatenate(([time], frames.cell(ts) * lengths, columns.at(time)))
         sender.array("frame", head, "<f8")
         positions = ts.positions[chosen]
         sender.array("xyz", positions if frames.length_factor == 1 else positions * frames.length_factor, "<f4")

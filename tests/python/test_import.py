@@ -240,6 +240,24 @@ class Walks(Case):
                     np.testing.assert_allclose(run.cells[k], cell @ turn.T, atol=1e-3)
                     np.testing.assert_allclose(run.velocities[k] @ turn, walk.velocities[k], atol=1e-4)
 
+    def test_one_cell_in_front_of_all_models_of_a_pdb_is_that_of_each(self):
+        walk = Walk([triclinic_vectors(np.array(BOXES["triclinic"], dtype=float)).astype(float)] * 12)
+        walk.write(self.path("walk.pdb"), multiframe=True)
+        with open(self.path("walk.pdb"), encoding="ascii") as file:
+            self.assertEqual(file.read().count("CRYST1"), 1)
+        run = Imported(self.folder, self.path("walk.pdb"))
+        self.check(run, walk, 3e-3, False)
+
+    def test_sites_without_mass_are_no_element(self):
+        """A GRO file of four-site water, of which only names are known."""
+        names = ["OW", "HW1", "HW2", "MW", "CA"]
+        rows = [f"    1SOL  {name:>5}{k + 1:5d}{0.1 * k:8.3f}{0:8.3f}{0:8.3f}" for k, name in enumerate(names)]
+        with open(self.path("four.gro"), "w", encoding="ascii") as file:
+            file.write("\n".join(["four sites", str(len(rows)), *rows, "   2.0 2.0 2.0"]) + "\n")
+        run = Imported(self.folder, self.path("four.gro"))
+        self.assertEqual(run.model["Element"], ["O", "H", "H", "X", "C"])
+        self.assertIn("Elements are guessed from names", run.told)
+
     def test_as_is_leaves_places_in_the_cell(self):
         walk = Walk(breathing(BOXES["triclinic"], 5))
         walk.write_topology(self.path("top.pdb"))

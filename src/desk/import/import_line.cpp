@@ -103,7 +103,7 @@ void add_import_options(CLI::App& app, ImportOptions& o) {
                  "Energies, temperature and pressure by time: a LAMMPS log, .xvg, .edr (through gmx) or .csv")
       ->option_text("LOG");
   app.add_option("--energy-units", o.energy_units, "Unit of the energies; that of the program without it")
-      ->check(CLI::IsMember({"kcal/mol", "kJ/mol", "eV"}))
+      ->check(CLI::IsMember({"kcal/mol", "kJ/mol", "eV"}, CLI::ignore_case))
       ->option_text("kcal/mol|kJ/mol|eV");
   app.add_option("--first", o.first, "First frame to take, from 1")->check(above_zero)->option_text("N");
   app.add_option("--last", o.last, "Last frame to take")->check(above_zero)->option_text("N");

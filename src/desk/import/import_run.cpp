@@ -44,6 +44,11 @@ std::vector<double> widened(std::span<const std::byte> payload) {
   return {narrow.begin(), narrow.end()};
 }
 
+template <class Count>
+std::string counted(Count count, std::string_view thing) {
+  return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
 bool all_finite(std::span<const double> values) {
   return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
 }
@@ -317,10 +322,11 @@ class Import {
     if (with_velocities_ > 0 && with_velocities_ < frames_) {
       events_.tell(fmt::format("Velocities are in {} of the frames only.", with_velocities_));
     }
-    events_.tell(fmt::format(
-        "{} and {}: {} atoms, {} frames to {:.6g} ps, {} bonds{}{}", trajectory_.path().string(), model_file_.string(),
-        model_.atoms(), frames_, last_time_, model_.bonds.size(), with_velocities_ > 0 ? ", velocities" : "",
-        periodic_ ? blocks_.cell_varies() ? ", a cell that varies" : ", a fixed cell" : ", no cell"));
+    events_.tell(
+        fmt::format("{} and {}: {}, {} to {:.6g} ps, {}{}{}", trajectory_.path().string(), model_file_.string(),
+                    counted(model_.atoms(), "atom"), counted(frames_, "frame"), last_time_,
+                    counted(model_.bonds.size(), "bond"), with_velocities_ > 0 ? ", velocities" : "",
+                    periodic_ ? blocks_.cell_varies() ? ", a cell that varies" : ", a fixed cell" : ", no cell"));
   }
 
   const ImportOptions& options_;
