@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 
@@ -210,6 +211,12 @@ TEST_F(StructureFile, of_plain_coordinates_is_read_and_written) {
     }
     EXPECT_EQ(again.models[0].bonds.size(), 1u) << name;
   }
+}
+
+TEST_F(StructureFile, of_more_bytes_than_a_crystal_has_is_refused_before_it_is_read) {
+  const auto file = written("a.cif", cell);
+  std::filesystem::resize_file(file, (std::uintmax_t{1} << 29) + 1);
+  EXPECT_THAT(read_cif_file(file).problem, HasSubstr("is no file of a size that can be read"));
 }
 
 }  // namespace
