@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "crystals/periodic_network.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_vectors.h"
+#include "structure/lattice_types.h"
 #include "structure/space_groups.h"
 #include "support/text_field.h"
 
@@ -42,6 +44,41 @@ struct Setting {
   Matrix3 m{};
   std::int32_t lattice = 0, centring = 0;
 };
+
+/// True for a trigonal group on hexagonal axes whose lattice has a point at 1/3, 2/3, 1/3: centred the reverse way, for
+/// which the tables of centrings have no row.
+bool is_reverse(std::int32_t group_id) {
+  constexpr std::int32_t trigonal_hexagonal = 5;
+  constexpr double near = 1e-3;
+  std::int32_t lattice = 0, status = 0;
+  kvd_sgr_latticetype_(group_id, lattice, status);
+  if (status != 0 || lattice != trigonal_hexagonal) return false;
+  const auto group = group_table(group_id, status);
+  constexpr Matrix3 identity{1, 0, 0, 0, 1, 0, 0, 0, 1};
+  for (std::size_t op = 0; op < group.size(); ++op) {
+    const auto moved = group.applied(op, {0, 0, 0});
+    const bool there = std::abs(moved[0] - 1.0 / 3) < near && std::abs(moved[1] - 2.0 / 3) < near &&
+                       std::abs(moved[2] - 1.0 / 3) < near;
+    if (there && std::ranges::equal(std::span(group.rotations).subspan(9 * op, 9), identity)) return true;
+  }
+  return false;
+}
+
+/// The change between a lattice of hexagonal axes that is centred the reverse way and its rhombohedral setting: that of
+/// the obverse way, turned by 180 degrees about c.
+void reverse_setting(std::int32_t model, std::int32_t direction, Setting& setting, std::int32_t& status) {
+  constexpr std::int32_t hexagonal_axes = 5, rhombohedral_centring = 6;
+  std::int32_t group = 0, error = 0;
+  if (direction == to_conventional) kvd_ud_findobject_(model, conventional_group, group, error);
+  if (direction == to_primitive) group = group_of_model(model);
+  if (error != 0 || group == 0 || !is_reverse(group)) return;
+  std::array<Vector3, 3> column{};
+  kva_sgr_primitivelattice_(hexagonal_axes, rhombohedral_centring, column[0], column[1], column[2], setting.lattice,
+                            status);
+  for (auto& vector : column) vector[0] = -vector[0], vector[1] = -vector[1];
+  setting.m = crystal::columns(column[0], column[1], column[2]);
+  if (direction == to_conventional && status == 0) dmatinv_(setting.m, setting.m, status);
+}
 
 /// The operators of a group as those of a setting, each of them once: of those that centring makes of one, the first.
 struct Operators {
@@ -131,6 +168,7 @@ std::int32_t change_setting(std::int32_t direction, std::string_view nothing_to_
   kva_sgr_latticetransform_(model, direction, setting.m, setting.lattice, setting.centring, status);
   Matrix3 identity{};
   dmatunit_(identity);
+  if (status == 0 && setting.m == identity) reverse_setting(model, direction, setting, status);
   if (status != 0 || setting.m == identity) return refuse(nothing_to_change);
   const Built built(model, status);
   if (status == 0 && is_crystal) kva_cry_unbuildcrystal_(model, status);

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <fstream>
 #include <set>
 
 #include "process/desk_with_process.h"
@@ -128,6 +130,55 @@ TEST(CrystalWords, change_to_the_primitive_setting_and_back) {
     ASSERT_EQ(desk.run_lines({"UNBUILD_CRYSTAL", "PRIMITIVE_CELL", "BUILD_CRYSTAL", "CONVENTIONAL_CELL"}), 0) << group;
     EXPECT_EQ(desk.contents(), before) << group;
   }
+}
+
+TEST(CrystalWords, primitive_settings_come_back_from_files) {
+  for (const auto& [cell, group, site, cells] : primitive_cases) {
+    Builder desk;
+    ASSERT_EQ(desk.run_lines({"SYMMETRY_TOLERANCE 0.01"}), 0);
+    desk.run("CELL", cell);
+    desk.run("SPACE_GROUP", group);
+    desk.run("SITE", site);
+    ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0) << group;
+    const auto before = desk.contents();
+    const auto space_group = desk.current().space_group;
+    ASSERT_EQ(desk.run_lines({"PRIMITIVE_CELL", "EXPORT_STRUCTURE primitive.qfx", "EXPORT_STRUCTURE primitive.cif"}),
+              0);
+    const auto primitive = desk.contents();
+    for (const auto& lines : {Lines{"IMPORT_STRUCTURE primitive.qfx", "UNBUILD_CRYSTAL", "BUILD_CRYSTAL"},
+                              Lines{"IMPORT_STRUCTURE primitive.cif", "BUILD_CRYSTAL"}}) {
+      ASSERT_EQ(desk.run_lines(lines), 0) << group;
+      EXPECT_EQ(desk.contents(), primitive) << group;
+      ASSERT_EQ(desk.run("CONVENTIONAL_CELL"), 0) << group;
+      EXPECT_EQ(desk.contents(), before) << group;
+      EXPECT_EQ(desk.current().space_group, space_group) << group;
+    }
+  }
+}
+
+TEST(CrystalWords, change_the_setting_of_a_lattice_centred_the_reverse_way) {
+  // P 3 with the centring 1/3 2/3 1/3, as a file may state it.
+  std::string cif =
+      "data_reverse\n_cell_length_a 5\n_cell_length_b 5\n_cell_length_c 13\n_cell_angle_alpha 90\n"
+      "_cell_angle_beta 90\n_cell_angle_gamma 120\nloop_\n_symmetry_equiv_pos_as_xyz\n";
+  constexpr std::array<std::array<const char*, 3>, 3> centring{
+      {{"", "", ""}, {"+1/3", "+2/3", "+1/3"}, {"+2/3", "+1/3", "+2/3"}}};
+  constexpr std::array<std::array<const char*, 2>, 3> turns{{{"x", "y"}, {"-y", "x-y"}, {"-x+y", "-x"}}};
+  for (const auto& [x, y, z] : centring) {
+    for (const auto& [u, v] : turns) {
+      cif += std::string(u) + x + "," + v + y + ",z" + z + "\n";
+    }
+  }
+  cif += "loop_\n_atom_site_label\n_atom_site_fract_x\n_atom_site_fract_y\n_atom_site_fract_z\nFe1 0.1 0.3 0.05\n";
+  Builder desk;
+  std::ofstream(desk.work() / "reverse.cif") << cif;
+  ASSERT_EQ(desk.run_lines({"IMPORT_STRUCTURE reverse.cif", "BUILD_CRYSTAL"}), 0);
+  const auto before = desk.contents();
+  EXPECT_EQ(before.size(), 9U);
+  ASSERT_EQ(desk.run("PRIMITIVE_CELL"), 0);
+  EXPECT_EQ(desk.current().data.atoms(), 3U);
+  ASSERT_EQ(desk.run("CONVENTIONAL_CELL"), 0);
+  EXPECT_EQ(desk.contents(), before);
 }
 
 TEST(CrystalWords, build_slabs_of_crystals_and_of_sites) {

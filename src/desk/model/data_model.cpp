@@ -7,6 +7,8 @@
 #include "desk/model/elements.h"
 #include "desk/model/group_library.h"
 #include "desk/model/model_slot.h"
+#include "desk/model/primitive_setting.h"
+#include "desk/model/stated_symmetry.h"
 
 namespace pathstat::desk {
 namespace {
@@ -45,15 +47,39 @@ std::int32_t DataModel::object_named(std::string_view text) const {
   return application(text);
 }
 
-std::int32_t DataModel::group_for(const MolecularModel& model) {
+std::int32_t DataModel::group_for(const MolecularModel& model, std::int32_t& conventional) {
+  constexpr std::int32_t rhombohedral = 6;
   const bool may_have =
       model.periodic_type == periodic_3d || (model.periodic_type == not_periodic && model.symmetry.size() > 0);
+  conventional = 0;
   if (!may_have) return 0;
   if (model.symmetry.size() < 2) return group_ids_.front();
-  for (std::size_t k = 0; k < groups_.size(); ++k) {
-    if (space_group(group_ids_[k])->operators == model.symmetry) return group_ids_[k];
+  const auto tabulated = tabulated_group(model.symmetry);
+  if (tabulated != 0 && space_group(tabulated)->lattice_type != rhombohedral) return tabulated;
+
+  // Of several centred settings the one that the tables have first.
+  std::int32_t lattice_type = 0, option = 0;
+  for (const auto& setting : primitive_settings(model.symmetry)) {
+    const auto ordered = find_symmetry(stated_symmetry(setting.conventional)).operators;
+    const auto group = tabulated_group(ordered);
+    if (group == 0 || (conventional != 0 && space_group(group)->option >= option)) continue;
+    conventional = group;
+    lattice_type = setting.lattice_type, option = space_group(group)->option;
   }
-  return add_space_group(group_of_operators(model.name, model.symmetry));
+  if (tabulated != 0) return tabulated;
+  if (conventional == 0) return add_space_group(group_of_operators(model.name, model.symmetry));
+  SpaceGroup primitive;
+  primitive.name = space_group(conventional)->name + " primitive";
+  primitive.lattice_type = lattice_type;
+  primitive.operators = model.symmetry;
+  return add_space_group(std::move(primitive));
+}
+
+std::int32_t DataModel::tabulated_group(const SymmetryOperators& operators) const {
+  for (std::size_t k = 0; operators.size() > 0 && k < library_groups().size(); ++k) {
+    if (space_group(group_ids_[k])->operators == operators) return group_ids_[k];
+  }
+  return 0;
 }
 
 std::int32_t DataModel::add_space_group(SpaceGroup group) {
@@ -94,7 +120,10 @@ std::int32_t DataModel::place_model(MolecularModel&& model) {
   object.id = registry_.add(ObjectClass::model, 1, place);
   object.number = static_cast<std::int32_t>(place + 1);
   object.first_atom = registry_.add(ObjectClass::atom, model.atoms(), place);
-  object.space_group = group_for(model);
+  std::int32_t conventional = 0;
+  object.space_group = group_for(model, conventional);
+  if (conventional != 0)
+    set_user_value(object.id, "CRY/CONVENTIONAL_GPSYMMETRY", {UserValue::Kind::object, {conventional}});
   object.data = std::move(model);
   for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_monitor(object, k);
   for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_planes(object, k);

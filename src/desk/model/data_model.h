@@ -225,7 +225,9 @@ class DataModel {
   std::int32_t place_model(MolecularModel&& model);
   void name_monitor(ModelObject& model, std::size_t place);
   void name_planes(ModelObject& model, std::size_t place);
-  std::int32_t group_for(const MolecularModel& model);
+  /// @param conventional  the group of the centred lattice that the model's is a primitive setting of, or 0
+  std::int32_t group_for(const MolecularModel& model, std::int32_t& conventional);
+  std::int32_t tabulated_group(const SymmetryOperators& operators) const;
 
   ObjectRegistry registry_;
   std::int32_t root_ = 0;

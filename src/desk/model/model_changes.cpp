@@ -158,7 +158,8 @@ bool DataModel::set_periodic_type(ModelObject& model, std::int32_t type) {
     images_to_atoms(model);
   }
   model.data.periodic_type = type;
-  if (type == periodic_3d && model.space_group == 0) model.space_group = group_for(model.data);
+  std::int32_t conventional = 0;
+  if (type == periodic_3d && model.space_group == 0) model.space_group = group_for(model.data, conventional);
   geometry_changed(model);
   return true;
 }

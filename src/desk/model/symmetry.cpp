@@ -62,6 +62,64 @@ std::int32_t lattice_type(const Axes& axes) {
   return turn[0] == 1 ? 1 : turn[4] == 1 ? 2 : 3;
 }
 
+/// The mean of a metric tensor, by columns, over what rotations make of it.
+Matrix3 turned_mean(const Matrix3& metric, const std::vector<Matrix3>& rotations) {
+  Matrix3 mean{};
+  for (const auto& rotation : rotations) {
+    Matrix3 turned{}, transposed{};
+    for (std::size_t k = 0; k < 9; ++k) transposed[k] = rotation[k / 3 + 3 * (k % 3)];
+    dmatmat_(metric, rotation, turned);
+    dmatmat_(transposed, turned, turned);
+    for (std::size_t k = 0; k < 9; ++k) mean[k] += turned[k] / static_cast<double>(rotations.size());
+  }
+  return mean;
+}
+
+/// A metric tensor that all rotations leave as it is and that has nothing else in common with a lattice. The mean over
+/// a whole group is one at once, that over some of its operators after some rounds.
+Matrix3 invariant_metric(const std::vector<Matrix3>& rotations) {
+  constexpr int most_rounds = 1000;
+  constexpr double settled = 1e-13;
+  Matrix3 metric{1.0, 0.13, 0.07, 0.13, 1.31, 0.19, 0.07, 0.19, 1.73};
+  for (int round = 0; round < most_rounds; ++round) {
+    const auto next = turned_mean(metric, rotations);
+    double change = 0;
+    for (std::size_t k = 0; k < 9; ++k) change = std::max(change, std::abs(next[k] - metric[k]));
+    metric = next;
+    if (!(change > settled)) break;
+  }
+  return metric;
+}
+
+/// True if a cell that the operators leave as it is has what a lattice type states of cells. On axes of one's own it
+/// may not.
+bool states_the_cell(std::int32_t lattice_type, const Matrix3& metric) {
+  const auto same = [](double x, double y) { return std::abs(x - y) < 1e-9; };
+  const double aa = metric[0], bb = metric[4], cc = metric[8], ab = metric[3], ac = metric[6], bc = metric[7];
+  const bool a_c = same(ac, 0), a_b = same(ab, 0), b_c = same(bc, 0);
+  switch (lattice_type) {
+    case 1:
+      return a_b && a_c;
+    case 2:
+      return a_b && b_c;
+    case 3:
+      return a_c && b_c;
+    case 4:
+      return a_b && a_c && b_c;
+    case 5:
+    case 8:
+      return same(aa, bb) && same(ab, -aa / 2) && a_c && b_c;
+    case 6:
+      return same(aa, bb) && same(bb, cc) && same(ab, ac) && same(ac, bc);
+    case 7:
+      return same(aa, bb) && a_b && a_c && b_c;
+    case 9:
+      return same(aa, bb) && same(bb, cc) && a_b && a_c && b_c;
+    default:
+      return true;
+  }
+}
+
 std::int32_t centring_type(const SymmetryOperators& operators) {
   constexpr double near = 1e-3;
   bool a = false, b = false, c = false, body = false, thirds = false;
@@ -167,7 +225,8 @@ class SymmetryBuilder {
 SpaceGroup group_of_operators(std::string name, const SymmetryOperators& operators) {
   SpaceGroup group;
   group.name = std::move(name);
-  group.lattice_type = lattice_type(Axes(operators.rotations));
+  const auto lattice = lattice_type(Axes(operators.rotations));
+  group.lattice_type = states_the_cell(lattice, invariant_metric(operators.rotations)) ? lattice : 0;
   group.centring_type = centring_type(operators);
   group.operators = operators;
   return group;

@@ -20,7 +20,8 @@ struct SpaceGroup {
   SymmetryOperators operators;
 };
 
-/// The group of a model's operators. Lattice and centring are read off the operators.
+/// The group of a model's operators. Lattice and centring are read off the operators; on axes that no table has, which
+/// do not lie as a lattice type says, the lattice is triclinic, which says nothing of the cell.
 SpaceGroup group_of_operators(std::string name, const SymmetryOperators& operators);
 
 /// The identity's rotation.
