@@ -146,6 +146,7 @@ export class MoleculeView {
     depths: { value: new THREE.Vector2(0, 1) },
   };
   private dirty = true;
+  private awake = false;
   private framed = false;
   /** Of the sphere around the atoms. */
   private radius = 10;
@@ -178,8 +179,22 @@ export class MoleculeView {
     canvas.addEventListener('keydown', (event) => this.key(event));
     new ResizeObserver(() => this.resize()).observe(box);
     this.resize();
-    const draw = () => {
-      requestAnimationFrame(draw);
+    for (const event of ['pointerdown', 'pointermove', 'wheel']) canvas.addEventListener(event, () => this.wake(), { passive: true });
+    this.redraw();
+  }
+
+  /** Has the structure drawn in the browser's next picture. */
+  private redraw(): void {
+    this.dirty = true;
+    this.wake();
+  }
+
+  /** Looks ahead of the next picture what there is to draw. While nothing moves none is asked for, which would cost the analysis time. */
+  private wake(): void {
+    if (this.awake) return;
+    this.awake = true;
+    requestAnimationFrame(() => {
+      this.awake = false;
       this.controls.update();
       if (!this.dirty) return;
       this.dirty = false;
@@ -187,8 +202,7 @@ export class MoleculeView {
       this.shared.depths.value.set(depth - this.radius, depth + this.radius);
       this.renderer.render(this.scene, this.camera);
       ++this.drawn;
-    };
-    draw();
+    });
   }
 
   setAtoms(atoms: Atoms | null): void {
@@ -214,7 +228,7 @@ export class MoleculeView {
       this.positions[to + 2] = xyz[from + 2] as number;
     }
     this.texture.needsUpdate = true;
-    this.dirty = true;
+    this.redraw();
     if (!this.framed) this.frameAll();
   }
 
@@ -227,7 +241,7 @@ export class MoleculeView {
     if (!this.selection || flags.length !== this.selection.count) return;
     for (let k = 0; k < flags.length; ++k) this.selection.array[k] = flags[k] as number;
     this.selection.needsUpdate = true;
-    this.dirty = true;
+    this.redraw();
   }
 
   setCell(vectors: Vector[], directions: number): void {
@@ -243,7 +257,7 @@ export class MoleculeView {
     this.shared.repeats.value.set(...(repeated.map(Number) as Vector));
     this.drawCell(filled as Vector[], repeated);
     if (changed || this.images) this.rebuild();
-    this.dirty = true;
+    this.redraw();
   }
 
   /** To be called after images, spaceFilling or showCell have changed. */
@@ -280,7 +294,7 @@ export class MoleculeView {
     this.camera.far = away * 20;
     this.camera.updateProjectionMatrix();
     this.framed = true;
-    this.dirty = true;
+    this.redraw();
   }
 
   private drawCell(vectors: Vector[], repeated: boolean[]): void {
@@ -330,7 +344,7 @@ export class MoleculeView {
     }
     this.pieces.clear();
     this.selection = null;
-    this.dirty = true;
+    this.redraw();
     const atoms = this.atoms;
     if (!atoms) return;
     const looks = atomLooks(atoms);
@@ -388,7 +402,7 @@ export class MoleculeView {
     // Diameter in pixels of a sphere of radius 1 at depth 1.
     this.shared.pixels.value = height / Math.tan((this.camera.fov * Math.PI) / 360);
     this.controls.handleResize();
-    this.dirty = true;
+    this.redraw();
   }
 
   private key(event: KeyboardEvent): void {
@@ -411,7 +425,7 @@ export class MoleculeView {
     event.preventDefault();
     this.camera.position.copy(this.controls.target).add(eye);
     this.camera.lookAt(this.controls.target);
-    this.dirty = true;
+    this.redraw();
   }
 
   /** The atom in front at a place of the picture; null for none. */
