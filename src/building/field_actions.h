@@ -7,7 +7,9 @@
 namespace pathstat::field_actions {
 
 std::int32_t density();
+std::int32_t density_axis(std::int32_t atom);
 std::int32_t density_centre(std::int32_t atom);
+std::int32_t density_plane(std::int32_t atom);
 std::int32_t density_spacing(double spacing);
 std::int32_t density_type(std::int32_t type);
 std::int32_t volume();

@@ -10,8 +10,9 @@ namespace pathstat {
 /// What command words have set for densities and surfaces.
 struct FieldSettings {
   Text<8> density_atoms{"ALL"};
-  std::int32_t density_centre = 0;  ///< number of an atom; 0 for none
-  double density_spacing = 0.5;     ///< Å
+  std::int32_t density_centre = 0;                   ///< number of an atom; 0 for none
+  std::int32_t density_axis = 0, density_plane = 0;  ///< numbers of atoms; 0 for none
+  double density_spacing = 0.5;                      ///< Å
   std::int32_t density_type = 4;
   Text<1024> density_file{"density.mbk"};
   Text<8> normals{"OUTWARDS"};

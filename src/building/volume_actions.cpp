@@ -126,6 +126,16 @@ std::int32_t density_centre(std::int32_t atom) {
   return 0;
 }
 
+std::int32_t density_axis(std::int32_t atom) {
+  field_settings.density_axis = atom;
+  return 0;
+}
+
+std::int32_t density_plane(std::int32_t atom) {
+  field_settings.density_plane = atom;
+  return 0;
+}
+
 std::int32_t density_spacing(double spacing) {
   field_settings.density_spacing = spacing;
   return 0;
@@ -145,6 +155,8 @@ std::int32_t density() {
                                .step = trj_frames_.frame_step,
                                .selected = field_settings.density_atoms == "SELECTED",
                                .centre = field_settings.density_centre,
+                               .axis = field_settings.density_axis,
+                               .plane = field_settings.density_plane,
                                .spacing = field_settings.density_spacing};
   FrameDensity density;
   if (const auto status = mean_density(request, density); status != 0) return status;
@@ -153,7 +165,9 @@ std::int32_t density() {
   const auto before = current_volume;
   close_volume();
   current_volume = {};
-  const std::vector titles{"Mean number density of " + std::to_string(density.atoms) + " atoms over " +
+  const auto around =
+      density.molecules == 0 ? std::string() : " around " + std::to_string(density.molecules) + " molecules";
+  const std::vector titles{"Mean number density of " + std::to_string(density.atoms) + " atoms" + around + " over " +
                                std::to_string(density.frames) + " frames, atoms per cubic Angstrom",
                            "Frames of " + std::string(request.trajectory)};
   bool turned = false;

@@ -102,6 +102,35 @@ TEST(Fields, density_around_an_atom_has_it_in_the_middle_of_every_frame) {
   EXPECT_NEAR(number(desk.messages[1].arguments[8]), 1 / (step * step * step), 1e-4);
 }
 
+TEST(Fields, density_on_the_axes_of_water_molecules_has_neighbours_in_front_of_the_hydrogens) {
+  DeskWithProcess desk;
+  ASSERT_EQ(desk.load_example("water"), 0);
+  EXPECT_EQ(desk.run("DENSITY_AXIS", "2"), 0);
+  EXPECT_NE(desk.run("DENSITY"), 0);  // without a middle and a plane
+  desk.run("DENSITY_CENTRE", "1");
+  desk.run("DENSITY_PLANE", "4");  // of another molecule
+  EXPECT_NE(desk.run("DENSITY"), 0);
+  desk.run("DENSITY_PLANE", "3");
+  desk.select("element O");
+  desk.run("DENSITY_ATOMS", "SELECTED");
+  desk.run("DENSITY_SPACING", "0.5");
+  desk.run("LAST_FRAME_NO", "20");
+  ASSERT_EQ(desk.run("DENSITY"), 0);
+  // An oxygen atom accepts the first hydrogen bond 2.8 Å along the axis; none is nearer to the middle than 2.2 Å.
+  const double edge = 18.642 / std::sqrt(3.0), middle = edge / 2;
+  const auto most = [&](double from, double to, double half) {
+    desk.messages.clear();
+    const auto text = [](double x) { return std::to_string(x) + " "; };
+    EXPECT_EQ(desk.run("VOLUME_REGION", text(middle + from) + text(middle - half) + text(middle - half) +
+                                            text(middle + to) + text(middle + half) + text(middle + half)),
+              0);
+    return number(desk.messages[0].arguments[8]);
+  };
+  const double bulk = 216 / std::pow(18.642, 3);
+  EXPECT_GT(most(2.4, 3.2, 0.5), 5 * bulk);
+  EXPECT_EQ(most(-1.0, 1.0, 1.0), 0);
+}
+
 TEST(Fields, surface_of_a_block_is_closed_and_kept_by_the_core) {
   DeskWithProcess desk;
   std::ofstream(desk.work() / "block.mbk", std::ios::binary) << volume_bytes(12, 4, 7);

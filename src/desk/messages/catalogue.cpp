@@ -43,6 +43,8 @@ constexpr MessageRow rows[] = {
     {"STRUCTURE_NO_TABLE", error, "", "No table is open: open one with TABLE."},
     {"STRUCTURE_DENSITY", note, "iid", "{0} atoms over {1} frames, {2:.4g} in each Å³ on average."},
     {"STRUCTURE_DENSITY_ATOMS", error, "", "There are no atoms to make a density of."},
+    {"STRUCTURE_DENSITY_AXES", error, "",
+     "DENSITY_CENTRE, DENSITY_AXIS and DENSITY_PLANE number three atoms of one molecule that do not stand on a line."},
     {"STRUCTURE_DENSITY_CELL", error, "", "A density needs a cell that is periodic in three directions and not flat."},
     {"STRUCTURE_DENSITY_CENTRE", error, "i", "DENSITY_CENTRE is the number of an atom, of which the model has {0}."},
     {"STRUCTURE_DENSITY_FILE", error, "s", "The density cannot be written to {0}."},
