@@ -260,7 +260,8 @@ std::vector<std::string> wrong_results(const Outcome& run, const Outcome& good) 
   for (const auto& [name, text] : run.results) {
     const auto known = good.results.find(name);
     if (known == good.results.end()) {
-      if (name == ".pathdesk.lock" && !run.exited()) continue;  // of a killed run; the next one takes it
+      const bool taken_next = name == ".pathdesk.lock" || name == ".pathdesk.part";
+      if (taken_next && !run.exited()) continue;  // of a killed run; the next one takes it
       wrong.push_back(name + " should not be there");
     } else if (text != known->second && (run.code() == 0 || text != earlier)) {
       const bool remarked = text.find("(interrupted after") != std::string::npos;
