@@ -56,7 +56,8 @@ void unbuild(std::int32_t model, const BuildNames& names, bool has_symmetry, std
   std::vector<std::int32_t> ids(atoms.size());
   if (status == 0) kvd_id_(atoms, ids, status);
   constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max() / 2;
-  if (std::ranges::any_of(ids, [](std::int32_t id) { return id > most; })) status = 1;
+  const auto can_double = [](std::int32_t id) { return id >= -most && id <= most; };
+  if (!std::ranges::all_of(ids, can_double) || !std::ranges::all_of(origins.ids, can_double)) status = 1;
   if (status == 0 && has_symmetry) kvd_sym_clear_(model, status);
   const std::vector<std::int32_t> zeros(3 * atoms.size());
   if (status == 0) kvd_atm_setcell0offset_(atoms, zeros, status);
