@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "desk/advice/nearest.h"
+#include "desk/link/folder_content.h"
 
 namespace pathstat::desk {
 namespace {
@@ -15,11 +16,9 @@ namespace {
 namespace fs = std::filesystem;
 
 std::vector<std::string> files_in(const fs::path& folder) {
-  std::vector<std::string> names;
   std::error_code error, kind;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (!entry->is_directory(kind)) names.push_back(entry->path().filename().string());
-  }
+  auto names = names_in(folder, error);
+  std::erase_if(names, [&](const std::string& name) { return fs::is_directory(folder / name, kind); });
   std::ranges::sort(names);
   return names;
 }

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "desk/link/folder_content.h"
 #include "desk/link/reconnection.h"
 #include "desk/script/interrupts.h"
 #include "desk/script/kept_graphs.h"
@@ -61,10 +62,7 @@ std::string LineRunner::detach(const ScriptLine& line) {
   // Before anything is asked of the process: what can't be kept is not left behind.
   auto problem = keep_models(model_, folder);
   if (problem.empty()) problem = leave(command, folder);
-  if (!problem.empty() && !again) {
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-  }
+  if (!problem.empty() && !again) remove_tree(folder);
   return problem;
 }
 

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "coreapi/operation_row.h"
+#include "desk/link/folder_content.h"
 #include "desk/link/reconnection.h"
 #include "desk/model/model_export.h"
 #include "desk/model/model_import.h"
@@ -190,8 +191,7 @@ fs::path kept_folder(pid_t process) { return base_folder() / fmt::format("{}{}",
 
 std::string make_kept_folder(pid_t process) {
   const auto folder = kept_folder(process);
-  std::error_code ignored;
-  if (is_own_folder(folder)) fs::remove_all(folder, ignored);
+  if (is_own_folder(folder)) remove_tree(folder);
   if (::mkdir(folder.c_str(), S_IRWXU) == 0) return {};
   return fmt::format("cannot make the folder {}: {}", folder.string(), std::strerror(errno));
 }
@@ -265,15 +265,15 @@ void give_back_session(pid_t process) {
 std::vector<pid_t> detached_processes() {
   std::vector<pid_t> processes;
   std::error_code trouble;
-  for (fs::directory_iterator entry(base_folder(), trouble), end; !trouble && entry != end; entry.increment(trouble)) {
-    const auto folder = entry->path();
+  const auto base = base_folder();
+  for (const auto& name : names_in(base, trouble)) {
+    const auto folder = base / name;
     const auto process = process_of(folder);
     if (process <= 0 || !is_own_folder(folder)) continue;
-    std::error_code ignored;
     if (lives(folder, session_name)) {
       processes.push_back(process);
     } else if (start_of_process(process) == 0) {
-      fs::remove_all(folder, ignored);
+      remove_tree(folder);
     }
   }
   std::sort(processes.begin(), processes.end());
