@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -9,6 +10,7 @@
 #include <limits>
 #include <ostream>
 #include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -172,7 +174,7 @@ class AbsentValues : public CatalogueMask, public testing::WithParamInterface<Ab
 
 TEST_P(AbsentValues, are_those_of_neither_the_first_frame_nor_the_last) {
   const auto& [series, id, values, expected] = GetParam();
-  const auto path = testing::TempDir() + "absent.trj";
+  const auto path = testing::TempDir() + "absent_" + std::to_string(::getpid()) + ".trj";
   const std::array<std::int32_t, 2> ids{1, 2};
   desk::TrajectoryOutput output;
   ASSERT_EQ(output.create(path, {.title = "absent", .ids = ids, .periodic = true}), "");
