@@ -13,7 +13,8 @@ add_custom_command(
 add_custom_target(user_files ALL DEPENDS ${manual_page} ${bash_completion})
 
 install(TARGETS pathstat pathdesk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY ${CMAKE_SOURCE_DIR}/python/ DESTINATION ${CMAKE_INSTALL_DATADIR}/pathstat/python FILES_MATCHING PATTERN "*.py")
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/python/ DESTINATION ${CMAKE_INSTALL_DATADIR}/pathstat/python FILES_MATCHING PATTERN "*.py"
+        PATTERN "tests" EXCLUDE)
 install(FILES ${manual_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${bash_completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME pathdesk)
 install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
