@@ -2,8 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <fstream>
+
+#include "desk/link/work_directory.h"
 
 namespace pathstat::desk {
 namespace {
@@ -13,8 +14,10 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 TEST(FolderContent, is_listed_and_removed_without_following_links) {
-  std::string pattern = fs::temp_directory_path() / "content-XXXXXX";
-  const fs::path base = ::mkdtemp(pattern.data());
+  std::string error;
+  const PrivateDirectory directory(error);
+  ASSERT_EQ(error, "");
+  const auto& base = directory.path();
   const auto folder = base / "folder";
   fs::create_directories(folder / "deep/deeper");
   fs::create_directories(base / "outside");
@@ -31,7 +34,6 @@ TEST(FolderContent, is_listed_and_removed_without_following_links) {
   EXPECT_TRUE(remove_tree(folder));  // which is not there
   EXPECT_THAT(names_in(folder, failure), IsEmpty());
   EXPECT_EQ(failure, std::errc::no_such_file_or_directory);
-  EXPECT_TRUE(remove_tree(base));
 }
 
 }  // namespace

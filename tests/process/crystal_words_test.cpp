@@ -30,6 +30,14 @@ struct Builder : DeskWithProcess {
     }
     return status;
   }
+  /// Builds the crystal of one site. @return the status of the build
+  std::int32_t build(std::string_view cell, std::string_view group, std::string_view site) {
+    run("SYMMETRY_TOLERANCE", "0.01");
+    run("CELL", cell);
+    run("SPACE_GROUP", group);
+    run("SITE", site);
+    return run("BUILD_CRYSTAL");
+  }
   const ModelObject& current() { return *model.model(model.current_model()); }
 
   /// Element and position of each atom, modulo the cell that the model repeats by.
@@ -113,11 +121,7 @@ constexpr PrimitiveCase primitive_cases[]{{"5.64 5.64 5.64 90 90 90", "225", "Na
 TEST(CrystalWords, change_to_the_primitive_setting_and_back) {
   for (const auto& [cell, group, site, cells] : primitive_cases) {
     Builder desk;
-    ASSERT_EQ(desk.run_lines({"SYMMETRY_TOLERANCE 0.01"}), 0);
-    desk.run("CELL", cell);
-    desk.run("SPACE_GROUP", group);
-    desk.run("SITE", site);
-    ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0) << group;
+    ASSERT_EQ(desk.build(cell, group, site), 0) << group;
     const auto before = desk.contents();
     const double volume = desk.volume(), atoms = static_cast<double>(before.size());
     ASSERT_EQ(desk.run("PRIMITIVE_CELL"), 0) << group;
@@ -135,11 +139,7 @@ TEST(CrystalWords, change_to_the_primitive_setting_and_back) {
 TEST(CrystalWords, primitive_settings_come_back_from_files) {
   for (const auto& [cell, group, site, cells] : primitive_cases) {
     Builder desk;
-    ASSERT_EQ(desk.run_lines({"SYMMETRY_TOLERANCE 0.01"}), 0);
-    desk.run("CELL", cell);
-    desk.run("SPACE_GROUP", group);
-    desk.run("SITE", site);
-    ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0) << group;
+    ASSERT_EQ(desk.build(cell, group, site), 0) << group;
     const auto before = desk.contents();
     const auto space_group = desk.current().space_group;
     ASSERT_EQ(desk.run_lines({"PRIMITIVE_CELL", "EXPORT_STRUCTURE primitive.qfx", "EXPORT_STRUCTURE primitive.cif"}),
