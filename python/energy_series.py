@@ -131,10 +131,12 @@ def joined_blocks(sections):
     for names, rows in sections:
         if isinstance(names, dict):
             numbers = numbers_of(names.values())
+            if not numbers:  # a value that is no number
+                continue
             if joined and joined[-1][0] == list(names) and joined[-1][1] and joined[-1][1][-1][0] < numbers[0]:
                 joined[-1][1].append(numbers)
                 continue
-            names, rows = list(names), [numbers] if numbers else []
+            names, rows = list(names), [numbers]
         joined.append((names, rows))
     return joined
 
