@@ -7,8 +7,8 @@ const colours: Record<string, number> = {
 };
 const other = 0xe58ac0;
 
-/** Red, green and blue of an element, 0 to 1. */
+/** Red, green and blue of an element, 0 to 255. */
 export function colourOf(symbol: string): [number, number, number] {
   const hex = colours[symbol] ?? other;
-  return [(hex >> 16) / 255, ((hex >> 8) & 255) / 255, (hex & 255) / 255];
+  return [hex >> 16, (hex >> 8) & 255, hex & 255];
 }

@@ -1,115 +1,16 @@
-import * as THREE from 'three';
+import { Box3, Matrix3, Matrix4, PerspectiveCamera, Quaternion, Vector3 } from 'three';
 import { TrackballControls } from 'three/addons/controls/TrackballControls.js';
 import { colourOf } from './elements';
+import { Colour, Paint, Raster } from './raster';
 
-/*
- * Positions lie in one texture that each frame writes anew; atoms and bonds are drawn from places in it, so that no
- * geometry changes from frame to frame. An atom is one point whose fragments are shaded as a sphere; a bond is two
- * quads that face the viewer and are shaded as a cylinder, each from one of its atoms to the middle, in that atom's
- * colour. A bond goes to the nearest image of its partner.
- */
-
-const textureWidth = 1024;
-const selectedColour = 'vec3(1.0, 0.85, 0.1)';
-
-/** What is far from the viewer fades into the ground, so that the picture has depth. */
-const depthCue = `
-  uniform vec2 depths;  // of the nearest and the farthest atom
-  uniform float fade;   // of images
-  float fading(float depth) {
-    return max(fade, 0.7 * clamp((depth - depths.x) / (depths.y - depths.x), 0.0, 1.0) - 0.1);
-  }`;
-
-const fetchPosition = `
-  uniform highp sampler2D positions;
-  vec3 positionOf(uint place) {
-    return texelFetch(positions, ivec2(int(place % ${textureWidth}u), int(place / ${textureWidth}u)), 0).xyz;
-  }`;
-
-const atomVertex = `
-  precision highp float;
-  ${fetchPosition}
-  uniform mat4 modelViewMatrix, projectionMatrix;
-  uniform float pixels, scale;
-  uniform vec3 offset;
-  in uint place;
-  in vec4 look;     // colour, radius
-  in float marked;  // 1: selected
-  out vec3 colour;
-  out float selected;
-  out float faded;
-  ${depthCue}
-  void main() {
-    vec4 eye = modelViewMatrix * vec4(positionOf(place) + offset, 1.0);
-    gl_Position = projectionMatrix * eye;
-    gl_PointSize = max(look.w * scale * (1.0 + 0.25 * marked) * pixels / gl_Position.w, 1.5);
-    colour = look.rgb;
-    selected = marked;
-    faded = fading(-eye.z);
-  }`;
-
-const atomFragment = `
-  precision mediump float;
-  in vec3 colour;
-  in float selected;
-  in float faded;
-  out vec4 result;
-  void main() {
-    vec2 p = 2.0 * gl_PointCoord - 1.0;
-    float r2 = dot(p, p);
-    if (r2 > 1.0) discard;
-    float z = sqrt(1.0 - r2);
-    float light = 0.35 + 0.65 * max(dot(vec3(p.x, -p.y, z), vec3(-0.4, 0.5, 0.77)), 0.0);
-    float gloss = max(dot(vec3(p.x, -p.y, z), vec3(-0.25, 0.32, 0.91)), 0.0);
-    gloss *= gloss;
-    gloss *= gloss;
-    gloss *= gloss;
-    gloss *= gloss * gloss * gloss * gloss;  // to the power of 40: without a graphics card, pow takes long
-    vec3 shade = mix(colour, ${selectedColour}, selected * step(0.55, r2));
-    result = vec4(mix(shade * light + 0.35 * gloss, vec3(0.07, 0.09, 0.12), faded), 1.0);
-  }`;
-
-const bondVertex = `
-  precision highp float;
-  ${fetchPosition}
-  uniform mat4 modelViewMatrix, projectionMatrix;
-  uniform mat3 cell, inverseCell;
-  uniform vec3 repeats;  // 1 along vectors that the model repeats along
-  uniform vec3 offset;
-  uniform float width;
-  in vec3 position;      // a corner: side -1 or 1, end 0 or 1
-  in uvec2 pair;
-  in vec3 look;
-  out vec3 colour;
-  out float side;
-  out float faded;
-  ${depthCue}
-  void main() {
-    vec3 start = positionOf(pair.x);
-    vec3 way = positionOf(pair.y) - start;
-    way -= cell * (repeats * round(inverseCell * way));
-    vec4 a = modelViewMatrix * vec4(start + offset, 1.0);
-    vec4 b = modelViewMatrix * vec4(start + offset + 0.5 * way, 1.0);
-    vec4 at = position.y < 0.5 ? a : b;
-    vec2 along = b.xy - a.xy;
-    float size = length(along);
-    vec2 across = size > 1e-6 ? vec2(-along.y, along.x) / size : vec2(0.0);
-    at.xy += across * position.x * width;
-    gl_Position = projectionMatrix * at;
-    colour = look;
-    side = position.x;
-    faded = fading(-at.z);
-  }`;
-
-const bondFragment = `
-  precision mediump float;
-  in vec3 colour;
-  in float side;
-  in float faded;
-  out vec4 result;
-  void main() {
-    result = vec4(mix(colour * (0.3 + 0.7 * sqrt(1.0 - side * side)), vec3(0.07, 0.09, 0.12), faded), 1.0);
-  }`;
+const bondRadius = 0.16;
+const cellColour: Colour = [143, 163, 191];
+/** How much of an image of the model fades away at least. */
+const fadeOfImages = 0.55;
+/** Steps of depth by which atoms are put in order: what is drawn from the front on hides most of the rest before it costs time. */
+const depthSteps = 1024;
+/** Screens finer than this are drawn with that many pixels to a unit. */
+const finest = 2;
 
 export interface Atoms {
   count: number;
@@ -120,31 +21,29 @@ export interface Atoms {
 }
 
 type Vector = [number, number, number];
+interface Look { paint: Paint; radius: number }
+type Fading = (depth: number, least: number) => number;
 
 /** The picture of one model in a canvas. */
 export class MoleculeView {
-  private readonly renderer: THREE.WebGLRenderer;
-  private readonly scene = new THREE.Scene();
-  private readonly camera = new THREE.PerspectiveCamera(30, 1, 0.1, 10000);
+  private readonly raster = new Raster(document.createElement('canvas'));
+  private readonly camera = new PerspectiveCamera(30, 1, 0.1, 10000);
   private readonly controls: TrackballControls;
   private atoms: Atoms | null = null;
-  private texture: THREE.DataTexture | null = null;
-  private positions = new Float32Array(0);
-  private selection: THREE.InstancedBufferAttribute | THREE.BufferAttribute | null = null;
-  private pieces = new THREE.Group();
-  private cellLines: THREE.LineSegments<THREE.BufferGeometry, THREE.LineBasicMaterial> | null = null;
+  private looks: Look[] = [];
+  /** x, y, z of each atom. */
+  private positions: Float32Array = new Float32Array(0);
+  private selection: Uint8Array = new Uint8Array(0);
+  /** Of each atom as it is drawn: place in pixels and depth. */
+  private projected = new Float32Array(0);
+  private order = new Uint32Array(0);
   private cell: Vector[] = [];
   private directions = 0;
-  private readonly shared = {
-    positions: { value: null as THREE.DataTexture | null },
-    pixels: { value: 1 },
-    scale: { value: 0.5 },
-    width: { value: 0.16 },
-    cell: { value: new THREE.Matrix3() },
-    inverseCell: { value: new THREE.Matrix3() },
-    repeats: { value: new THREE.Vector3() },
-    depths: { value: new THREE.Vector2(0, 1) },
-  };
+  private cellMatrix = new Matrix3();
+  private inverseCell = new Matrix3();
+  /** 1 along vectors that the model repeats along. */
+  private repeats: Vector = [0, 0, 0];
+  private repeated: boolean[] = [false, false, false];
   private dirty = true;
   private awake = false;
   private framed = false;
@@ -157,14 +56,11 @@ export class MoleculeView {
   showCell = true;
 
   constructor(private readonly box: HTMLElement, private readonly clicked: (atom: number | null, adding: boolean) => void) {
-    this.renderer = new THREE.WebGLRenderer({ antialias: false, powerPreference: 'high-performance' });
-    this.renderer.setClearColor(0x12171f);
-    const canvas = this.renderer.domElement;
+    const { canvas } = this.raster;
     canvas.tabIndex = 0;
     canvas.setAttribute('role', 'img');
     canvas.setAttribute('aria-label', 'The structure. Drag turns it, the wheel brings it nearer, a click selects an atom; arrow keys turn it, + and - bring it nearer.');
     box.append(canvas);
-    this.scene.add(this.pieces);
     this.camera.position.set(0, 0, 50);
     this.controls = new TrackballControls(this.camera, canvas);
     this.controls.rotateSpeed = 3;
@@ -183,8 +79,8 @@ export class MoleculeView {
     this.redraw();
   }
 
-  /** Has the structure drawn in the browser's next picture. */
-  private redraw(): void {
+  /** Has the structure drawn in the browser's next picture; to be called after images, spaceFilling or showCell have changed. */
+  redraw(): void {
     this.dirty = true;
     this.wake();
   }
@@ -198,84 +94,61 @@ export class MoleculeView {
       this.controls.update();
       if (!this.dirty) return;
       this.dirty = false;
-      const depth = this.camera.position.distanceTo(this.controls.target);
-      this.shared.depths.value.set(depth - this.radius, depth + this.radius);
-      this.renderer.render(this.scene, this.camera);
+      this.draw();
       ++this.drawn;
     });
   }
 
   setAtoms(atoms: Atoms | null): void {
+    const count = atoms?.count ?? 0;
     this.atoms = atoms;
-    this.texture?.dispose();
-    this.texture = null;
-    if (atoms) {
-      const rows = Math.max(Math.ceil(atoms.count / textureWidth), 1);
-      this.positions = new Float32Array(4 * textureWidth * rows);
-      this.texture = new THREE.DataTexture(this.positions, textureWidth, rows, THREE.RGBAFormat, THREE.FloatType);
-    }
-    this.shared.positions.value = this.texture;
+    this.looks = atoms ? atoms.symbols.map((symbol, k) => ({ paint: new Paint(colourOf(symbol)), radius: (atoms.radii[k] || 1) * 1.1 + 0.15 })) : [];
+    this.positions = new Float32Array(3 * count);
+    this.selection = new Uint8Array(count);
+    this.projected = new Float32Array(3 * count);
+    this.order = new Uint32Array(count);
     this.framed = false;
-    this.rebuild();
+    this.redraw();
   }
 
   /** Moves the atoms: x, y, z of each. */
   setPositions(xyz: Float32Array): void {
-    if (!this.atoms || !this.texture || xyz.length !== 3 * this.atoms.count) return;
-    for (let k = 0, from = 0, to = 0; k < this.atoms.count; ++k, from += 3, to += 4) {
-      this.positions[to] = xyz[from] as number;
-      this.positions[to + 1] = xyz[from + 1] as number;
-      this.positions[to + 2] = xyz[from + 2] as number;
-    }
-    this.texture.needsUpdate = true;
+    if (!this.atoms || xyz.length !== this.positions.length) return;
+    this.positions = xyz;
     this.redraw();
     if (!this.framed) this.frameAll();
   }
 
   /** x, y, z of an atom. */
   positionOf(atom: number): Vector {
-    return [this.positions[4 * atom] as number, this.positions[4 * atom + 1] as number, this.positions[4 * atom + 2] as number];
+    return [this.positions[3 * atom] as number, this.positions[3 * atom + 1] as number, this.positions[3 * atom + 2] as number];
   }
 
   setSelection(flags: Uint8Array): void {
-    if (!this.selection || flags.length !== this.selection.count) return;
-    for (let k = 0; k < flags.length; ++k) this.selection.array[k] = flags[k] as number;
-    this.selection.needsUpdate = true;
+    if (flags.length !== this.selection.length) return;
+    this.selection = flags;
     this.redraw();
   }
 
   setCell(vectors: Vector[], directions: number): void {
-    this.cell = vectors;
-    const changed = this.directions !== directions;
     this.directions = directions;
-    const [a, b, c] = vectors;
-    const repeated = [directions === 3, directions >= 2, directions >= 1];
-    const filled = [a, b, c].map((v, k) => (repeated[k] && v ? v : ([0, 1, 2].map((j) => (j === k ? 1 : 0)) as Vector)));
-    const columns = filled.flat();
-    this.shared.cell.value.fromArray(columns);
-    this.shared.inverseCell.value.copy(this.shared.cell.value).invert();
-    this.shared.repeats.value.set(...(repeated.map(Number) as Vector));
-    this.drawCell(filled as Vector[], repeated);
-    if (changed || this.images) this.rebuild();
+    this.repeated = [directions === 3, directions >= 2, directions >= 1];
+    this.repeats = this.repeated.map(Number) as Vector;
+    this.cell = [0, 1, 2].map((k) => (this.repeated[k] && vectors[k]) || ([0, 1, 2].map((j) => (j === k ? 1 : 0)) as Vector));
+    this.cellMatrix.fromArray(this.cell.flat());
+    this.inverseCell.copy(this.cellMatrix).invert();
     this.redraw();
-  }
-
-  /** To be called after images, spaceFilling or showCell have changed. */
-  refresh(): void {
-    this.shared.scale.value = this.spaceFilling ? 1.6 : 0.5;
-    if (this.cellLines) this.cellLines.visible = this.showCell;
-    this.rebuild();
   }
 
   /** Brings everything into the picture. */
   frameAll(): void {
     if (!this.atoms) return;
-    const bounds = new THREE.Box3();
-    const point = new THREE.Vector3();
+    const bounds = new Box3();
+    const point = new Vector3();
     for (let k = 0; k < this.atoms.count; ++k) bounds.expandByPoint(point.set(...this.positionOf(k)));
-    const center = bounds.getCenter(new THREE.Vector3());
-    const direction = new THREE.Vector3(0.35, 0.25, 1).normalize();
-    const turn = new THREE.Quaternion().setFromRotationMatrix(new THREE.Matrix4().lookAt(direction, new THREE.Vector3(), new THREE.Vector3(0, 1, 0))).invert();
+    const center = bounds.getCenter(new Vector3());
+    const direction = new Vector3(0.35, 0.25, 1).normalize();
+    const turn = new Quaternion().setFromRotationMatrix(new Matrix4().lookAt(direction, new Vector3(), new Vector3(0, 1, 0))).invert();
     const slope = Math.tan((this.camera.fov * Math.PI) / 360);
     const spread = this.images ? 3 : 1;
     // As near as leaves every atom in the picture.
@@ -297,30 +170,6 @@ export class MoleculeView {
     this.redraw();
   }
 
-  private drawCell(vectors: Vector[], repeated: boolean[]): void {
-    if (this.cellLines) {
-      // A cell that changes from frame to frame would fill the memory of the graphics card.
-      this.scene.remove(this.cellLines);
-      this.cellLines.geometry.dispose();
-      this.cellLines.material.dispose();
-      this.cellLines = null;
-    }
-    if (this.directions === 0) return;
-    const points: number[] = [];
-    const corner = (bits: number) =>
-      [0, 1, 2].map((axis) => vectors.reduce((sum, v, k) => sum + (bits & (1 << k) ? (v[axis] as number) : 0), 0));
-    for (let bits = 0; bits < 8; ++bits) {
-      for (let k = 0; k < 3; ++k) {
-        const within = [0, 1, 2].every((j) => repeated[j] || !(bits & (1 << j)));
-        if (repeated[k] && within && !(bits & (1 << k))) points.push(...corner(bits), ...corner(bits | (1 << k)));
-      }
-    }
-    const geometry = new THREE.BufferGeometry().setAttribute('position', new THREE.Float32BufferAttribute(points, 3));
-    this.cellLines = new THREE.LineSegments(geometry, new THREE.LineBasicMaterial({ color: 0x8fa3bf }));
-    this.cellLines.visible = this.showCell;
-    this.scene.add(this.cellLines);
-  }
-
   /** The translations of the cells that are drawn: the model's own first. */
   private offsets(): Vector[] {
     const offsets: Vector[] = [[0, 0, 0]];
@@ -336,71 +185,135 @@ export class MoleculeView {
     return offsets;
   }
 
-  private rebuild(): void {
-    const flags = this.selection?.array.slice();
-    for (const piece of [...this.pieces.children] as THREE.Mesh[]) {
-      piece.geometry.dispose();
-      (piece.material as THREE.Material).dispose();
-    }
-    this.pieces.clear();
-    this.selection = null;
-    this.redraw();
-    const atoms = this.atoms;
-    if (!atoms) return;
-    const looks = atomLooks(atoms);
-    const points = new THREE.BufferGeometry();
-    const places = new THREE.Uint32BufferAttribute(Uint32Array.from({ length: atoms.count }, (_, k) => k), 1);
-    places.gpuType = THREE.IntType;
-    points.setAttribute('place', places);
-    points.setAttribute('look', new THREE.BufferAttribute(looks, 4));
-    this.selection = new THREE.BufferAttribute(new Float32Array(atoms.count), 1);
-    if (flags && flags.length === atoms.count) (this.selection.array as Float32Array).set(flags as Float32Array);
-    points.setAttribute('marked', this.selection);
-    points.setDrawRange(0, atoms.count);
-    const sticks = this.bondGeometry(atoms, looks);
+  /** Pixels that a length of 1 has at depth 1. */
+  private get focal(): number {
+    return (0.5 * this.raster.height) / Math.tan((this.camera.fov * Math.PI) / 360);
+  }
+
+  /** Half the size of a sphere of an element, in the units of the coordinates. */
+  private radiusOf(look: Look): number {
+    return look.radius * (this.spaceFilling ? 1.6 : 0.5);
+  }
+
+  private draw(): void {
+    const { raster, camera } = this;
+    raster.clear();
+    camera.updateMatrixWorld();
+    const middle = camera.position.distanceTo(this.controls.target);
+    const faded: Fading = (depth, least) => Math.max(least, Math.min(Math.max((0.7 * (depth - middle + this.radius)) / (2 * this.radius), 0), 0.7) - 0.1, 0);
     for (const [k, offset] of this.offsets().entries()) {
-      const uniforms = { ...this.shared, offset: { value: new THREE.Vector3(...offset) }, fade: { value: k === 0 ? 0 : 0.55 } };
-      const atomMaterial = new THREE.RawShaderMaterial({ glslVersion: THREE.GLSL3, vertexShader: atomVertex, fragmentShader: atomFragment, uniforms });
-      const cloud = new THREE.Points(points, atomMaterial);
-      cloud.frustumCulled = false;
-      this.pieces.add(cloud);
-      if (!sticks || this.spaceFilling) continue;
-      const bondMaterial = new THREE.RawShaderMaterial({ glslVersion: THREE.GLSL3, vertexShader: bondVertex, fragmentShader: bondFragment, uniforms, side: THREE.DoubleSide });
-      const mesh = new THREE.Mesh(sticks, bondMaterial);
-      mesh.frustumCulled = false;
-      this.pieces.add(mesh);
+      const view = new Matrix4().makeTranslation(...offset).premultiply(camera.matrixWorldInverse);
+      const least = k === 0 ? 0 : fadeOfImages;
+      this.drawAtoms(view, least, faded);
+      if (!this.spaceFilling) this.drawBonds(view, least, faded);
+    }
+    if (this.showCell && this.directions > 0) this.drawCell(camera.matrixWorldInverse);
+    raster.show();
+  }
+
+  private drawAtoms(view: Matrix4, least: number, faded: Fading): void {
+    const { atoms, looks, raster, projected, selection, focal } = this;
+    if (!atoms) return;
+    this.project(view);
+    for (const atom of this.nearestFirst()) {
+      const depth = projected[3 * atom + 2] as number;
+      const look = looks[atoms.elements[atom] as number];
+      if (depth < this.camera.near || !look) continue;
+      const mark = selection[atom] !== 0;
+      const radius = this.radiusOf(look) * (mark ? 1.25 : 1);
+      raster.sphere(projected[3 * atom] as number, projected[3 * atom + 1] as number, Math.max((radius * focal) / depth, 0.75), depth, radius, look.paint, faded(depth, least), mark);
     }
   }
 
-  private bondGeometry(atoms: Atoms, looks: Float32Array): THREE.InstancedBufferGeometry | null {
-    const halves = atoms.bonds.length;
-    if (halves === 0) return null;
-    const pairs = new Uint32Array(2 * halves);
-    const colours = new Float32Array(3 * halves);
-    for (let k = 0; k < halves; ++k) {
-      const from = atoms.bonds[k] as number;
-      pairs.set([from, atoms.bonds[k ^ 1] as number], 2 * k);
-      colours.set(looks.subarray(4 * from, 4 * from + 3), 3 * k);
+  /** Where each atom stands in the picture. */
+  private project(view: Matrix4): void {
+    const { positions, projected, focal } = this;
+    const e = view.elements;
+    const [x0, y0] = [0.5 * this.raster.width, 0.5 * this.raster.height];
+    for (let k = 0; k < positions.length; k += 3) {
+      const x = positions[k] as number;
+      const y = positions[k + 1] as number;
+      const z = positions[k + 2] as number;
+      const depth = -(e[2] * x + e[6] * y + e[10] * z + e[14]);
+      projected[k] = x0 + (focal * (e[0] * x + e[4] * y + e[8] * z + e[12])) / depth;
+      projected[k + 1] = y0 - (focal * (e[1] * x + e[5] * y + e[9] * z + e[13])) / depth;
+      projected[k + 2] = depth;
     }
-    const geometry = new THREE.InstancedBufferGeometry();
-    geometry.instanceCount = halves;
-    geometry.setAttribute('position', new THREE.Float32BufferAttribute([-1, 0, 0, 1, 0, 0, 1, 1, 0, -1, 1, 0], 3));
-    geometry.setIndex([0, 1, 2, 0, 2, 3]);
-    const pair = new THREE.InstancedBufferAttribute(pairs, 2);
-    pair.gpuType = THREE.IntType;
-    geometry.setAttribute('pair', pair);
-    geometry.setAttribute('look', new THREE.InstancedBufferAttribute(colours, 3));
-    return geometry;
+  }
+
+  /** The atoms by their depths, in steps. */
+  private nearestFirst(): Uint32Array {
+    const { projected, order } = this;
+    let [low, high] = [Infinity, -Infinity];
+    for (let k = 2; k < projected.length; k += 3) {
+      low = Math.min(low, projected[k] as number);
+      high = Math.max(high, projected[k] as number);
+    }
+    const scale = (depthSteps - 1) / Math.max(high - low, 1e-6);
+    const step = (atom: number) => ((projected[3 * atom + 2] as number) - low) * scale | 0;
+    const starts = new Uint32Array(depthSteps + 1);
+    for (let atom = 0; atom < order.length; ++atom) ++(starts[step(atom) + 1] as number);
+    for (let k = 0; k < depthSteps; ++k) starts[k + 1] = (starts[k + 1] as number) + (starts[k] as number);
+    for (let atom = 0; atom < order.length; ++atom) order[(starts[step(atom)] as number)++] = atom;
+    return order;
+  }
+
+  /** A bond goes to the nearest image of its partner: from each of its atoms half of it, in that atom's colour. */
+  private drawBonds(view: Matrix4, least: number, faded: Fading): void {
+    const { atoms, looks } = this;
+    if (!atoms) return;
+    const start = new Vector3();
+    const end = new Vector3();
+    for (let k = 0; k < atoms.bonds.length; ++k) {
+      const from = atoms.bonds[k] as number;
+      start.fromArray(this.positions, 3 * from);
+      this.shortest(end.fromArray(this.positions, 3 * (atoms.bonds[k ^ 1] as number)).sub(start));
+      end.multiplyScalar(0.5).add(start);
+      const colour = looks[atoms.elements[from] as number]?.paint.colour ?? cellColour;
+      this.drawLine(start.applyMatrix4(view), end.applyMatrix4(view), bondRadius, colour, (depth) => faded(depth, least));
+    }
+  }
+
+  /** Of all ways that differ by cells, the one between nearest images. */
+  private shortest(way: Vector3): void {
+    if (this.directions === 0) return;
+    const cells = way.clone().applyMatrix3(this.inverseCell).round();
+    way.sub(cells.multiply(new Vector3(...this.repeats)).applyMatrix3(this.cellMatrix));
+  }
+
+  /** A line between two places before the viewer, of a width there, or as thin as can be seen. */
+  private drawLine(start: Vector3, end: Vector3, radius: number, colour: Colour, faded: (depth: number) => number): void {
+    const near = -this.camera.near;
+    if (start.z > near && end.z > near) return;
+    if (start.z > near) start.lerp(end, (near - start.z) / (end.z - start.z));
+    if (end.z > near) end.lerp(start, (near - end.z) / (start.z - end.z));
+    const { raster, focal } = this;
+    const place = ({ x, y, z }: Vector3) => [0.5 * raster.width - (focal * x) / z, 0.5 * raster.height + (focal * y) / z, -z] as const;
+    const depth = -0.5 * (start.z + end.z);
+    raster.stick(...place(start), ...place(end), (radius * focal) / depth, colour, faded(depth));
+  }
+
+  private drawCell(view: Matrix4): void {
+    const corner = (bits: number) => {
+      const at = new Vector3();
+      this.cell.forEach((vector, k) => bits & (1 << k) && at.add(new Vector3(...vector)));
+      return at.applyMatrix4(view);
+    };
+    for (let bits = 0; bits < 8; ++bits) {
+      const within = this.repeated.every((repeats, k) => repeats || !(bits & (1 << k)));
+      for (let k = 0; within && k < 3; ++k) {
+        if (this.repeated[k] && !(bits & (1 << k))) this.drawLine(corner(bits), corner(bits | (1 << k)), 0, cellColour, () => 0);
+      }
+    }
   }
 
   private resize(): void {
     const { clientWidth: width, clientHeight: height } = this.box;
     if (width === 0 || height === 0) return;
-    this.renderer.setSize(width, height);
+    const fine = Math.min(window.devicePixelRatio, finest);
+    this.raster.resize(Math.round(fine * width), Math.round(fine * height));
     this.camera.aspect = width / height;
     this.camera.updateProjectionMatrix();
-    // Diameter in pixels of a sphere of radius 1 at depth 1.
-    this.shared.pixels.value = height / Math.tan((this.camera.fov * Math.PI) / 360);
     this.controls.handleResize();
     this.redraw();
   }
@@ -412,9 +325,9 @@ export class MoleculeView {
     const turned = turn[event.key];
     const factor = nearer[event.key];
     if (turned) {
-      const right = new THREE.Vector3().crossVectors(this.camera.up, eye).normalize();
-      const rotation = new THREE.Quaternion().setFromAxisAngle(right, 0.12 * turned[0]);
-      rotation.multiply(new THREE.Quaternion().setFromAxisAngle(this.camera.up.clone().normalize(), 0.12 * turned[1]));
+      const right = new Vector3().crossVectors(this.camera.up, eye).normalize();
+      const rotation = new Quaternion().setFromAxisAngle(right, 0.12 * turned[0]);
+      rotation.multiply(new Quaternion().setFromAxisAngle(this.camera.up.clone().normalize(), 0.12 * turned[1]));
       eye.applyQuaternion(rotation);
       this.camera.up.applyQuaternion(rotation);
     } else if (factor) {
@@ -430,39 +343,34 @@ export class MoleculeView {
 
   /** The atom in front at a place of the picture; null for none. */
   private atomAt(px: number, py: number): number | null {
-    if (!this.atoms) return null;
-    const { clientWidth: width, clientHeight: height } = this.box;
-    this.camera.updateMatrixWorld();
-    const matrix = new THREE.Matrix4().multiplyMatrices(this.camera.projectionMatrix, this.camera.matrixWorldInverse);
-    const looks = atomLooks(this.atoms);
-    const point = new THREE.Vector4();
+    const { atoms, projected, looks } = this;
+    if (!atoms) return null;
+    const fine = this.prepare();
     let nearest: number | null = null;
-    let depth = Infinity;
-    for (let k = 0; k < this.atoms.count; ++k) {
-      point.set(...this.positionOf(k), 1).applyMatrix4(matrix);
-      const radius = Math.max((0.5 * (looks[4 * k + 3] as number) * this.shared.scale.value * this.shared.pixels.value) / point.w, 4);
-      const dx = (0.5 + (0.5 * point.x) / point.w) * width - px;
-      const dy = (0.5 - (0.5 * point.y) / point.w) * height - py;
-      if (point.w > 0 && point.w < depth && dx * dx + dy * dy <= radius * radius) {
-        nearest = k;
-        depth = point.w;
-      }
+    let front = Infinity;
+    for (let k = 0; k < atoms.count; ++k) {
+      const look = looks[atoms.elements[k] as number];
+      const depth = projected[3 * k + 2] as number;
+      if (!look || depth < this.camera.near || depth >= front) continue;
+      // Small atoms are hit by a click beside them.
+      const radius = Math.max((this.radiusOf(look) * this.focal) / depth, 4 * fine);
+      if (Math.hypot((projected[3 * k] as number) - fine * px, (projected[3 * k + 1] as number) - fine * py) > radius) continue;
+      nearest = k;
+      front = depth;
     }
     return nearest;
   }
 
-  /** Where an atom stands in the picture, in pixels. */
+  /** Where an atom stands in the picture, in units of the page. */
   placeOf(atom: number): [number, number] {
-    this.camera.updateMatrixWorld();
-    const point = new THREE.Vector3(...this.positionOf(atom)).project(this.camera);
-    return [(0.5 + 0.5 * point.x) * this.box.clientWidth, (0.5 - 0.5 * point.y) * this.box.clientHeight];
+    const fine = this.prepare();
+    return [(this.projected[3 * atom] as number) / fine, (this.projected[3 * atom + 1] as number) / fine];
   }
-}
 
-/** Colour and radius of each atom, in a row. */
-function atomLooks(atoms: Atoms): Float32Array {
-  const looks = new Float32Array(4 * atoms.count);
-  const byElement = atoms.symbols.map((symbol, k) => [...colourOf(symbol), (atoms.radii[k] || 1) * 1.1 + 0.15]);
-  for (let k = 0; k < atoms.count; ++k) looks.set(byElement[atoms.elements[k] ?? 0] ?? [1, 0, 1, 1], 4 * k);
-  return looks;
+  /** Projects the atoms of the model itself; returns the pixels to a unit of the page. */
+  private prepare(): number {
+    this.camera.updateMatrixWorld();
+    this.project(this.camera.matrixWorldInverse);
+    return this.raster.width / this.box.clientWidth;
+  }
 }

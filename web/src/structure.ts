@@ -34,7 +34,7 @@ export class StructurePane {
       const check = el('input', { type: 'checkbox', checked: on });
       check.onchange = () => {
         this.view[name] = check.checked;
-        this.view.refresh();
+        this.view.redraw();
       };
       return el('label', {}, check, text);
     };

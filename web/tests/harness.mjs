@@ -53,7 +53,7 @@ export class Panel {
 export async function openBrowser() {
   return chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
-    args: ['--no-sandbox', '--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--disable-dev-shm-usage'],
+    args: ['--no-sandbox', '--disable-dev-shm-usage'],
   });
 }
 

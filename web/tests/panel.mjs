@@ -134,6 +134,28 @@ describe('the panel', () => {
     await page.waitForSelector('.measures li:has-text("angle")');
   });
 
+  it('draws atoms where they stand, the nearer ones in front, with rims around the selected ones', async () => {
+    await runToEnd(page, '@select atoms ids 1');
+    const seen = await page.evaluate(async () => {
+      const { view } = globalThis.panel.structure;
+      await new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+      const canvas = document.querySelector('.view canvas');
+      const { data, width } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+      const count = { oxygen: 0, hydrogen: 0, others: 0, marked: 0 };
+      for (let atom = 0; atom < 648; ++atom) {
+        const [x, y] = view.placeOf(atom).map(Math.floor);
+        if (view.atomAt(x, y) !== atom) continue;
+        const [red, green, blue] = data.subarray(4 * (y * width + x));
+        const kind = red > 1.8 * green ? 'oxygen' : blue > 0.9 * red ? 'hydrogen' : 'others';
+        ++count[(kind === 'oxygen') === (atom % 3 === 0) ? kind : 'others'];
+      }
+      for (let k = 0; k < data.length; k += 4) if (data[k] > 90 && data[k + 1] > 0.8 * data[k] && data[k + 2] < 0.3 * data[k]) ++count.marked;
+      return count;
+    });
+    assert(seen.oxygen > 60 && seen.hydrogen > 60, JSON.stringify(seen));
+    assert(seen.others < 0.02 * (seen.oxygen + seen.hydrogen) && seen.marked > 5, JSON.stringify(seen));
+  });
+
   it('watches a curve grow and stops it, keeping what is done', async () => {
     await runToEnd(page, 'MONITOR YES');
     // So many images that it takes longer than the stop takes to arrive.
