@@ -323,9 +323,9 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
   for (auto& text : warnings) all.push_back({MessageKind::warning, std::move(text)});
   if (now.failed()) return all;
 
+  keep_result(command.word, present);
   for (std::size_t k = 0; k < kept_results.size(); ++k) {
     const auto& kept = kept_results[k];
-    if (command.word == kept.made_by) results_[k] = what_of(kept, present);
     if (command.word == kept.used_by && !results_[k].empty()) {
       all.push_back({MessageKind::note, fmt::format("{}: of the {} of {}", kept.used_by, kept.name, results_[k])});
     }
@@ -337,6 +337,17 @@ std::vector<Advice> Adviser::about(const EndedCommand& command) {
   if (auto text = beyond_limits("RDF_CUTOFF", told_cutoff_, present); !text.empty())
     all.push_back({MessageKind::warning, "RDF_CUTOFF: " + text});
   return all;
+}
+
+void Adviser::note_interrupted(std::string_view word) {
+  Present present(sources_);
+  keep_result(word, present);
+}
+
+void Adviser::keep_result(std::string_view word, Present& present) {
+  for (std::size_t k = 0; k < kept_results.size(); ++k) {
+    if (word == kept_results[k].made_by) results_[k] = what_of(kept_results[k], present);
+  }
 }
 
 std::string Adviser::made_of(std::string_view word) const {

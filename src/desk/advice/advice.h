@@ -38,6 +38,9 @@ class Adviser {
   /// What there is to say of a command that has ended, well or not.
   std::vector<Advice> about(const EndedCommand& command);
 
+  /// Notes of what an analysis was that ended by an interruption, which leaves it with a part of its result.
+  void note_interrupted(std::string_view word);
+
   /// Of what an analysis was, or that which its result goes back to: "all atoms, frames 1 to 200"; empty for others.
   std::string made_of(std::string_view word) const;
 
@@ -46,6 +49,8 @@ class Adviser {
 
  private:
   static constexpr std::size_t result_kinds = 3;
+
+  void keep_result(std::string_view word, Present& present);
 
   StateSources sources_;
   std::array<std::string, result_kinds> results_;  ///< what each of the kept results was calculated of

@@ -495,7 +495,12 @@ std::string LineRunner::run_command(const ScriptLine& line) {
   if (stopped_) return {};
   if (line.word == "STATISTICS_FILENAME" && problem.empty()) note_result_file(line.word);
   if (line.word == "DENSITY" && problem.empty()) note_result_file("DENSITY_FILE");
-  if (!session_.lost() && interrupts() == 0) advise(line.word, arguments);
+  if (!session_.lost()) {
+    if (interrupts() == 0)
+      advise(line.word, arguments);
+    else
+      adviser_.note_interrupted(line.word);
+  }
   if (problem.empty()) keep_setting(line);
   return problem;
 }
