@@ -60,7 +60,7 @@ constexpr auto words = std::to_array<CommandWord>({
   {"NORMALS", text_setting(field_settings.normals, "NONE,INWARDS,OUTWARDS"), "Normals of surfaces: inwards is towards higher values", ""},
   {"PRIMITIVE_CELL", Action{.run = builder_actions::primitive_cell}, "Describes the current crystal or unit in the primitive cell of its lattice", ""},
   {"SITE", Action{.run = unit_actions::site, .nesting = Nesting::free}, "Adds an atom to the asymmetric unit", "element symbol and three fractional coordinates"},
-  {"SPACE_GROUP", Action{.run = unit_actions::space_group, .nesting = Nesting::free}, "Space group of the asymmetric unit", "name or number of the group, then its setting where it is not the first"},
+  {"SPACE_GROUP", Action{.run = unit_actions::space_group, .nesting = Nesting::free}, "Space group of the asymmetric unit", "name or number of the group, then the number or letters of its setting where it is not the first"},
   {"SPECIAL_POSITIONS", LogicalSetting{&build_settings.special_positions}, "Takes images of an atom that fall together for one atom", ""},
   {"SYMMETRY_TOLERANCE", DoubleSetting{least_tolerance, largest_tolerance, store_tolerance}, "Distance up to which atoms fall together, Å", ""},
   {"TABLE", Action{.run = field::table, .nesting = Nesting::free}, "Opens a table file and tells its functions", "path of a table file"},

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 #include <optional>
+#include <string>
 
 #include "building/asymmetric_unit.h"
 #include "building/element_symbols.h"
@@ -71,20 +72,25 @@ std::int32_t cell() {
 
 std::int32_t space_group() {
   Reader read;
-  Text<80> name;
+  Text<80> name, setting;
   read.text(name);
+  if (kvZ_ArgumentTotal() > 1) read.text(setting);
   std::int32_t option = 0;
-  if (read.status == 0 && kvZ_ArgumentTotal() > 1) kvz_argint_(option, 2, 1, 99, read.status);
+  const bool numbered = as_number(setting.view()).has_value();
+  if (read.status == 0 && numbered) kvz_argint_(option, 2, 1, 99, read.status);
   if (read.status != 0) return read.status;
-  const auto number = as_number(name.view());
+  std::string stated_name(name.view());
+  // A setting that is no number belongs to the name, as H and R do.
+  if (!setting.view().empty()) stated_name.append(numbered ? " " : ":").append(setting.view());
+  const auto number = as_number(numbered || setting.view().empty() ? name.view() : stated_name);
   if (name.view().empty() || (number && (*number < 1 || *number > last_group))) {
-    return refuse("STRUCTURE_GROUP_UNKNOWN", name.view());
+    return refuse("STRUCTURE_GROUP_UNKNOWN", stated_name);
   }
   AsymmetricUnit stated;
-  stated.group = number ? std::string_view{} : name.view();
+  stated.group = number ? std::string_view{} : numbered ? name.view() : std::string_view(stated_name);
   stated.group_number = number.value_or(0);
   stated.group_option = option;
-  if (stated_group(stated) == 0) return refuse("STRUCTURE_GROUP_UNKNOWN", name.view());
+  if (stated_group(stated) == 0) return refuse("STRUCTURE_GROUP_UNKNOWN", stated_name);
   asymmetric_unit.group = stated.group;
   asymmetric_unit.group_number = stated.group_number;
   asymmetric_unit.group_option = option;

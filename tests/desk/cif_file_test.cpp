@@ -142,6 +142,19 @@ TEST(StatedSymmetry, of_every_group_is_found_again_by_each_way_of_stating_it) {
   }
 }
 
+TEST(LibraryGroup, goes_by_its_names_and_by_its_number_with_a_setting) {
+  const std::pair<const char*, const char*> names[]{{"166:R", "R -3 m:R"},   {"r-3m:r", "R -3 m:R"},
+                                                    {"227:2", "F d -3 m:2"}, {"14:b1", "P 1 21/c 1"},
+                                                    {"P21/c", "P 1 21/c 1"}, {"5:b2", "A 1 2 1"}};
+  for (const auto& [text, name] : names) {
+    std::size_t place = 0;
+    while (place < library_groups().size() && !is_name_of(place, text)) ++place;
+    ASSERT_LT(place, library_groups().size()) << text;
+    EXPECT_EQ(library_groups()[place].name, name) << text;
+  }
+  for (std::size_t place = 0; place < library_groups().size(); ++place) EXPECT_FALSE(is_name_of(place, "166:X"));
+}
+
 TEST_F(StructureFile, of_a_unit_keeps_cell_group_and_sites_in_each_format_that_can) {
   auto read = cif(cell + "_symmetry_space_group_name_H-M 'P n n m'\n" + sites + "Fe 0 0 0\nS 0.2 0.378 0\n");
   ASSERT_EQ(read.problem, "");

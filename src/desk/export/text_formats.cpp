@@ -171,18 +171,25 @@ void end_pdb(const ExportedFrame& frame, std::string& text) {
   text += "END\n";
 }
 
+/// What is 0 but for rounding is written as 0, so that -0 and 1e-16 do not make one structure two.
+Vector3 without_dust(Vector3 vector) {
+  constexpr double dust = 5e-9;  // of the last place that is written, a half
+  for (auto& x : vector) x = std::abs(x) < dust ? 0.0 : x;
+  return vector;
+}
+
 std::string add_xyz(const ExportedFrame& frame, std::string& text) {
   const auto& model = frame.model;
   add(text, "{}\n", model.atoms());
   if (model.periodic_type == periodic_3d) {
-    const auto& [a, b, c] = model.cell;
+    const auto a = without_dust(model.cell[0]), b = without_dust(model.cell[1]), c = without_dust(model.cell[2]);
     add(text, "Lattice=\"{} {} {} {} {} {} {} {} {}\" ", a[0], a[1], a[2], b[0], b[1], b[2], c[0], c[1], c[2]);
   }
   text += "Properties=species:S:1:pos:R:3";
   if (frame.time) add(text, " Time={}", *frame.time);
   text += '\n';
   for (std::size_t k = 0; k < model.atoms(); ++k) {
-    const auto& [x, y, z] = model.positions[k];
+    const auto [x, y, z] = without_dust(model.positions[k]);
     add(text, "{:<3} {:15.8f} {:15.8f} {:15.8f}\n", symbol(model, k), x, y, z);
   }
   return {};

@@ -1,6 +1,8 @@
 #include "desk/model/group_library.h"
 
+#include <fmt/format.h>
 #include <algorithm>
+
 #include <cctype>
 #include <gemmi/symmetry.hpp>
 #include <string>
@@ -54,7 +56,10 @@ SymmetryOperators library_operators(std::size_t place) { return as_operators(row
 bool is_name_of(std::size_t place, std::string_view text) {
   const auto& row = *rows().at(place);
   const auto name = plain(text);
-  return name == plain(row.xhm()) || name == plain(row.hm) || name == plain(row.short_name());
+  const std::string setting = row.ext ? std::string(1, row.ext) : row.qualifier;  // R, or the axes: b1
+  return name == plain(row.xhm()) || name == plain(row.hm) || name == plain(row.short_name()) ||
+         name == plain(fmt::format("{}:{}", row.number, setting)) ||
+         name == plain(fmt::format("{}:{}", row.short_name(), setting));
 }
 
 }  // namespace pathstat::desk
