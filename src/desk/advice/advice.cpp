@@ -133,7 +133,9 @@ void check_property(const Case& now, std::vector<std::string>& all) {
 }
 
 void check_missing(const Case& now, std::vector<std::string>& all) {
-  if (!now.failed() || !now.words.empty() || now.shape.most == 0) return;
+  constexpr std::int32_t argument_is_missing = 1005;
+  const bool missing = now.words.empty() || now.command.status == argument_is_missing;
+  if (!now.failed() || !missing || now.shape.most == 0) return;
   all.push_back(fmt::format("{} takes {}", now.command.word, now.row.arguments));
 }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 #include <unordered_map>
@@ -48,6 +49,21 @@ std::vector<MessageArgument> with_units(std::string_view key, std::vector<Messag
   return arguments;
 }
 
+/// The text for these counts: "{0} atoms" of 1 is "{0} atom".
+std::string in_number(std::string_view text, const std::vector<MessageArgument>& arguments) {
+  constexpr std::array counted{"atoms", "bonds", "frames"};
+  std::string result(text);
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    const auto* count = std::get_if<std::int32_t>(&arguments[k]);
+    if (count == nullptr || *count != 1) continue;
+    for (const auto* noun : counted) {
+      const auto plural = fmt::format("{{{}}} {}", k, noun);
+      if (const auto at = result.find(plural); at != std::string::npos) result.erase(at + plural.size() - 1, 1);
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 std::string shown(const MessageArgument& argument) {
@@ -68,7 +84,7 @@ std::string filled(std::string_view text, const std::vector<MessageArgument>& ar
     }
   }
   try {
-    return fmt::vformat(text, store) + bracketed(arguments, places(text));
+    return fmt::vformat(in_number(text, arguments), store) + bracketed(arguments, places(text));
   } catch (const fmt::format_error&) {
     return std::string(text) + bracketed(arguments, 0);
   }
