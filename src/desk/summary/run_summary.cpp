@@ -7,6 +7,8 @@
 #include <cctype>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
 
 #include "desk/graphs/axis_text.h"
 #include "desk/messages/visible_text.h"
@@ -198,8 +200,12 @@ constexpr std::array kinds{
     Kind{"DAC Power Spectrum", "spectra", "Spectra", 0, add_spectrum},
 };
 
-nlohmann::ordered_json number(const std::optional<double>& value) {
-  return value && std::isfinite(*value) ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+std::string json_number(const std::optional<double>& value) {
+  return value && std::isfinite(*value) ? fmt::format("{}", *value) : std::string("null");
+}
+
+std::string json_text(std::string_view text) {
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 std::string plain(const std::optional<double>& value) { return value ? fmt::format("{}", *value) : std::string{}; }
@@ -272,20 +278,25 @@ std::string summary_tsv(std::span<const SummaryTable> tables) {
   return text;
 }
 
+// Arrays and objects of the library ask for memory as they are destroyed, which ends the process where there is none.
 std::string summary_json(std::span<const SummaryTable> tables) {
-  nlohmann::ordered_json all = nlohmann::ordered_json::object();
+  std::string text = "{";
+  std::string_view before_table = "\n";
   for (const auto& table : tables) {
-    auto& items = all[std::string(table.kind)] = nlohmann::ordered_json::array();
+    text += fmt::format("{}  {}: [", std::exchange(before_table, ",\n"), json_text(table.kind));
+    std::string_view before_item = "\n";
     for (const auto& item : table.items) {
-      nlohmann::ordered_json object{{"name", item.name}, {"hint", item.hint}};
+      text += fmt::format("{}    {{\n      \"name\": {},\n      \"hint\": {}", std::exchange(before_item, ",\n"),
+                          json_text(item.name), json_text(item.hint));
       for (const auto& value : item.values) {
-        object[std::string(value.quantity)] = {
-            {"value", number(value.value)}, {"error", number(value.error)}, {"unit", value.unit}};
+        text += fmt::format(",\n      {}: {{\"value\": {}, \"error\": {}, \"unit\": {}}}", json_text(value.quantity),
+                            json_number(value.value), json_number(value.error), json_text(value.unit));
       }
-      items.push_back(std::move(object));
+      text += "\n    }";
     }
+    text += table.items.empty() ? "]" : "\n  ]";
   }
-  return all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return text + (tables.empty() ? "}\n" : "\n}\n");
 }
 
 std::vector<std::string> summary_lines(std::span<const SummaryTable> tables) {
