@@ -151,10 +151,6 @@ std::int32_t GraphStore::set_facts(std::int32_t graph, GraphFacts facts) {
   return 0;
 }
 
-void GraphStore::withdraw(std::int32_t graph) {
-  if (const auto* handle = of_kind(graph, PlotKind::graph)) graphs_[handle->place].shown = false;
-}
-
 std::int32_t GraphStore::set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs) {
   const auto* handle = of_kind(viewer, PlotKind::viewer);
   if (!handle) return no_such_handle;

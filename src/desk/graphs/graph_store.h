@@ -115,8 +115,17 @@ class GraphStore {
   /// Puts a remark behind the heading of a graph.
   std::int32_t set_remark(std::int32_t graph, std::string remark);
   std::int32_t set_facts(std::int32_t graph, GraphFacts facts);
-  /// Takes a graph off the shown ones, as what it shows is not complete.
-  void withdraw(std::int32_t graph);
+  /// Takes graphs off the shown ones, as what they show is not complete; it needs no memory.
+  ///
+  /// @param wanted  bool(std::int32_t graph)
+  template <class Wanted>
+  void withdraw_if(const Wanted& wanted) {
+    for (std::size_t k = 0; k < handles_.size(); ++k) {
+      const auto& handle = handles_[k];
+      if (handle.kind == PlotKind::graph && wanted(static_cast<std::int32_t>(k) + 1))
+        graphs_[handle.place].shown = false;
+    }
+  }
   std::int32_t set_graph_list(std::int32_t viewer, std::span<const std::int32_t> graphs);
   /// The graphs that a viewer shows, in order; empty for another kind of handle.
   std::span<const std::int32_t> graph_list(std::int32_t viewer) const;

@@ -128,8 +128,8 @@ void Listener::close() {
   if (server_.socket < 0) return;
   ::close(server_.socket);
   server_.socket = -1;
-  std::error_code ignored;
-  if (protocol_ == Protocol::unix_socket) std::filesystem::remove(server_.server, ignored);
+  // Without memory, which a path of the library would take.
+  if (protocol_ == Protocol::unix_socket) ::unlink(server_.server.c_str());
 }
 
 }  // namespace pathstat::desk

@@ -27,16 +27,16 @@ constexpr const char* lock_name = ".pathdesk.lock";
 constexpr std::uintmax_t least_room = 65536;
 
 /// True if the descriptor is of what stands at the path now.
-bool is_at(int descriptor, const fs::path& path) {
+bool is_at(int descriptor, const char* path) {
   struct stat held {
   }, there{};
-  return ::fstat(descriptor, &held) == 0 && ::lstat(path.c_str(), &there) == 0 && held.st_dev == there.st_dev &&
+  return ::fstat(descriptor, &held) == 0 && ::lstat(path, &there) == 0 && held.st_dev == there.st_dev &&
          held.st_ino == there.st_ino;
 }
 
 bool lock(int descriptor) { return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
 
-int open_folder(const fs::path& path) { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }
+int open_folder(const char* path) { return ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }
 
 /// Removes a folder with all it holds. Once more where it fails: a descriptor may have been wanting, or a file may have
 /// been put there meanwhile. What stays all the same is cleared by the next run.
@@ -51,7 +51,7 @@ void clear_dead_folders(const fs::path& base) {
   for (const auto& name : names_in(base, trouble)) {
     if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + chosen_letters) continue;
     const auto path = base / name;
-    const FileDescriptor folder(open_folder(path));
+    const FileDescriptor folder(open_folder(path.c_str()));
     struct stat facts {};
     if (::fstat(folder.get(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.get())) continue;
     remove_folder(path);
@@ -76,7 +76,7 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
       error = cannot_make(base, std::strerror(errno));
       return;
     }
-    lock_ = FileDescriptor(open_folder(name));
+    lock_ = FileDescriptor(open_folder(name.c_str()));
     if (!lock_.is_open() && errno != ENOENT) {
       const int failure_number = errno;
       ::rmdir(name.c_str());
@@ -85,7 +85,7 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
     }
     ::flock(lock_.get(), LOCK_EX);
     try {
-      if (is_at(lock_.get(), name)) path_ = name;
+      if (is_at(lock_.get(), name.c_str())) path_ = name;
     } catch (const std::bad_alloc&) {
       ::rmdir(name.c_str());
       throw;
@@ -120,7 +120,7 @@ std::string FolderLock::take(const fs::path& folder) {
                          folder.string());
     }
     // The run that held the file may have removed it meanwhile. A file system without locks has none to wait for.
-    if (is_at(lock_.get(), path)) break;
+    if (is_at(lock_.get(), path.c_str())) break;
   }
   file_ = std::move(path);
   const auto holder = std::to_string(::getpid());

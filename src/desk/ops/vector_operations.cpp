@@ -21,8 +21,11 @@ void set_vectors(DataModel& data, const OperationCall& call, OperationReply& rep
     const auto atom = data.atom(atoms[k]);
     if (atom.model != model) {
       model = atom.model;
-      column = &model->data.vectors[name];
-      column->resize(model->data.atoms());
+      // Whole from the start: a column without memory for all atoms must not stay.
+      auto& columns = model->data.vectors;
+      auto found = columns.find(name);
+      if (found == columns.end()) found = columns.emplace(name, std::vector<Vector3>(model->data.atoms())).first;
+      column = &found->second;
     }
     std::copy_n(vectors.begin() + static_cast<std::ptrdiff_t>(3 * k), 3, (*column)[atom.place].begin());
   }

@@ -252,7 +252,8 @@ LineEnd LineRunner::run(const ScriptLine& line) {
 }
 
 /// Runs a part of a line. @return what went wrong, which may be that memory was wanting where it could go on with less
-std::string LineRunner::within_memory_of_line(const std::function<std::string()>& part) {
+template <class Part>
+std::string LineRunner::within_memory_of_line(const Part& part) {
   std::string problem;
   try {
     problem = part();
@@ -269,7 +270,7 @@ std::string LineRunner::take_account(const ScriptLine& line, const std::string& 
   step.seconds = seconds;
   record_.seconds += seconds;
   for (const auto graph : store_.shown_graphs()) {
-    if (seen_graphs_.insert(graph).second) step.graphs.push_back(graph);
+    if (!seen_graphs_.contains(graph)) note_graph(step, graph);
   }
   console_.clear();
   if (line.kind == LineKind::select_atoms && problem.empty())
@@ -282,7 +283,7 @@ std::string LineRunner::take_account(const ScriptLine& line, const std::string& 
     for (const auto graph : step.graphs) store_.set_facts(graph, facts);
     for (std::size_t k = 0; k < step.graphs.size(); ++k) {
       const auto added = add_coordination_graph(store_, step.graphs[k]);
-      if (added != 0 && seen_graphs_.insert(added).second) step.graphs.push_back(added);
+      if (added != 0 && !seen_graphs_.contains(added)) note_graph(step, added);
     }
   }
   if (interrupts() > 0) mark_interrupted(step, line);
@@ -360,10 +361,19 @@ std::string LineRunner::in_full(const Message& message) const {
   return arguments.empty() ? line : fmt::format("{} ({})", line, arguments);
 }
 
-/// Leaves out what a line that failed may only have begun to draw: a part of a curve looks like a whole one.
+/// Notes that a line has drawn a graph: in its own list first, so that it is withdrawn where memory ends in between.
+void LineRunner::note_graph(StepRecord& step, std::int32_t graph) {
+  step.graphs.push_back(graph);
+  seen_graphs_.insert(graph);
+}
+
+/// Leaves out what a line that failed may only have begun to draw: a part of a curve looks like a whole one. Also where
+/// memory ended before the graph was noted.
 void LineRunner::withdraw_graphs(StepRecord& step) {
   const auto graphs = std::exchange(step.graphs, {});
-  for (const auto graph : graphs) store_.withdraw(graph);
+  store_.withdraw_if([&](std::int32_t graph) {
+    return !seen_graphs_.contains(graph) || std::find(graphs.begin(), graphs.end(), graph) != graphs.end();
+  });
   std::vector<std::string> names;
   names.reserve(graphs.size());
   for (const auto graph : graphs) names.push_back(without_blanks(store_.info(graph)->name));

@@ -121,7 +121,8 @@ class LineRunner {
   void report_failure(const ScriptLine& line, const std::string& problem);
 
   // Each returns what went wrong, or nothing.
-  std::string within_memory_of_line(const std::function<std::string()>& part);
+  template <class Part>
+  std::string within_memory_of_line(const Part& part);
   std::string take_account(const ScriptLine& line, const std::string& problem, double seconds);
   std::string left_file(const std::filesystem::path& path, std::string_view what);
   std::string run_kind(const ScriptLine& line);
@@ -131,6 +132,7 @@ class LineRunner {
   std::string send(std::string_view word, std::string_view arguments);
   void advise(std::string_view word, std::string_view arguments);
   void keep_setting(const ScriptLine& line);
+  void note_graph(StepRecord& step, std::int32_t graph);
   void withdraw_graphs(StepRecord& step);
   void mark_interrupted(StepRecord& step, const ScriptLine& line);
   StateSources state_sources();
