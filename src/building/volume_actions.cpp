@@ -119,6 +119,10 @@ bool read_all(std::vector<float>& values) {
   return status == 0 && static_cast<std::size_t>(count) == values.size();
 }
 
+std::string counted(std::int64_t number, std::string_view thing) {
+  return (std::to_string(number) + " ").append(thing) + (number == 1 ? "" : "s");
+}
+
 }  // namespace
 
 std::int32_t density_centre(std::int32_t atom) {
@@ -165,10 +169,9 @@ std::int32_t density() {
   const auto before = current_volume;
   close_volume();
   current_volume = {};
-  const auto around =
-      density.molecules == 0 ? std::string() : " around " + std::to_string(density.molecules) + " molecules";
-  const std::vector titles{"Mean number density of " + std::to_string(density.atoms) + " atoms" + around + " over " +
-                               std::to_string(density.frames) + " frames, atoms per cubic Angstrom",
+  const auto around = density.molecules == 0 ? std::string() : " around " + counted(density.molecules, "molecule");
+  const std::vector titles{"Mean number density of " + counted(density.atoms, "atom") + around + " over " +
+                               counted(density.frames, "frame") + ", atoms per cubic Angstrom",
                            "Frames of " + std::string(request.trajectory)};
   bool turned = false;
   std::int32_t status = 0, ignored = 0;

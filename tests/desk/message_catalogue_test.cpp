@@ -105,6 +105,7 @@ TEST(MessageCatalogue, lines_up_the_columns_of_a_heading_with_those_of_its_lines
 TEST(Message, loses_no_argument_that_the_text_has_no_place_for_or_that_does_not_fit) {
   EXPECT_EQ(filled("File {0}.", {std::string("a"), 7}), "File a. [7]");
   EXPECT_EQ(filled("{0} atoms and {1} bonds", {1, 11}), "1 atom and 11 bonds");
+  EXPECT_EQ(filled("{0} points of {1} frames", {1, 0}), "1 point of 0 frames");
   EXPECT_EQ(filled("{0:>8.2f}", {std::string("a")}), "{0:>8.2f} [\"a\"]");
   EXPECT_EQ(filled("{0} of {1}", {3}), "{0} of {1} [3]");
   EXPECT_EQ(filled("{0:>5.3g}", {-std::numeric_limits<double>::quiet_NaN()}), "  nan");

@@ -49,6 +49,8 @@ TEST(Surfaces, are_measured_by_their_triangles) {
   EXPECT_FALSE(measures_of(open).closed);
   EXPECT_EQ(measures_of(open).volume, 0);
   EXPECT_EQ(in_words(open), "3 triangles, area 1.5 Å², open where the grid ends, Euler characteristic 1.");
+  open.triangles.resize(1);
+  EXPECT_THAT(in_words(open), testing::StartsWith("1 triangle, "));
   EXPECT_EQ(measures_of(Surface{}).area, 0);
 }
 

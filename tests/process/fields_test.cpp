@@ -137,7 +137,7 @@ TEST(Fields, surface_of_a_block_is_closed_and_kept_by_the_core) {
   ASSERT_EQ(desk.run("VOLUME", "block.mbk"), 0);
   desk.messages.clear();
   ASSERT_EQ(desk.run("VOLUME_VALUES", "100 200"), 0);
-  EXPECT_THAT(texts_of(desk), ElementsAre("64 points have values from 100 to 127: 3.704 % of the volume."));
+  EXPECT_THAT(texts_of(desk), ElementsAre("64 points of values from 100 to 127: 3.704 % of the volume."));
   ASSERT_EQ(desk.run("ISOSURFACE", "63.5"), 0);
   ASSERT_EQ(desk.model.surfaces().size(), 1U);
   const auto measures = measures_of(desk.model.surfaces()[0]);

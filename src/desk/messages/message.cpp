@@ -51,7 +51,7 @@ std::vector<MessageArgument> with_units(std::string_view key, std::vector<Messag
 
 /// The text for these counts: "{0} atoms" of 1 is "{0} atom".
 std::string in_number(std::string_view text, const std::vector<MessageArgument>& arguments) {
-  constexpr std::array counted{"atoms", "bonds", "frames"};
+  constexpr std::array counted{"atoms", "bonds", "frames", "points"};
   std::string result(text);
   for (std::size_t k = 0; k < arguments.size(); ++k) {
     const auto* count = std::get_if<std::int32_t>(&arguments[k]);

@@ -77,7 +77,8 @@ std::string surface_name(std::size_t place) { return fmt::format("surface-{}", p
 
 std::string in_words(const Surface& surface) {
   const auto measures = measures_of(surface);
-  auto text = fmt::format("{} triangles, area {:.5g} Å²", surface.triangles.size(), measures.area);
+  auto text = fmt::format("{} triangle{}, area {:.5g} Å²", surface.triangles.size(),
+                          surface.triangles.size() == 1 ? "" : "s", measures.area);
   text += measures.closed ? fmt::format(", encloses {:.5g} Å³", measures.volume)
                           : std::string(", open where the grid ends");
   return text + fmt::format(", Euler characteristic {}.", measures.euler_characteristic);

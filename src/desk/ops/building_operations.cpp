@@ -15,12 +15,6 @@ namespace {
 
 constexpr std::string_view dummy_type = "XX", head_type = "J1", tail_type = "J2";
 
-ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
-  auto* model = data.model(id);
-  if (!model) reply.error = unknown_object;
-  return model;
-}
-
 Translation triple_at(std::span<const std::int32_t> values, std::size_t k, std::int32_t type) {
   return from_repeat_directions({values[3 * k], values[3 * k + 1], values[3 * k + 2]}, type);
 }

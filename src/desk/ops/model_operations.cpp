@@ -12,13 +12,6 @@ namespace {
 constexpr std::int32_t without_images = 1;
 constexpr std::int32_t with_periodic_images = 7;
 
-/// The model that an input names; without one the reply has its error.
-ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
-  auto* model = data.model(id);
-  if (!model) reply.error = unknown_object;
-  return model;
-}
-
 std::vector<std::int32_t> atoms_by_selector(const ModelObject& model, std::int32_t selector) {
   std::vector<std::int32_t> list(selector == without_images ? model.data.file_atoms : model.data.atoms());
   for (std::size_t place = 0; place < list.size(); ++place) list[place] = model.atom_id(place);

@@ -38,6 +38,13 @@ void serve_symmetry_operations(OperationServer& server, DataModel& model);
 void serve_user_data_operations(OperationServer& server, DataModel& model);
 void serve_vector_operations(OperationServer& server, DataModel& model);
 
+/// The model that an input names; without one the reply has its error.
+inline ModelObject* model_at(DataModel& data, std::int32_t id, OperationReply& reply) {
+  auto* model = data.model(id);
+  if (!model) reply.error = unknown_object;
+  return model;
+}
+
 /// Puts one value per object into the reply; an object for which `value` gives false leaves a 0 and makes an error.
 ///
 /// @param value  bool(std::int32_t object, T& value)
