@@ -81,7 +81,7 @@ constexpr MessageRow rows[] = {
     {"STRUCTURE_NO_CRYSTAL", error, "", "The current model is no crystal: build one with BUILD_CRYSTAL."},
     {"STRUCTURE_NO_MODEL", error, "",
      "There is nothing to work on: give sites with SITE, or a model with IMPORT_STRUCTURE."},
-    {"STRUCTURE_NO_PRIMITIVE", error, "", "The lattice of the current model has no smaller, primitive cell."},
+    {"STRUCTURE_NO_PRIMITIVE", error, "", "No smaller, primitive cell is known for the lattice of the current model."},
     {"STRUCTURE_NO_SITES", error, "", "No sites wait to be added: give some with SITE."},
     {"STRUCTURE_NO_SLAB", error, "", "The current model is no slab: build one with BUILD_SLAB."},
     {"STRUCTURE_NO_UNIT", error, "",
