@@ -2,7 +2,7 @@
 // Whatever happens, a run ends, says why, leaves nothing in the folder for temporary files, and each of its results is
 // that of a run without trouble, or the one of an earlier run.
 //
-// With FAULTS_EVERY set each call gets its turn, otherwise some that are spread over the run.
+// With FAULTS_EVERY=N each N-th call gets its turn, otherwise some that are spread over the run.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <spawn.h>
@@ -17,7 +17,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <map>
 #include <regex>
 #include <set>
@@ -41,6 +40,12 @@ constexpr auto longest_end = 2s;
 constexpr int chances = 3;
 /// Calls that take long, and of which some places may not be as this test asks yet: ./dev faults lists them.
 constexpr std::size_t for_campaign = 0;
+
+/// From one call that gets its turn to the next; 0 for the ordinary test.
+std::size_t stride() {
+  const char* text = std::getenv("FAULTS_EVERY");
+  return text ? std::max(1UL, std::strtoul(text, nullptr, 10)) : 0;
+}
 
 /// Frames of butane that a run reads: the head and the first frames of its file.
 constexpr std::size_t bytes_of_trajectory = 436 + 12 * 1324;
@@ -306,9 +311,8 @@ TEST_P(FailedCalls, are_told_and_leave_results_whole) {
       std::regex::icase);
   ASSERT_EQ(good_.code(), 0) << good_.err;
   ASSERT_GT(good_.calls, 0U);
-  if (GetParam().fewest == for_campaign && !std::getenv("FAULTS_EVERY")) GTEST_SKIP() << "left to ./dev faults";
-  const auto all = std::numeric_limits<std::size_t>::max();
-  for (const auto at : places(std::getenv("FAULTS_EVERY") ? all : GetParam().fewest)) {
+  if (GetParam().fewest == for_campaign && stride() == 0) GTEST_SKIP() << "left to ./dev faults";
+  for (const auto at : places(stride() > 0 ? (good_.calls + stride() - 1) / stride() : GetParam().fewest)) {
     const auto run = place_.run(GetParam(), at, names_);
     if (run.fired == 0) continue;  // the number of calls may differ by the pace of the other side
     SCOPED_TRACE(testing::Message() << "call " << at << " of " << good_.calls << ", exit code " << run.code() << ":\n"
@@ -374,7 +378,7 @@ class Signals : public Faults {
 TEST_P(Signals, end_both_programs_and_leave_results_whole) {
   constexpr std::size_t all_moments = 50;
   ASSERT_EQ(good_.code(), 0) << good_.err;
-  for (const auto at : places(std::getenv("FAULTS_EVERY") ? all_moments : GetParam().fewest)) {
+  for (const auto at : places(stride() > 0 ? all_moments : GetParam().fewest)) {
     const auto run = signalled(at);
     if (run.fired == 0) continue;
     SCOPED_TRACE(testing::Message() << "call " << at << " of " << good_.calls << ", exit code " << run.code() << ":\n"
