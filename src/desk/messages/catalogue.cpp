@@ -67,8 +67,7 @@ constexpr MessageRow rows[] = {
      "{0} points from {1:.5g} {2:.5g} {3:.5g} to {4:.5g} {5:.5g} {6:.5g} Å: values from {7:.5g} to {8:.5g}, "
      "mean {9:.5g}."},
     {"STRUCTURE_VOLUME_UNUSABLE", error, "ss", "{0} is no volume that can be used: {1}."},
-    {"STRUCTURE_VOLUME_VALUES", note, "iffd",
-     "{0} points of values from {1:.5g} to {2:.5g}: {3:.4g} % of the volume."},
+    {"STRUCTURE_VOLUME_VALUES", note, "iffd", "{0} points of values from {1:.5g} to {2:.5g}: {3:.4g} % of the volume."},
     {"STRUCTURE_EXPORT_FAILED", error, "s", "{0} could not be written."},
     {"STRUCTURE_FILE_FORMAT", error, "s",
      "{0} is no structure file by its name: it has to end in .cif, .xyz, .qfx or .car."},

@@ -26,6 +26,7 @@ void set_vectors(DataModel& data, const OperationCall& call, OperationReply& rep
       auto found = columns.find(name);
       if (found == columns.end()) found = columns.emplace(name, std::vector<Vector3>(model->data.atoms())).first;
       column = &found->second;
+      column->resize(model->data.atoms());
     }
     std::copy_n(vectors.begin() + static_cast<std::ptrdiff_t>(3 * k), 3, (*column)[atom.place].begin());
   }
