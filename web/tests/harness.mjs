@@ -58,8 +58,8 @@ export async function openBrowser() {
 }
 
 /** A page on the panel, ready for lines. */
-export async function openPage(browser, address, size = { width: 1280, height: 800 }) {
-  const context = await browser.newContext({ viewport: size, acceptDownloads: true });
+export async function openPage(browser, address, size = { width: 1280, height: 800 }, deviceScaleFactor = 1) {
+  const context = await browser.newContext({ viewport: size, acceptDownloads: true, deviceScaleFactor });
   context.setDefaultTimeout(60000); // machines that do much else besides are slow
   const page = await context.newPage();
   page.faults = [];

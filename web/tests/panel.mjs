@@ -156,6 +156,18 @@ describe('the panel', () => {
     assert(seen.others < 0.02 * (seen.oxygen + seen.hydrogen) && seen.marked > 5, JSON.stringify(seen));
   });
 
+  it('draws with the pixels of a fine screen, in the same place', async () => {
+    const fine = await openPage(browser, panel.address, { width: 1280, height: 800 }, 2);
+    await fine.waitForFunction(() => globalThis.panel.structure.view.drawn > 0);
+    const [pixels, shown, room] = await fine.evaluate(() => {
+      const canvas = document.querySelector('.view canvas');
+      return [canvas.width, canvas.clientWidth, canvas.parentElement.clientWidth];
+    });
+    await fine.context().close();
+    assert.equal(shown, room);
+    assert.equal(pixels, 2 * room);
+  });
+
   it('watches a curve grow and stops it, keeping what is done', async () => {
     await runToEnd(page, 'MONITOR YES');
     // So many images that it takes longer than the stop takes to arrive.
