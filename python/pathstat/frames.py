@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import hashlib
 import os
+from collections import deque
 from pathlib import Path
 from typing import Any, BinaryIO, Callable, Iterable, Iterator, List, NamedTuple, Optional, Sequence, Tuple
 
@@ -101,13 +102,17 @@ def _results(
             yield task(universe, block, *arguments)
         return
     source = Source.of(universe)
-    futures = client.map(_run_there, [source] * len(blocks), [task] * len(blocks), blocks, [arguments] * len(blocks), pure=False)
+    futures = deque(
+        client.map(_run_there, [source] * len(blocks), [task] * len(blocks), blocks, [arguments] * len(blocks), pure=False)
+    )
     try:
-        for future in futures:
-            yield future.result()
-            future.release()
+        while futures:
+            yield futures[0].result()
+            futures.popleft().release()
     finally:
-        client.cancel(futures)
+        # To cancel what is done already would take a second.
+        if futures:
+            client.cancel(list(futures))
 
 
 def _see_nothing(stage: str, done: int, total: int) -> None:
