@@ -104,7 +104,7 @@ export class MoleculeView {
     this.atoms = atoms;
     this.looks = atoms ? atoms.symbols.map((symbol, k) => ({ paint: new Paint(colourOf(symbol)), radius: (atoms.radii[k] || 1) * 1.1 + 0.15 })) : [];
     this.positions = new Float32Array(3 * count);
-    this.selection = new Uint8Array(count);
+    if (this.selection.length !== count) this.selection = new Uint8Array(count);
     this.projected = new Float32Array(3 * count);
     this.order = new Uint32Array(count);
     this.framed = false;

@@ -101,11 +101,13 @@ export class Raster {
    */
   sphere(x: number, y: number, pixelRadius: number, depth: number, radius: number, paint: Paint, faded: number, rim: boolean): void {
     const { width, height, depths, pixels } = this;
+    if (x + pixelRadius < 0 || x - pixelRadius > width || y + pixelRadius < 0 || y - pixelRadius > height) return;
+    // One that would fill the picture is left out, as the viewer stands all but in it.
+    if (2 * pixelRadius > Math.max(width, height)) return;
     // To half a pixel, so that nothing jumps as it moves.
     const column0 = Math.floor(x);
     const row0 = Math.floor(y);
     const stencil = this.stencil(pixelRadius, x - column0 < 0.5 ? 0 : 1, y - row0 < 0.5 ? 0 : 1);
-    if (column0 + stencil.radius < 0 || column0 - stencil.radius >= width) return;
     const { first, starts, heights, shades } = stencil;
     const palette = paint.palette(faded, rim);
     const middle = Math.min(depth * depthParts, farthest) | 0;
