@@ -39,8 +39,7 @@ double degrees_of_freedom(std::size_t atoms, bool periodic, std::int64_t constra
 }
 
 std::vector<double> widened(std::span<const std::byte> payload) {
-  std::vector<float> narrow(payload.size() / sizeof(float));
-  std::memcpy(narrow.data(), payload.data(), narrow.size() * sizeof(float));
+  const auto narrow = numbers_in<float>(payload);
   return {narrow.begin(), narrow.end()};
 }
 
@@ -147,8 +146,7 @@ class Import {
     if (auto problem = finish_frame(); !problem.empty()) return problem;
     const auto numbers = head_numbers + blocks_.series().size();
     if (payload.size() != numbers * sizeof(double)) return "a frame has another number of values than it should";
-    head_.resize(numbers);
-    std::memcpy(head_.data(), payload.data(), payload.size());
+    head_ = numbers_in<double>(payload);
     return all_finite(std::span(head_).first(head_numbers)) ? std::string{} : "a time or a cell is no number";
   }
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <span>
@@ -18,6 +19,14 @@ namespace pathstat::desk {
 /// The folder of the scripts that this program runs: that of the environment variable PATHSTAT_SCRIPTS, else
 /// share/pathstat/python beside the folder of the program.
 std::filesystem::path scripts_folder();
+
+/// The numbers that a payload has room for; they lie in it as in this machine's memory, at any alignment.
+template <class T>
+std::vector<T> numbers_in(std::span<const std::byte> payload) {
+  std::vector<T> values(payload.size() / sizeof(T));
+  if (!values.empty()) std::memcpy(values.data(), payload.data(), values.size() * sizeof(T));
+  return values;
+}
 
 /// A Python script that sends blocks on its standard output: a tag of 8 characters, a length as a 64-bit integer in the
 /// byte order of this machine, and that many bytes. It ends with its owner.

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 #include <unordered_set>
 
+#include "desk/import/script_stream.h"
 #include "desk/import/trajectory_output.h"
 #include "desk/model/elements.h"
 
@@ -45,14 +45,11 @@ constexpr auto rows = std::to_array<BlockRow>({
 
 constexpr bool is_words(const BlockRow& row) { return row.bytes == longest_word; }
 
-/// Numbers as they lie in memory; empty if the payload has another length.
+/// As many numbers as the payload should have; empty if it has another length.
 template <class T>
 std::vector<T> numbers(std::span<const std::byte> payload, std::int64_t count) {
-  std::vector<T> values;
-  if (std::ssize(payload) != count * static_cast<std::int64_t>(sizeof(T))) return values;
-  values.resize(static_cast<std::size_t>(count));
-  std::memcpy(values.data(), payload.data(), payload.size());
-  return values;
+  if (std::ssize(payload) != count * static_cast<std::int64_t>(sizeof(T))) return {};
+  return numbers_in<T>(payload);
 }
 
 /// The words of a text, each of which ends with a line feed.
