@@ -13,6 +13,18 @@ void hold(double found, double expected, double scale) {
   if (std::abs(found - expected) > 1e-11 * (scale + 1)) __builtin_trap();
 }
 
+/// The values of a function at the multiples of π/n in a whole turn.
+template <class Function>
+std::vector<long double> turn_of(std::size_t n, Function function) {
+  std::vector<long double> values(2 * n);
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    values[k] = function(std::numbers::pi_v<long double> * static_cast<long double>(k) / static_cast<long double>(n));
+  }
+  return values;
+}
+
+long double in_turn(const std::vector<long double>& values, std::size_t k) { return values[k % values.size()]; }
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -27,14 +39,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   fftcos_(x, cosines);
   fftsin_(x, sines);
+  const auto cosine_table = turn_of(n - 1, [](long double angle) { return std::cos(angle); });
+  const auto sine_table = turn_of(n + 1, [](long double angle) { return std::sin(angle); });
   const std::size_t step = n > 60 ? n / 17 : 1;  // of a long sequence some elements stand for all
   for (std::size_t i = 0; i < n; i += step) {
     long double cosine = x[0] + (i % 2 == 0 ? x[n - 1] : -x[n - 1]), sine = 0;
-    const auto angle = [](std::size_t k, std::size_t of) {
-      return std::numbers::pi_v<long double> * static_cast<long double>(k % (2 * of)) / static_cast<long double>(of);
-    };
-    for (std::size_t k = 1; k + 1 < n; ++k) cosine += 2 * x[k] * std::cos(angle(k * i, n - 1));
-    for (std::size_t k = 0; k < n; ++k) sine += 2 * x[k] * std::sin(angle((k + 1) * (i + 1), n + 1));
+    for (std::size_t k = 1; k + 1 < n; ++k) cosine += 2 * x[k] * in_turn(cosine_table, k * i);
+    for (std::size_t k = 0; k < n; ++k) sine += 2 * x[k] * in_turn(sine_table, (k + 1) * (i + 1));
     hold(cosines[i], static_cast<double>(cosine), scale);
     hold(sines[i], static_cast<double>(sine), scale);
   }

@@ -57,7 +57,7 @@ std::int32_t receive_values(Connection& record, std::span<T> values, std::int32_
   if (values.empty()) return 0;
   const auto bytes = std::as_writable_bytes(values);
   const std::int64_t got = PNC_receive(record, bytes, timeout);
-  load_big_endian(bytes.data(), values);
+  if constexpr (sizeof(T) > 1) load_big_endian(bytes.data(), values);
   if (typed_log_on()) log_received(record, std::span<const T>(values), got);
   return pd_interpret_nreceived(got, static_cast<std::int64_t>(bytes.size()));
 }
@@ -84,7 +84,7 @@ std::int32_t send_text(Connection& record, std::string_view text) {
 
 /// Reads `length` bytes into `text`, which grows as they come; 0 or what a failed read gives.
 std::int32_t receive_block(Connection& record, std::string& text, std::size_t length, std::int32_t timeout) {
-  constexpr std::size_t step = std::size_t{1} << 20;
+  constexpr std::size_t step = std::size_t{1} << 16;
   try {
     for (text.clear(); text.size() < length;) {
       const std::size_t before = text.size();

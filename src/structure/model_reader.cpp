@@ -13,7 +13,9 @@ namespace pathstat {
 
 namespace {
 
-constexpr std::size_t block_bytes = 1 << 18;
+// Blocks grow as far as the file goes on, so that a short file takes little.
+constexpr std::size_t first_block_bytes = 1 << 12;
+constexpr std::size_t most_block_bytes = 1 << 18;
 constexpr std::int32_t severity = 2;
 
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
@@ -46,7 +48,7 @@ bool append_physical_line(QFXio& file) {
   bool found = false;
   while (true) {
     if (file.block_begin == file.block_end) {
-      file.block.resize(block_bytes);
+      file.block.resize(std::clamp(2 * file.block.size(), first_block_bytes, most_block_bytes));
       file.block_begin = 0;
       file.block_end = std::fread(file.block.data(), 1, file.block.size(), file.stream);
       if (file.block_end == 0) break;

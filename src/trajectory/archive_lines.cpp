@@ -12,7 +12,9 @@ namespace pathstat {
 
 namespace {
 
-constexpr std::size_t buffer_bytes = std::size_t{1} << 18;
+// The buffer grows as far as the file goes on, so that a short file takes little.
+constexpr std::size_t first_bytes = std::size_t{1} << 12;
+constexpr std::size_t most_bytes = std::size_t{1} << 18;
 
 std::string_view shown(const char* first, std::size_t length) {
   if (length > 0 && first[length - 1] == '\r') --length;
@@ -21,7 +23,7 @@ std::string_view shown(const char* first, std::size_t length) {
 
 }  // namespace
 
-ArchiveLines::ArchiveLines(int descriptor) : descriptor_(descriptor), buffer_(buffer_bytes) {
+ArchiveLines::ArchiveLines(int descriptor) : descriptor_(descriptor), buffer_(first_bytes) {
   while (held() <= width && read_more()) continue;
   const bool line_feed = std::memchr(buffer_.data(), '\n', std::min(held(), width + 1)) != nullptr;
   form_ = line_feed ? ArchiveForm::text : ArchiveForm::records;
@@ -59,11 +61,13 @@ bool ArchiveLines::next_record(std::string_view& line) {
 }
 
 bool ArchiveLines::read_more() {
+  const bool was_filled = end_ == buffer_.size();
   if (begin_ > 0) {
     std::memmove(buffer_.data(), buffer_.data() + begin_, held());
     end_ = held();
     begin_ = 0;
   }
+  if (was_filled && buffer_.size() < most_bytes) buffer_.resize(2 * buffer_.size());
   ssize_t got = 0;
   do {
     got = ::pread(descriptor_, buffer_.data() + end_, buffer_.size() - end_, read_to_);

@@ -176,7 +176,9 @@ const DeskLineHelp& nearest(const Words& words) {
     begun.resize(std::min(begun.size(), 2 * row.name.size()));  // the rest of a long word brings it no nearer
     return distance(begun, row.name.substr(0, begun.size()));
   };
-  return *std::min_element(helps.begin(), helps.end(), [&](const auto& a, const auto& b) { return away(a) < away(b); });
+  std::array<std::size_t, helps.size()> distances{};
+  std::transform(helps.begin(), helps.end(), distances.begin(), away);
+  return helps.at(static_cast<std::size_t>(std::min_element(distances.begin(), distances.end()) - distances.begin()));
 }
 
 /// What stands behind the first words of a line, as it stands.
