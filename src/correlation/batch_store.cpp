@@ -30,8 +30,12 @@ std::int32_t BatchStore::open(std::int32_t atoms, std::int32_t frames) {
 /// Room for as many records of as many batches, or for one whole batch if that is more.
 std::int32_t BatchStore::allocate(std::int64_t batches, std::int64_t records) {
   std::int32_t status = 0;
-  values_ = NamedBlock<double>("PathStat/Corr/Batches", std::max(batches * records, frames_) * record_width, status);
+  values_ = NamedBlock<double>("PathStat/Corr/Batches", std::max(batches * records, frames_) * record_width, status,
+                               NotCleared{});
   room_ = records;
+  // The last batch may have fewer atoms.
+  const auto last = status == 0 ? static_cast<std::size_t>((batches - 1) * records * record_width) : values_.size();
+  std::ranges::fill(values_.span().subspan(last), 0.0);
   return status;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "correlation/frame_file.h"
 #include "support/identifier_index.h"
 #include "support/named_memory.h"
+#include "support/parallel.h"
 #include "support/searching.h"
 #include "trajectory/frame_spacing.h"
 #include "trajectory/front_end.h"
@@ -98,7 +100,7 @@ NamedBlock<std::int32_t> selected_places(std::int32_t model, std::span<const std
   return list;
 }
 
-/// What a frame passes through on its way into the cache.
+/// What a frame passes through on its way into the cache; there is room for two, one that is read and one that is kept.
 struct FrameArrays {
   NamedBlock<double> delivered;
   NamedBlock<double> x;
@@ -106,7 +108,7 @@ struct FrameArrays {
   NamedBlock<double> z;
 
   FrameArrays(std::int64_t moved, std::int32_t& status) {
-    delivered = NamedBlock<double>("PathStat/Corr/InData", 3 * moved, status);
+    delivered = NamedBlock<double>("PathStat/Corr/InData", 6 * moved, status);
     if (status == 0) x = NamedBlock<double>("PathStat/Corr/Outx", moved, status);
     if (status == 0) y = NamedBlock<double>("PathStat/Corr/Outy", moved, status);
     if (status == 0) z = NamedBlock<double>("PathStat/Corr/Outz", moved, status);
@@ -116,15 +118,53 @@ struct FrameArrays {
     return {x.span().first(atoms), y.span().first(atoms), z.span().first(atoms)};
   }
 
-  /// Splits the vectors of the atoms at these places by axis; of all atoms if there are none.
-  void split(std::span<const std::int32_t> places, const AxesOut& out) const {
-    for (std::size_t k = 0; k < out.x.size(); ++k) {
-      const auto at = 3 * (places.empty() ? k : static_cast<std::size_t>(places[k]));
-      out.x[k] = delivered.span()[at];
-      out.y[k] = delivered.span()[at + 1];
-      out.z[k] = delivered.span()[at + 2];
-    }
+  std::span<double> room(std::int32_t frame) const {
+    const auto one = delivered.span().size() / 2;
+    return delivered.span().subspan(frame % 2 == 0 ? 0 : one, one);
   }
+};
+
+/// Splits the vectors of the atoms at these places by axis; of all atoms if there are none.
+void split(std::span<const double> vectors, std::span<const std::int32_t> places, const AxesOut& out) {
+  for (std::size_t k = 0; k < out.x.size(); ++k) {
+    const auto at = 3 * (places.empty() ? k : static_cast<std::size_t>(places[k]));
+    out.x[k] = vectors[at];
+    out.y[k] = vectors[at + 1];
+    out.z[k] = vectors[at + 2];
+  }
+}
+
+/// Keeps each frame while the next one is read.
+class FrameKeeper {
+ public:
+  FrameKeeper(FrameSink& cache, std::span<const std::int32_t> places, const AxesOut& axes)
+      : cache_(cache), places_(places), axes_(axes) {}
+
+  /// Begins with record k; the one before is finished.
+  void keep(std::int32_t k, std::span<const double> vectors) {
+    const auto work = [this, k, vectors](std::int64_t, std::size_t) {
+      split(vectors, places_, axes_);
+      kept_ = cache_.write(k, axes_);
+    };
+    if (axes_.x.size() < worth_a_thread) return work(0, 0);
+    work_.emplace(1, work);
+  }
+
+  /// False if a frame could not be kept.
+  bool finish() {
+    if (work_) work_->finish();
+    work_.reset();
+    return kept_;
+  }
+
+ private:
+  static constexpr std::size_t worth_a_thread = 2000;  ///< atoms; fewer are kept before another thread wakes up
+
+  FrameSink& cache_;
+  std::span<const std::int32_t> places_;
+  AxesOut axes_;
+  bool kept_ = true;
+  std::optional<ParallelBlocks> work_;
 };
 
 /// Frames of a trajectory and what is wanted of them.
@@ -161,11 +201,11 @@ bool read_frame(const OpenTrajectory& trajectory, const FrameRange& range, std::
 
 /// Copies the frames, until one fails; parameters and status as those of setupcorrl_.
 void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, const FrameArrays& arrays,
-                 std::span<const std::int32_t> places, FrameSink& cache, const AxesOut& axes, std::int32_t& frames_done,
-                 bool& velocities_present, double& frame_spacing, std::int32_t& status) {
+                 FrameKeeper& keeper, std::int32_t& frames_done, bool& velocities_present, double& frame_spacing,
+                 std::int32_t& status) {
   FrameSpacing spacing;
   for (std::int32_t k = 1; k <= range.count; ++k) {
-    if (!read_frame(trajectory, range, k, arrays.delivered.span(), velocities_present, status)) {
+    if (!read_frame(trajectory, range, k, arrays.room(k), velocities_present, status)) {
       frames_done = k;
       if (k < range.count) status = cache_status::frame_unreadable;
     }
@@ -180,11 +220,11 @@ void copy_frames(const OpenTrajectory& trajectory, const FrameRange& range, cons
       status = cache_status::uneven_spacing;
       return;
     }
-    arrays.split(places, axes);
-    if (!cache.write(k, axes)) {
+    if (!keeper.finish()) {
       status = cache_status::not_written;
       return;
     }
+    keeper.keep(k, arrays.room(k));
     frames_done = k;
   }
 }
@@ -223,9 +263,9 @@ void setupcorrl_(FrameSink& cache, std::string_view trajectory_file, std::int32_
   if (status != 0) return;
 
   const FrameRange range{first, step, count, want_velocities, flag(trajectory, trajectory_key::velocities_unusable)};
-  copy_frames(trajectory, range, arrays, places.span(), cache, arrays.axes(static_cast<std::size_t>(cached)),
-              frames_done, velocities_present, frame_spacing, status);
-  if (status == 0 && !cache.finish()) status = cache_status::not_written;
+  FrameKeeper keeper(cache, places.span(), arrays.axes(static_cast<std::size_t>(cached)));
+  copy_frames(trajectory, range, arrays, keeper, frames_done, velocities_present, frame_spacing, status);
+  if (status == 0 && !(keeper.finish() && cache.finish())) status = cache_status::not_written;
   if (status == 0) atoms = cached;
 }
 

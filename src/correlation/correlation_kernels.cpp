@@ -85,21 +85,32 @@ template <class Pair, class Lanes>
 [[gnu::always_inline]] inline void add_total(const Axes& origin, const Axes& later, std::span<double> sums) {
   constexpr std::size_t lanes = Register<Lanes>::lanes;
   const std::size_t atoms = origin.x.size();
-  Lanes sum{};
+  // Two sums, so that an addition does not wait for the one before.
+  Lanes even{};
+  Lanes odd{};
   typename Register<Lanes>::Triple u;
   typename Register<Lanes>::Triple w;
   std::size_t at = 0;
-  for (; at + lanes <= atoms; at += lanes) {
+  for (; at + 2 * lanes <= atoms; at += 2 * lanes) {
     Register<Lanes>::load(origin, at, u);
     Register<Lanes>::load(later, at, w);
-    Pair::total(u, w, sum);
+    Pair::total(u, w, even);
+    Register<Lanes>::load(origin, at + lanes, u);
+    Register<Lanes>::load(later, at + lanes, w);
+    Pair::total(u, w, odd);
+  }
+  if (at + lanes <= atoms) {
+    Register<Lanes>::load(origin, at, u);
+    Register<Lanes>::load(later, at, w);
+    Pair::total(u, w, even);
+    at += lanes;
   }
   if (at < atoms) {
     Register<Lanes>::load_rest(origin, at, u);
     Register<Lanes>::load_rest(later, at, w);
-    Pair::total(u, w, sum);
+    Pair::total(u, w, odd);
   }
-  sums[0] += Register<Lanes>::sum_of(sum);
+  sums[0] += Register<Lanes>::sum_of(even + odd);
 }
 
 template <class Pair, class Lanes>

@@ -13,9 +13,9 @@
 #include "coreapi/operations.h"
 #include "correlation/correlation_cache.h"
 #include "correlation/correlation_table.h"
-#include "correlation/frame_file.h"
 #include "correlation/origin_blocks.h"
 #include "correlation/origin_groups.h"
+#include "correlation/record_cache.h"
 #include "correlation/spectral_run.h"
 #include "support/named_memory.h"
 #include "support/parallel.h"
@@ -24,12 +24,17 @@ namespace pathstat {
 namespace {
 
 constexpr std::int64_t reports_in_a_run = 50;
+/// Origins between two questions to the Core whether to stop.
+constexpr std::int64_t origins_between_polls = 10;
 
 /// The frames of a run on their way to whichever sums cost less.
 class RoutedCache : public FrameSink {
  public:
   RoutedCache(const CorrelationKind& kind, const CorrelationRequest& request)
-      : kind_(kind), request_(request), records_(cache_file), batches_(cache_file, frame_memory()) {}
+      : kind_(kind),
+        request_(request),
+        records_(cache_file, frame_memory(), {kind.frame_labels[3], kind.frame_labels[4], kind.frame_labels[5]}),
+        batches_(cache_file, frame_memory()) {}
 
   std::int32_t open(std::int32_t atoms, std::int32_t frames) override {
     shape_ = SpectralShape{
@@ -47,7 +52,7 @@ class RoutedCache : public FrameSink {
 
   bool by_transforms() const { return by_transforms_; }
   const SpectralShape& shape() const { return shape_; }
-  const FrameFile& records() const { return records_.frames(); }
+  FrameRecords records() const { return records_.frames(); }
   BatchStore& batches() { return batches_; }
 
  private:
@@ -56,10 +61,11 @@ class RoutedCache : public FrameSink {
   FrameSink& sink() { return by_transforms_ ? static_cast<FrameSink&>(batches_) : records_; }
 
   void trace(std::int32_t atoms) const {
-    std::fprintf(
-        stderr, "correlation: %s, %d atoms, %" PRId64 " frames, %" PRId64 " lags, origin step %" PRId64 ", %s\n",
-        by_transforms_ ? "transforms" : "pairs of frames", atoms, shape_.series.frames, shape_.series.intervals,
-        shape_.series.step, by_transforms_ && batches_.in_memory() ? "in memory" : "cache file");
+    std::fprintf(stderr,
+                 "correlation: %s, %d atoms, %" PRId64 " frames, %" PRId64 " lags, origin step %" PRId64 ", %s\n",
+                 by_transforms_ ? "transforms" : "pairs of frames", atoms, shape_.series.frames,
+                 shape_.series.intervals, shape_.series.step,
+                 (by_transforms_ ? batches_.in_memory() : records_.in_memory()) ? "in memory" : "cache file");
   }
 
   const CorrelationKind& kind_;

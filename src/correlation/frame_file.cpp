@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
-#include <limits>
 
 #include "coreapi/messages.h"
+#include "correlation/frame_sink.h"
 #include "services/file_names.h"
 #include "services/unit_paths.h"
 
@@ -72,15 +72,6 @@ bool read_values(int descriptor, std::int64_t place, std::span<double> values) {
 }
 
 FrameFile::FrameFile(std::int32_t unit, std::int64_t atoms) : descriptor_(cache_descriptor(unit)), atoms_(atoms) {}
-
-std::int32_t RecordCache::open(std::int32_t atoms, std::int32_t) {
-  constexpr std::int32_t words_per_atom = 6;
-  if (atoms > std::numeric_limits<std::int32_t>::max() / words_per_atom) return cache_status::not_written;
-  std::int32_t status = 0;
-  unit_ = open_cache(file_, words_per_atom * atoms, status);
-  frames_ = FrameFile(unit_.number(), atoms);
-  return status;
-}
 
 bool FrameFile::write(std::int64_t record, const Axes& frame) const {
   std::array<iovec, 3> parts;

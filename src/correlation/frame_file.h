@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "correlation/correlation_kernels.h"
-#include "correlation/frame_sink.h"
 #include "services/file_units.h"
 
 namespace pathstat {
@@ -54,21 +53,6 @@ class FrameFile {
 
   int descriptor_;
   std::int64_t atoms_;
-};
-
-/// Keeps frames as the records of a FrameFile.
-class RecordCache : public FrameSink {
- public:
-  explicit RecordCache(std::string_view file) : file_(file) {}
-
-  std::int32_t open(std::int32_t atoms, std::int32_t frames) override;
-  bool write(std::int32_t record, const Axes& frame) override { return frames_.write(record, frame); }
-  const FrameFile& frames() const { return frames_; }
-
- private:
-  std::string_view file_;
-  FileUnit unit_;
-  FrameFile frames_{0, 1};  ///< on no unit until the cache is open
 };
 
 }  // namespace pathstat

@@ -1,11 +1,20 @@
 #include "correlation/frame_window.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
 
+#include "support/parallel.h"
+
 namespace pathstat {
+namespace {
+
+/// Records that a thread reads at once.
+constexpr std::size_t records_together = 8;
+
+}  // namespace
 
 std::int64_t frame_memory() {
   constexpr std::int64_t most = std::int64_t{1} << 30;  // MiB
@@ -30,9 +39,13 @@ WindowPlan WindowPlan::make(const OriginSeries& series, std::int64_t frames_in_m
   return {beside, std::max<std::int64_t>(frames_in_memory - beside, 1), beside};
 }
 
-FrameWindow::FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t count, std::size_t atoms,
-                         std::size_t stride)
-    : file_(file), frames_(frames), room_(count), atoms_(atoms), stride_(stride) {}
+FrameWindow::FrameWindow(const FrameRecords& records, const AxesOut& room, std::int64_t count, std::size_t atoms)
+    : file_(records.file),
+      frames_(records.frames_in_memory > 0 ? records.memory : room),
+      room_(records.frames_in_memory > 0 ? records.frames_in_memory : count),
+      atoms_(atoms),
+      stride_(frame_stride(atoms)),
+      end_(1 + records.frames_in_memory) {}
 
 bool FrameWindow::load(std::int64_t first, std::int64_t end) {
   if (first < first_ || first > end_) end_ = first;
@@ -40,12 +53,22 @@ bool FrameWindow::load(std::int64_t first, std::int64_t end) {
   while (end_ < end) {
     const std::int64_t slot = end_ % room_;
     const std::int64_t records = std::min(end - end_, room_ - slot);
-    const auto at = static_cast<std::size_t>(slot) * stride_;
-    if (!file_.read(end_, records, frames_.part(at, static_cast<std::size_t>(records) * stride_), stride_))
-      return false;
+    if (!read(slot, static_cast<std::size_t>(records))) return false;
     end_ += records;
   }
   return true;
+}
+
+/// The records behind those that it holds, to slots one behind the other.
+bool FrameWindow::read(std::int64_t slot, std::size_t records) const {
+  std::atomic<bool> whole = true;
+  for_pieces(records, records_together, [&](std::size_t first, std::size_t end) {
+    const auto at = static_cast<std::size_t>(slot) + first;
+    const auto room = frames_.part(at * stride_, (end - first) * stride_);
+    const auto from = end_ + static_cast<std::int64_t>(first);
+    if (!file_.read(from, static_cast<std::int64_t>(end - first), room, stride_)) whole = false;
+  });
+  return whole;
 }
 
 Axes FrameWindow::frame(std::int64_t record) const {

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "correlation/correlation_kernels.h"
-#include "correlation/frame_file.h"
+#include "correlation/record_cache.h"
 
 // Which frames of a cache stand in memory while their pairs are summed. Records count from 1.
 namespace pathstat {
@@ -42,12 +42,12 @@ struct WindowPlan {
   static WindowPlan make(const OriginSeries& series, std::int64_t frames_in_memory, std::int64_t most_together);
 };
 
-/// Consecutive records of a file in memory; loading moves it on and keeps what it holds already.
+/// Consecutive records in memory; loading moves it on and keeps what it holds already. Of records that all stand in
+/// memory nothing is loaded.
 class FrameWindow {
  public:
-  /// @param frames  room for `count` frames of `atoms` atoms
-  /// @param stride  values of an axis from one frame to the next
-  FrameWindow(const FrameFile& file, const AxesOut& frames, std::int64_t count, std::size_t atoms, std::size_t stride);
+  /// @param room  for `count` frames of `atoms` atoms; not used where the records stand in memory
+  FrameWindow(const FrameRecords& records, const AxesOut& room, std::int64_t count, std::size_t atoms);
 
   /// Makes the records first ... end-1, as many as there is room for at most, the contents. False if they can't be
   /// read.
@@ -57,13 +57,15 @@ class FrameWindow {
   Axes frame(std::int64_t record) const;
 
  private:
+  bool read(std::int64_t slot, std::size_t records) const;
+
   FrameFile file_;
   AxesOut frames_;
   std::int64_t room_;
   std::size_t atoms_;
   std::size_t stride_;
   std::int64_t first_ = 1;
-  std::int64_t end_ = 1;
+  std::int64_t end_;
 };
 
 }  // namespace pathstat

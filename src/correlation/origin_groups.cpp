@@ -7,50 +7,40 @@
 namespace pathstat {
 namespace {
 
-/// Atoms of a block: ten origins and a later frame stay well within the second cache.
+/// Atoms of a block: the origins of a group and a later frame stay well within the second cache.
 constexpr std::size_t atoms_together = 256;
+/// Origins of a group, as far as memory goes: each later frame is fetched once for all of them.
+constexpr std::int64_t few_origins = 10;
+constexpr std::int64_t many_origins = 40;
+/// Vectors of a group of more than a few origins at most: then the Core is asked again in a tenth of a second or so.
+constexpr std::int64_t most_vectors = std::int64_t{1} << 28;
 /// Later frames of a piece of work for one thread.
 constexpr std::int64_t records_together = 16;
-constexpr std::int64_t bytes_per_atom = 24;
-constexpr std::size_t values_per_line = 8;
 /// Sums of a group at most, to bound the memory of very long correlations.
 constexpr std::int64_t most_sums = std::int64_t{1} << 22;
 
-WindowPlan plan(const OriginSeries& series, std::int64_t columns, std::int64_t frames_in_memory) {
-  const std::int64_t sums_of_origin = std::max<std::int64_t>(series.intervals * columns, 1);
-  const auto together = std::clamp<std::int64_t>(most_sums / sums_of_origin, 1, origins_between_polls);
+WindowPlan plan(const OriginSeries& series, std::int64_t columns, std::int64_t atoms, std::int64_t frames_in_memory) {
+  const std::int64_t lags = std::max<std::int64_t>(series.intervals, 1);
+  const auto quick = std::clamp<std::int64_t>(most_vectors / lags / atoms, few_origins, many_origins);
+  const auto together = std::clamp<std::int64_t>(most_sums / lags / columns, 1, quick);
   return WindowPlan::make(series, frames_in_memory, together);
 }
 
 }  // namespace
 
-OriginGroups::FrameBlocks::FrameBlocks(std::span<const std::string_view, 3> labels, std::int64_t values,
-                                       std::int32_t& status) {
-  const std::int64_t wanted = values == 0 ? 0 : values + std::int64_t{values_per_line};
-  for (std::size_t axis = 0; axis < blocks.size() && status == 0; ++axis) {
-    blocks[axis] = NamedBlock<double>(labels[axis], wanted, status);
-  }
-}
-
-AxesOut OriginGroups::FrameBlocks::axes() const {
-  const auto from_line = [](const NamedBlock<double>& block) {
-    const auto values = static_cast<std::size_t>(block.address()) / sizeof(double);
-    return block.span().subspan(block.size() == 0 ? 0 : (values_per_line - values % values_per_line) % values_per_line);
-  };
-  return {from_line(blocks[0]), from_line(blocks[1]), from_line(blocks[2])};
-}
-
-OriginGroups::OriginGroups(const OriginSeries& series, PairSums sums, const FrameFile& file, std::int64_t atoms,
+OriginGroups::OriginGroups(const OriginSeries& series, PairSums sums, const FrameRecords& records, std::int64_t atoms,
                            std::int64_t memory, const std::array<std::string_view, 6>& labels, std::int32_t& status)
     : series_(series),
       kind_(sums),
-      file_(file),
+      file_(records.file),
       atoms_(static_cast<std::size_t>(atoms)),
-      stride_((atoms_ + values_per_line - 1) / values_per_line * values_per_line),
-      plan_(plan(series, sums.columns, memory / (bytes_per_atom * static_cast<std::int64_t>(stride_)))),
-      beside_(std::span(labels).first<3>(), plan_.origins_beside * static_cast<std::int64_t>(stride_), status),
-      frames_(std::span(labels).last<3>(), plan_.window_frames * static_cast<std::int64_t>(stride_), status),
-      window_(file, frames_.axes(), plan_.window_frames, atoms_, stride_) {
+      plan_(plan(series, sums.columns, atoms,
+                 std::max(records.frames_in_memory, memory / frame_bytes(static_cast<std::size_t>(atoms))))),
+      beside_({labels[0], labels[1], labels[2]}, plan_.origins_beside, atoms_, status),
+      frames_({labels[3], labels[4], labels[5]}, records.frames_in_memory > 0 ? 0 : plan_.window_frames, atoms_,
+              status),
+      window_(records, frames_.axes(), plan_.window_frames, atoms_),
+      origins_(static_cast<std::size_t>(plan_.origins_together)) {
   const std::int64_t count = plan_.origins_together * series.intervals * sums.columns;
   if (status == 0) sums_ = NamedBlock<double>("PathStat/Corr/Sums", count, status);
 }
@@ -82,8 +72,8 @@ bool OriginGroups::find_origins(std::int64_t first_origin, std::int64_t count) {
       origin = window_.frame(record);
       continue;
     }
-    const AxesOut room = beside_.axes().part(static_cast<std::size_t>(place) * stride_, atoms_);
-    if (!file_.read(record, 1, room, stride_)) return false;
+    const AxesOut room = beside_.axes().part(static_cast<std::size_t>(place) * frame_stride(atoms_), atoms_);
+    if (!file_.read(record, 1, room, frame_stride(atoms_))) return false;
     origin = room;
   }
   return true;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "correlation/correlation_kernels.h"
 #include "correlation/frame_file.h"
@@ -11,10 +12,6 @@
 #include "support/named_memory.h"
 
 namespace pathstat {
-
-/// Origins between two questions to the Core whether to stop. As many are summed together at most: an answer to stop
-/// then never finds work that has to be thrown away.
-constexpr std::int64_t origins_between_polls = 10;
 
 /// A kernel and the number of sums that it adds to.
 struct PairSums {
@@ -26,10 +23,10 @@ struct PairSums {
 /// origins of the group are summed while a block's vectors are in the processor's cache.
 class OriginGroups {
  public:
-  /// @param memory  bytes that the frames may take; two frames are held at least
+  /// @param memory  bytes that frames of a file may take; two frames are held at least
   /// @param labels  of the named blocks: x, y, z of origins held beside the window, x, y, z of the window
   /// @param status  0, or that of an allocation
-  OriginGroups(const OriginSeries& series, PairSums sums, const FrameFile& file, std::int64_t atoms,
+  OriginGroups(const OriginSeries& series, PairSums sums, const FrameRecords& records, std::int64_t atoms,
                std::int64_t memory, const std::array<std::string_view, 6>& labels, std::int32_t& status);
 
   /// Origins of a group; the last group may have fewer.
@@ -47,24 +44,16 @@ class OriginGroups {
 
   void add_pairs_of(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
 
-  /// Room for frames one behind the other. Each axis of each frame begins on a line of the processor's cache.
-  struct FrameBlocks {
-    std::array<NamedBlock<double>, 3> blocks;
-    FrameBlocks(std::span<const std::string_view, 3> labels, std::int64_t values, std::int32_t& status);
-    AxesOut axes() const;
-  };
-
   OriginSeries series_;
   PairSums kind_;
   FrameFile file_;
   std::size_t atoms_;
-  std::size_t stride_;  ///< values of an axis from one frame to the next
   WindowPlan plan_;
   FrameBlocks beside_;
   FrameBlocks frames_;
   FrameWindow window_;
   NamedBlock<double> sums_;
-  std::array<Axes, origins_between_polls> origins_;
+  std::vector<Axes> origins_;
 };
 
 }  // namespace pathstat

@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "support/large_pages.h"
 #include "support/text_field.h"
 
 /// Working arrays known by a text label, and the plain allocation below them.
@@ -162,6 +163,8 @@ std::span<T> named_span(std::string_view label) {
   return {static_cast<T*>(area.elements), static_cast<std::size_t>(area.count)};
 }
 
+struct NotCleared {};
+
 /// Owns the block of a label for a scope: frees what an interrupted run left under the label, allocates the block
 /// zero-filled, and frees it at the end, unless the label has come to name another block by then.
 template <class T>
@@ -170,11 +173,16 @@ class NamedBlock {
   NamedBlock() = default;
   /// @param count   elements; below 1 the span is empty
   /// @param status  that of kvs_msd_alloc_; the block is empty unless it is 0
-  NamedBlock(std::string_view label, std::int64_t count, std::int32_t& status) : label_(label) {
+  NamedBlock(std::string_view label, std::int64_t count, std::int32_t& status)
+      : NamedBlock(label, count, status, NotCleared{}) {
+    clear_from(0);
+  }
+  /// With anything in it: for large blocks that are written before they are read.
+  NamedBlock(std::string_view label, std::int64_t count, std::int32_t& status, NotCleared) : label_(label) {
     kvs_msd_free_(label_, status);
     if (kvs_msd_alloc_(label_, element_type_name<T>(), count, address_, status) != 0) return;
     size_ = static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
-    clear_from(0);
+    prefer_large_pages(std::as_writable_bytes(span()));
   }
   NamedBlock(NamedBlock&& other) noexcept { swap(other); }
   NamedBlock& operator=(NamedBlock&& other) noexcept {

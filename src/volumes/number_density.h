@@ -15,7 +15,7 @@ namespace pathstat {
 /// is nearest to it in fractions of the cell.
 class NumberDensity {
  public:
-  /// @param points  on each axis, at least 1
+  /// @param points  on each axis, at least 1; in all less than 2^31
   explicit NumberDensity(const std::array<std::int32_t, 3>& points);
 
   /// Adds a frame.
@@ -25,8 +25,7 @@ class NumberDensity {
   /// @param places       the atoms that count, by their places in `coordinates`, from 0
   /// @param cell         vectors as columns, Å
   /// @param middle       what stands at the point in the middle of the cell, n / 2 in whole numbers on each axis;
-  /// without it,
-  ///                     coordinates count as they are
+  ///                     without it, coordinates count as they are
   /// @return false for a flat cell; nothing is added then
   bool add(std::span<const double> coordinates, std::span<const std::int32_t> places, const Matrix3& cell,
            const std::optional<Vector3>& middle = {});
@@ -34,7 +33,7 @@ class NumberDensity {
   std::int64_t frames() const { return frames_; }
 
   /// Atoms counted at each point, x fastest.
-  std::span<const std::uint32_t> counts() const { return counts_; }
+  std::span<const std::uint32_t> counts() const { return std::span(counts_).first(counts_.size() - 1); }
 
   /// The cell, each of its numbers the mean over the frames.
   Matrix3 mean_cell() const;
@@ -45,7 +44,7 @@ class NumberDensity {
 
  private:
   std::array<std::int32_t, 3> points_;
-  std::vector<std::uint32_t> counts_;
+  std::vector<std::uint32_t> counts_;  ///< and, behind the points, the atoms that are nowhere
   std::int64_t frames_ = 0;
   double volume_ = 0;  ///< of the cell, summed over the frames
   Matrix3 cells_{};    ///< summed over the frames

@@ -25,10 +25,10 @@ namespace {
 
 using testing::ElementsAre;
 
-/// The velocities of atoms 0 ... 3.
+/// The velocities of atoms 0 ... 3, and the same again for those behind them.
 Vector velocity_of(std::size_t atom) {
   constexpr std::array<Vector, 4> velocities{{{1, 2, -1}, {-2, 0, 3}, {0.5, -1, 0}, {4, 1, 1}}};
-  return velocities[atom];
+  return velocities[atom % velocities.size()];
 }
 
 /// Atoms at constant velocity; frames half a picosecond apart.
@@ -41,6 +41,13 @@ Motion steady(std::int32_t frames, std::vector<std::int32_t> ids = {1, 2, 3, 4},
   };
   motion.velocity = [](std::size_t atom, std::int32_t) { return velocity_of(atom); };
   return motion;
+}
+
+/// More of them than 1 MiB holds, and so many that one frame is kept while the next one is read.
+Motion crowd() {
+  std::vector<std::int32_t> ids(3000);
+  std::iota(ids.begin(), ids.end(), 1);
+  return steady(30, ids, 3000);
 }
 
 /// The mean products of the velocity components over these atoms, in the order of the columns.
@@ -239,28 +246,32 @@ TEST_F(CorrelationRun, frames_of_one_time_are_shown_over_their_numbers) {
 }
 
 TEST_F(CorrelationRun, a_full_disk_leaves_nothing_behind) {
-  make(steady(30));
+  make(crowd());
+  ::setenv("PATHSTAT_CACHE_MIB", "1", 1);
   const auto before = std::signal(SIGXFSZ, SIG_IGN);
   rlimit limit{};
   ::getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit small{1000, limit.rlim_max};  // ten of thirty records
+  const rlimit small{1000000, limit.rlim_max};  // 13 of 30 records
   ::setrlimit(RLIMIT_FSIZE, &small);
   EXPECT_EQ(run(run_msd_, {.intervals = 5, .frames = 30}), cache_status::not_written);
   ::setrlimit(RLIMIT_FSIZE, &limit);
   std::signal(SIGXFSZ, before);
+  ::unsetenv("PATHSTAT_CACHE_MIB");
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_17"));
   EXPECT_FALSE(std::filesystem::exists("PathStat.msd"));
 }
 
 TEST_F(CorrelationRun, the_cache_has_no_name_while_it_is_in_use) {
-  make(steady(5));
+  make(crowd());
+  ::setenv("PATHSTAT_CACHE_MIB", "1", 1);
   write("CorrelCache", "left by a process that was killed");
   core_.answers["kvU_INT_ReportProgress"] = [&](const Inputs&) {
     EXPECT_FALSE(std::filesystem::exists("CorrelCache"));
     return Answer{};
   };
-  EXPECT_EQ(run(run_msd_, {.intervals = 2, .frames = 5}), 0);
+  EXPECT_EQ(run(run_msd_, {.intervals = 2, .frames = 30}), 0);
   EXPECT_FALSE(progress().empty());
+  ::unsetenv("PATHSTAT_CACHE_MIB");
 }
 
 // Long runs, whose sums are made by transforms.
@@ -431,15 +442,19 @@ TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
 }
 
 TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
-  make(wandering());
-  for (const std::int32_t intervals : {20, long_frames - 1}) {
+  const struct {
+    Motion motion;
+    std::int32_t intervals;
+  } cases[] = {{wandering(), 20}, {wandering(), long_frames - 1}, {crowd(), 12}};
+  for (const auto& [motion, intervals] : cases) {
+    make(motion);
     for (const bool anisotropic : {false, true}) {
       std::string first;
       for (const int threads : {1, 2, 3, 8}) {
         for (const char* memory : {"1", "256"}) {
           ::setenv("PATHSTAT_CACHE_MIB", memory, 1);
           set_thread_count(threads);
-          EXPECT_EQ(run(run_msd_, {.intervals = intervals, .frames = long_frames, .anisotropic = anisotropic}), 0);
+          EXPECT_EQ(run(run_msd_, {.intervals = intervals, .frames = motion.frames, .anisotropic = anisotropic}), 0);
           const std::string bytes = bytes_of("PathStat.msd");
           if (first.empty()) first = bytes;
           EXPECT_TRUE(bytes == first) << threads << " threads, " << memory << " MiB, " << intervals << " lags";
@@ -448,6 +463,11 @@ TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
     }
   }
   ::unsetenv("PATHSTAT_CACHE_MIB");
+  const auto products = mean_products({0, 1, 2, 3});
+  const Table table = read_table("PathStat.msd");
+  for (std::size_t k = 0; k < table.values.size(); ++k) {
+    EXPECT_NEAR(table.values[k], products[k % 7] * table.lags[k / 7] * table.lags[k / 7], 1e-9) << k;
+  }
 }
 
 TEST_F(CorrelationRun, an_interrupted_long_run_keeps_the_atoms_that_are_done) {
