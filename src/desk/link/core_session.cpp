@@ -244,19 +244,25 @@ std::string CoreSession::why_no_port(pid_t process, std::string& port) {
   return {};
 }
 
+void CoreSession::take_up(Connection connection, const std::filesystem::path& output, std::uintmax_t shown) {
+  connection_ = std::move(connection);
+  follower_ = std::make_unique<OutputFollower>(output, output_, shown);
+  stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_, silence_, tell_);
+  parting_ = leaving_ = detached_ = lost_ = false;
+}
+
 std::string CoreSession::attach(pid_t process, const std::filesystem::path& output, std::uintmax_t shown) {
   process_.adopt(process);
   std::string port;
   auto problem = COM_sigusr1_send(std::to_string(process).c_str()) == 0 ? why_no_port(process, port)
                                                                         : fmt::format("process {} has ended", process);
-  if (problem.empty()) problem = connect_to_waiting(process, port, connection_);
+  Connection connection;
+  if (problem.empty()) problem = connect_to_waiting(process, port, connection);
   if (!problem.empty()) {
     process_.release();
     return problem;
   }
-  follower_ = std::make_unique<OutputFollower>(output, output_, shown);
-  stream_ = std::make_unique<SessionStream>(connection_.socket, stop_now_, silence_, tell_);
-  parting_ = leaving_ = detached_ = lost_ = false;
+  take_up(std::move(connection), output, shown);
   std::int32_t threads = 0;
   return next_code(threads) ? std::string{} : loss_;
 }

@@ -76,6 +76,8 @@ class CoreSession {
   /// @param output     the file into which it prints, of which so many bytes have been shown
   /// @return empty, or what went wrong
   std::string attach(pid_t process, const std::filesystem::path& output, std::uintmax_t shown);
+  /// The part of it behind the connection, which needs no process: goes on with whoever is at its other end.
+  void take_up(Connection connection, const std::filesystem::path& output, std::uintmax_t shown);
   /// Serves the command that an attached process is working on to its end. @return as command()
   std::optional<std::int32_t> resume();
 
