@@ -207,6 +207,23 @@ TEST(ModelExport, reads_back_a_model_of_one_atom) {
   EXPECT_EQ(result.models.front().positions.front(), (Vector3{1, 2, 3}));
 }
 
+TEST(ModelExport, lets_no_line_end_of_a_name_break_its_lines) {
+  const ScratchFolder folder;
+  DataModel data;
+  auto model = carbon_model({{0, 0, 0}, {1, 0, 0}});
+  model.name = "one\ntwo\r";
+  const auto id = data.add_model(std::move(model));
+  ASSERT_THAT(write_model_file(data.model(id)->data, folder.file("name.qfx")), IsEmpty());
+  const auto result = read_model_file(folder.file("name.qfx"));
+  ASSERT_THAT(result.problem, IsEmpty());
+  EXPECT_EQ(result.models.front().name, "one_two_");
+
+  auto& names = data.model(id)->data.names;
+  names = {};
+  names.assign(2, "C\n1");
+  EXPECT_THAT(write_model_file(data.model(id)->data, folder.file("word.qfx")), HasSubstr("can't be stored"));
+}
+
 TEST(ModelExport, leaves_the_old_file_alone_when_it_fails) {
   const ScratchFolder folder;
   folder.write("kept.qfx", "old");

@@ -14,6 +14,9 @@
 namespace pathstat::desk {
 namespace {
 
+/// White space, which ends a word.
+bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 /// Words stand without quotes: a parenthesis without its partner would end their array, and any would end a word that
 /// stands alone.
 bool is_plain(std::string_view word, bool alone) {
@@ -22,14 +25,15 @@ bool is_plain(std::string_view word, bool alone) {
   for (const char c : word) {
     if (c == '(') ++depth;
     if (c == ')' && --depth < 0) return false;
+    if (c == '"' || c == '\\' || is_space(c)) return false;
   }
-  return depth == 0 && word.find_first_of("\"\\ \t") == std::string_view::npos;
+  return depth == 0;
 }
 
 std::string label_of(std::string name) {
   std::replace_if(
-      name.begin(), name.end(), [](char c) { return std::string_view("()\"'\\ \t").find(c) != std::string_view::npos; },
-      '_');
+      name.begin(), name.end(),
+      [](char c) { return is_space(c) || std::string_view("()\"'\\").find(c) != std::string_view::npos; }, '_');
   return name;
 }
 
