@@ -291,7 +291,13 @@ std::string typed(const std::string& keys, const fs::path& state, int& status) {
   std::size_t prompts = 0, sent = 0;
   std::array<char, 4096> block{};
   pollfd waiting{terminal, POLLIN, 0};
-  while (::poll(&waiting, 1, 60000) > 0) {
+  for (int quiet_seconds = 0; quiet_seconds < 60;) {
+    if (::poll(&waiting, 1, 1000) == 0) {
+      ++quiet_seconds;
+      // What is typed just before a line begins is lost to the terminal: the end is typed again.
+      if (sent == keys.size() && ::write(terminal, &keys.back(), 1) < 0) break;
+      continue;
+    }
     const auto got = ::read(terminal, block.data(), block.size());
     if (got <= 0) break;
     shown.append(block.data(), static_cast<std::size_t>(got));
