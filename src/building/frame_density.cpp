@@ -19,6 +19,7 @@
 #include "trajectory/frame_cell.h"
 #include "trajectory/frame_places.h"
 #include "trajectory/front_end.h"
+#include "trajectory/model_frame.h"
 #include "trajectory/open_trajectory.h"
 #include "trajectory/trajectory_keys.h"
 #include "volumes/molecule_density.h"
@@ -27,18 +28,9 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int32_t atom_class = 3, stored_atoms = 1;
+constexpr std::int32_t atom_class = 3;
 
 using Objects = std::vector<std::int32_t>;
-
-Objects all_atoms(std::int32_t model, std::int32_t& error) {
-  std::int32_t count = 0, listed = 0;
-  count_atoms(model, stored_atoms, count, error);
-  Objects atoms(static_cast<std::size_t>(count));
-  if (error == 0 && count > 0) kvd_mod_atomlist_(model, stored_atoms, atoms, listed, error);
-  atoms.resize(static_cast<std::size_t>(std::clamp(listed, 0, count)));
-  return atoms;
-}
 
 /// Each selected atom once, images by their parents.
 Objects selected_atoms(std::int32_t model, std::int32_t& error) {
@@ -177,7 +169,7 @@ struct DensityAtoms {
 /// @return 0, or 1 after a message
 std::int32_t choose_atoms(const DensityRequest& request, DensityAtoms& atoms) {
   std::int32_t error = 0;
-  const auto all = all_atoms(request.model, error);
+  const auto all = atoms_of_model(request.model, error, ModelAtoms::stored);
   atoms.objects = error == 0 && request.selected ? selected_atoms(request.model, error) : all;
   atoms.counted = atoms.objects.size();
   if (error != 0 || atoms.objects.empty()) return refuse("STRUCTURE_DENSITY_ATOMS");

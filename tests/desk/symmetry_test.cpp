@@ -75,6 +75,11 @@ TEST(SymmetryImages, are_refused_when_identifiers_run_out) {
   EXPECT_FALSE(expand_symmetry(model));
 }
 
+TEST(SymmetryImages, are_refused_for_more_atoms_than_a_model_has) {
+  auto model = crystal(std::vector<Vector3>(520834), group(std::vector(191, inversion), std::vector<Vector3>(191)));
+  EXPECT_FALSE(expand_symmetry(model));
+}
+
 struct GroupCase {
   const char* name;
   SymmetryOperators operators;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace pathstat::desk {
 namespace {
 
@@ -40,6 +42,27 @@ TEST(TopologyBlocks, NothingIsTakenThatTheCountsDoNotBearOut) {
     ASSERT_EQ(take(blocks, "counts", Counts{3, 2, 1, 0}), "");
     EXPECT_EQ(take(blocks, tag, numbers), problem) << tag;
   }
+}
+
+TEST(TopologyBlocks, HaveLimits) {
+  const Counts most{500'000'000, 4'000'000'000, 1, 0};
+  EXPECT_EQ(take(*std::make_unique<TopologyBlocks>(), "counts", most), "");
+  for (const std::size_t beyond : {0U, 1U}) {
+    TopologyBlocks blocks;
+    auto counts = most;
+    ++counts[beyond];
+    EXPECT_EQ(take(blocks, "counts", counts), "there are too many atoms");
+  }
+  TopologyBlocks blocks;
+  ASSERT_EQ(take(blocks, "counts", Counts{1, 0, 1, 0}), "");
+  std::string series;
+  for (int k = 0; k < 65; ++k) series += "temperature\n";
+  EXPECT_EQ(take(blocks, "series", series), "there are too many series");
+  EXPECT_EQ(take(blocks, "names", std::string(100, 'n') + "\n"), "");
+  EXPECT_EQ(take(blocks, "elements", std::string("Ar\n")), "");
+  std::string problem;
+  EXPECT_EQ(blocks.give_model("one", problem).names[0], std::string(64, 'n'));
+  EXPECT_EQ(problem, "");
 }
 
 }  // namespace

@@ -376,6 +376,12 @@ TEST_F(Program, runs_a_script_that_comes_through_a_pipe) {
   EXPECT_THAT(trouble, HasSubstr("pipe:2: "));
 }
 
+TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {
+  write_script(std::string(1100000, 'x'));
+  EXPECT_EQ(run("converse <lines"), 2);
+  EXPECT_THAT(output, HasSubstr("a request has at most 1048576 bytes"));
+}
+
 TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_one) {
   int status = -1;
   const auto shown = typed(butane.substr(0, butane.size() - 1) + "\rNO_SUCH_WORD\rcurrent_frame_n\t7\r@sh\tmodel\r\x04",

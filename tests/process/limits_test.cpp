@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "process/desk_with_process.h"
@@ -44,6 +45,23 @@ TEST(Limits, of_lags_are_one_frame_less_than_the_range_has) {
   const int frames = std::stoi(desk.value("LAST_FRAME_NO"));
   EXPECT_EQ(desk.run("MSD_MAX_INTERVAL_NO", "2000000000"), 0);
   EXPECT_EQ(std::stoi(desk.value("MSD_MAX_INTERVAL_NO")), frames - 1);
+}
+
+TEST(Limits, of_a_slab_are_its_layers_and_its_atoms) {
+  DeskWithProcess desk;
+  const auto file = desk.work() / "large.xyz";
+  std::ofstream text(file);
+  text << "10001\nLattice=\"200 0 0 0 200 0 0 0 2000\" Properties=species:S:1:pos:R:3\n";
+  for (int k = 0; k < 10001; ++k)
+    text << "Ar " << k % 20 * 10 << ' ' << k / 20 % 20 * 10 << ' ' << k / 400 * 10 << '\n';
+  text.close();
+  ASSERT_EQ(desk.run("IMPORT_STRUCTURE", file.string()), 0);
+  desk.messages.clear();
+  EXPECT_EQ(desk.run("BUILD_SLAB", "1001"), 1002);
+  EXPECT_EQ(desk.run("BUILD_SLAB", "1000"), 1);
+  ASSERT_EQ(desk.messages.size(), 2U);
+  EXPECT_EQ(desk.messages.back().key, "STRUCTURE_TOO_MANY_ATOMS");
+  EXPECT_EQ(desk.run("BUILD_SLAB", "2"), 0);
 }
 
 TEST(Limits, of_a_file_are_what_it_holds_not_how_long_it_is) {

@@ -64,6 +64,14 @@ TEST_P(OnThreads, blocks_of_blocks_and_two_jobs_at_once_come_to_an_end) {
   EXPECT_EQ(done, seen);
 }
 
+TEST(ThreadCount, is_from_one_to_the_most_that_are_started) {
+  for (const auto& [wanted, taken] : {std::pair{-1L, 1U}, {256L, 256U}, {1000000L, 256U}}) {
+    set_thread_count(wanted);
+    EXPECT_EQ(thread_count(), taken) << wanted;
+  }
+  set_thread_count(2);
+}
+
 INSTANTIATE_TEST_SUITE_P(counts, OnThreads, testing::Values(1, 2, 3, 8));
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "desk/cli/converse.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -62,7 +63,7 @@ class RequestLines {
         text_.erase(0, end + 1);
         return line;
       }
-      if (text_.size() > longest_request || interrupts() > 1) return std::nullopt;
+      if (is_too_long() || interrupts() > 1) return std::nullopt;
       std::array<char, 4096> bytes{};
       const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
       if (count < 0 && errno == EINTR) continue;
@@ -70,6 +71,8 @@ class RequestLines {
       text_.append(bytes.data(), static_cast<std::size_t>(count));
     }
   }
+
+  bool is_too_long() const { return text_.size() > longest_request; }
 
  private:
   std::string text_;
@@ -125,6 +128,10 @@ class Conversation {
       if (!text) break;
       send(answer_to(*text));
       forget_interrupts();  // behind the answer: one that comes ahead of a line that was sent is meant for it
+    }
+    if (lines.is_too_long()) {
+      send(refusal(fmt::format("a request has at most {} bytes", longest_request)));
+      code_ = exit_code::not_run;
     }
     runner_.console().lead_to({});
     return code_;

@@ -168,7 +168,7 @@ class Import {
     if (frames_ == 0) {
       if (auto problem = begin_file(); !problem.empty()) return problem;
     }
-    if (unwrapping_) unwrapping_->follow(*lattice_, file_cell_, xyz_);
+    if (unwrapping_) unwrapping_->follow(*lattice_, xyz_);
     turn();
     if (frames_ == 0) keep_model();
     set_series();

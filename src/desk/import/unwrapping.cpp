@@ -7,10 +7,6 @@
 namespace pathstat::desk {
 namespace {
 
-Vector3 nearest(const Lattice& lattice, const Cell& cell, const Vector3& difference) {
-  return translated(difference, cell, lattice.nearest_image(difference));
-}
-
 Vector3 at(std::span<const double> xyz, std::size_t atom) {
   return {xyz[3 * atom], xyz[3 * atom + 1], xyz[3 * atom + 2]};
 }
@@ -35,7 +31,7 @@ Unwrapping::Unwrapping(const MolecularModel& model) {
   }
 }
 
-void Unwrapping::follow(const Lattice& lattice, const Cell& cell, std::span<double> xyz) {
+void Unwrapping::follow(const Lattice& lattice, std::span<double> xyz) {
   const bool first = places_.empty();
   if (first) before_.resize(3 * molecules_), places_.resize(3 * molecules_);
   wrapped_.assign(xyz.begin(), xyz.end());
@@ -47,8 +43,7 @@ void Unwrapping::follow(const Lattice& lattice, const Cell& cell, std::span<doub
     const auto from = is_first ? first ? base : at(before_, molecule) : at(wrapped_, parent);
     Vector3 step{};
     dvecsub_(at(wrapped_, atom), from, step);
-    step = nearest(lattice, cell, step);
-    dvecadd_(base, step, step);
+    dvecadd_(base, lattice.shortest(step), step);
     put(xyz, atom, step);
     if (!is_first) continue;
     put(before_, molecule, at(wrapped_, atom));

@@ -29,7 +29,7 @@ class Unwrapping {
   ///
   /// @param lattice  the frame's cell
   /// @param xyz      in: wrapped places of all atoms as x1, y1, z1, x2, ..., Å; out: where they went
-  void follow(const Lattice& lattice, const Cell& cell, std::span<double> xyz);
+  void follow(const Lattice& lattice, std::span<double> xyz);
 
   std::size_t molecules() const { return molecules_; }
 

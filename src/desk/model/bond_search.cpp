@@ -22,7 +22,7 @@ void find_bonds(MolecularModel& model) {
       if (other <= atom || radius(other) == 0) return;
       Vector3 d{};
       dvecsub_(model.positions[other], model.positions[atom], d);
-      d = translated(d, model.cell, lattice.nearest_image(d));
+      d = lattice.shortest(d);
       const double longest = radius(atom) + radius(other) + bond_tolerance;
       if (dvecdot_(d, d) <= longest * longest) model.bonds.emplace_back(atom, other);
     };

@@ -57,6 +57,8 @@ class Lattice {
   /// The translation that brings a difference of two points nearest to zero. A difference that is not finite, or of
   /// billions of cells, stays where it is.
   Translation nearest_image(const Vector3& difference) const;
+  /// The difference that it brings.
+  Vector3 shortest(const Vector3& difference) const { return translated(difference, cell_, nearest_image(difference)); }
 
  private:
   int first_;  ///< the first direction that repeats: 0, 1 or 2; 3 for none

@@ -180,7 +180,7 @@ class SymmetryBuilder {
   bool coincide(const Vector3& x, const Vector3& y) const {
     Vector3 d{};
     dvecsub_(x, y, d);
-    d = translated(d, model_.cell, lattice_.nearest_image(d));
+    d = lattice_.shortest(d);
     return dvecdot_(d, d) < coincident_squared;
   }
 

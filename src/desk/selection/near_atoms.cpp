@@ -57,7 +57,7 @@ class NearSearch {
       for (std::size_t axis = 0; axis < 3; ++axis) d[axis] -= edges_[axis] * std::nearbyint(d[axis] * inverse_[axis]);
       return d;
     }
-    return translated(d, model_.cell, lattice_.nearest_image(d));
+    return lattice_.shortest(d);
   }
 
   std::size_t build(std::size_t first, std::size_t last) {
