@@ -83,7 +83,8 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
 }
 
 int PanelSession::run(const std::vector<ScriptLine>& first_lines) {
-  tell("words", words_body());
+  static const auto words = text_message(words_body());  // the same for every session, and long to make
+  server_.publish("words", Keep::only, words);
   tell("folder", {{"type", "folder"}, {"path", folder_.path().string()}});
   tell("question", {{"type", "question"}, {"id", 0}});
   for (const auto& line : first_lines) {
