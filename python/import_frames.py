@@ -132,14 +132,14 @@ class Topology:
         by_mass = self.masses is not None and self.masses_are_stated
         guesses, by = {}, set()
         for k in missing:
-            key = (self.atom_word(k), float(self.masses[k]) if by_mass else None)
+            key = (self.atom_word(k), float(self.masses[k]) if by_mass else None, self.is_alone(k))
             if key not in guesses:
                 guesses[key] = self.guess(key, known_names)
             symbols[k], how = guesses[key]
             by.add(how)
         if all(symbol == "X" for symbol in symbols):
             return symbols
-        told = sorted({f"{word} {symbol}" if word else symbol for (word, _), (symbol, _) in guesses.items()})
+        told = sorted({f"{word} {symbol}" if word else symbol for (word, *_), (symbol, _) in guesses.items()})
         self.tell(f"Elements are guessed from {' and '.join(sorted(by))}: {', '.join(told[:12])}"
                   + (" ..." if len(told) > 12 else ""))
         return symbols
@@ -150,14 +150,24 @@ class Topology:
                 return str(column[k])
         return str(self.types[k]) if self.types is not None else ""
 
+    def is_alone(self, k):
+        """True for an atom whose residue has its name, as ions and noble gases have."""
+        letters = ["".join(filter(str.isalpha, str(word))).upper()
+                   for word in (self.atom_word(k), self.residues[k] if self.residues is not None else "")]
+        return letters[0] == letters[1]
+
     @staticmethod
     def guess(key, known_names):
-        """The element of an atom: of its mass if that is stated, which leaves no doubt, else of its name."""
-        word, mass = key
+        """The element of an atom: of its mass if that is stated, which leaves no doubt, else of its name, which is a
+        symbol as a whole where the atom is alone: CA is calcium there and a carbon elsewhere."""
+        word, mass, is_alone = key
         if mass:
             symbol = min(known_names, key=lambda name: abs(tables.masses[name] - mass))
             if abs(tables.masses[symbol] - mass) < 0.02 * mass + 0.05:
                 return symbol.capitalize(), "masses"
+        letters = "".join(filter(str.isalpha, word))
+        if is_alone and letters.upper() in map(str.upper, known_names):
+            return letters.capitalize(), "names"
         symbol = guessers.guess_atom_element(word) if word else ""
         return (symbol.capitalize(), "names") if symbol.upper() in map(str.upper, known_names) else ("X", "names")
 

@@ -249,13 +249,14 @@ class Walks(Case):
         self.check(run, walk, 3e-3, False)
 
     def test_sites_without_mass_are_no_element(self):
-        """A GRO file of four-site water, of which only names are known."""
-        names = ["OW", "HW1", "HW2", "MW", "CA"]
-        rows = [f"    1SOL  {name:>5}{k + 1:5d}{0.1 * k:8.3f}{0:8.3f}{0:8.3f}" for k, name in enumerate(names)]
+        """A GRO file of four-site water, an ion and argon, of which only names are known."""
+        names = [("SOL", "OW"), ("SOL", "HW1"), ("SOL", "HW2"), ("SOL", "MW"), ("SOL", "CA"), ("CA", "CA"), ("Ar", "AR")]
+        rows = [f"{k:5d}{residue:<5}{name:>5}{k + 1:5d}{0.1 * k:8.3f}{0:8.3f}{0:8.3f}"
+                for k, (residue, name) in enumerate(names)]
         with open(self.path("four.gro"), "w", encoding="ascii") as file:
             file.write("\n".join(["four sites", str(len(rows)), *rows, "   2.0 2.0 2.0"]) + "\n")
         run = Imported(self.folder, self.path("four.gro"))
-        self.assertEqual(run.model["Element"], ["O", "H", "H", "X", "C"])
+        self.assertEqual(run.model["Element"], ["O", "H", "H", "X", "C", "Ca", "Ar"])
         self.assertIn("Elements are guessed from names", run.told)
 
     def test_as_is_leaves_places_in_the_cell(self):
