@@ -8,9 +8,10 @@
 #include "desk/model/bond_search.h"
 #include "desk/model/connectivity.h"
 #include "desk/model/data_model.h"
-#include "desk/model/elements.h"
+#include "desk/model/model_edit.h"
 #include "desk/model/model_export.h"
 #include "desk/model/model_import.h"
+#include "structure/elements.h"
 
 namespace {
 
@@ -28,19 +29,17 @@ MolecularModel water_box(std::size_t atoms) {
     const auto molecule = static_cast<double>(k / 3);
     const auto& offset = shape[k % 3];
     const auto oxygen = k % 3 == 0;
-    model.ids.push_back(static_cast<std::int32_t>(k + 1));
-    model.elements.push_back(oxygen ? 8 : 1);
-    model.names.push_back((oxygen ? "O" : "H") + std::to_string(k + 1));
-    model.ff_types.push_back(oxygen ? "OW" : "HW");
-    model.residues.push_back("WAT");
-    model.residue_ids.push_back(static_cast<std::int32_t>(k / 3 + 1));
-    model.charges.push_back(oxygen ? -0.8476 : 0.4238);
-    model.masses.push_back(elements()[model.elements.back()].mass);
-    model.occupancies.push_back(1);
-    model.movable.push_back(1);
-    model.positions.push_back({3.1 * std::fmod(molecule, edge) + offset[0] + 1.0 / 7,
-                               3.1 * std::fmod(std::floor(molecule / edge), edge) + offset[1] + 1.0 / 3,
-                               3.1 * std::floor(molecule / (edge * edge)) + offset[2] + 1.0 / 11});
+    const auto name = (oxygen ? "O" : "H") + std::to_string(k + 1);
+    append_atom(model, static_cast<std::int32_t>(k + 1),
+                {.element = element_of_symbol(oxygen ? "O" : "H"),
+                 .position = {3.1 * std::fmod(molecule, edge) + offset[0] + 1.0 / 7,
+                              3.1 * std::fmod(std::floor(molecule / edge), edge) + offset[1] + 1.0 / 3,
+                              3.1 * std::floor(molecule / (edge * edge)) + offset[2] + 1.0 / 11},
+                 .name = name,
+                 .ff_type = oxygen ? "OW" : "HW",
+                 .residue = "WAT",
+                 .residue_id = static_cast<std::int32_t>(k / 3 + 1),
+                 .charge = oxygen ? -0.8476 : 0.4238});
     if (k % 3 != 0) model.bonds.emplace_back(k - k % 3, k);
   }
   model.file_atoms = model.atoms();

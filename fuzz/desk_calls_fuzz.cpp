@@ -1,6 +1,7 @@
 // Calls of any operations with any inputs, served by pathdesk's data model: each one byte for the operation, then what
 // comes over the wire.
 #include "desk/model/data_model.h"
+#include "desk/model/model_edit.h"
 #include "desk/ops/frame_codec.h"
 #include "desk/ops/model_operations.h"
 #include "desk/ops/user_interface.h"
@@ -18,17 +19,13 @@ MolecularModel small_model() {
   model.periodic_type = 100;
   model.cell = {Vector3{10, 0, 0}, Vector3{0, 11, 0}, Vector3{0, 0, 12}};
   for (int k = 0; k < 4; ++k) {
-    model.ids.push_back(k + 1);
-    model.names.push_back("C");
-    model.residues.push_back("A");
-    model.residue_ids.push_back(1);
-    model.elements.push_back(6);
-    model.ff_types.push_back("c");
-    model.charges.push_back(0);
-    model.masses.push_back(12);
-    model.occupancies.push_back(1);
-    model.movable.push_back(1);
-    model.positions.push_back({1.5 * k, 0.5 * k, 0});
+    append_atom(model, k + 1,
+                {.element = 6,
+                 .position = {1.5 * k, 0.5 * k, 0},
+                 .name = "C",
+                 .ff_type = "c",
+                 .residue = "A",
+                 .residue_id = 1});
   }
   model.bonds = {{0, 1}};
   model.monitors.push_back({distance_monitor, 0, {0, 2}, {}});

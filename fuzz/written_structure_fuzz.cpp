@@ -10,8 +10,8 @@
 #include <string>
 
 #include "desk/export/structure_files.h"
-#include "desk/model/elements.h"
 #include "fuzz_input.h"
+#include "structure/elements.h"
 
 namespace {
 

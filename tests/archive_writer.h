@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "desk/model/elements.h"
 #include "desk/model/model_import.h"
+#include "structure/elements.h"
 #include "trajectory/archive_lines.h"
 #include "trajectory/binary_trajectory.h"
 
@@ -57,7 +57,7 @@ class ArchiveWriter {
     const auto word = [k](const desk::WordColumn& column) {
       return column[k].empty() ? std::string("X") : std::string(column[k]);
     };
-    const std::string element(desk::elements()[model_.elements[k]].symbol);
+    const std::string element(elements()[model_.elements[k]].symbol);
     line(printed("%-5.5s%15.9f%15.9f%15.9f %-4.4s %-7d%-7.6s%-2s %6.3f", word(model_.names).c_str(), x[0], x[1], x[2],
                  word(model_.residues).c_str(), model_.residue_ids[k], word(model_.ff_types).c_str(), element.c_str(),
                  model_.charges[k]));

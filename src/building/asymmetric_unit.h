@@ -10,7 +10,7 @@ namespace pathstat {
 
 /// An atom of the asymmetric unit.
 struct Site {
-  std::int32_t element = 0;  ///< as number_of_element gives it
+  std::int32_t element = 0;  ///< its number in the table of elements
   std::array<double, 3> fractional{};
 };
 

@@ -5,9 +5,9 @@
 
 #include "building/asymmetric_unit.h"
 #include "building/build_settings.h"
-#include "building/element_symbols.h"
 #include "building/field_settings.h"
 #include "shell/output_texts.h"
+#include "structure/elements.h"
 #include "support/number_format.h"
 
 namespace pathstat {
@@ -29,7 +29,7 @@ void define_group() {
 /// One value a site.
 void define_sites() {
   for (const auto& site : asymmetric_unit.sites) {
-    std::string text(element_symbol(site.element));
+    std::string text(symbol_of_element(site.element));
     text.resize(2, ' ');
     for (const double coordinate : site.fractional) text += formatted(coordinate, "(F11.6)");
     kvz_definevalue_(text);

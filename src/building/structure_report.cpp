@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "building/element_symbols.h"
 #include "building/model_draft.h"
 #include "coreapi/messages.h"
 #include "crystals/model_contents.h"
 #include "state/analysis_settings.h"
 #include "structure/crystal_cell.h"
+#include "structure/elements.h"
 #include "support/text_field.h"
 
 namespace pathstat {
@@ -51,7 +51,7 @@ std::string sites_text(const Contents& contents) {
     if (contents.parents[k] != contents.atoms[k]) continue;
     if (!text.empty()) text += ", ";
     text += std::to_string(multiplicity[contents.atoms[k]]) + " ";
-    text += element_symbol(contents.elements[k]);
+    text += symbol_of_element(contents.elements[k]);
   }
   return text;
 }

@@ -8,11 +8,11 @@
 #include <string>
 
 #include "building/asymmetric_unit.h"
-#include "building/element_symbols.h"
 #include "building/model_draft.h"
 #include "coreapi/messages.h"
 #include "shell/arguments.h"
 #include "structure/crystal_cell.h"
+#include "structure/elements.h"
 
 namespace pathstat::unit_actions {
 namespace {
@@ -104,8 +104,10 @@ std::int32_t site() {
   Site site;
   for (auto& coordinate : site.fractional) coordinate = read.number(-largest_fraction, largest_fraction);
   if (read.status != 0) return read.status;
-  site.element = number_of_element(symbol.view());
-  if (site.element == 0) return refuse("STRUCTURE_ELEMENT_UNKNOWN", symbol.view());
+  site.element = element_of_symbol(symbol.view());
+  const auto& element = elements()[static_cast<std::size_t>(site.element)];
+  const bool is_known = element.mass > 0 && element.symbol == symbol.view();
+  if (!is_known) return refuse("STRUCTURE_ELEMENT_UNKNOWN", symbol.view());
   asymmetric_unit.sites.push_back(site);
   return 0;
 }

@@ -8,10 +8,10 @@
 #include "crystals/crystal_builder.h"
 #include "crystals/crystal_settings.h"
 #include "crystals/periodic_network.h"
-#include "desk/model/elements.h"
 #include "desk/model/group_library.h"
 #include "in_process_core.h"
 #include "structure/crystal_orientation.h"
+#include "structure/elements.h"
 
 namespace pathstat {
 namespace {
@@ -96,8 +96,7 @@ TEST(AllGroups, fill_cells_as_their_operators_do_by_definition) {
                              cell[2], status);
       core.model.set_space_group(object, group.front());
       const desk::Lattice lattice(desk::periodic_3d, cell);
-      core.model.add_atoms(object, std::array{desk::element_of_symbol("C")},
-                           std::array<Vector3, 1>{lattice.cartesian(f)});
+      core.model.add_atoms(object, std::array{element_of_symbol("C")}, std::array<Vector3, 1>{lattice.cartesian(f)});
       kva_cry_buildcrystal_(id, build_option::no_new_bonds, 0, status);
       ASSERT_EQ(status, 0) << row.name;
       const auto expected = images_by_definition(known(row.name).operations(), f);

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "crystals/crystal_settings.h"
-#include "desk/model/elements.h"
 #include "in_process_core.h"
 #include "structure/crystal_orientation.h"
+#include "structure/elements.h"
 
 namespace pathstat {
 namespace {
@@ -149,7 +149,7 @@ class CrystalBuilder : public testing::Test {
     const auto& cell = object(model).data.cell;
     Vector3 x{};
     for (std::size_t k = 0; k < 3; ++k) x[k] = cell[0][k] * f[0] + cell[1][k] * f[1] + cell[2][k] * f[2];
-    return core.model.add_atoms(object(model), std::array{desk::element_of_symbol(element)}, std::array<Vector3, 1>{x});
+    return core.model.add_atoms(object(model), std::array{element_of_symbol(element)}, std::array<Vector3, 1>{x});
   }
 
   std::int32_t build(std::int32_t model, std::int32_t options = 0) {
@@ -197,7 +197,7 @@ TEST_F(CrystalBuilder, puts_atoms_where_the_operators_do) {
     std::set<std::string> expected;
     for (const auto& site : structure.sites) {
       for (const auto& op : group->operations()) {
-        expected.insert(key(desk::element_of_symbol(site.element), op.apply_to_xyz(site.f)));
+        expected.insert(key(element_of_symbol(site.element), op.apply_to_xyz(site.f)));
       }
     }
     const auto found = contents(model);
@@ -313,7 +313,7 @@ TEST_F(CrystalBuilder, builds_and_unbuilds_a_slab) {
   const auto model = core.model.create_model("slab");
   object(model).data.cell = {{{1, 0, 0}, {0, 4, 0}, {0, 0, 4}}};
   for (const auto& x : {Vector3{0, 0.5, 1}, Vector3{0, 4.5, 1}, Vector3{2, 9, 2}}) {
-    core.model.add_atoms(object(model), std::array{desk::element_of_symbol("C")}, std::array<Vector3, 1>{x});
+    core.model.add_atoms(object(model), std::array{element_of_symbol("C")}, std::array<Vector3, 1>{x});
   }
   std::int32_t status = 0;
   kva_sfc_buildsurfacefrommodel_(model, 0, status);

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <random>
 
-#include "desk/model/elements.h"
 #include "small_models.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

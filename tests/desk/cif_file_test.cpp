@@ -9,9 +9,9 @@
 
 #include "desk/export/structure_files.h"
 #include "desk/model/data_model.h"
-#include "desk/model/elements.h"
 #include "desk/model/group_library.h"
 #include "desk/model/stated_symmetry.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "desk/model/elements.h"
 #include "small_models.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

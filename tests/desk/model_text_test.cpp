@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -50,6 +50,7 @@ constexpr Refusal refusals[]{
     {"CELL", "1 2 3 60 60 120", 1, "STRUCTURE_CELL_IMPOSSIBLE"},
     {"SITE", "Si 0 0", 1005, nullptr},
     {"SITE", "Qq 0 0 0", 1, "STRUCTURE_ELEMENT_UNKNOWN"},
+    {"SITE", "X 0 0 0", 1, "STRUCTURE_ELEMENT_UNKNOWN"},
     {"SITE", "SI 0 0 0", 1, "STRUCTURE_ELEMENT_UNKNOWN"},
     {"SPACE_GROUP", "", 1005, nullptr},
     {"SPACE_GROUP", "0", 1, "STRUCTURE_GROUP_UNKNOWN"},

@@ -5,9 +5,9 @@
 #include <map>
 
 #include "desk/export/structure_files.h"
-#include "desk/model/elements.h"
 #include "desk/model/model_edit.h"
 #include "process/desk_with_process.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -17,9 +17,9 @@
 #include "desk/cli/import_command.h"
 #include "desk/import/import_line.h"
 #include "desk/messages/visible_text.h"
-#include "desk/model/elements.h"
 #include "desk/model/model_import.h"
 #include "desk/script/script.h"
+#include "structure/elements.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {

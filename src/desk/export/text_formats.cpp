@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "desk/export/frame_source.h"
-#include "desk/model/elements.h"
 #include "desk/model/stated_symmetry.h"
 #include "desk/model/symmetry.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

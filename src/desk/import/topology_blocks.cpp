@@ -10,7 +10,7 @@
 
 #include "desk/import/script_stream.h"
 #include "desk/import/trajectory_output.h"
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

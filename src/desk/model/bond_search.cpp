@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "desk/model/boxes.h"
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 

@@ -14,9 +14,10 @@
 #include <numbers>
 
 #include "desk/model/cif_text.h"
-#include "desk/model/elements.h"
+#include "desk/model/model_edit.h"
 #include "desk/model/stated_symmetry.h"
 #include "structure/crystal_orientation.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {
@@ -181,18 +182,9 @@ class BlockReader {
     const auto share = word(columns.occupancies, k);
     const double occupancy = share.empty() ? 1 : number_of(share);
     if (!(occupancy >= 0 && occupancy < 1e6)) return fmt::format("\"{}\" is no occupancy", plain_name(share));
-    const auto number = static_cast<std::int32_t>(model.atoms() + 1);
-    model.ids.push_back(number);
-    model.elements.push_back(element);
-    model.names.push_back(label.empty() ? fmt::format("{}{}", elements()[element].symbol, number) : plain_name(label));
-    model.ff_types.push_back("");
-    model.residues.push_back("");
-    model.residue_ids.push_back(0);
-    model.charges.push_back(0);
-    model.masses.push_back(elements()[element].mass);
-    model.occupancies.push_back(occupancy);
-    model.movable.push_back(1);
-    model.positions.push_back(position);
+    const auto name = label.empty() ? std::string{} : plain_name(label);
+    append_atom(model, static_cast<std::int32_t>(model.atoms() + 1),
+                {.element = element, .position = position, .name = name, .occupancy = occupancy});
     return {};
   }
 

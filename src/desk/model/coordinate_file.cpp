@@ -9,8 +9,9 @@
 #include <utility>
 
 #include "desk/model/bond_search.h"
-#include "desk/model/elements.h"
+#include "desk/model/model_edit.h"
 #include "structure/crystal_coordinates.h"
+#include "structure/elements.h"
 #include "structure/model_numbers.h"
 #include "support/record_file.h"
 #include "trajectory/archive_layout.h"
@@ -102,17 +103,14 @@ class CoordinateFileReader {
 
     std::int32_t residue = 0;
     std::from_chars(fields[5].data(), fields[5].data() + fields[5].size(), residue);
-    model_.ids.push_back(static_cast<std::int32_t>(model_.atoms() + 1));
-    model_.elements.push_back(element);
-    model_.names.push_back(fields[0]);
-    model_.residues.push_back(fields[4]);
-    model_.residue_ids.push_back(residue);
-    model_.ff_types.push_back(fields[6]);
-    model_.charges.push_back(charge);
-    model_.masses.push_back(elements()[element].mass);
-    model_.occupancies.push_back(1);
-    model_.movable.push_back(1);
-    model_.positions.push_back(position);
+    append_atom(model_, static_cast<std::int32_t>(model_.atoms() + 1),
+                {.element = element,
+                 .position = position,
+                 .name = fields[0],
+                 .ff_type = fields[6],
+                 .residue = fields[4],
+                 .residue_id = residue,
+                 .charge = charge});
     return true;
   }
 

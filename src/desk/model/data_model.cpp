@@ -4,11 +4,11 @@
 #include <charconv>
 #include <utility>
 
-#include "desk/model/elements.h"
 #include "desk/model/group_library.h"
 #include "desk/model/model_slot.h"
 #include "desk/model/primitive_setting.h"
 #include "desk/model/stated_symmetry.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -7,7 +7,7 @@
 #include <numeric>
 #include <utility>
 
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {
@@ -77,21 +77,27 @@ void rearrange_bonds(MolecularModel& model, std::span<const std::uint32_t> new_p
 
 }  // namespace
 
+void append_atom(MolecularModel& model, std::int32_t id, const StatedAtom& atom) {
+  const auto& element = elements()[atom.element];
+  visit_columns(model, [](auto& column) { column.emplace_back(); });
+  model.ids.back() = id;
+  model.elements.back() = atom.element;
+  model.residue_ids.back() = atom.residue_id;
+  model.charges.back() = atom.charge;
+  model.masses.back() = element.mass;
+  model.occupancies.back() = atom.occupancy;
+  model.positions.back() = atom.position;
+  model.movable.back() = 1;
+  model.names.push_back(atom.name.empty() ? fmt::format("{}{}", element.symbol, id) : std::string(atom.name));
+  model.ff_types.push_back(atom.ff_type);
+  model.residues.push_back(atom.residue);
+}
+
 bool append_atoms(MolecularModel& model, std::span<const std::uint8_t> added, std::span<const Vector3> positions) {
   auto id = next_ids(model, added.size());
   if (id == 0) return false;
   for (std::size_t k = 0; k < added.size(); ++k, ++id) {
-    const auto& element = elements()[added[k]];
-    visit_columns(model, [](auto& column) { column.emplace_back(); });
-    model.ids.back() = id;
-    model.elements.back() = added[k];
-    model.masses.back() = element.mass;
-    model.occupancies.back() = 1;
-    model.positions.back() = positions[k];
-    model.movable.back() = 1;
-    model.names.push_back(fmt::format("{}{}", element.symbol, id));
-    model.ff_types.push_back("");
-    model.residues.push_back("");
+    append_atom(model, id, {.element = added[k], .position = positions[k]});
   }
   take_last_as_own(model);
   return true;

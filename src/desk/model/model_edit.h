@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,21 @@
 /// Changes of a model that add, drop or reorder atoms. Columns, bonds, images and relations stay in step; what knows
 /// atoms by their places (selection, identifiers, monitors) is up to the caller.
 namespace pathstat::desk {
+
+/// What a file says of an atom.
+struct StatedAtom {
+  std::uint8_t element = 0;
+  Vector3 position{};
+  std::string_view name{};  ///< empty: its symbol and identifier
+  std::string_view ff_type{};
+  std::string_view residue{};
+  std::int32_t residue_id = 0;
+  double charge = 0;
+  double occupancy = 1;
+};
+
+/// Adds an atom to the columns of a model, with what its element tells of it.
+void append_atom(MolecularModel& model, std::int32_t id, const StatedAtom& atom);
 
 /// Adds atoms behind the others, with what their elements tell of them. Their identifiers are the next free ones. In a
 /// model with images they come to stand in front of those with the next rearrange.

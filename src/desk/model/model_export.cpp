@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "desk/model/elements.h"
 #include "desk/model/part_file.h"
+#include "structure/elements.h"
 #include "structure/model_file.h"
 
 namespace pathstat::desk {

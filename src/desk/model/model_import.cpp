@@ -10,8 +10,8 @@
 #include <string_view>
 #include <utility>
 
-#include "desk/model/elements.h"
 #include "desk/model/symmetry.h"
+#include "structure/elements.h"
 #include "structure/model_file.h"
 #include "structure/model_numbers.h"
 

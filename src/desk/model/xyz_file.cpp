@@ -9,7 +9,8 @@
 #include <string_view>
 
 #include "desk/model/bond_search.h"
-#include "desk/model/elements.h"
+#include "desk/model/model_edit.h"
+#include "structure/elements.h"
 #include "structure/model_numbers.h"
 
 namespace pathstat::desk {
@@ -93,18 +94,8 @@ class XyzReader {
     if (!good) return fail("an atom is an element and three coordinates");
     const auto element = element_of_symbol(words[0]);
     if (element == 0) return fail(fmt::format("\"{}\" is no element", words[0].substr(0, 16)));
-    const auto number = static_cast<std::int32_t>(model_.atoms() + 1);
-    model_.ids.push_back(number);
-    model_.elements.push_back(element);
-    model_.names.push_back(fmt::format("{}{}", elements()[element].symbol, number));
-    model_.ff_types.push_back("");
-    model_.residues.push_back("");
-    model_.residue_ids.push_back(0);
-    model_.charges.push_back(0);
-    model_.masses.push_back(elements()[element].mass);
-    model_.occupancies.push_back(1);
-    model_.movable.push_back(1);
-    model_.positions.push_back({x[0], x[1], x[2]});
+    append_atom(model_, static_cast<std::int32_t>(model_.atoms() + 1),
+                {.element = element, .position = {x[0], x[1], x[2]}});
     return true;
   }
 

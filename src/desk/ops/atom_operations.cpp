@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 
-#include "desk/model/elements.h"
 #include "desk/ops/object_values.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -4,9 +4,9 @@
 #include <string_view>
 
 #include "desk/model/bond_search.h"
-#include "desk/model/elements.h"
 #include "desk/model/model_edit.h"
 #include "desk/ops/object_values.h"
+#include "structure/elements.h"
 #include "structure/symmetry_codes.h"
 
 // The operations by which models are made and changed: atoms, bonds, cells, images, symmetry.

@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "desk/model/elements.h"
 #include "desk/model/marked_measure.h"
 #include "desk/script/answer_text.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

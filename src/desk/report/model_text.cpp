@@ -8,7 +8,7 @@
 #include <numeric>
 
 #include "desk/messages/visible_text.h"
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

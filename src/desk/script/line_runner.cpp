@@ -22,7 +22,6 @@
 #include "desk/link/folder_content.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
-#include "desk/model/elements.h"
 #include "desk/model/marked_measure.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
@@ -33,6 +32,7 @@
 #include "desk/summary/coordination_graph.h"
 #include "desk/summary/diffusion_error.h"
 #include "desk/summary/neighbour_density.h"
+#include "structure/elements.h"
 #include "support/memory_watch.h"
 
 namespace pathstat::desk {

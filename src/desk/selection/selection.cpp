@@ -12,9 +12,9 @@
 
 #include "desk/advice/nearest.h"
 #include "desk/messages/visible_text.h"
-#include "desk/model/elements.h"
 #include "desk/selection/selection_parts.h"
 #include "desk/selection/selection_words.h"
+#include "structure/elements.h"
 
 namespace pathstat::desk {
 namespace {

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-namespace pathstat::desk {
+namespace pathstat {
 
 /// A kind of atom. Elements are numbered by their atomic number, 1 to 118; behind them stand D and T, and X for a
 /// particle that is no element, such as a bead, whose mass the model has to state.
@@ -19,6 +19,9 @@ struct Element {
 /// All elements by their number; the element of number 0 is none.
 std::span<const Element> elements();
 
+/// The symbol of a number that came from elsewhere; empty for one that nothing has.
+std::string_view symbol_of_element(std::int32_t number);
+
 /// The number of the element with this symbol in upper or lower case, or 0.
 std::uint8_t element_of_symbol(std::string_view symbol);
 
@@ -26,4 +29,4 @@ std::uint8_t element_of_symbol(std::string_view symbol);
 /// or else the first letter alone is.
 std::uint8_t element_of_atom_name(std::string_view name);
 
-}  // namespace pathstat::desk
+}  // namespace pathstat

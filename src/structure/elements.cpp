@@ -1,8 +1,8 @@
-#include "desk/model/elements.h"
+#include "structure/elements.h"
 
 #include <array>
 
-namespace pathstat::desk {
+namespace pathstat {
 namespace {
 
 constexpr std::array<Element, 122> table{{
@@ -152,6 +152,11 @@ constexpr auto by_symbol = [] {
 
 std::span<const Element> elements() { return table; }
 
+std::string_view symbol_of_element(std::int32_t number) {
+  return number > 0 && static_cast<std::size_t>(number) < table.size() ? table[static_cast<std::size_t>(number)].symbol
+                                                                       : std::string_view{};
+}
+
 std::uint8_t element_of_symbol(std::string_view symbol) {
   if (symbol.empty() || symbol.size() > 2 || !is_letter(symbol[0]) || !is_letter(symbol.back())) return 0;
   return by_symbol[square_place(symbol)];
@@ -164,4 +169,4 @@ std::uint8_t element_of_atom_name(std::string_view name) {
   return whole != 0 ? whole : element_of_symbol(name.substr(0, letters > 0 ? 1 : 0));
 }
 
-}  // namespace pathstat::desk
+}  // namespace pathstat
