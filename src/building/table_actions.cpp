@@ -53,11 +53,12 @@ std::int32_t table() {
   std::int32_t status = 0, functions = 0, lines = 0;
   kvz_argfillstring_(path, 1, 0, "", status);
   if (status != 0) return status;
-  kvA_TBL_GetInfo(path.view(), functions, lines, status);
+  status = open_table_file(path.view());
   if (status != 0) {
     refuse(status == table_status::not_opened ? "STRUCTURE_TABLE_MISSING" : "STRUCTURE_TABLE_UNUSABLE", path.view());
     return status;
   }
+  kvA_TBL_GetInfo(path.view(), functions, lines, status);
   current_table = path;
   show_message("STRUCTURE_TABLE", path.view(), functions, lines, joined_names(path.view(), functions));
   return 0;

@@ -138,10 +138,8 @@ std::unique_ptr<Table> opened(std::string_view path, std::int32_t& status) {
   table->path = path;
   if (!path.empty()) table->stream.reset(std::fopen(table->path.c_str(), "r"));
   if (!table->stream) {
-    std::fprintf(stderr, "Unable to open file %s\n", table->path.c_str());
     status = table_status::not_opened;
   } else if (!parse(*table)) {
-    std::fputs("Not a valid TBL data file format\n", stderr);
     status = table_status::not_a_table;
   }
   return status == 0 ? std::move(table) : nullptr;
@@ -169,12 +167,23 @@ std::optional<float> number_in(const std::string& line, std::size_t column) {
 
 }  // namespace
 
-void kvA_TBL_Open(std::string_view file, std::int32_t& status) {
-  status = 0;
-  if (open_table && open_table->path == file) return;
+std::int32_t open_table_file(std::string_view file) {
+  std::int32_t status = 0;
+  if (open_table && open_table->path == file) return status;
   open_table.reset();
   open_table = opened(file, status);
-  if (status != 0) std::fputs("Unable to open TBL file\n", stderr);
+  return status;
+}
+
+void kvA_TBL_Open(std::string_view file, std::int32_t& status) {
+  status = open_table_file(file);
+  if (status == 0) return;
+  if (status == table_status::not_opened) {
+    std::fprintf(stderr, "Unable to open file %s\n", std::string(file).c_str());
+  } else {
+    std::fputs("Not a valid TBL data file format\n", stderr);
+  }
+  std::fputs("Unable to open TBL file\n", stderr);
 }
 
 void kvA_TBL_Close(std::int32_t& status) {

@@ -23,6 +23,8 @@ constexpr std::size_t longest_table_line = 2047;
 // All but kvA_TBL_Close open the file first. `status` is 0 or a value of table_status; what is wrong with a file is
 // told on standard error, and no table is open then.
 
+/// kvA_TBL_Open for a caller who tells himself what is wrong. @return the status
+std::int32_t open_table_file(std::string_view file);
 void kvA_TBL_Open(std::string_view file, std::int32_t& status);
 void kvA_TBL_Close(std::int32_t& status);
 

@@ -382,6 +382,38 @@ TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {
   EXPECT_THAT(output, HasSubstr("a request has at most 1048576 bytes"));
 }
 
+TEST_F(Program, tells_one_trouble_in_one_line_with_the_file_or_what_the_word_takes) {
+  std::ofstream(folder() / "bad.cif") << "no block\n";
+  std::ofstream(folder() / "bad.xyz") << "no number\n";
+  struct Case {
+    std::string line, told;
+  };
+  const std::string here = fs::canonical(folder()).string() + "/";
+  const Case cases[]{
+      {"IMPORT_STRUCTURE bad.cif", here + "bad.cif is no whole CIF: line 1:1: expected block header (data_)"},
+      {"IMPORT_STRUCTURE bad.xyz", here + "bad.xyz, line 1: here stands the number of atoms"},
+      {"IMPORT_STRUCTURE none.car", here + "none.car can't be opened"},
+      {"TABLE bad.xyz", here + "bad.xyz is no table file: its functions are named between lines that begin with #."},
+      {"TABLE none.dat", "The table file " + here + "none.dat cannot be opened."},
+      {"EXTREMA_NUMBER 101",
+       "101 is above the highest value allowed, 100 (status 1002); EXTREMA_NUMBER takes integer from 1 to 100"},
+      {"BONDING SOME",
+       "The argument is none of the words allowed here (status 1003); BONDING takes one of NONE, FACES, ALL"},
+      {"EXPORT_STRUCTURE none/x.cif", here + "none/x.cif cannot be written: No such file or directory"},
+  };
+  std::string lines = "@stop-on-error no\nCELL 9 9 9 90 90 90\nSITE C 0 0 0\nBUILD_CRYSTAL\n";
+  for (const auto& each : cases) lines += each.line + "\n";
+  EXPECT_EQ(script(lines), 1);
+  std::istringstream told(trouble);
+  for (const auto& each : cases) {
+    std::string failed, reason;
+    std::getline(told, failed), std::getline(told, reason);
+    EXPECT_THAT(failed, HasSubstr(each.line.substr(0, each.line.find(' ')) + " failed with status")) << trouble;
+    EXPECT_EQ(reason, "    " + each.told);
+  }
+  EXPECT_EQ(told.peek(), EOF) << trouble;
+}
+
 TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_one) {
   int status = -1;
   const auto shown = typed(butane.substr(0, butane.size() - 1) + "\rNO_SUCH_WORD\rcurrent_frame_n\t7\r@sh\tmodel\r\x04",

@@ -260,10 +260,12 @@ void check_pairs_of_frames(const Case& now, std::vector<std::string>& all) {
 }
 
 void check_needs(const Case& now, std::vector<std::string>& all) {
-  if (!now.failed() || now.told() || !all.empty()) return;
-  if (!now.row.needs.empty()) {
+  constexpr std::int32_t below_range = 1001, above_range = 1002;
+  const bool out_of_range = now.command.status == below_range || now.command.status == above_range;
+  if (!now.failed() || (now.told() && !out_of_range) || !all.empty()) return;
+  if (!out_of_range && !now.row.needs.empty()) {
     all.push_back(fmt::format("{} needs: {}", now.command.word, now.row.needs));
-  } else if (is_number_form(now.shape.form)) {
+  } else if (out_of_range || is_number_form(now.shape.form)) {
     all.push_back(fmt::format("{} takes {}", now.command.word, now.row.arguments));
   }
 }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 
 #include "desk/export/text_formats.h"
@@ -49,7 +51,7 @@ std::string write_structure_file(const MolecularModel& model, const std::string&
   std::ofstream file(whole.part(), std::ios::binary);
   file << text << std::flush;
   file.close();
-  return file ? whole.keep() : fmt::format("{} cannot be written", path);
+  return file ? whole.keep() : fmt::format("{} cannot be written: {}", path, std::strerror(errno));
 }
 
 }  // namespace pathstat::desk

@@ -35,7 +35,8 @@ CifText split_cif(const std::string& text, const std::string& name) {
     const auto document = cif::read_memory(text.data(), text.size(), name.c_str());
     for (const auto& block : document.blocks) result.blocks.push_back(columns_of(block));
   } catch (const std::exception& fault) {
-    result = {{}, fault.what()};
+    const std::string why = fault.what();
+    result = {{}, why.rfind(name + ":", 0) == 0 ? "line " + why.substr(name.size() + 1) : why};
   }
   return result;
 }

@@ -66,6 +66,14 @@ std::string indented(std::string_view text) {
 constexpr std::array<std::string_view, 4> start_and_end_lines{
     "pathstat  :  revision", "Close external process: ", "Application (", "Caught SIGUSR1 signal"};
 
+/// What the process says where the desk, which reads and writes the file, has told what is wrong with it.
+bool says_file_failed(std::string_view key) {
+  return key == "STRUCTURE_IMPORT_FAILED" || key == "STRUCTURE_EXPORT_FAILED";
+}
+
+/// Statuses of arguments that are beyond a range, no choice, or missing: all that is told of them is one trouble.
+bool is_about_argument(std::int32_t status) { return status >= 1001 && status <= 1008; }
+
 std::string first_value(const WordAnswer& answer) {
   return answer.values.empty() ? std::string{} : without_blanks(answer.values.front());
 }
@@ -155,6 +163,8 @@ std::string LineRunner::start() {
 
 void LineRunner::take_message(Message message) {
   if (asked_) return;
+  const auto is_error = [](const Message& held) { return held.kind == MessageKind::error; };
+  if (says_file_failed(message.key) && std::any_of(held_.begin(), held_.end(), is_error)) return;
   if (auto text = constant_in_words(message)) message.text = std::move(*text);
   record_.note(message);
   const bool held = message.kind == MessageKind::error || message.kind == MessageKind::warning;
@@ -398,7 +408,7 @@ void LineRunner::mark_interrupted(StepRecord& step, const ScriptLine& line) {
 
 void LineRunner::report_failure(const ScriptLine& line, const std::string& problem) {
   console_.complain(where(line) + problem);
-  std::string last;
+  std::vector<std::string> texts;
   bool told = false;
   for (const auto& note : record_.steps.back().notes) {
     const auto* message = std::get_if<Message>(&note);
@@ -407,13 +417,14 @@ void LineRunner::report_failure(const ScriptLine& line, const std::string& probl
     told = told || message->kind == MessageKind::error;
     auto text = in_full(*message);
     // Routines that call each other may all tell of the same thing.
-    if (text != last) console_.complain(indented(text));
-    last = std::move(text);
+    if (texts.empty() || text != texts.back()) texts.push_back(std::move(text));
   }
   // 1 is what any failure may end with.
   const auto status = record_.steps.back().status.value_or(0);
   const auto* row = !told && status > 1 ? find_status(status) : nullptr;
-  if (row) console_.complain(indented(row->text));
+  if (row) texts.emplace_back(row->text);
+  if (is_about_argument(status) && !texts.empty()) texts = {fmt::format("{}", fmt::join(texts, "; "))};
+  for (const auto& text : texts) console_.complain(indented(text));
 }
 
 bool LineRunner::finish() {
