@@ -6,6 +6,7 @@
 #include <array>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "desk/ops/frame_codec.h"
 #include "desk/ops/model_operations.h"
 #include "desk/ops/user_interface.h"
+#include "scratch_folder.h"
 
 namespace pathstat {
 
@@ -51,6 +53,9 @@ class InProcessCore {
     if (imported.models.empty()) throw std::runtime_error(imported.problem);
     return model.add_model(std::move(imported.models.front()));
   }
+
+  /// The same of a text that stands for a model file.
+  std::int32_t import_text(std::string_view text) { return import(folder_.write("model.qfx", text)); }
 
   desk::OperationServer server;
   desk::DataModel model;
@@ -125,6 +130,7 @@ class InProcessCore {
     return desk::write_reply(stream, call, server.serve(call)).empty();
   }
 
+  const ScratchFolder folder_;
   Connection near_;
   std::thread thread_;
 };

@@ -15,6 +15,7 @@
 #include "correlation/moving_atoms.h"
 #include "correlation/velocity_autocorrelation.h"
 #include "extraction/scratch_format.h"
+#include "scratch_folder.h"
 #include "services/file_units.h"
 #include "support/named_memory.h"
 #include "support/parallel.h"
@@ -343,11 +344,6 @@ void expect_definition(const Table& table, const Motion& motion, bool of_velocit
   }
 }
 
-std::string bytes_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST_F(CorrelationRun, long_runs_are_as_the_definition_has_them) {
   for (const double drift : {0.0, 5.0}) {  // with drift, short lags drown in the rounding of a transform
     const Motion motion = wandering(drift);
@@ -455,7 +451,7 @@ TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
           ::setenv("PATHSTAT_CACHE_MIB", memory, 1);
           set_thread_count(threads);
           EXPECT_EQ(run(run_msd_, {.intervals = intervals, .frames = motion.frames, .anisotropic = anisotropic}), 0);
-          const std::string bytes = bytes_of("PathStat.msd");
+          const std::string bytes = content_of("PathStat.msd");
           if (first.empty()) first = bytes;
           EXPECT_TRUE(bytes == first) << threads << " threads, " << memory << " MiB, " << intervals << " lags";
         }

@@ -5,12 +5,12 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 
 #include "desk/export/structure_files.h"
 #include "desk/model/data_model.h"
 #include "desk/model/group_library.h"
 #include "desk/model/stated_symmetry.h"
+#include "scratch_folder.h"
 #include "structure/elements.h"
 
 namespace pathstat::desk {
@@ -20,17 +20,11 @@ using testing::HasSubstr;
 
 class StructureFile : public testing::Test {
  protected:
-  std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / testing::UnitTest::GetInstance()->current_test_info()->name();
+  const ScratchFolder scratch;
+  const std::filesystem::path folder = scratch.path();
 
-  StructureFile() { std::filesystem::create_directories(folder); }
-  ~StructureFile() override { std::filesystem::remove_all(folder); }
-
-  std::string path(const char* name) const { return (folder / name).string(); }
-  std::string written(const char* name, std::string_view text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
-    return path(name);
-  }
+  std::string path(const char* name) const { return scratch.file(name); }
+  std::string written(const char* name, std::string_view text) const { return scratch.write(name, text); }
   ImportedModels cif(std::string_view text) const { return read_cif_file(written("a.cif", text)); }
 };
 

@@ -1,42 +1,12 @@
 #pragma once
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "desk/model/data_model.h"
 #include "desk/model/model_import.h"
+#include "scratch_folder.h"
 
 namespace pathstat::desk {
-
-/// A folder that is gone when the test is over.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    static int folders = 0;
-    path_ = std::filesystem::temp_directory_path() /
-            ("desk_" + std::to_string(::getpid()) + "_" + std::to_string(++folders));
-    std::filesystem::create_directories(path_);
-  }
-  ~ScratchFolder() { std::filesystem::remove_all(path_); }
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-  std::string write(const std::string& name, const std::string& text) const {
-    std::ofstream(file(name), std::ios::binary) << text;
-    return file(name);
-  }
-  std::string read(const std::string& name) const {
-    std::ifstream stream(file(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 /// Two water molecules in a cube of 10 Å; the second lies on both sides of the face at z = 0.
 inline const std::string water_pair = R"((1 Model pair

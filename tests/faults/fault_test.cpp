@@ -24,6 +24,7 @@
 #include <thread>
 
 #include "faults/library/fault_library.h"
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -79,11 +80,6 @@ void PrintTo(const Fault& fault, std::ostream* stream) {
   *stream << fault.program << ' ' << fault.call << ' ' << fault.how << ' ' << fault.protocol;
 }
 
-std::string content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 void put(const fs::path& path, std::string_view text) {
   std::ofstream(path, std::ios::binary).write(text.data(), std::ssize(text));
 }
@@ -94,7 +90,7 @@ Files files_in(const fs::path& folder) {
   Files files;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     const bool plain = fs::is_regular_file(entry.symlink_status());
-    files[fs::relative(entry.path(), folder)] = plain ? content(entry.path()) : std::string{};
+    files[fs::relative(entry.path(), folder)] = plain ? content_of(entry.path()) : std::string{};
   }
   return files;
 }
@@ -116,21 +112,12 @@ struct Outcome {
 class Place {
  public:
   Place() {
-    std::string pattern = fs::temp_directory_path() / "faults-XXXXXX";
-    if (!::mkdtemp(pattern.data())) throw std::runtime_error("no folder for the test");
-    base_ = pattern;
     const std::string example = EXAMPLES_DIR "/butane/butane";
     fs::create_directories(base_ / "in");
-    put(base_ / "in/small.trj", content(example + ".trj").substr(0, bytes_of_trajectory));
-    put(base_ / "in/small.qfx", content(example + ".qfx"));
+    put(base_ / "in/small.trj", content_of(example + ".trj").substr(0, bytes_of_trajectory));
+    put(base_ / "in/small.qfx", content_of(example + ".qfx"));
     put(base_ / "in/small.script", script);
   }
-  ~Place() {
-    std::error_code ignored;
-    fs::remove_all(base_, ignored);
-  }
-  Place(const Place&) = delete;
-  Place& operator=(const Place&) = delete;
 
   /// Runs the script with a fault at one call, 0 for none, where an earlier run has left results of these names.
   Outcome run(const Fault& fault, std::size_t at, const Files& before) {
@@ -175,8 +162,8 @@ class Place {
     outcome.after = Clock::now().time_since_epoch() - std::chrono::nanoseconds(account->when);
     outcome.calls = account->calls;
     outcome.fired = account->fired;
-    outcome.out = content(file("stdout"));
-    outcome.err = content(file("stderr"));
+    outcome.out = content_of(file("stdout"));
+    outcome.err = content_of(file("stderr"));
     outcome.left = files_in(base_ / "tmp");
     outcome.results = files_in(base_ / "out");
     ::munmap(shared, sizeof(faults::Account));
@@ -225,12 +212,13 @@ class Place {
   bool others_run() const {
     for (const auto& entry : fs::directory_iterator("/proc")) {
       if (!std::isdigit(static_cast<unsigned char>(entry.path().filename().string()[0]))) continue;
-      if (content(entry.path() / "environ").find(mark()) != std::string::npos) return true;
+      if (content_of(entry.path() / "environ").find(mark()) != std::string::npos) return true;
     }
     return false;
   }
 
-  fs::path base_;
+  const ScratchFolder folder_;
+  const fs::path base_ = folder_.path();
 };
 
 /// Lines of a text that are not in another.

@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <numbers>
 #include <sstream>
 
@@ -14,6 +13,7 @@
 #include "pairs/rdf_result.h"
 #include "pairs/structure_factor.h"
 #include "recording_core.h"
+#include "scratch_folder.h"
 #include "state/rdf_settings.h"
 
 namespace pathstat {
@@ -54,16 +54,8 @@ TEST(Normalisation, is_one_over_pairs_and_for_partial_also_over_the_shell) {
 /// One run in a directory of its own, with a file of four distances.
 class RdfFile : public testing::Test {
  protected:
-  RdfFile() : before_(std::filesystem::current_path()) {
-    const auto folder = std::filesystem::temp_directory_path() / ("rdf_test_" + std::to_string(::getpid()));
-    std::filesystem::create_directory(folder);
-    std::filesystem::current_path(folder);
-  }
-  ~RdfFile() override {
-    const auto folder = std::filesystem::current_path();
-    std::filesystem::current_path(before_);
-    std::filesystem::remove_all(folder);
-  }
+  RdfFile() { std::filesystem::current_path(folder_.path()); }
+  ~RdfFile() override { std::filesystem::current_path(before_); }
 
   void write(std::int32_t columns, bool periodic, std::int32_t set_type = rdf_between::elements) {
     const RdfTail tail{0.25, 0.5, periodic, set_type};
@@ -93,13 +85,13 @@ class RdfFile : public testing::Test {
   RecordingCore core;
 
  private:
-  std::filesystem::path before_;
+  const ScratchFolder folder_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 TEST_F(RdfFile, stands_in_length_framed_records) {
   write(3, true);
-  std::ifstream file{std::string(rdf_file), std::ios::binary};
-  const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+  const auto bytes = content_of(rdf_file);
   ASSERT_EQ(bytes.size(), 24U + 4U * 44U + 32U);
   const unsigned char head[]{0, 0, 0, 16, 0, 0, 0, 4, 0, 0, 0, 3, 0, 0, 1, 77, 0, 0, 39, 20, 0, 0, 0, 16};
   const unsigned char second[]{0,    0,    0, 36,   0,                            // length, 0

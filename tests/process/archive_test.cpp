@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "archive_writer.h"
 #include "process/desk_with_process.h"
+#include "scratch_folder.h"
 
 namespace pathstat::desk {
 namespace {
@@ -20,11 +20,6 @@ using testing::Pointwise;
 const std::string run_file = EXAMPLES_DIR "/water-npt/water-npt.trj";
 const std::string model_file = EXAMPLES_DIR "/water-npt/water-npt.qfx";
 constexpr std::int32_t frames = 12;
-
-std::string bytes_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The values of a scratch file, one behind the other.
 std::vector<double> series(DeskWithProcess& desk, const std::string& name) {
@@ -176,7 +171,8 @@ TEST(ArchiveLoad, tells_what_is_wrong_with_the_file) {
 /// The archives of the examples are what the writer makes of the run.
 TEST(ArchiveExamples, are_those_of_the_run) {
   const fs::path examples = EXAMPLES_DIR "/water-archive";
-  const fs::path made = fs::path(testing::TempDir()) / ("archive_" + std::to_string(::getpid()));
+  const ScratchFolder folder;
+  const auto made = folder.file("archive");
   struct Example {
     const char* name;
     ArchiveForm form;
@@ -185,10 +181,9 @@ TEST(ArchiveExamples, are_those_of_the_run) {
   for (const auto& [name, form, step, count] :
        {Example{"lines.arc", ArchiveForm::text, 12, 9}, Example{"records.arc", ArchiveForm::records, 48, 3},
         Example{"lines.car", ArchiveForm::text, 1, 1}, Example{"records.cor", ArchiveForm::records, 1, 1}}) {
-    write_archive_of_run(run_file, model_file, made.string(), form, step, count);
-    EXPECT_EQ(bytes_of(examples / name), bytes_of(made)) << name;
+    write_archive_of_run(run_file, model_file, made, form, step, count);
+    EXPECT_EQ(content_of(examples / name), content_of(made)) << name;
   }
-  fs::remove(made);
 }
 
 }  // namespace

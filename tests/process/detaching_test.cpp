@@ -14,6 +14,7 @@
 #include "desk/link/reconnection.h"
 #include "desk/script/kept_session.h"
 #include "process/desk_with_process.h"
+#include "scratch_folder.h"
 
 namespace pathstat::desk {
 namespace {
@@ -22,11 +23,6 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-std::string text_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The rows of a table, without what is told ahead of them.
 std::string rows_of(const fs::path& path) {
@@ -41,15 +37,10 @@ std::string rows_of(const fs::path& path) {
 /// Runs of pathdesk one after the other, with a folder for temporary files of their own.
 class LeftBehind : public testing::Test {
  protected:
-  LeftBehind() {
-    std::string name = testing::TempDir() + "left-XXXXXX";
-    folder = ::mkdtemp(name.data());
-    ::setenv("TMPDIR", folder.c_str(), 1);
-  }
+  LeftBehind() { ::setenv("TMPDIR", folder.c_str(), 1); }
   ~LeftBehind() override {
     for (const auto process : detached_processes()) ::kill(process, SIGKILL);
     ::unsetenv("TMPDIR");
-    fs::remove_all(folder);
   }
 
   /// Runs a script under `out`. @return the exit code
@@ -59,12 +50,13 @@ class LeftBehind : public testing::Test {
                          "' && timeout 100 '" PATHDESK_PROGRAM "' run lines --format tsv,html" + " --out " + out +
                          " >output 2>trouble";
     const int status = std::system(command.c_str());
-    output = text_of(folder / "output");
-    trouble = text_of(folder / "trouble");
+    output = content_of(folder / "output");
+    trouble = content_of(folder / "trouble");
     return WEXITSTATUS(status);
   }
 
-  fs::path folder;
+  const ScratchFolder scratch;
+  const fs::path folder = scratch.path();
   std::string output, trouble;
   const std::string load = "TRAJECTORY " EXAMPLES_DIR "/water/water.trj\n";
 };

@@ -18,6 +18,7 @@
 
 #include "desk/link/work_directory.h"
 #include "process/desk_with_process.h"
+#include "scratch_folder.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
@@ -30,11 +31,6 @@ using testing::Not;
 
 const std::string butane = "TRAJECTORY " EXAMPLES_DIR "/butane/butane.trj\n";
 
-std::string text_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// The program with a script in a folder of its own. Pictures are left out: they need another program.
 class Program : public testing::Test {
  protected:
@@ -46,8 +42,8 @@ class Program : public testing::Test {
   int run(const std::string& arguments) {
     const auto command = "cd '" + folder().string() + "' && '" PATHDESK_PROGRAM "' " + arguments + " >output 2>trouble";
     const int status = std::system(command.c_str());
-    output = text_of(folder() / "output");
-    trouble = text_of(folder() / "trouble");
+    output = content_of(folder() / "output");
+    trouble = content_of(folder() / "trouble");
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
   int shell(const std::string& text) {
@@ -59,7 +55,7 @@ class Program : public testing::Test {
     return run("run lines --out out --format tsv,html");
   }
   fs::path folder() const { return directory_.path(); }
-  std::string report() const { return text_of(folder() / "out/report.html"); }
+  std::string report() const { return content_of(folder() / "out/report.html"); }
 
   std::string output, trouble;
 
@@ -224,11 +220,11 @@ TEST_F(Program, tells_of_results_that_do_not_fit_and_leaves_no_part_of_them) {
   const auto command =
       "cd '" + folder().string() + "' && ulimit -f 6 && '" PATHDESK_PROGRAM "' run lines >output 2>trouble";
   EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
-  trouble = text_of(folder() / "trouble");
+  trouble = content_of(folder() / "trouble");
   EXPECT_THAT(trouble, HasSubstr("cannot write out/report.html: File too large\n"));
   EXPECT_THAT(trouble, HasSubstr("not drawn: Profile-of-Temperature.svg, Profile-of-Temperature.png: "));
   EXPECT_THAT(trouble, HasSubstr("the results in out are not complete"));
-  EXPECT_THAT(text_of(folder() / "output"), Not(HasSubstr("Results are in")));
+  EXPECT_THAT(content_of(folder() / "output"), Not(HasSubstr("Results are in")));
   for (const auto& entry : fs::directory_iterator(folder() / "out")) {
     EXPECT_THAT(entry.path().filename().string(),
                 testing::AnyOf("Profile-of-Temperature.tsv", "summary.tsv", "summary.json"));
@@ -242,7 +238,7 @@ TEST_F(Program, says_what_came_of_a_run_in_numbers) {
                            "MSD_MAX_INTERVAL_NO 40\nMSD\nMIN_FIT_TIME 0.1\nMAX_FIT_TIME 0.3\nLINEAR_FIT\n"),
             0)
       << trouble;
-  const auto table = text_of(folder() / "out/summary.tsv");
+  const auto table = content_of(folder() / "out/summary.tsv");
   EXPECT_THAT(table, ContainsRegex("series\tTemperature\tmean\t[0-9.]+\t[0-9.]+\tK\t"));
   // Bonds hold the atoms of a molecule at fixed distances: one O around each H, two H around each O.
   EXPECT_THAT(table, ContainsRegex("g\\(r\\) of H and O[^\t]*\tcoordination number\t(1|1.0000[0-9]*|0.9999[0-9]*)\t"));
@@ -254,7 +250,7 @@ TEST_F(Program, says_what_came_of_a_run_in_numbers) {
     EXPECT_TRUE(fs::exists(folder() / "out" / (std::string(name) + ".tsv"))) << name;
   }
   EXPECT_THAT(
-      text_of(folder() / "out/coordination-O-H.tsv"),
+      content_of(folder() / "out/coordination-O-H.tsv"),
       HasSubstr("# command: RDF\n# settings: SELECT_PROPERTIES Temperature; RDF_BETWEEN ELEMENTS; RDF_CUTOFF 3; "
                 "RDF_TYPE O H\n# atoms: O and H, frames 1 to 300\n"));
   EXPECT_THAT(report(), HasSubstr("What the run says"));
@@ -421,7 +417,7 @@ TEST_F(Program, takes_typed_lines_with_completion_and_goes_on_behind_a_failed_on
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
   EXPECT_THAT(shown, HasSubstr("NO_SUCH_WORD failed with status"));
   EXPECT_THAT(shown, HasSubstr("Frame 7 of the range, 0.06 ps")) << shown;
-  EXPECT_THAT(text_of(folder() / "pathdesk/history"), HasSubstr("CURRENT_FRAME_NUMBER 7\n@show model\n"));
+  EXPECT_THAT(content_of(folder() / "pathdesk/history"), HasSubstr("CURRENT_FRAME_NUMBER 7\n@show model\n"));
 }
 
 }  // namespace

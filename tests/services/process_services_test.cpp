@@ -12,6 +12,7 @@
 
 #include "corelink/host_name.h"
 #include "corelink/last_error.h"
+#include "scratch_folder.h"
 #include "services/file_search.h"
 #include "services/process_signals.h"
 #include "services/process_start.h"
@@ -81,8 +82,6 @@ TEST(TranslatedNames, are_translated_from_left_to_right) {
 class Files : public testing::Test {
  protected:
   Files() {
-    std::string name = testing::TempDir() + "files-XXXXXX";
-    folder = ::mkdtemp(name.data());
     file("one/tool", "x");
     file("two/tool", "xyz");
     file("two/other", "");
@@ -92,8 +91,8 @@ class Files : public testing::Test {
     std::filesystem::create_directories(full.parent_path());
     std::ofstream(full) << content;
   }
-  ~Files() override { std::filesystem::remove_all(folder); }
-  std::string folder;
+  const ScratchFolder scratch;
+  const std::string folder = scratch.path().string();
 };
 
 TEST_F(Files, are_sized_renamed_and_removed) {

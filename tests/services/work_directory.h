@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "scratch_folder.h"
 #include "services/file_host.h"
 
 namespace pathstat {
@@ -17,8 +16,6 @@ namespace pathstat {
 class WorkDirectory : public testing::Test {
  protected:
   WorkDirectory() : host_(file_host()), start_(std::filesystem::current_path()) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "servicesXXXXXX").string();
-    directory_ = std::filesystem::canonical(mkdtemp(pattern.data()));
     std::filesystem::current_path(directory_);
     file_host() = {[] {}, [](std::string_view) { return 0; },
                    [](std::string_view, std::int32_t) { return std::string(); }, [](std::int32_t) {}};
@@ -26,19 +23,19 @@ class WorkDirectory : public testing::Test {
   ~WorkDirectory() override {
     file_host() = host_;
     std::filesystem::current_path(start_);
-    std::filesystem::remove_all(directory_);
   }
 
   std::string path(const std::string& name) const { return (directory_ / name).string(); }
   static void write(const std::string& name, const std::string& content) {
     std::ofstream(name, std::ios::binary) << content;
   }
-  static std::string content(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
+  static std::string content(const std::string& name) { return content_of(name); }
 
-  std::filesystem::path directory_;
+ private:
+  const ScratchFolder scratch_;
+
+ protected:
+  const std::filesystem::path directory_ = scratch_.path();
 
  private:
   FileHost host_;

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "in_process_core.h"
 #include "structure/crystal_coordinates.h"
 
@@ -12,11 +10,9 @@ class Density : public testing::Test {
  protected:
   /// Two atoms of mass 20 and 30, the second half occupied, in a box of 2 x 4 x 5 Å.
   std::int32_t model(std::int32_t type) {
-    const std::string path = testing::TempDir() + "density_" + std::to_string(::getpid()) + ".qfx";
-    std::ofstream(path) << "(1 Model box\n (A I PeriodicType " << type << ")\n (A V Cell ((2 0 0) (0 4 0) (0 0 5)))\n"
-                        << " (A I AtomId (1 2))\n (A C Element (Ar Ar))\n (A V XYZ ((0 0 0) (1 1 1)))\n"
-                        << " (A D Mass (20 30))\n (A D Occupancy (1 0.5))\n)\n";
-    return core.import(path);
+    return core.import_text("(1 Model box\n (A I PeriodicType " + std::to_string(type) +
+                            ")\n (A V Cell ((2 0 0) (0 4 0) (0 0 5)))\n (A I AtomId (1 2))\n (A C Element (Ar Ar))\n"
+                            " (A V XYZ ((0 0 0) (1 1 1)))\n (A D Mass (20 30))\n (A D Occupancy (1 0.5))\n)\n");
   }
   InProcessCore core;
 };

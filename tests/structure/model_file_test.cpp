@@ -2,12 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
+
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -29,8 +30,6 @@ std::ostream& operator<<(std::ostream& out, const Item& item) {
 class ModelFileTest : public testing::Test {
  protected:
   ModelFileTest() {
-    std::string pattern = testing::TempDir() + "model-file-XXXXXX";
-    folder_ = mkdtemp(pattern.data());
     set_model_file_messages([this](std::string_view key, std::initializer_list<ModelFileMessageArgument> arguments) {
       std::ostringstream text;
       text << key;
@@ -38,12 +37,9 @@ class ModelFileTest : public testing::Test {
       messages_.push_back(text.str());
     });
   }
-  ~ModelFileTest() override {
-    set_model_file_messages({});
-    fs::remove_all(folder_);
-  }
+  ~ModelFileTest() override { set_model_file_messages({}); }
 
-  std::string path(const char* name = "model.qfx") const { return folder_ + "/" + name; }
+  std::string path(const char* name = "model.qfx") const { return folder_.file(name); }
   ModelFile writing() const {
     ModelFile file(FIL_QFXioCreate(path()));
     EXPECT_EQ(FIL_QFXioOpenWrite(*file), 0);
@@ -51,8 +47,7 @@ class ModelFileTest : public testing::Test {
   }
   std::string written(ModelFile file) const {
     EXPECT_EQ(FIL_QFXioClose(*file), 0);
-    std::ifstream in(path(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    return content_of(path());
   }
   std::vector<Item> items(std::string_view text) const {
     std::ofstream(path(), std::ios::binary) << text;
@@ -73,7 +68,7 @@ class ModelFileTest : public testing::Test {
     }
   }
 
-  std::string folder_;
+  const ScratchFolder folder_;
   std::vector<std::string> messages_;
 };
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <vector>
 
 #include "in_process_core.h"
@@ -51,10 +50,9 @@ class Library : public testing::Test {
     });
     core.server.on("kvD_MOD_3DSymmetry",
                    [this](const OperationCall&, OperationReply& reply) { reply.put(group_of_model); });
-    const std::string path = testing::TempDir() + "group_" + std::to_string(::getpid()) + ".qfx";
-    std::ofstream(path) << "(1 Model box\n (A I PeriodicType 100)\n (A V Cell ((5 0 0) (0 6 0) (0 0 8)))\n"
-                        << " (A I AtomId (1))\n (A C Element (Ar))\n (A V XYZ ((1 1 1)))\n)\n";
-    model = core.import(path);
+    model = core.import_text(
+        "(1 Model box\n (A I PeriodicType 100)\n (A V Cell ((5 0 0) (0 6 0) (0 0 8)))\n"
+        " (A I AtomId (1))\n (A C Element (Ar))\n (A V XYZ ((1 1 1)))\n)\n");
   }
 
   void serve(std::string_view operation, std::int32_t Group::*member) {

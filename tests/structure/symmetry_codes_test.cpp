@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <limits>
 #include <random>
 #include <vector>
@@ -279,13 +278,11 @@ TEST(SymmetryOperators, take_cartesian_form_into_other_arrays_or_their_own) {
 class GroupOfTheCore : public testing::Test {
  protected:
   GroupOfTheCore() {
-    const std::string path = testing::TempDir() + "screw_" + std::to_string(::getpid()) + ".qfx";
-    std::ofstream(path) << "(1 Model screw\n (A I PeriodicType 100)\n (A V Cell ((5 0 0) (0 6 0) (0 0 8)))\n"
-                        << " (A I AtomId (1))\n (A C Element (Ar))\n (A V XYZ ((1 1 1)))\n)\n";
-    auto models = desk::read_model_file(path).models;
-    models.front().symmetry.rotations = {identity, {-1, 0, 0, 0, -1, 0, 0, 0, 1}};
-    models.front().symmetry.translations = {{0, 0, 0}, {0, 0, .5}};
-    group = core.model.model(core.model.add_model(std::move(models.front())))->space_group;
+    const auto model = core.import_text(
+        "(1 Model screw\n (A I PeriodicType 100)\n (A V Cell ((5 0 0) (0 6 0) (0 0 8)))\n"
+        " (A I AtomId (1))\n (A C Element (Ar))\n (A V XYZ ((1 1 1)))\n"
+        " (A D Rotation (1 0 0 0 1 0 0 0 1  -1 0 0 0 -1 0 0 0 1))\n (A D Translation (0 0 0  0 0 0.5))\n)\n");
+    group = core.model.model(model)->space_group;
   }
   InProcessCore core;
   std::int32_t group = 0, status = -1;

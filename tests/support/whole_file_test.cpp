@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <new>
+
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -15,20 +15,11 @@ namespace fs = std::filesystem;
 
 class WholeFile : public testing::Test {
  protected:
-  WholeFile() {
-    std::string pattern = fs::temp_directory_path() / "whole-XXXXXX";
-    folder_ = ::mkdtemp(pattern.data());
-    std::ofstream(path_ = folder_ / "result") << "of an earlier run";
-  }
-  ~WholeFile() override { fs::remove_all(folder_); }
-
-  std::string content() const {
-    std::ifstream file(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string content() const { return content_of(path_); }
   auto files() const { return std::distance(fs::directory_iterator(folder_), {}); }
 
-  fs::path folder_, path_;
+  const ScratchFolder scratch_;
+  const fs::path folder_ = scratch_.path(), path_ = scratch_.write("result", "of an earlier run");
 };
 
 TEST_F(WholeFile, takes_the_place_of_an_earlier_one_only_once_it_is_whole) {

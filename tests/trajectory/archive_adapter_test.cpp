@@ -8,7 +8,7 @@
 #include <numbers>
 
 #include "desk/model/coordinate_file.h"
-#include "desk/small_models.h"
+#include "scratch_folder.h"
 #include "trajectory/front_end_fixture.h"
 
 namespace pathstat {
@@ -243,7 +243,7 @@ class SymmetricArchive : public ArchiveTrajectory {
         vectors(in_model({0.1, 0.2, 0.3}, 10, 12, 14)) + vectors(in_model({0.4, 0.05, 0.6}, 10, 12, 14)) +
         "))\n (A D Rotation (1 0 0 0 1 0 0 0 1 -1 0 0 0 1 0 0 0 -1 -1 0 0 0 -1 0 0 0 -1 "
         "1 0 0 0 -1 0 0 0 1))\n (A D Translation (0 0 0 0 0.5 0.5 0 0 0 0 0.5 0.5))\n)\n";
-    return core.import(folder.write("crystal.qfx", rows));
+    return core.import_text(rows);
   }
   /// Positions of all atoms: the stored ones, then the images of each.
   static Doubles expected(double a, double b, double c) {

@@ -30,11 +30,11 @@ class FirstFrame : public testing::Test {
  protected:
   /// Four atoms, of which the first and the third move.
   std::int32_t import(std::int32_t type = 100, const char* ids = "4 3 2 1") {
-    std::ofstream(model_path) << "(1 Model four\n (A I PeriodicType " << type
-                              << ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" << ids << "))\n"
-                              << " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
-                              << " (A I Movable (1 0 1 0))\n)\n";
-    return core.import(model_path);
+    return core.import_text("(1 Model four\n (A I PeriodicType " + std::to_string(type) +
+                            ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" + ids +
+                            "))\n"
+                            " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
+                            " (A I Movable (1 0 1 0))\n)\n");
   }
   std::int32_t fix(const std::string& path, std::int32_t file_type, std::int32_t model) {
     std::int32_t status = -1;
@@ -44,7 +44,6 @@ class FirstFrame : public testing::Test {
   const desk::MolecularModel& data(std::int32_t model) { return core.model.model(model)->data; }
 
   InProcessCore core;
-  const std::string model_path = testing::TempDir() + "first_frame_" + std::to_string(::getpid()) + ".qfx";
   WrittenTrajectory trajectory{4, {2, 4}, 3};
 };
 
@@ -98,10 +97,10 @@ TEST_F(FirstFrame, a_frame_without_a_cell_leaves_the_model_its_own) {
   const auto bytes = testing_bytes::file(plan, 2).all();
   const std::string path = testing::TempDir() + "first_frame_" + std::to_string(::getpid()) + ".trj";
   std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
-  std::ofstream(model_path) << "(1 Model three\n (A I PeriodicType 100)\n (A V Cell ((9 1 0) (0 8 2) (3 0 7)))\n"
-                               " (A I AtomId (0 1 2))\n (A C Element (Ar Ar Ar))\n"
-                               " (A V XYZ ((0 0 0) (3 3 3) (1 1 1)))\n (A I Movable (1 1 0))\n)\n";
-  const std::int32_t model = core.import(model_path);
+  const std::int32_t model = core.import_text(
+      "(1 Model three\n (A I PeriodicType 100)\n (A V Cell ((9 1 0) (0 8 2) (3 0 7)))\n"
+      " (A I AtomId (0 1 2))\n (A C Element (Ar Ar Ar))\n"
+      " (A V XYZ ((0 0 0) (3 3 3) (1 1 1)))\n (A I Movable (1 1 0))\n)\n");
   const auto shows = [&](std::int32_t frame) {
     EXPECT_THAT(data(model).cell, ElementsAre(Vector3{9, 1, 0}, Vector3{0, 8, 2}, Vector3{3, 0, 7}));
     for (std::size_t axis = 0; axis < 3; ++axis) {

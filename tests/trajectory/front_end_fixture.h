@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -71,11 +70,9 @@ class FrontEnd : public testing::Test {
       xyz += " (" + std::to_string(k) + ".5 0 0)";
       movable += std::find(fixed.begin(), fixed.end(), ids[k]) == fixed.end() ? " 1" : " 0";
     }
-    const std::string path = testing::TempDir() + "front_end_" + std::to_string(::getpid()) + ".qfx";
-    std::ofstream(path) << "(1 Model chain\n (A I PeriodicType " << type << ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n"
-                        << " (A I AtomId (" << id << "))\n (A C Element (" << element << "))\n (A V XYZ (" << xyz
-                        << "))\n (A I Movable (" << movable << "))\n)\n";
-    return core.import(path);
+    return core.import_text("(1 Model chain\n (A I PeriodicType " + std::to_string(type) +
+                            ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" + id + "))\n (A C Element (" +
+                            element + "))\n (A V XYZ (" + xyz + "))\n (A I Movable (" + movable + "))\n)\n");
   }
 
   InProcessCore core;

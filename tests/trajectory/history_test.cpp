@@ -296,12 +296,11 @@ TEST_F(History, without_a_cell_there_is_none_to_ask_for) {
 
 /// The model of the images: atoms 7 and 8, four operators; the second of the file's atoms moves.
 TEST_F(History, images_follow_the_stored_atoms) {
-  const std::string path = testing::TempDir() + "his_images_" + std::to_string(::getpid()) + ".qfx";
-  std::ofstream(path)
-      << "(1 Model crystal\n (A I PeriodicType 100)\n (A V Cell ((8 0 0) (0 16 0) (0 0 32)))\n (A I AtomId (7 8))\n"
-         " (A C Element (C C))\n (A V XYZ ((1 2 3) (2 5 7)))\n"
-         " (A D Rotation (1 0 0 0 1 0 0 0 1  -1 0 0 0 -1 0 0 0 1  -1 0 0 0 1 0 0 0 -1  1 0 0 0 -1 0 0 0 -1))\n"
-         " (A D Translation (0 0 0  0.5 0 0.5  0 0.5 0.5  0.5 0.5 0))\n)\n";
+  const auto model = core.import_text(
+      "(1 Model crystal\n (A I PeriodicType 100)\n (A V Cell ((8 0 0) (0 16 0) (0 0 32)))\n (A I AtomId (7 8))\n"
+      " (A C Element (C C))\n (A V XYZ ((1 2 3) (2 5 7)))\n"
+      " (A D Rotation (1 0 0 0 1 0 0 0 1  -1 0 0 0 -1 0 0 0 1  -1 0 0 0 1 0 0 0 -1  1 0 0 0 -1 0 0 0 -1))\n"
+      " (A D Translation (0 0 0  0.5 0 0.5  0 0.5 0.5  0.5 0.5 0))\n)\n");
   const HistoryPlan plan{.movable = {2}};
   auto frame = numbered_frame(plan, 1);
   frame.cell = {10, 20, 40, std::acos(0.0), std::acos(0.0), std::acos(0.0)};
@@ -311,7 +310,7 @@ TEST_F(History, images_follow_the_stored_atoms) {
   Bytes file = history_head(plan);
   file.add(history_first_frame(plan, frame));
   write_and_open(file);
-  ASSERT_EQ(attach({core.import(path)}), 0);
+  ASSERT_EQ(attach({model}), 0);
   EXPECT_EQ(integer(200155), 8);
   EXPECT_EQ(integer(200083), 8);
   EXPECT_EQ(integer(200156), 4);

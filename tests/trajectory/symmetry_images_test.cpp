@@ -2,10 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <fstream>
 #include <vector>
 
 #include "in_process_core.h"
@@ -42,11 +40,9 @@ class Images : public testing::Test {
       element += " C";
       positions += std::string(" (") + xyz[k] + ")";
     }
-    const std::string path = testing::TempDir() + "images_" + std::to_string(::getpid()) + ".qfx";
-    std::ofstream(path) << "(1 Model crystal\n (A I PeriodicType 100)\n (A V Cell " << cell << ")\n (A I AtomId (" << id
-                        << "))\n (A C Element (" << element << "))\n (A V XYZ (" << positions << "))\n"
-                        << operators << ")\n";
-    const auto model = core.import(path);
+    const auto model = core.import_text(std::string("(1 Model crystal\n (A I PeriodicType 100)\n (A V Cell ") + cell +
+                                        ")\n (A I AtomId (" + id + "))\n (A C Element (" + element + "))\n (A V XYZ (" +
+                                        positions + "))\n" + operators + ")\n");
     auto stored = atoms_of_model(model, status, ModelAtoms::stored);
     std::reverse(stored.begin(), stored.end());
     return SymmetryImages("Trj/His/", model, stored, status);

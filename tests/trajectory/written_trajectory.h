@@ -1,14 +1,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "scratch_folder.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat {
@@ -17,9 +16,6 @@ namespace pathstat {
 class WrittenTrajectory {
  public:
   explicit WrittenTrajectory(std::int32_t total, std::vector<std::int32_t> ids, std::int32_t directions = 0) {
-    std::string pattern = testing::TempDir() + "trajectory-XXXXXX";
-    folder_ = ::mkdtemp(pattern.data());
-    path_ = folder_ + "/run.trj";
     std::int32_t status = -1;
     kvA_TRJ_Open(path_, 200, handle_, status);
     EXPECT_EQ(status, 0);
@@ -30,10 +26,7 @@ class WrittenTrajectory {
     integers(2018, {directions});
     integers(2008, ids);
   }
-  ~WrittenTrajectory() {
-    close();
-    std::filesystem::remove_all(folder_);
-  }
+  ~WrittenTrajectory() { close(); }
   WrittenTrajectory(const WrittenTrajectory&) = delete;
   WrittenTrajectory& operator=(const WrittenTrajectory&) = delete;
 
@@ -69,8 +62,8 @@ class WrittenTrajectory {
     handle_ = 0;
   }
 
-  std::string folder_;
-  std::string path_;
+  const ScratchFolder folder_;
+  const std::string path_ = folder_.file("run.trj");
   std::int32_t handle_ = 0;
 };
 

@@ -1,12 +1,12 @@
 #include "volumes/cell_volume.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
 #include <numeric>
 
+#include "scratch_folder.h"
 #include "volumes/volume_file.h"
 
 namespace pathstat {
@@ -17,7 +17,6 @@ class CellVolume : public testing::Test {
   ~CellVolume() override {
     std::int32_t status = 0;
     if (unit_ > 0) kvA_VOL_CloseVolume(unit_, status);
-    std::filesystem::remove(path_);
   }
   std::int32_t open() {
     std::int32_t type = 0, kind = 0, nx = 0, ny = 0, nz = 0, status = 0;
@@ -26,7 +25,8 @@ class CellVolume : public testing::Test {
     kvA_VOL_OpenVolume(path_, unit_, type, kind, nx, ny, nz, min, max, origin, spacing, status);
     return status;
   }
-  std::string path_ = testing::TempDir() + "cell_" + std::to_string(::getpid()) + ".mbk";
+  const ScratchFolder folder_;
+  const std::string path_ = folder_.file("cell.mbk");
   std::int32_t unit_ = 0;
 };
 

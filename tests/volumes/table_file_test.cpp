@@ -4,10 +4,10 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <vector>
+
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -16,17 +16,9 @@ using testing::ElementsAre;
 
 class TableFile : public testing::Test {
  protected:
-  ~TableFile() override {
-    kvA_TBL_Close(status);
-    for (const auto& path : written_) std::remove(path.c_str());
-  }
+  ~TableFile() override { kvA_TBL_Close(status); }
 
-  std::string file(const std::string& text, const std::string& name = "table") {
-    const auto path = testing::TempDir() + name + "_" + std::to_string(::getpid()) + ".tbl";
-    std::ofstream(path, std::ios::binary) << text;
-    written_.push_back(path);
-    return path;
-  }
+  std::string file(const std::string& text, const std::string& name = "table") { return folder_.write(name, text); }
 
   std::int32_t status_of(const std::string& path) {
     testing::internal::CaptureStderr();
@@ -54,7 +46,7 @@ class TableFile : public testing::Test {
   std::int32_t status = -7;
 
  private:
-  std::vector<std::string> written_;
+  const ScratchFolder folder_;
 };
 
 const std::string two_columns =

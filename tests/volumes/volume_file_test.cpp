@@ -13,6 +13,7 @@
 #include <random>
 #include <vector>
 
+#include "scratch_folder.h"
 #include "volumes/volume_bricks.h"
 #include "volumes/volume_frame.h"
 
@@ -121,13 +122,9 @@ class VolumeFile : public testing::Test {
   ~VolumeFile() override {
     std::int32_t status = 0;
     if (open_.unit > 0) kvA_VOL_CloseVolume(open_.unit, status);
-    std::remove(path.c_str());
   }
 
-  std::string read_file() const {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string read_file() const { return content_of(path); }
   void write_file(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
 
   Opened& open() {
@@ -152,7 +149,8 @@ class VolumeFile : public testing::Test {
     ASSERT_EQ(unit, 0);
   }
 
-  std::string path = testing::TempDir() + "volume_" + std::to_string(::getpid()) + ".mbk";
+  const ScratchFolder folder;
+  const std::string path = folder.file("volume.mbk");
 
  private:
   Opened open_;
