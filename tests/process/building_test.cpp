@@ -35,13 +35,6 @@ TEST(Building, keeps_an_asymmetric_unit_beside_the_analysis) {
   EXPECT_THAT(desk.take_keys(), IsEmpty());
 }
 
-struct Refusal {
-  const char* word;
-  const char* arguments;
-  std::int32_t status;
-  const char* key;  ///< of the message; null where the status speaks for itself
-};
-
 constexpr Refusal refusals[]{
     {"CELL", "1 2 3 90 90", 1005, nullptr},
     {"CELL", "0 2 3 90 90 90", 1001, nullptr},

@@ -12,14 +12,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
-
-struct Refusal {
-  const char* word;
-  const char* arguments;
-  std::int32_t status;
-  const char* key;  ///< of the message; empty for none
-};
 
 /// What a newcomer may get wrong, before any trajectory is there.
 constexpr Refusal refusals[]{
@@ -52,16 +44,7 @@ constexpr Refusal refusals[]{
 TEST(Commands, refuse_what_does_not_fit_with_a_status_and_a_message) {
   DeskWithProcess desk;
   desk.run("MONITOR", "yes");
-  for (const auto& refusal : refusals) {
-    desk.messages.clear();
-    EXPECT_EQ(desk.run(refusal.word, refusal.arguments), refusal.status) << refusal.word << ' ' << refusal.arguments;
-    if (refusal.key == nullptr) continue;  // the status speaks for itself
-    if (*refusal.key == '\0') {
-      EXPECT_THAT(desk.take_keys(), IsEmpty()) << refusal.word;
-    } else {
-      EXPECT_THAT(desk.take_keys(), Contains(refusal.key)) << refusal.word;
-    }
-  }
+  for (const auto& refusal : refusals) expect_refused(desk, refusal);
 }
 
 struct Setting {

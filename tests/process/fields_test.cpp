@@ -165,13 +165,7 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
   ASSERT_EQ(desk.run("TABLE", "good.tbl"), 0);
   ASSERT_EQ(desk.load_example("water"), 0);
   const auto before = desk.values("VOLUME");
-  struct Refusal {
-    const char* word;
-    const char* arguments;
-    std::int32_t status;
-    const char* key;
-  };
-  for (const auto& [word, arguments, status, key] : {
+  for (const auto& refusal : {
            Refusal{"VOLUME", "missing.mbk", 5, "STRUCTURE_VOLUME_UNUSABLE"},
            Refusal{"VOLUME", "text.mbk", 4, "STRUCTURE_VOLUME_UNUSABLE"},
            Refusal{"VOLUME_REGION", "20 20 20 30 30 30", 2, "STRUCTURE_VOLUME_NOTHING"},
@@ -181,9 +175,7 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
            Refusal{"TABLE_COLUMN", "Energy", 1, "STRUCTURE_TABLE_NO_COLUMN"},
            Refusal{"DENSITY_TYPE", "3", 1, "STRUCTURE_DENSITY_TYPE"},
        }) {
-    desk.messages.clear();
-    EXPECT_EQ(desk.run(word, arguments), status) << word << ' ' << arguments;
-    EXPECT_THAT(desk.take_keys(), Contains(std::string(key))) << word << ' ' << arguments;
+    expect_refused(desk, refusal);
   }
   desk.messages.clear();
   desk.run("DENSITY_SPACING", "0.05");

@@ -16,6 +16,10 @@ constexpr std::int32_t ranges = 1;
 constexpr std::int32_t in_group(std::int32_t group, std::int32_t pool) { return group << 8 | pool; }
 
 /// An application that answers from a table and notes what it is asked.
+constexpr const char* keys_of_both =
+    "a\x10"
+    "b";
+
 class RequestCacheTest : public testing::Test {
  protected:
   struct Texts {
@@ -66,33 +70,15 @@ TEST_F(RequestCacheTest, reply_is_cut_at_its_capacity) {
     std::string reply;
   };
   const Case cases[] = {
-      {"a\x10"
-       "b",
-       2, 100, 0, 2, "one\x10two!"},
-      {"a\x10"
-       "b",
-       2, 9, 0, 2, "one\x10two!"},
-      {"a\x10"
-       "b",
-       2, 8, -9, 1, "one\x10two"},
-      {"a\x10"
-       "b",
-       2, 5, -9, 1, "one\x10"},  // a single free byte behind a separator counts as none
-      {"a\x10"
-       "b",
-       2, 4, -9, 1, "one"},
-      {"a\x10"
-       "b",
-       2, 3, -9, 0, "on"},
-      {"a\x10"
-       "b",
-       2, 1, -9, 0, ""},
-      {"a\x10"
-       "b",
-       2, 0, -9, 0, ""},
-      {"a\x10"
-       "b",
-       2, -5, -9, 0, ""},
+      {keys_of_both, 2, 100, 0, 2, "one\x10two!"},
+      {keys_of_both, 2, 9, 0, 2, "one\x10two!"},
+      {keys_of_both, 2, 8, -9, 1, "one\x10two"},
+      {keys_of_both, 2, 5, -9, 1, "one\x10"},  // a single free byte behind a separator counts as none
+      {keys_of_both, 2, 4, -9, 1, "one"},
+      {keys_of_both, 2, 3, -9, 0, "on"},
+      {keys_of_both, 2, 1, -9, 0, ""},
+      {keys_of_both, 2, 0, -9, 0, ""},
+      {keys_of_both, 2, -5, -9, 0, ""},
       {"a", 1, 4, 0, 1, "one"},
       {"a", 1, 3, -4, 0, "on"},
       {"a\x10none", 2, 6, 0, 2, "one\x10"},
@@ -115,10 +101,7 @@ TEST_F(RequestCacheTest, request_without_keys_leaves_the_reply) {
 }
 
 TEST_F(RequestCacheTest, count_beyond_the_keys_is_not_believed) {
-  EXPECT_EQ(ask("a\x10"
-                "b",
-                std::numeric_limits<std::int32_t>::max(), values, 100),
-            0);
+  EXPECT_EQ(ask(keys_of_both, std::numeric_limits<std::int32_t>::max(), values, 100), 0);
   EXPECT_EQ(answers, 2);
   EXPECT_EQ(evaluations(), 2U);
 }
@@ -131,12 +114,9 @@ TEST_F(RequestCacheTest, capacity_alone_allocates_little) {
 }
 
 TEST_F(RequestCacheTest, one_evaluation_serves_a_group) {
-  constexpr std::string_view keys =
-      "a\x10"
-      "b";
-  ask(keys, 2, in_group(7, values), 100);
+  ask(keys_of_both, 2, in_group(7, values), 100);
   EXPECT_EQ(reply, "one\x10two!");
-  ask(keys, 2, in_group(7, ranges), 100);
+  ask(keys_of_both, 2, in_group(7, ranges), 100);
   EXPECT_EQ(reply, "1:9\x10x,y");
   EXPECT_EQ(evaluations(), 2U);
   ask("b\x10none", 2, in_group(7, values), 100);

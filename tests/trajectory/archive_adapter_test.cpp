@@ -56,7 +56,7 @@ class ArchiveTrajectory : public FrontEnd {
     return core.model.add_model(std::move(imported.models.front()));
   }
 
-  desk::ScratchFolder folder;
+  ScratchFolder folder;
 };
 
 const std::string title = "frame                                                           ";  // 64 characters

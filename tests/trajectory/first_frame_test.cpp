@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "in_process_core.h"
+#include "scratch_folder.h"
 #include "trajectory/binary_bytes.h"
 #include "trajectory/frame_cache.h"
 #include "trajectory/frame_extraction.h"
@@ -30,11 +31,12 @@ class FirstFrame : public testing::Test {
  protected:
   /// Four atoms, of which the first and the third move.
   std::int32_t import(std::int32_t type = 100, const char* ids = "4 3 2 1") {
-    return core.import_text("(1 Model four\n (A I PeriodicType " + std::to_string(type) +
-                            ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" + ids +
-                            "))\n"
-                            " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
-                            " (A I Movable (1 0 1 0))\n)\n");
+    return core.import(
+        folder.write("model.qfx", "(1 Model four\n (A I PeriodicType " + std::to_string(type) +
+                                      ")\n (A V Cell ((9 0 0) (0 9 0) (0 0 9)))\n (A I AtomId (" + ids +
+                                      "))\n"
+                                      " (A C Element (Ar Ar Ar Ar))\n (A V XYZ ((0 0 0) (3 3 3) (0 0 0) (1 1 1)))\n"
+                                      " (A I Movable (1 0 1 0))\n)\n"));
   }
   std::int32_t fix(const std::string& path, std::int32_t file_type, std::int32_t model) {
     std::int32_t status = -1;
@@ -44,6 +46,7 @@ class FirstFrame : public testing::Test {
   const desk::MolecularModel& data(std::int32_t model) { return core.model.model(model)->data; }
 
   InProcessCore core;
+  const ScratchFolder folder;
   WrittenTrajectory trajectory{4, {2, 4}, 3};
 };
 
@@ -141,7 +144,7 @@ class ModelCheck : public FirstFrame {
  protected:
   std::int32_t check(std::int32_t& model) {
     std::int32_t status = -1;
-    checktrjmodel_(model_path, model, false, status);
+    checktrjmodel_(folder.file("model.qfx"), model, false, status);
     return status;
   }
 };

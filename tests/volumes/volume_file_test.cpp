@@ -150,7 +150,7 @@ class VolumeFile : public testing::Test {
   }
 
   const ScratchFolder folder;
-  const std::string path = folder.file("volume.mbk");
+  std::string path = folder.file("volume.mbk");
 
  private:
   Opened open_;
