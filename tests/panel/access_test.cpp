@@ -22,7 +22,7 @@ TEST_P(AccessOf, holds_method_host_origin_and_token_against_what_is_its_own) {
   EXPECT_EQ(access_of(GetParam().facts, port, token), GetParam().access) << GetParam().what;
 }
 
-const std::string first_page = "/?token=" + token;
+const std::string first_page = "/?token=" + token, other_page = "/a.js?token=" + token;
 const std::string own_cookie = "pathdesk_4711=" + token;
 const std::string among_others = "other=1; pathdesk_4711=" + token + "; last=2";
 const std::string of_other_port = "pathdesk_4712=" + token;
@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"cookie among others", get("/", among_others), Access::allowed},
         Case{"head", with_method(get("/"), "HEAD"), Access::allowed},
         Case{"first page", get(first_page.c_str(), {}), Access::hands_over_token},
-        Case{"token elsewhere", get(("/a.js?token=" + token).c_str(), {}), Access::wrong_token},
+        Case{"token elsewhere", get(other_page.c_str(), {}), Access::wrong_token},
         Case{"no cookie", get("/", {}), Access::wrong_token},
         Case{"cookie of another port", get("/", of_other_port), Access::wrong_token},
         Case{"cookie of a longer name", get("/", longer_name), Access::wrong_token},

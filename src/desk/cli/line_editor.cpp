@@ -75,8 +75,10 @@ struct LineEditor::Parts {
     el_set(edit, EL_GETCFN, read_character);
     el_set(edit, EL_EDITOR, "emacs");
     el_set(edit, EL_HIST, history, lines);
-    el_set(
-        edit, EL_ADDFN, "complete", "completes the word", +[](EditLine* line, int) { return of(line).complete(); });
+    // The function for narrow characters would keep copies of the two texts for ever.
+    el_wset(
+        edit, EL_ADDFN, L"complete", L"completes the word",
+        +[](EditLine* line, wint_t) { return of(line).complete(); });
     for (const auto& [key, meaning] : keys) el_set(edit, EL_BIND, key, meaning, nullptr);
     el_source(edit, nullptr);  // what the user has bound otherwise
     HistEvent event;
