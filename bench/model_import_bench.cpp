@@ -31,7 +31,7 @@ MolecularModel water_box(std::size_t atoms) {
     const auto oxygen = k % 3 == 0;
     const auto name = (oxygen ? "O" : "H") + std::to_string(k + 1);
     append_atom(model, static_cast<std::int32_t>(k + 1),
-                {.element = element_of_symbol(oxygen ? "O" : "H"),
+                {.element = pathstat::element_of_symbol(oxygen ? "O" : "H"),
                  .position = {3.1 * std::fmod(molecule, edge) + offset[0] + 1.0 / 7,
                               3.1 * std::fmod(std::floor(molecule / edge), edge) + offset[1] + 1.0 / 3,
                               3.1 * std::floor(molecule / (edge * edge)) + offset[2] + 1.0 / 11},
