@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "process/desk_with_process.h"
+#include "process/refusal.h"
 
 namespace pathstat::desk {
 namespace {

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <utility>
 
-#include "process/desk_with_process.h"
+#include "process/refusal.h"
 
 namespace pathstat::desk {
 namespace {

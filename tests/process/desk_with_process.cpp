@@ -1,7 +1,5 @@
 #include "process/desk_with_process.h"
 
-#include <gmock/gmock.h>
-
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -105,18 +103,6 @@ std::vector<std::string> DeskWithProcess::graph_titles() const {
 
 const DataSet& DeskWithProcess::data_set(std::size_t graph, std::size_t set) const {
   return *graphs.data_set(graphs.graph(graphs.shown_graphs().at(graph))->sets.at(set));
-}
-
-void expect_refused(DeskWithProcess& desk, const Refusal& refusal) {
-  SCOPED_TRACE(std::string(refusal.word) + ' ' + refusal.arguments);
-  desk.messages.clear();
-  EXPECT_EQ(desk.run(refusal.word, refusal.arguments), refusal.status);
-  if (refusal.key == nullptr) return;
-  if (*refusal.key == '\0') {
-    EXPECT_THAT(desk.take_keys(), testing::IsEmpty());
-  } else {
-    EXPECT_THAT(desk.take_keys(), testing::Contains(refusal.key));
-  }
 }
 
 std::vector<double> log_column(const std::string& example, std::string_view heading) {

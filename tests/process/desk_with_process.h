@@ -62,15 +62,6 @@ class DeskWithProcess {
   CoreSession session;
 };
 
-/// A command that is refused.
-struct Refusal {
-  const char* word;
-  const char* arguments;
-  std::int32_t status;
-  const char* key;  ///< of a message that it gives; null where the status speaks for itself, empty for none
-};
-void expect_refused(DeskWithProcess& desk, const Refusal& refusal);
-
 /// One column of an engine log, by its heading.
 std::vector<double> log_column(const std::string& example, std::string_view heading);
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "process/desk_with_process.h"
+#include "process/refusal.h"
 
 namespace pathstat::desk {
 namespace {
