@@ -103,7 +103,7 @@ TEST(Advice, says_why_a_command_failed_that_the_process_does_not_explain) {
        {"RDF_FOR", "trajectry", 1003, "RDF_FOR takes one of TRAJECTORY, MODEL; did you mean TRAJECTORY?"},
        {"EXTREMA", "", 1005, "EXTREMA takes one of HIGHEST, LOWEST"},
        {"CELL", "5 5 5 90 90", 1005, "CELL takes six numbers: a, b, c in Å, alpha, beta, gamma in degrees"},
-       {"EXTREMA_NUMBER", "101", 1002, "EXTREMA_NUMBER takes integer from 1 to 100"},
+       {"EXTREMA_NUMBER", "101", 1002, "EXTREMA_NUMBER takes an integer from 1 to 100"},
        {"CELL", "5 5 5 90 90 180", 1002, "CELL takes six numbers: a, b, c in Å, alpha, beta, gamma in degrees"},
        {"PROFLE", "", 1, "did you mean PROFILE?"},
        {"RESET", "", -1, "its question was not answered with Reset: everything is as it was"},

@@ -392,7 +392,7 @@ TEST_F(Program, tells_one_trouble_in_one_line_with_the_file_or_what_the_word_tak
       {"TABLE bad.xyz", here + "bad.xyz is no table file: its functions are named between lines that begin with #."},
       {"TABLE none.dat", "The table file " + here + "none.dat cannot be opened."},
       {"EXTREMA_NUMBER 101",
-       "101 is above the highest value allowed, 100 (status 1002); EXTREMA_NUMBER takes integer from 1 to 100"},
+       "101 is above the highest value allowed, 100 (status 1002); EXTREMA_NUMBER takes an integer from 1 to 100"},
       {"BONDING SOME",
        "The argument is none of the words allowed here (status 1003); BONDING takes one of NONE, FACES, ALL"},
       {"EXPORT_STRUCTURE none/x.cif", here + "none/x.cif cannot be written: No such file or directory"},

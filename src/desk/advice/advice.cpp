@@ -31,6 +31,13 @@ struct Case {
   bool told() const { return !command.messages.empty(); }
 };
 
+/// What the word of a command takes.
+std::string takes(const Case& now) {
+  const auto& arguments = now.row.arguments;
+  const auto* const article = arguments.starts_with("integer") ? "an " : arguments.starts_with("number") ? "a " : "";
+  return fmt::format("{} takes {}{}", now.command.word, article, arguments);
+}
+
 Words all_command_words() {
   Words words;
   for (const auto& row : command_helps()) words.emplace_back(row.word);
@@ -119,7 +126,7 @@ void check_choice(const Case& now, std::vector<std::string>& all) {
   const auto listed = listed_values(now.row.arguments);
   if (listed.empty() || std::find(listed.begin(), listed.end(), now.words[0]) != listed.end()) return;
   const auto meant = did_you_mean(now.words[0], listed);
-  all.push_back(fmt::format("{} takes {}{}", now.command.word, now.row.arguments, meant.empty() ? "" : "; " + meant));
+  all.push_back(takes(now) + (meant.empty() ? "" : "; " + meant));
 }
 
 /// PROPERTY, which takes a name in capitals.
@@ -136,7 +143,7 @@ void check_missing(const Case& now, std::vector<std::string>& all) {
   constexpr std::int32_t argument_is_missing = 1005;
   const bool missing = now.words.empty() || now.command.status == argument_is_missing;
   if (!now.failed() || !missing || now.shape.most == 0) return;
-  all.push_back(fmt::format("{} takes {}", now.command.word, now.row.arguments));
+  all.push_back(takes(now));
 }
 
 // Numbers.
@@ -266,7 +273,7 @@ void check_needs(const Case& now, std::vector<std::string>& all) {
   if (!out_of_range && !now.row.needs.empty()) {
     all.push_back(fmt::format("{} needs: {}", now.command.word, now.row.needs));
   } else if (out_of_range || is_number_form(now.shape.form)) {
-    all.push_back(fmt::format("{} takes {}", now.command.word, now.row.arguments));
+    all.push_back(takes(now));
   }
 }
 
