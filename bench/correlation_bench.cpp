@@ -88,13 +88,17 @@ void plain_definition(benchmark::State& state) {
   }
 }
 
-void displacement(benchmark::State& state) { correlate(state, {add_squared_displacement, 1}); }
-void displacement_components(benchmark::State& state) {
-  correlate(state, {add_displacement_products, correlation_columns});
+void displacement(benchmark::State& state) {
+  correlate(state, {add_squared_displacement, 1, add_squared_displacements});
 }
-void autocorrelation(benchmark::State& state) { correlate(state, {add_velocity_product, 1}); }
+void displacement_components(benchmark::State& state) {
+  correlate(state, {add_displacement_products, correlation_columns, nullptr});
+}
+void autocorrelation(benchmark::State& state) {
+  correlate(state, {add_velocity_product, 1, add_velocity_products_of_pairs});
+}
 void autocorrelation_components(benchmark::State& state) {
-  correlate(state, {add_velocity_products, correlation_columns});
+  correlate(state, {add_velocity_products, correlation_columns, nullptr});
 }
 
 // Then atoms, frames and intervals double in turn, and last the memory holds a part of the frames that a group needs.

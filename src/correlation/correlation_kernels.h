@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <span>
 
@@ -36,12 +37,32 @@ void add_velocity_product(const Axes& origin, const Axes& later, std::span<doubl
 /// Products of their components, ux wx, uy wy, uz wz, ux wy + wx uy, ux wz + wx uz, uy wz + wy uz, and the total.
 void add_velocity_products(const Axes& origin, const Axes& later, std::span<double> sums);
 
+/// Two origins, each with four later frames: every vector is fetched once for several pairs. All of equal numbers of
+/// atoms.
+struct PairTile {
+  static constexpr std::size_t origins_together = 2;
+  static constexpr std::size_t frames_together = 4;
+
+  std::array<Axes, origins_together> origins;
+  std::array<Axes, frames_together> later;
+};
+
+/// By origin and later frame. The sum of a pair is the same to the last bit at any place of a tile.
+using TileSums = std::array<std::array<double, PairTile::frames_together>, PairTile::origins_together>;
+using TileKernel = void (*)(const PairTile& tile, TileSums& sums);
+
+/// The totals of all pairs of a tile.
+void add_squared_displacements(const PairTile& tile, TileSums& sums);
+void add_velocity_products_of_pairs(const PairTile& tile, TileSums& sums);
+
 /// The kernels for one width of vector registers.
 struct KernelSet {
   PairKernel squared_displacement;
   PairKernel displacement_products;
+  TileKernel squared_displacements;
   PairKernel velocity_product;
   PairKernel velocity_products;
+  TileKernel velocity_products_of_pairs;
 };
 
 /// Those that the processor can run, the widest first, which the functions above use.

@@ -14,6 +14,7 @@ struct CorrelationKind {
   bool of_velocities;
   PairKernel total;     ///< of the last column alone
   PairKernel products;  ///< of all columns
+  TileKernel totals;    ///< of the last column alone, for several pairs
   double cross_factor;  ///< of the columns XY, XZ and YZ in the mean
   std::string_view file;
 

@@ -9,6 +9,7 @@ constexpr CorrelationKind displacement{
     .of_velocities = false,
     .total = add_squared_displacement,
     .products = add_displacement_products,
+    .totals = add_squared_displacements,
     .cross_factor = 1.0,
     .file = displacement_file,
     .titles = {"MSD component XX", "MSD component YY", "MSD component ZZ", "MSD component XY", "MSD component XZ",

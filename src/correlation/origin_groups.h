@@ -17,6 +17,7 @@ namespace pathstat {
 struct PairSums {
   PairKernel kernel;
   std::int64_t columns;
+  TileKernel tile;  ///< of the total; null where there are more columns
 };
 
 /// Sums the pairs of frames of a cache, group by group of origins. Atoms are gone through in blocks: the pairs of all
@@ -39,10 +40,22 @@ class OriginGroups {
   std::span<double> sums(std::int64_t place, std::int64_t lag) const;
 
  private:
-  bool find_origins(std::int64_t first_origin, std::int64_t count);
-  void add_pairs(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
+  bool find_origins();
+  void add_pairs(std::int64_t first, std::int64_t end);
+  void add_pairs_of(std::int64_t first, std::int64_t end);
 
-  void add_pairs_of(std::int64_t first_origin, std::span<const Axes> origins, std::int64_t first, std::int64_t end);
+  /// Pairs of a few origins of the group from `place` on with a few frames from `record` on.
+  struct Tile {
+    std::size_t place;
+    std::int64_t record;
+    std::int64_t end;  ///< of the frames that there are
+  };
+  std::int64_t lag(std::size_t place, std::int64_t record) const;
+  bool has_pairs(const Tile& tile) const;
+  /// Empty if the origin and the frame are no pair.
+  std::span<double> pair(const Tile& tile, std::size_t origin, std::size_t frame) const;
+  /// @param vectors  those of a block of atoms
+  void add(const Tile& tile, const PairTile& vectors) const;
 
   OriginSeries series_;
   PairSums kind_;
@@ -54,6 +67,8 @@ class OriginGroups {
   FrameWindow window_;
   NamedBlock<double> sums_;
   std::vector<Axes> origins_;
+  std::int64_t first_origin_ = 0;
+  std::span<Axes> group_;
 };
 
 }  // namespace pathstat

@@ -9,6 +9,7 @@ constexpr CorrelationKind autocorrelation{
     .of_velocities = true,
     .total = add_velocity_product,
     .products = add_velocity_products,
+    .totals = add_velocity_products_of_pairs,
     .cross_factor = 0.5,
     .file = velocity_file,
     .titles = {"VAC component XX( A^2/ps^2 )", "VAC component YY( A^2/ps^2 )", "VAC component ZZ( A^2/ps^2 )",

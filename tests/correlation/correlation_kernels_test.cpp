@@ -4,6 +4,7 @@
 
 #include <array>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace pathstat {
@@ -69,6 +70,37 @@ TEST(CorrelationKernels, add_the_sums_of_the_plain_loop_with_registers_of_any_wi
     }
     expect_added(add_squared_displacement, add_displacement_products, u, w, plain(u, w, true));
     expect_added(add_velocity_product, add_velocity_products, u, w, plain(u, w, false));
+  }
+}
+
+TEST(CorrelationKernels, add_the_same_sum_for_a_pair_at_any_place_of_a_tile) {
+  std::mt19937 generator(seed);
+  for (std::size_t atoms : {0, 1, 3, 4, 7, 8, 17, 256}) {
+    std::vector<Frame> frames;
+    PairTile tile;
+    for (Axes& origin : tile.origins) origin = frames.emplace_back(random_frame(atoms, generator));
+    for (Axes& later : tile.later) later = frames.emplace_back(random_frame(atoms, generator));
+    for (const KernelSet& set : kernel_sets()) {
+      for (const auto& [kernel, displacement] :
+           {std::pair{set.squared_displacements, true}, std::pair{set.velocity_products_of_pairs, false}}) {
+        TileSums sums{};
+        for (auto& of_origin : sums) of_origin.fill(3.0);
+        kernel(tile, sums);
+        PairTile alike;
+        alike.origins.fill(tile.origins[0]);
+        alike.later.fill(tile.later[0]);
+        TileSums same{};
+        for (auto& of_origin : same) of_origin.fill(3.0);
+        kernel(alike, same);
+        for (std::size_t k = 0; k < tile.origins.size(); ++k) {
+          for (std::size_t frame = 0; frame < tile.later.size(); ++frame) {
+            const Sums wanted = plain(frames[k], frames[tile.origins.size() + frame], displacement);
+            EXPECT_NEAR(sums[k][frame], 3.0 + wanted[total_column], 1e-12 * (1.0 + 50.0 * static_cast<double>(atoms)));
+            EXPECT_EQ(same[k][frame], sums[0][0]) << k << ", " << frame;
+          }
+        }
+      }
+    }
   }
 }
 

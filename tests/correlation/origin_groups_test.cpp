@@ -52,27 +52,31 @@ class OriginGroupsOf : public testing::TestWithParam<Case> {
 TEST_P(OriginGroupsOf, sum_each_pair_once_in_any_amount_of_memory) {
   const auto [frames, step, intervals] = GetParam();
   const OriginSeries series{frames, step, intervals};
-  for (const std::int64_t frames_in_memory : {0, 1, 2, 3, 4, 7, 12, 20, 30, 1000}) {
-    std::int32_t status = 0;
-    OriginGroups groups(series, {add_displacement_products, correlation_columns}, FrameFile(unit_.number(), atoms),
-                        atoms, frames_in_memory * 24 * atoms, labels, status);
-    ASSERT_EQ(status, 0);
-    std::int64_t origin = 0;
-    for (std::int64_t record = 1; record <= frames - 1; record += step, ++origin) {
-      const std::int64_t place = origin % groups.origins_together();
-      if (place == 0) {
-        ASSERT_TRUE(groups.sum(origin, std::min(groups.origins_together(), series.count() - origin)));
-      }
-      for (std::int64_t lag = 0; lag < std::min(intervals, frames - record); ++lag) {
-        std::array<double, correlation_columns> wanted{};
-        add_displacement_products(axes(record), axes(record + lag), wanted);
-        for (std::size_t column = 0; column < wanted.size(); ++column) {
-          ASSERT_NEAR(groups.sums(place, lag)[column], wanted[column], 1e-11)
-              << "record " << record << " lag " << lag << " column " << column << " memory " << frames_in_memory;
+  for (const PairSums& kind : {PairSums{add_displacement_products, correlation_columns, nullptr},
+                               PairSums{add_squared_displacement, 1, add_squared_displacements},
+                               PairSums{add_velocity_product, 1, add_velocity_products_of_pairs}}) {
+    for (const std::int64_t frames_in_memory : {0, 1, 2, 3, 4, 7, 12, 20, 30, 1000}) {
+      std::int32_t status = 0;
+      OriginGroups groups(series, kind, FrameFile(unit_.number(), atoms), atoms, frames_in_memory * 24 * atoms, labels,
+                          status);
+      ASSERT_EQ(status, 0);
+      std::int64_t origin = 0;
+      for (std::int64_t record = 1; record <= frames - 1; record += step, ++origin) {
+        const std::int64_t place = origin % groups.origins_together();
+        if (place == 0) {
+          ASSERT_TRUE(groups.sum(origin, std::min(groups.origins_together(), series.count() - origin)));
+        }
+        for (std::int64_t lag = 0; lag < std::min(intervals, frames - record); ++lag) {
+          std::array<double, correlation_columns> wanted{};
+          kind.kernel(axes(record), axes(record + lag), wanted);
+          for (std::size_t column = 0; column < static_cast<std::size_t>(kind.columns); ++column) {
+            ASSERT_NEAR(groups.sums(place, lag)[column], wanted[column], 1e-11)
+                << "record " << record << " lag " << lag << " column " << column << " memory " << frames_in_memory;
+          }
         }
       }
+      EXPECT_EQ(origin, series.count());
     }
-    EXPECT_EQ(origin, series.count());
   }
 }
 
@@ -86,7 +90,8 @@ TEST(OriginGroups, tell_when_the_cache_is_shorter_than_it_should_be) {
   const std::array<double, 1> one{1.0};
   const FrameFile file(unit.number(), 1);
   ASSERT_TRUE(file.write(1, {one, one, one}));
-  OriginGroups groups({4, 1, 2}, {add_velocity_product, 1}, file, 1, 1 << 20, labels, status);
+  OriginGroups groups({4, 1, 2}, {add_velocity_product, 1, add_velocity_products_of_pairs}, file, 1, 1 << 20, labels,
+                      status);
   EXPECT_FALSE(groups.sum(0, 3));
 }
 
