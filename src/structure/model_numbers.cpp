@@ -4,8 +4,6 @@
 #include <charconv>
 #include <system_error>
 
-#include "support/parallel.h"
-
 namespace pathstat {
 
 namespace {
@@ -23,9 +21,6 @@ void append_general(std::string& text, double value, int digits) {
   text.append(buffer, end);
 }
 
-/// Characters that one thread reads at a time.
-constexpr std::size_t piece_length = 1 << 17;
-
 template <class Number>
 bool read_piece(std::string_view text, std::vector<Number>& values) {
   const char* at = text.data();
@@ -42,40 +37,30 @@ bool read_piece(std::string_view text, std::vector<Number>& values) {
   }
 }
 
-/// The pieces of a text, none of which ends within a number.
-std::vector<std::string_view> pieces_of(std::string_view text) {
+template <class Number>
+bool read(std::string_view text, std::vector<Number>& values) {
+  values.clear();
+  if (text.size() <= text_piece) return read_piece(text, values);
+  bool all = true;
+  read_by_pieces<Number>(text, read_piece<Number>, [&](const std::vector<Number>& found, bool sound) {
+    if (all) values.insert(values.end(), found.begin(), found.end());
+    all = all && sound;
+  });
+  return all;
+}
+
+}  // namespace
+
+std::vector<std::string_view> text_pieces(std::string_view text) {
   std::vector<std::string_view> pieces;
   while (!text.empty()) {
-    std::size_t length = std::min(piece_length, text.size());
-    while (length < text.size() && !parts_numbers(text[length])) ++length;
+    std::size_t length = std::min(text_piece, text.size());
+    while (length < text.size() && !is_space(text[length])) ++length;
     pieces.push_back(text.substr(0, length));
     text.remove_prefix(length);
   }
   return pieces;
 }
-
-template <class Number>
-bool read(std::string_view text, std::vector<Number>& values) {
-  values.clear();
-  if (text.size() <= piece_length) return read_piece(text, values);
-  const auto pieces = pieces_of(text);
-  std::vector<std::vector<Number>> workers(thread_count());
-  std::vector<char> sound(workers.size());
-  bool all = true;
-  for_blocks(
-      std::ssize(pieces),
-      [&](std::int64_t piece, std::size_t worker) {
-        workers[worker].clear();
-        sound[worker] = read_piece(pieces[static_cast<std::size_t>(piece)], workers[worker]);
-      },
-      [&](std::int64_t, std::size_t worker) {
-        if (all) values.insert(values.end(), workers[worker].begin(), workers[worker].end());
-        all = all && sound[worker] != 0;
-      });
-  return all;
-}
-
-}  // namespace
 
 void append_number(std::string& text, std::int32_t value) {
   char buffer[12];

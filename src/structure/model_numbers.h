@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/parallel.h"
 
 /// Numbers and words of a model file's values, as fast as they can be read and written.
 namespace pathstat {
@@ -22,5 +26,27 @@ bool read_numbers(std::string_view text, std::vector<double>& values);
 
 /// The words of a value, parted by white space. They are parts of the text.
 std::vector<std::string_view> split_words(std::string_view text);
+
+/// Characters of a long value that one thread reads at a time.
+constexpr std::size_t text_piece = 1 << 17;
+/// The pieces of a value, none of which ends within a number or a word.
+std::vector<std::string_view> text_pieces(std::string_view text);
+
+/// Reads a value on all cores.
+/// @param read  appends what a piece holds; may tell that it is not sound
+/// @param join  takes what `read` gave of one piece after the other
+template <class Value, class Read, class Join>
+void read_by_pieces(std::string_view text, const Read& read, const Join& join) {
+  const auto pieces = text_pieces(text);
+  std::vector<std::vector<Value>> found(thread_count());
+  std::vector<char> sound(found.size());
+  for_blocks(
+      std::ssize(pieces),
+      [&](std::int64_t piece, std::size_t worker) {
+        found[worker].clear();
+        sound[worker] = read(pieces[static_cast<std::size_t>(piece)], found[worker]);
+      },
+      [&](std::int64_t, std::size_t worker) { join(found[worker], sound[worker] != 0); });
+}
 
 }  // namespace pathstat

@@ -4,6 +4,7 @@
 
 #include "desk/model/model_export.h"
 #include "small_models.h"
+#include "support/parallel.h"
 
 namespace pathstat::desk {
 namespace {
@@ -192,6 +193,40 @@ TEST(ModelExport, writes_what_the_import_reads_back_to_the_same_file) {
   const auto copy = data.add_model(std::move(second.models.front()));
   ASSERT_THAT(write_model_file(data.model(copy)->data, folder.file("twice.qfx")), IsEmpty());
   EXPECT_EQ(folder.read("once.qfx"), folder.read("twice.qfx"));
+}
+
+TEST(ModelImport, reads_long_values_alike_on_any_number_of_threads) {
+  constexpr std::size_t atoms = 100'000;  // names and elements of several hundred thousand letters
+  std::string ids, names, elements, places;
+  for (std::size_t k = 0; k < atoms; ++k) {
+    const auto number = std::to_string(k + 1);
+    ids += ' ' + number;
+    names += (k % 3 == 0 ? " W" : " atom_") + std::to_string(k % 70'001);
+    elements += k % 2 == 0 ? " Cl" : " H";
+    places += '(' + number + " 0 0)";
+  }
+  const auto file = [&](const std::string& symbols) {
+    return "(1 Model\n (A I PeriodicType 0)\n (A I AtomId (" + ids + "))\n (A C Name (" + names +
+           "))\n (A C Element (" + symbols + "))\n (A V XYZ (" + places + "))\n)\n";
+  };
+  const auto usual = thread_count();
+  for (const int threads : {1, 2, 3, 8}) {
+    set_thread_count(threads);
+    const auto result = imported(file(elements));
+    ASSERT_THAT(result.problem, IsEmpty());
+    const auto& model = result.models.front();
+    ASSERT_EQ(model.names.size(), atoms);
+    for (std::size_t k = 0; k < atoms; ++k) {
+      ASSERT_EQ(model.names[k], (k % 3 == 0 ? "W" : "atom_") + std::to_string(k % 70'001));
+      ASSERT_EQ(model.names.find(model.names[k]), model.names.key(k));
+      ASSERT_EQ(model.elements[k], k % 2 == 0 ? 17 : 1);
+    }
+    EXPECT_EQ(model.names.find("atom_"), std::nullopt);
+    auto wrong = elements;
+    wrong.replace(wrong.size() - 4, 2, "Qq");
+    EXPECT_THAT(imported(file(wrong)).problem, HasSubstr("has Qq for atom 99999"));
+  }
+  set_thread_count(static_cast<std::int64_t>(usual));
 }
 
 TEST(ModelExport, reads_back_a_model_of_one_atom) {

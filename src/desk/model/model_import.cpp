@@ -81,21 +81,35 @@ std::string take(std::string_view text, std::vector<Vector3>& vectors) {
 }
 
 std::string take(std::string_view text, WordColumn& words) {
-  const auto list = split_words(text);
-  words.reserve(list.size());
-  for (const auto word : list) words.push_back(word);
+  struct Word {
+    std::string_view letters;
+    std::size_t hash;
+  };
+  const auto split = [](std::string_view piece, std::vector<Word>& found) {
+    for (const auto word : split_words(piece)) found.push_back({word, WordColumn::hash(word)});
+    return true;
+  };
+  read_by_pieces<Word>(text, split, [&](const std::vector<Word>& found, bool) {
+    for (const auto& word : found) words.push_back(word.letters, word.hash);
+  });
   return {};
 }
 
 std::string take(std::string_view text, std::vector<std::uint8_t>& symbols) {
-  const auto words = split_words(text);
-  symbols.reserve(words.size());
-  for (const auto word : words) {
-    const auto element = element_of_symbol(word);
-    if (element == 0) return fmt::format("has {} for atom {}, which is not an element", word, symbols.size() + 1);
-    symbols.push_back(element);
-  }
-  return {};
+  std::string problem;
+  const auto split = [](std::string_view piece, std::vector<std::string_view>& words) {
+    words = split_words(piece);
+    return true;
+  };
+  read_by_pieces<std::string_view>(text, split, [&](const std::vector<std::string_view>& words, bool) {
+    for (const auto word : words) {
+      if (!problem.empty()) return;
+      const auto element = element_of_symbol(word);
+      symbols.push_back(element);
+      if (element == 0) problem = fmt::format("has {} for atom {}, which is not an element", word, symbols.size());
+    }
+  });
+  return problem;
 }
 
 std::string take(std::string_view text, std::int32_t& value) {
@@ -280,7 +294,7 @@ class ModelFinisher {
 
   bool identifiers() {
     auto sorted = model_.ids;
-    std::sort(sorted.begin(), sorted.end());
+    if (!std::is_sorted(sorted.begin(), sorted.end())) std::sort(sorted.begin(), sorted.end());
     if (sorted.front() < 0) return fail("AtomId", fmt::format("has the negative identifier {}", sorted.front()));
     const auto repeated = std::adjacent_find(sorted.begin(), sorted.end());
     return repeated == sorted.end() || fail("AtomId", fmt::format("has the identifier {} more than once", *repeated));
