@@ -9,6 +9,7 @@
 #include "desk/model/primitive_setting.h"
 #include "desk/model/stated_symmetry.h"
 #include "structure/elements.h"
+#include "support/put_back.h"
 
 namespace pathstat::desk {
 namespace {
@@ -90,6 +91,7 @@ std::int32_t DataModel::add_space_group(SpaceGroup group) {
   const auto known =
       std::find_if(groups_.begin() + static_cast<std::ptrdiff_t>(library_groups().size()), groups_.end(), is_same);
   if (known != groups_.end()) return group_ids_[static_cast<std::size_t>(known - groups_.begin())];
+  const PutBack unless_done(registry_, groups_, group_ids_);
   const auto id = registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size());
   if (id == 0) return 0;
   groups_.push_back(std::move(group));
@@ -114,9 +116,10 @@ std::int32_t DataModel::place_model(MolecularModel&& model) {
   constexpr std::size_t model_and_group = 2;
   if (!registry_.has_room(model.atoms() + ids_of_monitor * model.monitors.size() + model_and_group)) return 0;
 
+  const PutBack unless_done(registry_, groups_, group_ids_, user_data_);
   const auto place = slots_.size();
-  auto& slot = *slots_.emplace_back(std::make_unique<ModelSlot>());
-  auto& object = slot.object;
+  auto slot = std::make_unique<ModelSlot>();
+  auto& object = slot->object;
   object.id = registry_.add(ObjectClass::model, 1, place);
   object.number = static_cast<std::int32_t>(place + 1);
   object.first_atom = registry_.add(ObjectClass::atom, model.atoms(), place);
@@ -127,6 +130,7 @@ std::int32_t DataModel::place_model(MolecularModel&& model) {
   object.data = std::move(model);
   for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_monitor(object, k);
   for (std::size_t k = 0; k < object.data.monitors.size(); ++k) name_planes(object, k);
+  slots_.push_back(std::move(slot));
   ++version_;
   return object.id;
 }
@@ -199,22 +203,15 @@ std::int32_t DataModel::atom_image(ModelObject& model, std::size_t place, const 
   if (image == Translation{}) return model.atom_id(place);
   const auto slot_place = find(model.id).model;
   auto& slot = *slots_[slot_place];
-  const ImageAtom atom{static_cast<std::uint32_t>(place), image};
-  const auto known = slot.image_ids.find(atom);
-  if (known != slot.image_ids.end()) return known->second;
+  auto& known = slot.image_ids[{static_cast<std::uint32_t>(place), image}];
+  if (known != 0) return known;
   const auto id = registry_.add(ObjectClass::periodic_image, 1, slot_place, slot.images.size());
-  if (id == 0) return 0;
-  slot.images.push_back(atom);
-  slot.image_names.push_back(id);
-  slot.image_ids.emplace(atom, id);
-  return id;
+  if (id != 0) slot.images.push_back({id, static_cast<std::uint32_t>(place), image});
+  return known = id;
 }
 
 std::vector<NamedImage> DataModel::atom_images(const ModelObject& model) const {
-  std::vector<NamedImage> named;
-  const auto& slot = *slots_[find(model.id).model];
-  for (const auto& atom : slot.images) named.push_back({slot.image_ids.at(atom), atom.place, atom.image});
-  return named;
+  return slots_[find(model.id).model]->images;
 }
 
 void DataModel::name_monitor(ModelObject& model, std::size_t place) {
@@ -232,6 +229,7 @@ void DataModel::name_planes(ModelObject& model, std::size_t place) {
 
 bool DataModel::add_monitor(ModelObject& model, Monitor monitor) {
   if (!registry_.has_room(ids_of_monitor)) return false;
+  const PutBack unless_done(registry_, model.data.monitors, model.monitor_ids, model.plane_monitors, model.plane_ids);
   model.data.monitors.push_back(std::move(monitor));
   name_monitor(model, model.data.monitors.size() - 1);
   name_planes(model, model.data.monitors.size() - 1);
@@ -239,6 +237,7 @@ bool DataModel::add_monitor(ModelObject& model, Monitor monitor) {
 }
 
 void DataModel::remove_monitor(ModelObject& model, std::size_t place) {
+  const PutBack unless_done(registry_, model.data.monitors, model.monitor_ids, model.plane_monitors, model.plane_ids);
   const auto at = [](auto& list, std::size_t k) { return list.begin() + static_cast<std::ptrdiff_t>(k); };
   auto& planes = model.plane_monitors;
   const auto first_behind = std::lower_bound(planes.begin(), planes.end(), place);
@@ -255,7 +254,7 @@ void DataModel::remove_monitor(ModelObject& model, std::size_t place) {
 }
 
 const Connectivity& DataModel::connectivity(ModelObject& model) {
-  auto& slot = *slots_[find(model.id).model];
+  auto& slot = slot_of(model);
   if (slot.connectivity_version != model.geometry_version) {
     slot.connectivity = find_molecules(model.data);
     slot.connectivity_version = model.geometry_version;
@@ -268,10 +267,10 @@ const SpaceGroup* DataModel::space_group(std::int32_t id) const {
   if (place.kind != ObjectClass::space_group) return nullptr;
   auto& group = groups_[place.index];
   if (group.operators.size() == 0) {
-    const auto known = group_of_operators(group.name, library_operators(place.index));
+    auto known = group_of_operators(group.name, library_operators(place.index));
     group.lattice_type = known.lattice_type;
     group.centring_type = known.centring_type;
-    group.operators = known.operators;
+    group.operators = std::move(known.operators);
   }
   return &group;
 }

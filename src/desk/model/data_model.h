@@ -218,6 +218,7 @@ class DataModel {
  private:
   struct ModelSlot;
 
+  ModelSlot& slot_of(const ModelObject& model) { return *slots_[find(model.id).model]; }
   void take_order(ModelObject& model, std::span<const std::uint32_t> order);
   std::int32_t name_new_atoms(ModelObject& model, std::size_t count);
   void name_atoms(ModelObject& model);

@@ -5,6 +5,7 @@
 
 #include "desk/model/model_edit.h"
 #include "desk/model/model_slot.h"
+#include "support/put_back.h"
 
 namespace pathstat::desk {
 namespace {
@@ -31,7 +32,7 @@ std::vector<std::uint32_t> places_but(std::span<const std::uint8_t> marked) {
 
 /// Brings in step what knows the atoms by their places, after the model's columns have taken an order.
 void DataModel::take_order(ModelObject& model, std::span<const std::uint32_t> order) {
-  auto& slot = *slots_[find(model.id).model];
+  auto& slot = slot_of(model);
   std::size_t known = 0;  // so many places that something knows
   const auto count_in = [&](std::uint32_t place) {
     if (place != gone) known = std::max<std::size_t>(known, place + std::size_t{1});
@@ -69,16 +70,12 @@ void DataModel::name_atoms(ModelObject& model) {
   const auto slot_place = find(model.id).model;
   auto& slot = *slots_[slot_place];
   std::vector<std::int32_t> image_ids;
-  std::vector<ImageAtom> images;
+  std::erase_if(slot.images, [](const NamedImage& image) { return image.place == gone; });
   slot.image_ids.clear();
-  for (std::size_t k = 0; k < slot.images.size(); ++k) {
-    if (slot.images[k].place == gone) continue;
-    images.push_back(slot.images[k]);
-    image_ids.push_back(slot.image_names[k]);
-    slot.image_ids.emplace(images.back(), image_ids.back());
+  for (const auto& image : slot.images) {
+    image_ids.push_back(image.id);
+    slot.image_ids.emplace(ImageAtom{image.place, image.image}, image.id);
   }
-  slot.images = std::move(images);
-  slot.image_names = image_ids;
   registry_.replace_atoms(slot_place, model.atom_ids, image_ids);
   std::erase_if(model.kept_images, [&](std::int32_t id) { return find(id).kind != ObjectClass::periodic_image; });
 }
@@ -102,47 +99,54 @@ std::int32_t DataModel::name_new_atoms(ModelObject& model, std::size_t count) {
 
 std::int32_t DataModel::add_atoms(ModelObject& model, std::span<const std::uint8_t> elements,
                                   std::span<const Vector3> positions) {
-  if (!registry_.has_room(elements.size()) || !append_atoms(model.data, elements, positions)) return 0;
+  if (!registry_.has_room(elements.size())) return 0;
+  const PutBack unless_done(registry_, slot_of(model));
+  if (!append_atoms(model.data, elements, positions)) return 0;
   return name_new_atoms(model, elements.size());
 }
 
 std::int32_t DataModel::copy_atoms(ModelObject& model, std::span<const std::uint32_t> places) {
-  if (!registry_.has_room(places.size()) || !append_copies(model.data, places)) return 0;
+  if (!registry_.has_room(places.size())) return 0;
+  const PutBack unless_done(registry_, slot_of(model));
+  if (!append_copies(model.data, places)) return 0;
   return name_new_atoms(model, places.size());
 }
 
 void DataModel::remove_atoms(ModelObject& model, std::span<const std::int32_t> ids) {
-  auto& slot = *slots_[find(model.id).model];
+  auto& slot = slot_of(model);
+  const PutBack unless_done(registry_, slot);
   std::vector<std::uint8_t> removed(model.data.atoms());
   for (const auto id : ids) {
     const auto place = find(id);
-    user_data_.erase(id);
     if (place.kind == ObjectClass::atom) removed[place.index] = 1;
     if (place.kind == ObjectClass::periodic_image) slot.images[place.index].place = gone;
   }
   take_order(model, rearrange(model.data, places_but(removed)));
+  for (const auto id : ids) user_data_.erase(id);
 }
 
 void DataModel::make_images(ModelObject& model, std::span<const std::int32_t> ids,
                             std::span<const std::uint32_t> parents, std::span<const Translation> cells) {
-  auto& slot = *slots_[find(model.id).model];
+  auto& slot = slot_of(model);
+  const PutBack unless_done(registry_, slot);
   fix_bond_cells(model.data);
   std::vector<std::uint8_t> is_image(model.data.atoms());
   for (std::size_t k = 0; k < ids.size(); ++k) {
     is_image[find(ids[k]).index] = 1;
-    slot.images.push_back({parents[k], cells[k]});
-    slot.image_names.push_back(ids[k]);
+    slot.images.push_back({ids[k], parents[k], cells[k]});
     model.kept_images.push_back(ids[k]);
   }
   take_order(model, rearrange(model.data, places_but(is_image)));
 }
 
 void DataModel::set_origins(ModelObject& model, std::vector<ImageOrigin> origins) {
+  const PutBack unless_done(registry_, slot_of(model));
   fix_bond_cells(model.data);
   take_order(model, desk::set_origins(model.data, std::move(origins)));
 }
 
 void DataModel::renumber(ModelObject& model) {
+  const PutBack unless_done(registry_, slot_of(model));
   auto order = all_places(model.data);
   std::ranges::stable_sort(order, {}, [&](std::uint32_t place) { return model.data.ids[place]; });
   std::vector<std::int32_t> rank(order.size());
@@ -153,6 +157,7 @@ void DataModel::renumber(ModelObject& model) {
 
 bool DataModel::set_periodic_type(ModelObject& model, std::int32_t type) {
   if (type != not_periodic && !is_usable_cell(type, model.data.cell)) return false;
+  const PutBack unless_done(registry_, groups_, group_ids_, slot_of(model));
   if (type == not_periodic && model.data.periodic_type != not_periodic) {
     fix_bond_cells(model.data);
     images_to_atoms(model);
@@ -167,7 +172,7 @@ bool DataModel::set_periodic_type(ModelObject& model, std::int32_t type) {
 /// Turns the periodic images that are part of a model into atoms, and its bonds into bonds between atoms that are
 /// there.
 void DataModel::images_to_atoms(ModelObject& model) {
-  auto& slot = *slots_[find(model.id).model];
+  auto& slot = slot_of(model);
   auto& data = model.data;
   std::unordered_set<std::int32_t> kept(model.kept_images.begin(), model.kept_images.end());
   std::unordered_map<ImageAtom, std::uint32_t, ImageHash> instances;  // atoms that stand in a cell
@@ -176,14 +181,13 @@ void DataModel::images_to_atoms(ModelObject& model) {
   std::vector<Vector3> positions;
   std::vector<std::int32_t> ids;
   for (std::uint32_t place = 0; place < data.atoms(); ++place) ids.push_back(model.atom_id(place));
-  for (std::size_t k = 0; k < slot.images.size(); ++k) {
-    if (!kept.contains(slot.image_names[k])) continue;
-    const auto& image = slot.images[k];
-    instances.emplace(image, static_cast<std::uint32_t>(ids.size()));
+  for (const auto& image : slot.images) {
+    if (!kept.contains(image.id)) continue;
+    instances.emplace(ImageAtom{image.place, image.image}, static_cast<std::uint32_t>(ids.size()));
     cells[image.place].push_back(image.image);
     parents.push_back(image.place);
     positions.push_back(translated(data.positions[image.place], data.cell, image.image));
-    ids.push_back(slot.image_names[k]);
+    ids.push_back(image.id);
   }
   const auto instance = [&](std::uint32_t place, const Translation& cell) {
     if (cell == Translation{}) return place;
@@ -210,14 +214,14 @@ void DataModel::images_to_atoms(ModelObject& model) {
   data.bonds = std::move(bonds);
   data.bond_cells.clear();
   model.kept_images.clear();
-  slot.images.clear(), slot.image_names.clear();
+  slot.images.clear();
   take_order(model, rearrange(data, all_places(data)));
 }
 
 void DataModel::set_space_group(ModelObject& model, std::int32_t group) {
-  model.space_group = group;
   const auto* found = space_group(group);
   model.data.symmetry = found ? found->operators : SymmetryOperators{};
+  model.space_group = group;
 }
 
 }  // namespace pathstat::desk

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "structure/elements.h"
+#include "support/put_back.h"
 
 namespace pathstat::desk {
 namespace {
@@ -198,6 +199,7 @@ void fix_bond_cells(MolecularModel& model) {
 void add_bonds(MolecularModel& model, std::span<const std::pair<std::uint32_t, std::uint32_t>> bonds,
                std::span<const Translation> cells) {
   fix_bond_cells(model);
+  const PutBack unless_done(model.bonds, model.bond_cells, model.file_bonds);
   auto known = known_bonds(model);
   for (std::size_t k = 0; k < bonds.size(); ++k) {
     if (!known.add(cell_bond(bonds[k], cells[k]))) continue;

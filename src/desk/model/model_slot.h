@@ -28,8 +28,7 @@ struct ImageHash {
 /// A model with what is found out about it on demand.
 struct DataModel::ModelSlot {
   ModelObject object;
-  std::vector<ImageAtom> images;
-  std::vector<std::int32_t> image_names;  ///< identifiers of the images
+  std::vector<NamedImage> images;
   std::unordered_map<ImageAtom, std::int32_t, ImageHash> image_ids;
   Connectivity connectivity;
   std::uint64_t connectivity_version = 0;

@@ -18,10 +18,6 @@ namespace pathstat::desk {
 /// without looking at their letters.
 class WordColumn {
  public:
-  WordColumn() = default;
-  WordColumn(WordColumn&&) = default;
-  WordColumn& operator=(WordColumn&&) = default;
-
   static std::size_t hash(std::string_view word) { return std::hash<std::string_view>()(word); }
 
   void push_back(std::string_view word) { push_back(word, hash(word)); }

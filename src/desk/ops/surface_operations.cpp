@@ -40,9 +40,7 @@ void set_surface(DataModel& data, const OperationCall& call, OperationReply& rep
       !std::ranges::all_of(corners, [&](std::int32_t corner) { return corner >= 0 && corner < points; })) {
     return void(reply.error = bad_value);
   }
-  surface->vertices = triples(vertices);
-  surface->normals = triples(normals);
-  surface->triangles = triples(corners);
+  *surface = {triples(vertices), triples(normals), triples(corners)};
   std::erase_if(surface->triangles, is_collapsed);
 }
 
