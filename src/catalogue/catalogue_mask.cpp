@@ -205,6 +205,7 @@ void find_absent_rows(const OpenTrajectory& trajectory) {
   }
   bool any_frame = false;
   for (const std::int32_t frame : {1, trj_frames_.frames_in_file}) {
+    if (absent_rows.empty()) return;  // the way to the last frame leads over all others
     std::int32_t status = 0;
     trj_readframe_(trajectory.handle(), frame, status);
     if (status != 0) continue;
