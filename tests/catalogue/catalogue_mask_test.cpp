@@ -2,11 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <limits>
 #include <ostream>
 #include <set>
@@ -17,6 +15,7 @@
 #include "catalogue/catalogue.h"
 #include "desk/import/trajectory_output.h"
 #include "recording_core.h"
+#include "scratch_folder.h"
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 #include "trajectory/front_end.h"
@@ -174,7 +173,8 @@ class AbsentValues : public CatalogueMask, public testing::WithParamInterface<Ab
 
 TEST_P(AbsentValues, are_those_of_neither_the_first_frame_nor_the_last) {
   const auto& [series, id, values, expected] = GetParam();
-  const auto path = testing::TempDir() + "absent_" + std::to_string(::getpid()) + ".trj";
+  const ScratchFolder folder;
+  const auto path = folder.file("absent.trj");
   const std::array<std::int32_t, 2> ids{1, 2};
   desk::TrajectoryOutput output;
   ASSERT_EQ(output.create(path, {.title = "absent", .ids = ids, .periodic = true}), "");
@@ -192,7 +192,6 @@ TEST_P(AbsentValues, are_those_of_neither_the_first_frame_nor_the_last) {
   EXPECT_EQ(status, trajectory_status::attach_refused) << "there is no model, and rows are masked all the same";
   EXPECT_EQ(selectable().contains(id), expected);
   EXPECT_TRUE(selectable().contains(204)) << "the volume is there in all frames";
-  std::remove(path.c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(frames, AbsentValues,

@@ -119,9 +119,9 @@ TEST_F(LeftBehind, is_told_from_what_is_not_there) {
 }
 
 TEST(ReconnectionFile, is_read_if_it_is_this_users_alone) {
-  const auto path = testing::TempDir() + "reconnect.test";
+  const ScratchFolder folder;
+  const auto path = folder.file("reconnect");
   std::string port;
-  fs::remove(path);
   EXPECT_EQ(read_reconnection_file(path, port), "");
   EXPECT_EQ(port, "") << "there is none yet";
 
@@ -146,12 +146,9 @@ TEST(ReconnectionFile, is_read_if_it_is_this_users_alone) {
   }
   const auto link = path + ".link";
   write("4711\ntcp\n", 0600);
-  fs::remove(link);
   fs::create_symlink(path, link);
   EXPECT_THAT(read_reconnection_file(link, port), HasSubstr("it is a link"));
   EXPECT_EQ(port, "");
-  fs::remove(link);
-  fs::remove(path);
 }
 
 }  // namespace

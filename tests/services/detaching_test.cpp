@@ -14,6 +14,7 @@
 
 #include "corelink/last_error.h"
 #include "corelink/typed_values.h"
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -97,17 +98,14 @@ TEST_F(Detached, gives_up_in_time) {
 }
 
 TEST_F(Detached, never_writes_through_a_link) {
-  const fs::path victim = fs::path(testing::TempDir()) / "victim-of-a-link";
-  std::ofstream(victim) << "precious";
+  const ScratchFolder folder;
+  const auto victim = folder.write("victim", "precious");
   fs::create_symlink(victim, path);
   auto core = std::async(std::launch::async, attach);
   EXPECT_EQ(wait(10), 0);
   EXPECT_EQ(core.get().mode, static_cast<mode_t>(S_IFREG | 0600));
   expect_connection();
-  std::string text;
-  std::getline(std::ifstream(victim), text);
-  EXPECT_EQ(text, "precious");
-  fs::remove(victim);
+  EXPECT_EQ(folder.read("victim"), "precious");
 }
 
 TEST_F(Detached, refuses_a_file_of_somebody_else) {

@@ -3,12 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <random>
+
+#include "scratch_folder.h"
 
 namespace pathstat {
 namespace {
@@ -23,11 +24,6 @@ Bytes bytes(std::initializer_list<int> values) {
 
 class TemporaryFile {
  public:
-  explicit TemporaryFile(std::span<const std::byte> content = {})
-      : path_(testing::TempDir() + "record_file_" + std::to_string(::getpid()) + "_" + std::to_string(++made)) {
-    if (!content.empty()) write(content);
-  }
-  ~TemporaryFile() { std::filesystem::remove(path_); }
   const std::string& path() const { return path_; }
   void write(std::span<const std::byte> content) const {
     std::ofstream file(path_, std::ios::binary | std::ios::app);
@@ -41,8 +37,8 @@ class TemporaryFile {
   }
 
  private:
-  static inline int made = 0;
-  std::string path_;
+  const ScratchFolder folder_;
+  const std::string path_ = folder_.file("records");
 };
 
 /// Every rule of the reader holds for a file and for a block of memory.

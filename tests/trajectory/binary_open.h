@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "scratch_folder.h"
 #include "trajectory/binary_bytes.h"
 #include "trajectory/binary_trajectory.h"
 
@@ -78,11 +78,9 @@ class Opened {
 class FileOnDisk {
  public:
   explicit FileOnDisk(std::span<const std::byte> content = {}, const std::string& ending = ".trj")
-      : path_(testing::TempDir() + "file_" + std::to_string(::getpid()) + "_" + std::to_string(++made_) + ending) {
+      : path_(folder_.file("file" + ending)) {
     if (!content.empty()) replace(content);
   }
-  FileOnDisk(const FileOnDisk&) = delete;
-  ~FileOnDisk() { std::filesystem::remove(path_); }
 
   const std::string& path() const { return path_; }
   void replace(std::span<const std::byte> content) const {
@@ -97,8 +95,8 @@ class FileOnDisk {
   }
 
  private:
-  static inline int made_ = 0;
-  std::string path_;
+  const ScratchFolder folder_;
+  const std::string path_;
 };
 
 }  // namespace pathstat::testing_bytes

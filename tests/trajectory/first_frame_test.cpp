@@ -98,8 +98,7 @@ TEST_F(FirstFrame, a_model_that_does_not_fit_is_left_alone) {
 TEST_F(FirstFrame, a_frame_without_a_cell_leaves_the_model_its_own) {
   const testing_bytes::Plan plan{.version = 190, .flags = {1}};  // constant volume: no cell in the frames
   const auto bytes = testing_bytes::file(plan, 2).all();
-  const std::string path = testing::TempDir() + "first_frame_" + std::to_string(::getpid()) + ".trj";
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+  const auto path = folder.write("run.trj", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   const std::int32_t model = core.import_text(
       "(1 Model three\n (A I PeriodicType 100)\n (A V Cell ((9 1 0) (0 8 2) (3 0 7)))\n"
       " (A I AtomId (0 1 2))\n (A C Element (Ar Ar Ar))\n"
