@@ -120,6 +120,9 @@ class Conversation {
                             },
                         .frame = {}});
   }
+  ~Conversation() { runner_.forget_owner(); }
+  Conversation(const Conversation&) = delete;
+  Conversation& operator=(const Conversation&) = delete;
 
   int run() {
     RequestLines lines;
@@ -133,7 +136,6 @@ class Conversation {
       send(refusal(fmt::format("a request has at most {} bytes", longest_request)));
       code_ = exit_code::not_run;
     }
-    runner_.console().lead_to({});
     return code_;
   }
 

@@ -82,6 +82,8 @@ PanelSession::PanelSession(LineRunner& runner, PageServer& server, PageRequests&
                           }});
 }
 
+PanelSession::~PanelSession() { runner_.forget_owner(); }
+
 int PanelSession::run(const std::vector<ScriptLine>& first_lines) {
   static const auto words = text_message(words_body());  // the same for every session, and long to make
   server_.publish("words", Keep::only, words);
@@ -96,7 +98,6 @@ int PanelSession::run(const std::vector<ScriptLine>& first_lines) {
     if (const auto request = requests_.next()) serve(*request);
   }
   tell("ended", {{"type", "ended"}});
-  runner_.console().lead_to({});
   return code_;
 }
 

@@ -23,6 +23,9 @@ class PanelSession {
  public:
   PanelSession(LineRunner& runner, PageServer& server, PageRequests& requests, Downloads& downloads,
                const StartFolder& folder, std::filesystem::path scratch);
+  ~PanelSession();
+  PanelSession(const PanelSession&) = delete;
+  PanelSession& operator=(const PanelSession&) = delete;
 
   /// Runs the first lines and then what pages send, until somebody ends it.
   /// @return an exit code

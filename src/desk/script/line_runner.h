@@ -73,6 +73,12 @@ class LineRunner {
   /// Has dialogs of the process answered; without it, and where it has no answer, they take their default.
   void answer_with(std::function<std::optional<std::int32_t>(const Question&)> choose) { choose_ = std::move(choose); }
   void watch_with(RunWatcher watcher) { watcher_ = std::move(watcher); }
+  /// Whoever has answered, watched and been told ends ahead of the run.
+  void forget_owner() {
+    console_.lead_to({});
+    choose_ = {};
+    watcher_ = {};
+  }
   LineEnd run(const ScriptLine& line);
   bool stops_on_error() const { return stop_on_error_; }
   /// Why the run ends ahead of its lines, for the report.
