@@ -138,8 +138,11 @@ class Ends(unittest.TestCase):
 
     def test_nothing_works_on_behind_a_dead_python(self):
         code = "import os, pathstat, sys; a = pathstat.Analysis(sys.argv[1]); print(a._talk.process.pid, flush=True); os._exit(0)"
+        folder = tempfile.TemporaryDirectory()  # for what stays behind
+        self.addCleanup(folder.cleanup)
         done = subprocess.run(
-            [sys.executable, "-c", code, str(ARGON)], capture_output=True, text=True, check=True, env=dict(os.environ)
+            [sys.executable, "-c", code, str(ARGON)], capture_output=True, text=True, check=True,
+            env=dict(os.environ, TMPDIR=folder.name)
         )
         end = time.monotonic() + 20
         while Path("/proc", done.stdout.strip()).exists() and time.monotonic() < end:
