@@ -66,6 +66,13 @@ constexpr const char* script =
     "EXTRACT_FRAME\n"
     "@show model\n";
 
+constexpr const char* requests =
+    "{\"line\": \"TRAJECTORY small.trj\"}\n"
+    "{\"line\": \"PROFILE\"}\n"
+    "{\"model\": true}\n"
+    "{\"values\": [\"FIRST_FRAME\"]}\n"
+    "{\"report\": true}\n";
+
 constexpr const char* earlier = "of an earlier run\n";
 
 struct Fault {
@@ -74,10 +81,12 @@ struct Fault {
   std::string how;          ///< as the library takes it
   std::size_t fewest = 25;  ///< places in the ordinary test
   const char* protocol = "unix";
+  bool converses = false;  ///< with a program on its standard input and output; else a script runs
 };
 
 void PrintTo(const Fault& fault, std::ostream* stream) {
-  *stream << fault.program << ' ' << fault.call << ' ' << fault.how << ' ' << fault.protocol;
+  *stream << fault.program << ' ' << fault.call << ' ' << fault.how << ' ' << fault.protocol
+          << (fault.converses ? " converse" : "");
 }
 
 void put(const fs::path& path, std::string_view text) {
@@ -117,6 +126,7 @@ class Place {
     put(base_ / "in/small.trj", content_of(example + ".trj").substr(0, bytes_of_trajectory));
     put(base_ / "in/small.qfx", content_of(example + ".qfx"));
     put(base_ / "in/small.script", script);
+    put(base_ / "in/requests", requests);
   }
 
   /// Runs the script with a fault at one call, 0 for none, where an earlier run has left results of these names.
@@ -184,9 +194,9 @@ class Place {
       const std::string_view text = *entry;
       if (!ours.contains(text.substr(0, text.find('=')))) environment.emplace_back(text);
     }
-    std::vector<std::string> arguments{
-        PATHDESK_PROGRAM, "run",         file("in/small.script"), "--out", file("out"), "--format", "tsv",
-        "--protocol",     fault.protocol};
+    std::vector<std::string> arguments{PATHDESK_PROGRAM, "run", file("in/small.script")};
+    if (fault.converses) arguments = {PATHDESK_PROGRAM, "converse"};
+    arguments.insert(arguments.end(), {"--out", file("out"), "--format", "tsv", "--protocol", fault.protocol});
     const auto pointers = [](std::vector<std::string>& texts) {
       std::vector<char*> all;
       for (auto& text : texts) all.push_back(text.data());
@@ -195,7 +205,8 @@ class Place {
     };
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addchdir_np(&actions, file("in").c_str());
+    posix_spawn_file_actions_addopen(&actions, 0, fault.converses ? "requests" : "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, file("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     posix_spawn_file_actions_addopen(&actions, 2, file("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t child = 0;
@@ -288,13 +299,17 @@ class Faults : public testing::TestWithParam<Fault> {
   Files names_;
 };
 
-class FailedCalls : public Faults {};
-
-TEST_P(FailedCalls, are_told_and_leave_results_whole) {
+bool tells_cause(const std::string& text) {
   static const std::regex cause(
       "space|memory|device|nput/output|open files|denied|refused|reset|cannot|can't|temporarily|in use|closed|holds "
       "no|breaks off|broken pipe|has been lost|could not allocate|end of file",
       std::regex::icase);
+  return std::regex_search(text, cause);
+}
+
+class FailedCalls : public Faults {};
+
+TEST_P(FailedCalls, are_told_and_leave_results_whole) {
   ASSERT_EQ(good_.code(), 0) << good_.err;
   ASSERT_GT(good_.calls, 0U);
   for (const auto at : places(stride() > 0 ? (good_.calls + stride() - 1) / stride() : GetParam().fewest)) {
@@ -310,9 +325,9 @@ TEST_P(FailedCalls, are_told_and_leave_results_whole) {
       const auto missing = strange_lines(good_.out, run.out);
       EXPECT_TRUE(missing.empty() || breaks_off(run) || leaves_out(run)) << missing;
       const auto more = strange_lines(run.out, good_.out);
-      EXPECT_TRUE(more.empty() || std::regex_search(more + run.err, cause)) << more;
+      EXPECT_TRUE(more.empty() || tells_cause(more + run.err)) << more;
     } else {
-      EXPECT_TRUE(std::regex_search(run.err, cause));
+      EXPECT_TRUE(tells_cause(run.err));
       EXPECT_THAT(run.err, testing::Not(testing::HasSubstr("signal")));
     }
     // A folder that cannot be opened cannot be removed either, but by the next run.
@@ -341,6 +356,25 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"pathdesk", "accept", "once", 5, "tcp"}, Fault{"pathstat", "connect", "once", 5, "tcp"},
                     Fault{"pathdesk", "socket", "once"}, Fault{"pathstat", "socket", "once"},
                     Fault{"pathdesk", "socket", "once", 5, "tcp"}, Fault{"pathdesk", "process", "once"}));
+
+class Conversations : public Faults {};
+
+TEST_P(Conversations, end_with_a_word_and_leave_no_folder) {
+  ASSERT_EQ(good_.code(), 0) << good_.err;
+  for (const auto at : places(stride() > 0 ? (good_.calls + stride() - 1) / stride() : GetParam().fewest)) {
+    const auto run = place_.run(GetParam(), at, {});
+    SCOPED_TRACE(testing::Message() << "call " << at << " of " << good_.calls << ", exit code " << run.code() << ":\n"
+                                    << run.err);
+    EXPECT_FALSE(run.hung);
+    EXPECT_TRUE(run.exited());
+    EXPECT_TRUE(run.code() == 0 || tells_cause(run.err + run.out));
+    EXPECT_THAT(GetParam().how == "on" ? place_.next_run().left : run.left, IsEmpty());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(of, Conversations,
+                         testing::Values(Fault{"pathdesk", "malloc", "once", 40, "unix", true},
+                                         Fault{"pathdesk", "malloc", "on", 20, "unix", true}));
 
 class Signals : public Faults {
  protected:

@@ -25,6 +25,7 @@
 #include "desk/cli/shell.h"
 #include "desk/export/export_command.h"
 #include "desk/export/export_writer.h"
+#include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
 #include "desk/panel/panel.h"
 #include "desk/script/script.h"
@@ -243,15 +244,33 @@ int main_of(int argc, char** argv) {
   return exit_code::success;
 }
 
+void tell_shortage() { std::fputs("pathdesk: there is not enough memory\n", stderr); }
+
+/// Destructors of the JSON library want memory: where there is none, the program ends past all handlers, but with a
+/// word, and without its folders.
+[[noreturn]] void end_past_handlers() {
+  try {
+    if (std::current_exception()) throw;
+  } catch (const std::bad_alloc&) {
+    tell_shortage();
+    PrivateDirectory::remove_all();
+    std::_Exit(exit_code::not_run);
+  } catch (...) {
+    __gnu_cxx::__verbose_terminate_handler();
+  }
+  std::abort();
+}
+
 }  // namespace
 }  // namespace pathstat::desk
 
 int main(int argc, char** argv) {
   pathstat::watch_memory();
+  std::set_terminate(pathstat::desk::end_past_handlers);
   try {
     return pathstat::desk::main_of(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::fputs("pathdesk: there is not enough memory\n", stderr);
+    pathstat::desk::tell_shortage();
     return pathstat::desk::exit_code::not_run;
   } catch (const std::exception& error) {
     fmt::print(stderr, "pathdesk: {}\n", pathstat::desk::visible_lines(error.what()));

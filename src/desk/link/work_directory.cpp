@@ -92,10 +92,21 @@ PrivateDirectory::PrivateDirectory(std::string& error) {
     }
   }
   if (path_.empty()) error = cannot_make(base, "another program removes it");
+  earlier_ = std::exchange(latest_, this);
 }
 
 PrivateDirectory::~PrivateDirectory() {
+  auto** known = &latest_;
+  while (*known && *known != this) known = &(*known)->earlier_;
+  if (*known) *known = earlier_;
   if (!path_.empty()) remove_folder(path_);
+}
+
+void PrivateDirectory::remove_all() noexcept try {
+  for (const auto* each = latest_; each; each = each->earlier_) {
+    if (!each->path_.empty()) remove_folder(each->path_);
+  }
+} catch (const std::exception&) {  // the next run clears it
 }
 
 std::string full_disk(const fs::path& folder) {

@@ -19,7 +19,12 @@ class PrivateDirectory {
 
   const std::filesystem::path& path() const { return path_; }
 
+  /// Removes the directories of a program that ends past their owners.
+  static void remove_all() noexcept;
+
  private:
+  static inline PrivateDirectory* latest_ = nullptr;
+  PrivateDirectory* earlier_ = nullptr;  ///< that is there too
   std::filesystem::path path_;
   FileDescriptor lock_;  ///< given up when it is closed
 };
