@@ -2,6 +2,7 @@
 #include "transforms/transforms.h"
 
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <vector>
 
@@ -13,10 +14,13 @@ void hold(double found, double expected, double scale) {
   if (std::abs(found - expected) > 1e-11 * (scale + 1)) __builtin_trap();
 }
 
-/// The values of a function at the multiples of π/n in a whole turn.
+/// The values of a function at the multiples of π/n in a whole turn, computed once for each n.
+using Turns = std::map<std::size_t, std::vector<long double>>;
 template <class Function>
-std::vector<long double> turn_of(std::size_t n, Function function) {
-  std::vector<long double> values(2 * n);
+const std::vector<long double>& turn_of(std::size_t n, Turns& turns, Function function) {
+  auto& values = turns[n];
+  if (!values.empty()) return values;
+  values.resize(2 * n);
   for (std::size_t k = 0; k < values.size(); ++k) {
     values[k] = function(std::numbers::pi_v<long double> * static_cast<long double>(k) / static_cast<long double>(n));
   }
@@ -39,8 +43,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   fftcos_(x, cosines);
   fftsin_(x, sines);
-  const auto cosine_table = turn_of(n - 1, [](long double angle) { return std::cos(angle); });
-  const auto sine_table = turn_of(n + 1, [](long double angle) { return std::sin(angle); });
+  static Turns cosine_turns, sine_turns;
+  const auto& cosine_table = turn_of(n - 1, cosine_turns, [](long double angle) { return std::cos(angle); });
+  const auto& sine_table = turn_of(n + 1, sine_turns, [](long double angle) { return std::sin(angle); });
   const std::size_t step = n > 60 ? n / 17 : 1;  // of a long sequence some elements stand for all
   for (std::size_t i = 0; i < n; i += step) {
     long double cosine = x[0] + (i % 2 == 0 ? x[n - 1] : -x[n - 1]), sine = 0;

@@ -33,7 +33,10 @@ class Folder {
   const std::string& path() const { return path_; }
 
  private:
-  std::string path_ = std::filesystem::temp_directory_path() / "written_structure_fuzz-XXXXXX";
+  // In memory, where that can be had.
+  std::string path_ = std::filesystem::is_directory("/dev/shm")
+                          ? "/dev/shm/written_structure_fuzz-XXXXXX"
+                          : std::filesystem::temp_directory_path() / "written_structure_fuzz-XXXXXX";
 };
 
 struct Kind {

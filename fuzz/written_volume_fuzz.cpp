@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto type = types.at(numbers.byte() % types.size());
   const auto kind = numbers.byte() % 4 == 0 ? offset_volume : plain_volume;
   std::array<std::int32_t, 3> n{};
-  for (auto& points : n) points = 2 + numbers.byte() % 14;
+  for (auto& points : n) points = 2 + numbers.byte() % (numbers.byte() % 16 == 0 ? 14 : 4);
   const float min = static_cast<float>(100 * numbers.fraction());
   const float max = min + 1 + static_cast<float>(numbers.byte());
   FloatVector origin{}, spacing{};
