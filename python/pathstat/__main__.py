@@ -19,6 +19,7 @@ import argparse
 import inspect
 import os
 import sys
+import tempfile
 import time
 import warnings
 from contextlib import ExitStack
@@ -112,9 +113,10 @@ def open_client(workers: Dict[str, Any], stack: ExitStack) -> Any:
         cluster.scale(jobs=workers.get("jobs", 1))
     else:
         os.environ.setdefault("PYTHONWARNINGS", "ignore::DeprecationWarning")  # of what workers import
+        options = {"local_directory": stack.enter_context(tempfile.TemporaryDirectory()), **workers.get("options", {})}
         cluster = stack.enter_context(
             distributed.LocalCluster(
-                n_workers=workers.get("count", 1), threads_per_worker=1, dashboard_address=None, **workers.get("options", {})
+                n_workers=workers.get("count", 1), threads_per_worker=1, dashboard_address=None, **options
             )
         )
     client = stack.enter_context(distributed.Client(cluster))

@@ -139,7 +139,8 @@ class OnWorkers(Run):
     def setUpClass(cls):
         super().setUpClass()
         cls.cluster = distributed.LocalCluster(
-            n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None, silence_logs=50
+            n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None, silence_logs=50,
+            local_directory=cls.folder.name
         )
         cls.client = distributed.Client(cls.cluster)
 
