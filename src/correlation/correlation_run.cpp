@@ -42,7 +42,10 @@ class RoutedCache : public FrameSink {
         kind_.of_velocities,
         request_.anisotropic};
     by_transforms_ = transforms_pay(shape_, atoms);
-    if (by_transforms_) batches_.spare(SpectralSums::bytes(shape_, thread_count()));
+    if (by_transforms_) {
+      workers_ = SpectralSums::workers_in(frame_memory() / 4 * 3, shape_, thread_count());  // the rest is for frames
+      batches_.spare(SpectralSums::bytes(shape_, workers_));
+    }
     const std::int32_t status = sink().open(atoms, frames);
     if (status == 0 && std::getenv("PATHSTAT_TRACE") != nullptr) trace(atoms);
     return status;
@@ -51,6 +54,7 @@ class RoutedCache : public FrameSink {
   bool finish() override { return sink().finish(); }
 
   bool by_transforms() const { return by_transforms_; }
+  std::size_t workers() const { return workers_; }
   const SpectralShape& shape() const { return shape_; }
   FrameRecords records() const { return records_.frames(); }
   BatchStore& batches() { return batches_; }
@@ -74,6 +78,7 @@ class RoutedCache : public FrameSink {
   BatchStore batches_;
   SpectralShape shape_{};
   bool by_transforms_ = false;
+  std::size_t workers_ = 1;  ///< of transforms
 };
 
 /// Goes over the origins in order. @param blocks  take the sums of each as well; may be null. @param plots  drawn while
@@ -133,12 +138,12 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
   TablePlots* const watched = request.monitor ? &plots : nullptr;
   const auto blocks_file = kind.of_velocities ? std::nullopt : OriginBlocks::wanted_file();
   std::optional<OriginBlocks> blocks;
-  if (blocks_file) blocks.emplace(cache.shape().series, table.columns(), thread_count());
+  if (blocks_file) blocks.emplace(cache.shape().series, table.columns(), cache.workers());
   OriginBlocks* const beside = blocks ? &*blocks : nullptr;
   tell_progress(0.0F);
-  const bool read = groups
-                        ? add_origins(cache.shape().series, *groups, table, beside, watched)
-                        : sum_by_transforms(cache.batches(), cache.shape(), sums.kernel, atoms, table, beside, watched);
+  const bool read = groups ? add_origins(cache.shape().series, *groups, table, beside, watched)
+                           : sum_by_transforms(cache.batches(), cache.shape(), cache.workers(), sums.kernel, atoms,
+                                               table, beside, watched);
   if (!read) {
     status = cache_status::not_written;
     return show_message(kind.cache_messages[4]);

@@ -14,14 +14,14 @@ namespace {
 constexpr std::int64_t reports_in_a_run = 50;
 constexpr std::int64_t drawings_in_a_run = 10;
 
-/// Goes over the batches of a store piece by piece, each piece on all threads.
+/// Goes over the batches of a store piece by piece, each piece on so many threads.
 /// @param work   called with the batch and the worker; `join` in the order of the batches
 /// @param after  called behind each piece with the batches done; false ends the walk
 /// @return false if the cache can't be read
 template <class Work, class Join, class After>
-bool for_batches(BatchStore& store, Work work, Join join, After after) {
+bool for_batches(BatchStore& store, std::size_t workers, Work work, Join join, After after) {
   const std::int64_t all = store.batches();
-  const std::int64_t piece = std::max(all / reports_in_a_run, 4 * static_cast<std::int64_t>(thread_count()));
+  const std::int64_t piece = std::max(all / reports_in_a_run, 4 * static_cast<std::int64_t>(workers));
   for (std::int64_t loaded = 0; loaded < all; loaded += store.batches_together()) {
     const std::int64_t end = std::min(loaded + store.batches_together(), all);
     if (!store.load(loaded, end - loaded)) return false;
@@ -29,7 +29,7 @@ bool for_batches(BatchStore& store, Work work, Join join, After after) {
       const std::int64_t count = std::min(piece, end - first);
       for_blocks(
           count, [&](std::int64_t k, std::size_t worker) { work(store.batch(first + k), worker); },
-          [&](std::int64_t, std::size_t worker) { join(worker); });
+          [&](std::int64_t, std::size_t worker) { join(worker); }, workers);
       if (!after(first + count)) return true;
     }
   }
@@ -107,9 +107,9 @@ bool transforms_pay(const SpectralShape& shape, std::int64_t atoms) {
   return count * pairs > worth_a_thought && pairs > SpectralSums::cost_per_atom(shape);
 }
 
-bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel kernel, std::int64_t atoms,
-                       CorrelationTable& table, OriginBlocks* blocks, TablePlots* plots) {
-  SpectralSums sums(shape, thread_count());
+bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, std::size_t workers, PairKernel kernel,
+                       std::int64_t atoms, CorrelationTable& table, OriginBlocks* blocks, TablePlots* plots) {
+  SpectralSums sums(shape, workers);
   const std::int64_t batches = store.batches();
   std::vector<std::int64_t> unsure;
   std::int64_t drawings = 0;
@@ -120,7 +120,7 @@ bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel
     unsure = put_lags(shape, sums.lags(atoms_done), table);
   };
   const bool read = for_batches(
-      store,
+      store, workers,
       [&](const AtomBatch& batch, std::size_t worker) {
         sums.transform(batch, worker);
         if (blocks != nullptr) blocks->sum(batch, kernel, worker);
@@ -139,9 +139,9 @@ bool sum_by_transforms(BatchStore& store, const SpectralShape& shape, PairKernel
         return !stopped;
       });
   if (!read || stopped || unsure.empty()) return read;
-  DirectLags direct(shape.series, kernel, table.columns(), std::move(unsure), thread_count());
+  DirectLags direct(shape.series, kernel, table.columns(), std::move(unsure), workers);
   const bool again = for_batches(
-      store, [&](const AtomBatch& batch, std::size_t worker) { direct.sum(batch, worker); },
+      store, workers, [&](const AtomBatch& batch, std::size_t worker) { direct.sum(batch, worker); },
       [&](std::size_t worker) { direct.join(worker); },
       [&](std::int64_t) { return !(stopped = kvu_int_requestinterrupt_() == 1); });
   if (again && !stopped) direct.put(table);

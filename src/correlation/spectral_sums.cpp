@@ -260,6 +260,12 @@ std::int64_t SpectralSums::bytes(const SpectralShape& shape, std::size_t workers
   return static_cast<std::int64_t>(workers * (sums + data) + sums + at_the_end);
 }
 
+std::size_t SpectralSums::workers_in(std::int64_t memory, const SpectralShape& shape, std::size_t most) {
+  const std::int64_t shared = bytes(shape, 0);
+  const std::int64_t fit = (memory - shared) / std::max<std::int64_t>(bytes(shape, 1) - shared, 1);
+  return static_cast<std::size_t>(std::clamp<std::int64_t>(fit, 1, static_cast<std::int64_t>(most)));
+}
+
 double SpectralSums::cost_per_atom(const SpectralShape& shape) {
   constexpr double load_and_products = 10.0;
   constexpr double of_a_pair = 0.8;

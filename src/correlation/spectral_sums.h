@@ -54,6 +54,8 @@ class SpectralSums {
 
   /// Bytes that the sums of so many workers take, and the lags at the end.
   static std::int64_t bytes(const SpectralShape& shape, std::size_t workers);
+  /// Workers whose sums fit into so many bytes; one at least, `most` at most.
+  static std::size_t workers_in(std::int64_t memory, const SpectralShape& shape, std::size_t most);
   /// Operations that an atom costs, in units of a pair of frames of one atom by a pair kernel.
   static double cost_per_atom(const SpectralShape& shape);
 

@@ -16,7 +16,6 @@
 namespace pathstat {
 namespace {
 
-constexpr std::int64_t most_threads = 256;
 constexpr std::int64_t no_block = std::numeric_limits<std::int64_t>::max();
 
 /// Set on a thread that runs a block: its own calls run right there.
@@ -29,6 +28,7 @@ struct ParallelBlocks::Job {
   std::int64_t blocks;
   BlockBody run;
   BlockBody join;
+  std::size_t workers;
   std::int64_t next = 0;
   std::int64_t joined = 0;  ///< blocks whose turn to join is over
   std::size_t running = 0;
@@ -37,7 +37,7 @@ struct ParallelBlocks::Job {
   std::condition_variable turn;
   std::condition_variable done;
 
-  bool open() const { return next < blocks && failed == no_block; }
+  bool open_to(std::size_t worker) const { return worker < workers && next < blocks && failed == no_block; }
 };
 
 namespace {
@@ -54,7 +54,7 @@ class Pool {
 
   void set_threads(std::int64_t count) {
     const std::lock_guard lock(mutex_);
-    threads_ = static_cast<std::size_t>(std::clamp<std::int64_t>(count, 1, most_threads));
+    threads_ = static_cast<std::size_t>(std::clamp<std::int64_t>(count, 1, std::int64_t{most_threads}));
   }
 
   void begin(const std::shared_ptr<Job>& job) {
@@ -69,7 +69,7 @@ class Pool {
   /// Works on the job on the calling thread, then waits for the others.
   void finish(Job& job) {
     std::unique_lock lock(mutex_);
-    while (job.open()) run_next(job, 0, lock);
+    while (job.open_to(0)) run_next(job, 0, lock);
     job.done.wait(lock, [&] { return job.running == 0; });
     drop(job);
   }
@@ -104,13 +104,13 @@ class Pool {
   void help(std::size_t worker) {
     std::unique_lock lock(mutex_);
     while (true) {
-      const auto open = std::ranges::find_if(jobs_, [](const auto& job) { return job->open(); });
+      const auto open = std::ranges::find_if(jobs_, [&](const auto& job) { return job->open_to(worker); });
       if (open == jobs_.end() || worker >= threads_) {
         if (worker >= threads_ || !comes_soon(lock)) work_.wait(lock);
         continue;
       }
       const std::shared_ptr<Job> job = *open;
-      while (job->open()) run_next(*job, worker, lock);
+      while (job->open_to(worker)) run_next(*job, worker, lock);
     }
   }
 
@@ -184,10 +184,12 @@ Pool& pool() {
 std::size_t thread_count() { return pool().threads(); }
 void set_thread_count(std::int64_t count) { pool().set_threads(count); }
 
-ParallelBlocks::ParallelBlocks(std::int64_t blocks, BlockBody run, BlockBody join) : job_(std::make_shared<Job>()) {
+ParallelBlocks::ParallelBlocks(std::int64_t blocks, BlockBody run, BlockBody join, std::size_t workers)
+    : job_(std::make_shared<Job>()) {
   job_->blocks = blocks;
   job_->run = std::move(run);
   job_->join = std::move(join);
+  job_->workers = workers;
   pool().begin(job_);
 }
 
@@ -198,8 +200,9 @@ void ParallelBlocks::finish() {
   if (job_->failure) std::rethrow_exception(std::exchange(job_->failure, {}));
 }
 
-void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join) {
-  if (!in_block && blocks > 1) return ParallelBlocks(blocks, std::move(run), std::move(join)).finish();
+void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join, std::size_t workers) {
+  if (!in_block && blocks > 1 && workers > 1)
+    return ParallelBlocks(blocks, std::move(run), std::move(join), workers).finish();
   for (std::int64_t block = 0; block < blocks; ++block) {
     run(block, 0);
     if (join) join(block, 0);

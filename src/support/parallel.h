@@ -18,11 +18,15 @@ void set_thread_count(std::int64_t count);
 /// @param worker  below thread_count(): a place for what a block needs to itself
 using BlockBody = std::function<void(std::int64_t block, std::size_t worker)>;
 
+/// Threads that there never are more of.
+constexpr std::size_t most_threads = 256;
+
 /// Blocks that the other threads begin with at once, while the caller does something else.
 class ParallelBlocks {
  public:
   /// @param join  called behind a block's run on the same thread, for one block after another from 0 on; may be empty
-  ParallelBlocks(std::int64_t blocks, BlockBody run, BlockBody join = {});
+  /// @param workers  that take part at most, from 1; fewer where each takes much memory
+  ParallelBlocks(std::int64_t blocks, BlockBody run, BlockBody join = {}, std::size_t workers = most_threads);
   /// Blocks that have not begun are left out; waits for those that have.
   ~ParallelBlocks();
   ParallelBlocks(const ParallelBlocks&) = delete;
@@ -39,7 +43,7 @@ class ParallelBlocks {
 };
 
 /// Runs all blocks and waits for them; a single one, and those that a block asks for, on the calling thread.
-void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join = {});
+void for_blocks(std::int64_t blocks, BlockBody run, BlockBody join = {}, std::size_t workers = most_threads);
 
 /// The same for pieces of a range, 0 ... count, of `length` each.
 void for_pieces(std::size_t count, std::size_t length,

@@ -13,6 +13,7 @@
 #include "correlation/correlation_cache.h"
 #include "correlation/displacement.h"
 #include "correlation/moving_atoms.h"
+#include "correlation/spectral_sums.h"
 #include "correlation/velocity_autocorrelation.h"
 #include "extraction/scratch_format.h"
 #include "scratch_folder.h"
@@ -435,6 +436,21 @@ TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith(words));
   }
   ::unsetenv("PATHSTAT_TRACE");
+}
+
+TEST(SpectralSums, of_many_threads_stay_within_the_memory) {
+  constexpr std::size_t threads = 64;
+  for (const bool anisotropic : {false, true}) {
+    const SpectralShape shape{{200000, 1, 199999}, false, anisotropic};
+    EXPECT_GT(SpectralSums::bytes(shape, threads), default_frame_memory);
+    for (const std::int64_t memory : {std::int64_t{1} << 20, default_frame_memory, std::int64_t{1} << 40}) {
+      const auto workers = SpectralSums::workers_in(memory, shape, threads);
+      ASSERT_GE(workers, 1U);
+      ASSERT_LE(workers, threads);
+      EXPECT_TRUE(workers == 1 || SpectralSums::bytes(shape, workers) <= memory) << workers;
+      EXPECT_TRUE(workers == threads || SpectralSums::bytes(shape, workers + 1) > memory) << workers;
+    }
+  }
 }
 
 TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <new>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace pathstat {
@@ -34,6 +36,23 @@ TEST_P(OnThreads, run_each_block_once_and_join_in_order) {
   EXPECT_TRUE(std::ranges::all_of(runs, [](const auto& count) { return count == 1; }));
   ASSERT_EQ(joined.size(), runs.size());
   EXPECT_TRUE(std::ranges::is_sorted(joined));
+}
+
+TEST_P(OnThreads, are_no_more_than_may_take_part) {
+  for (const std::size_t most : {1U, 2U}) {
+    std::atomic<int> runs = 0;
+    std::atomic<std::size_t> last_worker = 0;
+    for_blocks(
+        200,
+        [&](std::int64_t, std::size_t worker) {
+          ++runs;
+          if (worker > last_worker) last_worker = worker;
+          std::this_thread::sleep_for(std::chrono::microseconds(50));  // so that all who may come to it
+        },
+        {}, most);
+    EXPECT_EQ(runs, 200);
+    EXPECT_LT(last_worker, most);
+  }
 }
 
 TEST_P(OnThreads, the_first_failure_comes_back_and_ends_the_work) {
