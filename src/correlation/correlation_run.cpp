@@ -17,6 +17,7 @@
 #include "correlation/origin_groups.h"
 #include "correlation/record_cache.h"
 #include "correlation/spectral_run.h"
+#include "services/file_names.h"
 #include "support/named_memory.h"
 #include "support/parallel.h"
 
@@ -34,7 +35,10 @@ class RoutedCache : public FrameSink {
       : kind_(kind),
         request_(request),
         records_(cache_file, frame_memory(), {kind.frame_labels[3], kind.frame_labels[4], kind.frame_labels[5]}),
-        batches_(cache_file, frame_memory()) {}
+        batches_(cache_file, frame_memory()) {
+    std::int32_t status = 0;
+    if (kvs_fil_exists_(cache_file)) kvs_fil_delete_(cache_file, status);  // left by a process that was killed
+  }
 
   std::int32_t open(std::int32_t atoms, std::int32_t frames) override {
     shape_ = SpectralShape{

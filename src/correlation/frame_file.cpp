@@ -11,7 +11,6 @@
 
 #include "coreapi/messages.h"
 #include "correlation/frame_sink.h"
-#include "services/file_names.h"
 #include "services/unit_paths.h"
 
 namespace pathstat {
@@ -44,7 +43,6 @@ iovec part_of(const double* values, std::size_t count) {
 
 FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32_t& status) {
   status = 0;
-  if (kvs_fil_exists_(file)) kvs_fil_delete_(file, status);
   FileUnit unit(file, {.record_words = record_words}, status);
   if (status == unit_error::none_free) {
     show_message("PATHSTAT_ERROR_12");

@@ -22,7 +22,7 @@ struct AxesOut {
   operator Axes() const { return {x, y, z}; }
 };
 
-/// A cache on a unit of its own, empty and without a name: it is gone as soon as the unit is closed, in whichever way
+/// A cache on a unit of its own, without a name: it is gone as soon as the unit is closed, in whichever way
 /// the process ends.
 /// @param status  0, cache_status::not_written, or unit_error::none_free after its message
 FileUnit open_cache(std::string_view file, std::int32_t record_words, std::int32_t& status);
