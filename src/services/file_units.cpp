@@ -58,8 +58,11 @@ int open_flags(UnitStatus status, UnitMode mode) {
   if (status == UnitStatus::fresh) return access | O_CREAT | O_EXCL | O_CLOEXEC;
   // A missing file opened for reading only would be an empty one.
   if (status == UnitStatus::unknown && mode != UnitMode::read_only) return access | O_CREAT | O_CLOEXEC;
-  return access | O_CLOEXEC;
+  return access | O_CLOEXEC | O_NONBLOCK;  // a pipe would hold it until somebody writes
 }
+
+/// What is read has an end; what is written may be a device.
+bool fits(mode_t kind, UnitMode mode) { return mode == UnitMode::read_only ? S_ISREG(kind) : !S_ISDIR(kind); }
 
 std::FILE* open_named(const std::string& path, UnitStatus status, UnitMode mode) {
   constexpr mode_t permissions = 0666;
@@ -67,7 +70,7 @@ std::FILE* open_named(const std::string& path, UnitStatus status, UnitMode mode)
   if (descriptor < 0) return nullptr;
   struct stat info {};
   std::FILE* stream = nullptr;
-  if (::fstat(descriptor, &info) == 0 && !S_ISDIR(info.st_mode)) {
+  if (::fstat(descriptor, &info) == 0 && fits(info.st_mode, mode)) {
     stream = ::fdopen(descriptor, mode == UnitMode::read_only ? "r" : "r+");
   }
   if (stream == nullptr) ::close(descriptor);

@@ -25,7 +25,7 @@ std::int64_t file_size(int fd) {
   return ::fstat(fd, &info) == 0 ? static_cast<std::int64_t>(info.st_size) : -1;
 }
 
-bool is_regular(int fd) {
+bool is_regular_file(int fd) {
   struct stat info {};
   if (::fstat(fd, &info) != 0) return false;
   if (S_ISREG(info.st_mode)) return true;
@@ -34,6 +34,16 @@ bool is_regular(int fd) {
 }
 
 }  // namespace
+
+FileDescriptor open_regular(const std::string& path) {
+  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.is_open() && !is_regular_file(file.get())) {
+    const int cause = errno;
+    file.close();
+    errno = cause;
+  }
+  return file;
+}
 
 const std::byte* BigEndian::take(std::size_t bytes) {
   if (bytes > left_.size()) {
@@ -68,13 +78,8 @@ bool FileDescriptor::close() {
 
 RecordStatus RecordReader::open(const std::string& path) {
   *this = RecordReader();
-  // Without waiting: a pipe would otherwise hold the open until somebody writes to it.
-  file_ = FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  file_ = open_regular(path);
   if (!file_.is_open()) return RecordStatus::failed;
-  if (!is_regular(file_.get())) {
-    file_.close();
-    return RecordStatus::failed;
-  }
   size_ = file_size(file_.get());
   return RecordStatus::ok;
 }

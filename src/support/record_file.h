@@ -118,6 +118,10 @@ class FileDescriptor {
   int fd_ = -1;
 };
 
+/// Opens a file for reading. Not open, with errno, if it is no regular file: a pipe or a device has no end, or would
+/// hold whoever opens it until somebody writes.
+FileDescriptor open_regular(const std::string& path);
+
 /// Reads a file of length-framed records, or a block of memory that holds one. Offsets are 64-bit. Reads are
 /// buffered: small right after a jump, so that skipped payloads are not read, and growing while records follow one
 /// another; a large payload goes straight into the caller's buffer. A file that grows while it is read is followed.

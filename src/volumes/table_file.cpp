@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "services/text_operations.h"
+#include "support/record_file.h"
 
 namespace pathstat {
 namespace {
@@ -136,7 +138,10 @@ bool parse(Table& table) {
 std::unique_ptr<Table> opened(std::string_view path, std::int32_t& status) {
   auto table = std::make_unique<Table>();
   table->path = path;
-  if (!path.empty()) table->stream.reset(std::fopen(table->path.c_str(), "r"));
+  // A folder is opened, and is no table.
+  if (open_regular(table->path).is_open() || errno == EISDIR) {
+    table->stream.reset(std::fopen(table->path.c_str(), "r"));
+  }
   if (!table->stream) {
     status = table_status::not_opened;
   } else if (!parse(*table)) {

@@ -372,6 +372,31 @@ TEST_F(Program, runs_a_script_that_comes_through_a_pipe) {
   EXPECT_THAT(trouble, HasSubstr("pipe:2: "));
 }
 
+TEST_F(Program, waits_for_nothing_that_is_no_file_where_it_reads_one) {
+  for (const char* name : {"x.arc", "x.his", "x.trj", "x.car", "x.tbl"}) {
+    const auto path = (folder() / name).string();
+    for (const bool endless : {false, true}) {
+      fs::remove(path);
+      if (endless) {
+        fs::create_symlink("/dev/zero", path);
+      } else {
+        ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+      }
+      const std::string ending = fs::path(name).extension();
+      write_script((ending == ".car"   ? "IMPORT_STRUCTURE "
+                    : ending == ".tbl" ? "TABLE "
+                                       : "TRAJECTORY ") +
+                   path + '\n');
+      EXPECT_EQ(run("run lines"), 1) << path;
+      EXPECT_THAT(trouble, HasSubstr(name));
+      if (ending == ".car" || ending == ".tbl") continue;
+      EXPECT_THAT(trouble, HasSubstr("is a pipe or a device, not a file"));
+      EXPECT_EQ(run("info '" + path + "'"), 2);
+      EXPECT_THAT(trouble, HasSubstr("is a pipe or a device, not a file"));
+    }
+  }
+}
+
 TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {
   write_script(std::string(1100000, 'x'));
   EXPECT_EQ(run("converse <lines"), 2);

@@ -51,6 +51,7 @@ std::string about_missing(const fs::path& path) {
   const auto folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
   std::error_code error;
   if (!fs::is_directory(folder, error)) return fmt::format("there is no folder {}", folder.string());
+  if (fs::is_symlink(path, error)) return fmt::format("{} is a link that leads to no file", path.string());
   const auto names = trajectories_in(folder, path.has_extension());
   if (auto meant = did_you_mean(path.filename().string(), names); !meant.empty()) return meant;
   if (names.empty()) return fmt::format("no trajectory lies in {}; {}", folder.string(), called);
@@ -109,6 +110,7 @@ std::string why_not_loaded(const fs::path& given, std::size_t model_atoms) {
     case FileKind::folder:
       return fmt::format("{} is a folder, not a trajectory", name);
     case FileKind::trajectory:
+      if (!fs::is_regular_file(path, error)) return fmt::format("{} is a pipe or a device, not a file", name);
       if (fs::file_size(path, error) == 0) return fmt::format("{} is an empty file", name);
       return has_extension(path, binary_extensions) ? about_binary(path, model_atoms) : std::string{};
     case FileKind::model:

@@ -1,6 +1,5 @@
 #include "desk/cli/file_info.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -251,7 +250,7 @@ class HistoryTrajectory : public KeyedTrajectory {
 
 class ArchiveTrajectory : public OpenTrajectory {
  public:
-  explicit ArchiveTrajectory(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+  explicit ArchiveTrajectory(const std::string& path) : descriptor_(open_regular(path)) {
     if (!descriptor_.is_open()) return;
     file_ = ArchiveFile(descriptor_.get(), status_);
     positions_.resize(3 * static_cast<std::size_t>(file_.header().atoms));
@@ -399,6 +398,7 @@ int print_file_info(const std::string& path) {
   std::error_code error;
   if (!fs::exists(path, error)) return complain(fmt::format("there is no file {}", path));
   if (fs::is_directory(path, error)) return complain(fmt::format("{} is a folder", path));
+  if (!fs::is_regular_file(path, error)) return complain(fmt::format("{} is a pipe or a device, not a file", path));
   const auto extension = fs::path(path).extension().string();
   if (extension == ".trj" || extension == ".qtrj" || extension == ".atrj") {
     return print_trajectory(path, BinaryTrajectory(path));

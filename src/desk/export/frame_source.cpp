@@ -1,6 +1,5 @@
 #include "desk/export/frame_source.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -183,7 +182,7 @@ class HistoryFrames : public FrameSource {
 class ArchiveFrames : public FrameSource {
  public:
   ArchiveFrames(const std::string& path, const MolecularModel& model, std::string& problem)
-      : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+      : descriptor_(open_regular(path)) {
     std::int32_t status = trajectory_status::no_file;
     if (descriptor_.is_open()) file_ = ArchiveFile(descriptor_.get(), status);
     if (status != 0) {

@@ -1,6 +1,5 @@
 #include "desk/model/coordinate_file.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <charconv>
@@ -140,7 +139,7 @@ class CoordinateFileReader {
 }  // namespace
 
 ImportedModels read_coordinate_file(const std::string& path) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const auto file = open_regular(path);
   if (!file.is_open()) return {{}, fmt::format("{} can't be opened", path)};
   return CoordinateFileReader(path, file.get()).read();
 }
