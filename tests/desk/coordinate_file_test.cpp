@@ -122,6 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                     CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 x 90 90 90\n", 5, "x"},
                     CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90 200\nC 0 0 0 R 1 c C 0\nEND\nEND\n", 8, "space"},
                     CoordinateFault{"t\nf\nd\nC 0 0 0 R 1 c C\nEND\nEND\n", 4, "9 fields"},
+                    CoordinateFault{"t\nf\nd\n\v 0 0 0 R 1 c \r 0\nEND\nEND\n", 4, "9 fields"},
                     CoordinateFault{"t\nf\nd\nC 0 0z 0 R 1 c C 0\nEND\nEND\n", 4, "0z"},
                     CoordinateFault{"t\nf\nd\nC 0 0 nan R 1 c C 0\nEND\nEND\n", 4, "nan"},
                     CoordinateFault{"t\nf\nd\nC 0 0 0 R 1 c C -\nEND\nEND\n", 4, "charge"},

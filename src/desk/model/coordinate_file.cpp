@@ -91,11 +91,12 @@ class CoordinateFileReader {
   bool atom() {
     Vector3 position{};
     double charge = 0;
-    if (!read_atom_line(line_, position.data(), charge)) {
+    const auto fields = split_words(line_);
+    // A field of other white space is none to whoever reads words.
+    if (!read_atom_line(line_, position.data(), charge) || fields.size() < 9) {
       return fail(fmt::format(
           "an atom has 9 fields, the second to fourth x, y, z and the ninth its charge, but here is \"{}\"", line_));
     }
-    const auto fields = split_words(line_);
     auto element = element_of_symbol(fields[7]);
     if (element == 0) element = element_of_atom_name(fields[0]);
     if (element == 0) return fail(fmt::format("neither {} nor {} tells an element", fields[7], fields[0]));

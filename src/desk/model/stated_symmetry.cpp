@@ -105,10 +105,35 @@ FoundSymmetry found(const gemmi::GroupOps& group) {
   return {as_operators(list), {}};
 }
 
+/// False for a screw whose axis is along no cell vector, for which gemmi would write outside its translation. Without a
+/// letter the axis is z for the first symbol of a matrix, and x for a twofold one behind a two- or fourfold one.
+bool screws_have_axes(std::string_view hall) {
+  constexpr std::string_view blanks = " \t_";
+  const auto behind_blanks = [&](std::size_t at) { return std::min(hall.find_first_not_of(blanks, at), hall.size()); };
+  std::size_t at = behind_blanks(0);
+  if (at < hall.size() && hall[at] == '-') at = behind_blanks(at + 1);
+  char before = 0;
+  for (int place = 1; (at = behind_blanks(at + (place == 1 ? 1 : 0))) < hall.size() && hall[at] != '('; ++place) {
+    const auto end = std::min(hall.find_first_of(blanks, at), hall.size());
+    const auto symbol = hall.substr(at, end - at);
+    at = end;
+    if (symbol == "1") continue;
+    const auto digit = symbol.find_first_of("0123456789");
+    if (digit == symbol.npos) continue;
+    const bool screw = symbol.find_first_of("0123456789", digit + 1) != symbol.npos;
+    const bool on_vector = symbol.find_first_of("xyz") != symbol.npos;
+    const bool on_diagonal = symbol.find_first_of("'\"*") != symbol.npos;
+    const bool implied = place == 1 || (place == 2 && symbol[digit] == '2' && (before == '2' || before == '4'));
+    if (screw && !on_vector && (on_diagonal || !implied)) return false;
+    before = symbol[digit];
+  }
+  return true;
+}
+
 FoundSymmetry of_hall_symbol(const std::string& hall) {
   constexpr std::size_t most_characters = 40;
   try {
-    if (hall.size() > most_characters) throw std::invalid_argument("too long");
+    if (hall.size() > most_characters || !screws_have_axes(hall)) throw std::invalid_argument("not to be read");
     const auto group = gemmi::symops_from_hall(hall.c_str());
     if (group.order() <= most_group_operators) return found(group);
   } catch (const std::exception&) {
