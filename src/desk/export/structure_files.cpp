@@ -39,7 +39,10 @@ const FileType* type_of(std::int32_t type) {
 
 bool is_structure_file_type(std::int32_t type) { return type_of(type) != nullptr; }
 
-ImportedModels read_structure_file(const std::string& path, std::int32_t type) { return type_of(type)->read(path); }
+ImportedModels read_structure_file(const std::string& path, std::int32_t type) {
+  if (auto problem = why_no_file(path); !problem.empty()) return {{}, problem};
+  return type_of(type)->read(path);
+}
 
 std::string write_structure_file(const MolecularModel& model, const std::string& path, std::int32_t type) {
   const auto* row = type_of(type);

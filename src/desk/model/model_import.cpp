@@ -584,6 +584,19 @@ class ModelFileReader {
 
 }  // namespace
 
-ImportedModels read_model_file(const std::string& path) { return ModelFileReader(path).read(); }
+std::string why_no_file(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code unknown;
+  const auto kind = fs::status(path, unknown).type();
+  if (kind == fs::file_type::directory) return fmt::format("{} is a folder", path);
+  const bool readable =
+      kind == fs::file_type::regular || kind == fs::file_type::not_found || kind == fs::file_type::none;
+  return readable ? "" : fmt::format("{} is a pipe or a device, not a file", path);
+}
+
+ImportedModels read_model_file(const std::string& path) {
+  if (auto problem = why_no_file(path); !problem.empty()) return {{}, problem};
+  return ModelFileReader(path).read();
+}
 
 }  // namespace pathstat::desk
