@@ -110,28 +110,31 @@ def computed(work):
 
 
 def gmx(folder, tool, longest, *words):
-    for old in folder.glob("gmx_out*"):
-        old.unlink()
     return command(["gmx", "-quiet", tool, "-f", "run.trr", "-o", "gmx_out.xvg", *words], folder, longest,
                    GMX_MAXBACKUP="-1")
 
 
-def rows(folder, positions, velocities):
+def rows(positions, velocities):
     """Work by name: lines of a script, numpy's work, and gmx's tool with its words."""
     frames, atoms = positions.shape[:2]
     run = f"{atoms:,} atoms, {frames:,} frames"
+    run_words = ("-s", "run.gro", "-sel", "all")
+
+    def msd(lags):
+        return (f"displacement, {run}, {lags - 1:,} lags", f"MSD_MAX_INTERVAL_NO {lags - 1}\nMSD\n",
+                lambda: numpy_displacement(positions, lags),
+                ("msd", *run_words, "-trestart", SPACING_PS, "-maxtau", (lags - 1) * SPACING_PS))
+
     if frames > 1000:
-        for lags in (frames - 1, 1001):
-            yield (f"displacement, {run}, {lags - 1:,} lags", f"MSD_MAX_INTERVAL_NO {lags - 1}\nMSD\n",
-                   lambda lags=lags: numpy_displacement(positions, lags),
-                   ("msd", "-s", "run.gro", "-sel", "all", "-trestart", SPACING_PS, "-maxtau", (lags - 1) * SPACING_PS))
+        yield msd(frames - 1)
+        yield msd(1001)
         yield (f"velocities, {run}, {frames - 2:,} lags", f"VAC_MAX_INTERVAL_NO {frames - 2}\nVAC\n",
-               lambda: numpy_velocities(velocities, frames - 1), ("velacc", "-n", "run.ndx", "-nonormalize", "-acflen", frames - 1))
+               lambda: numpy_velocities(velocities, frames - 1),
+               ("velacc", "-n", "run.ndx", "-nonormalize", "-acflen", frames - 1))
     else:
-        yield (f"displacement, {run}, 100 lags", "MSD_MAX_INTERVAL_NO 100\nMSD\n",
-               lambda: numpy_displacement(positions, 101), ("msd", "-s", "run.gro", "-sel", "all", "-trestart", SPACING_PS, "-maxtau", 100 * SPACING_PS))
+        yield msd(101)
         yield (f"g(r), {run}, 9 Å, 450 bins", "RDF_CUTOFF 9\nRDF_INTERVAL 0.02\nRDF\n", None,
-               ("rdf", "-s", "run.gro", "-ref", "all", "-sel", "all", "-bin", 0.002, "-rmax", 0.9))
+               ("rdf", *run_words, "-ref", "all", "-bin", 0.002, "-rmax", 0.9))
     yield f"start, {run}", "", None, None
 
 
@@ -150,7 +153,7 @@ def main():
             subprocess.run([options.program, "import", "run.gro", "run.trr", "-o", "run"], cwd=folder, check=True,
                            stdout=subprocess.DEVNULL)
             os.sync()  # what the runs are written with does not go on while they are read
-            for name, lines, by_numpy, by_gmx in rows(folder, positions, velocities):
+            for name, lines, by_numpy, by_gmx in rows(positions, velocities):
                 ways = [lambda: pathdesk(options.program, folder, lines, options.longest)]
                 ways.append(lambda: options.other and pathdesk(options.other, folder, lines, options.longest))
                 ways.append(lambda: by_numpy and computed(by_numpy))

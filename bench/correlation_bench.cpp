@@ -92,13 +92,13 @@ void displacement(benchmark::State& state) {
   correlate(state, {add_squared_displacement, 1, add_squared_displacements});
 }
 void displacement_components(benchmark::State& state) {
-  correlate(state, {add_displacement_products, correlation_columns, nullptr});
+  correlate(state, {add_displacement_products, correlation_columns});
 }
 void autocorrelation(benchmark::State& state) {
   correlate(state, {add_velocity_product, 1, add_velocity_products_of_pairs});
 }
 void autocorrelation_components(benchmark::State& state) {
-  correlate(state, {add_velocity_products, correlation_columns, nullptr});
+  correlate(state, {add_velocity_products, correlation_columns});
 }
 
 // Then atoms, frames and intervals double in turn, and last the memory holds a part of the frames that a group needs.

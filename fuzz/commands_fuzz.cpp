@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
 #include <vector>
 
 #include "corelink/remote_call.h"
 #include "desk/script/script.h"
 #include "fuzz_input.h"
 #include "main/applications.h"
+#include "scratch_folder.h"
 #include "shell/application_table.h"
 #include "shell/word_table.h"
 
@@ -67,10 +67,9 @@ void run_one() {
 
 /// A folder in which nothing can be made.
 int folder_that_is_gone() {
-  std::string path = "/tmp/commands_fuzz-XXXXXX";
-  if (::mkdtemp(path.data()) == nullptr) __builtin_trap();
-  const int folder = ::open(path.c_str(), O_PATH);
-  if (folder < 0 || ::rmdir(path.c_str()) != 0) __builtin_trap();
+  const ScratchFolder scratch;
+  const int folder = ::open(scratch.path().c_str(), O_PATH);
+  if (folder < 0) __builtin_trap();
   return folder;
 }
 

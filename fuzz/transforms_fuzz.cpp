@@ -14,8 +14,9 @@ void hold(double found, double expected, double scale) {
   if (!(std::abs(found - expected) <= 1e-11 * (scale + 1))) __builtin_trap();  // also where no number was found
 }
 
-/// The values of a function at the multiples of π/n in a whole turn, computed once for each n.
 using Turns = std::map<std::size_t, std::vector<long double>>;
+
+/// The values of a function at the multiples of π/n in a whole turn, computed once for each n.
 template <class Function>
 const std::vector<long double>& turn_of(std::size_t n, Turns& turns, Function function) {
   auto& values = turns[n];

@@ -1,16 +1,14 @@
 // A model of any atoms, written as each kind of structure file and read again: the same atoms, as far as the kind tells
 // of them.
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "desk/export/structure_files.h"
 #include "fuzz_input.h"
+#include "scratch_folder.h"
 #include "structure/elements.h"
 
 namespace {
@@ -18,26 +16,11 @@ namespace {
 using namespace pathstat;
 using namespace pathstat::desk;
 
-/// A folder that ends with the program.
-class Folder {
- public:
-  Folder() {
-    if (::mkdtemp(path_.data()) == nullptr) __builtin_trap();
-  }
-  ~Folder() {
-    std::error_code failure;
-    std::filesystem::remove_all(path_, failure);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  // In memory, where that can be had.
-  std::string path_ = std::filesystem::is_directory("/dev/shm")
-                          ? "/dev/shm/written_structure_fuzz-XXXXXX"
-                          : std::filesystem::temp_directory_path() / "written_structure_fuzz-XXXXXX";
-};
+/// In memory, where that can be had.
+std::filesystem::path fast_folder() {
+  const std::filesystem::path memory = "/dev/shm";
+  return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+}
 
 struct Kind {
   std::int32_t type;
@@ -112,11 +95,11 @@ void compare(const MolecularModel& model, const ImportedModels& read, const Kind
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Folder folder;
+  static const ScratchFolder folder(fast_folder());
   fuzz::Numbers numbers(std::span(data, size));
   const auto& kind = kinds.at(numbers.byte() % kinds.size());
   const auto model = any_model(numbers);
-  const auto path = folder.path() + "/model" + kind.extension;
+  const auto path = folder.file(std::string("model") + kind.extension);
   // A structured model file can't hold every word, and says so.
   if (!write_structure_file(model, path, kind.type).empty()) {
     if (kind.type != structured_model_file) __builtin_trap();

@@ -20,8 +20,8 @@ inline std::string content_of(const std::filesystem::path& path) {
 /// A folder that is gone when the test is over.
 class ScratchFolder {
  public:
-  ScratchFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "pathstat-test-XXXXXX").string();
+  explicit ScratchFolder(const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+    std::string name = (in / "pathstat-test-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test");
     path_ = std::filesystem::canonical(name);
   }

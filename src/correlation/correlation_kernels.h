@@ -47,11 +47,12 @@ struct PairTile {
   std::array<Axes, frames_together> later;
 };
 
-/// By origin and later frame. The sum of a pair is the same to the last bit at any place of a tile.
+/// By origin and later frame.
 using TileSums = std::array<std::array<double, PairTile::frames_together>, PairTile::origins_together>;
+/// Adds the total of each pair. It is the same to the last bit at any place of a tile.
 using TileKernel = void (*)(const PairTile& tile, TileSums& sums);
 
-/// The totals of all pairs of a tile.
+/// Total displacements: sums of |later - origin|^2; and totals of velocities u and w: sums of u . w.
 void add_squared_displacements(const PairTile& tile, TileSums& sums);
 void add_velocity_products_of_pairs(const PairTile& tile, TileSums& sums);
 

@@ -126,8 +126,8 @@ void correlate(const CorrelationKind& kind, const CorrelationRequest& request, b
     show_message(kind.memory_message);
     status = kind.memory_statuses[group];
   };
-  const PairSums sums = request.anisotropic ? PairSums{kind.products, correlation_columns, nullptr}
-                                            : PairSums{kind.total, 1, kind.totals};
+  const PairSums sums =
+      request.anisotropic ? PairSums{kind.products, correlation_columns} : PairSums{kind.total, 1, kind.totals};
   std::optional<OriginGroups> groups;
   if (!cache.by_transforms()) {
     groups.emplace(cache.shape().series, sums, cache.records(), atoms, frame_memory(), kind.frame_labels, status);

@@ -17,7 +17,7 @@ namespace pathstat {
 struct PairSums {
   PairKernel kernel;
   std::int64_t columns;
-  TileKernel tile;  ///< of the total; null where there are more columns
+  TileKernel tile = nullptr;  ///< of the total, where that is the one column
 };
 
 /// Sums the pairs of frames of a cache, group by group of origins. Atoms are gone through in blocks: the pairs of all

@@ -41,10 +41,19 @@ template <class Number>
 bool read(std::string_view text, std::vector<Number>& values) {
   values.clear();
   if (text.size() <= text_piece) return read_piece(text, values);
+  struct Piece {
+    std::vector<Number> values;
+    bool sound = true;
+  };
+  const auto read = [](std::string_view part) {
+    Piece piece;
+    piece.sound = read_piece(part, piece.values);
+    return piece;
+  };
   bool all = true;
-  read_by_pieces<Number>(text, read_piece<Number>, [&](const std::vector<Number>& found, bool sound) {
-    if (all) values.insert(values.end(), found.begin(), found.end());
-    all = all && sound;
+  read_by_pieces(text, read, [&](const Piece& piece) {
+    if (all) values.insert(values.end(), piece.values.begin(), piece.values.end());
+    all = all && piece.sound;
   });
   return all;
 }

@@ -33,20 +33,16 @@ constexpr std::size_t text_piece = 1 << 17;
 std::vector<std::string_view> text_pieces(std::string_view text);
 
 /// Reads a value on all cores.
-/// @param read  appends what a piece holds; may tell that it is not sound
-/// @param join  takes what `read` gave of one piece after the other
-template <class Value, class Read, class Join>
+/// @param read  gives what a piece holds
+/// @param join  takes that of one piece after the other
+template <class Read, class Join>
 void read_by_pieces(std::string_view text, const Read& read, const Join& join) {
   const auto pieces = text_pieces(text);
-  std::vector<std::vector<Value>> found(thread_count());
-  std::vector<char> sound(found.size());
+  std::vector<decltype(read(text))> found(thread_count());
   for_blocks(
       std::ssize(pieces),
-      [&](std::int64_t piece, std::size_t worker) {
-        found[worker].clear();
-        sound[worker] = read(pieces[static_cast<std::size_t>(piece)], found[worker]);
-      },
-      [&](std::int64_t, std::size_t worker) { join(found[worker], sound[worker] != 0); });
+      [&](std::int64_t piece, std::size_t worker) { found[worker] = read(pieces[static_cast<std::size_t>(piece)]); },
+      [&](std::int64_t, std::size_t worker) { join(found[worker]); });
 }
 
 }  // namespace pathstat

@@ -25,7 +25,7 @@ std::int64_t file_size(int fd) {
   return ::fstat(fd, &info) == 0 ? static_cast<std::int64_t>(info.st_size) : -1;
 }
 
-bool is_regular_file(int fd) {
+bool is_regular(int fd) {
   struct stat info {};
   if (::fstat(fd, &info) != 0) return false;
   if (S_ISREG(info.st_mode)) return true;
@@ -37,12 +37,18 @@ bool is_regular_file(int fd) {
 
 FileDescriptor open_regular(const std::string& path) {
   FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.is_open() && !is_regular_file(file.get())) {
+  if (file.is_open() && !is_regular(file.get())) {
     const int cause = errno;
     file.close();
     errno = cause;
   }
   return file;
+}
+
+std::string_view other_than_file(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode)) return {};
+  return S_ISDIR(info.st_mode) ? "a folder" : "a pipe or a device, not a file";
 }
 
 const std::byte* BigEndian::take(std::size_t bytes) {

@@ -397,9 +397,12 @@ TEST_F(Program, waits_for_nothing_that_is_no_file_where_it_reads_one) {
 }
 
 TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {
-  write_script(std::string(1100000, 'x'));
-  EXPECT_EQ(run("converse <lines"), 2);
-  EXPECT_THAT(output, HasSubstr("a request has at most 1048576 bytes"));
+  constexpr std::size_t most = 1048576;
+  for (const auto& [bytes, code] : {std::pair{most, 0}, std::pair{most + 1, 2}, std::pair{most + 50000, 2}}) {
+    write_script(std::string(bytes, 'x') + '\n');
+    EXPECT_EQ(run("converse <lines"), code) << bytes;
+    EXPECT_EQ(output.find("a request has at most 1048576 bytes") != std::string::npos, bytes > most) << bytes;
+  }
 }
 
 TEST_F(Program, tells_one_trouble_in_one_line_with_the_file_or_what_the_word_takes) {

@@ -110,7 +110,7 @@ std::string why_not_loaded(const fs::path& given, std::size_t model_atoms) {
     case FileKind::folder:
       return fmt::format("{} is a folder, not a trajectory", name);
     case FileKind::trajectory:
-      if (!fs::is_regular_file(path, error)) return fmt::format("{} is a pipe or a device, not a file", name);
+      if (const auto other = other_than_file(path); !other.empty()) return fmt::format("{} is {}", name, other);
       if (fs::file_size(path, error) == 0) return fmt::format("{} is an empty file", name);
       return has_extension(path, binary_extensions) ? about_binary(path, model_atoms) : std::string{};
     case FileKind::model:

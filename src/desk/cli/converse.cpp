@@ -58,12 +58,13 @@ class RequestLines {
   /// Waits for a line. @return none at the end of the input, for a line that is too long, and when the run is given up
   std::optional<std::string> next() {
     for (;;) {
+      if (is_too_long()) return std::nullopt;
       if (const auto end = text_.find('\n'); end != std::string::npos) {
         auto line = text_.substr(0, end);
         text_.erase(0, end + 1);
         return line;
       }
-      if (is_too_long() || interrupts() > 1) return std::nullopt;
+      if (interrupts() > 1) return std::nullopt;
       std::array<char, 4096> bytes{};
       const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
       if (count < 0 && errno == EINTR) continue;
@@ -72,7 +73,7 @@ class RequestLines {
     }
   }
 
-  bool is_too_long() const { return text_.size() > longest_request; }
+  bool is_too_long() const { return std::min(text_.find('\n'), text_.size()) > longest_request; }
 
  private:
   std::string text_;

@@ -397,8 +397,7 @@ int print_models(const std::string& path, const ImportedModels& imported) {
 int print_file_info(const std::string& path) {
   std::error_code error;
   if (!fs::exists(path, error)) return complain(fmt::format("there is no file {}", path));
-  if (fs::is_directory(path, error)) return complain(fmt::format("{} is a folder", path));
-  if (!fs::is_regular_file(path, error)) return complain(fmt::format("{} is a pipe or a device, not a file", path));
+  if (const auto other = other_than_file(path); !other.empty()) return complain(fmt::format("{} is {}", path, other));
   const auto extension = fs::path(path).extension().string();
   if (extension == ".trj" || extension == ".qtrj" || extension == ".atrj") {
     return print_trajectory(path, BinaryTrajectory(path));

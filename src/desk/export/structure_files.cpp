@@ -14,6 +14,7 @@
 #include "desk/model/model_export.h"
 #include "desk/model/part_file.h"
 #include "desk/model/xyz_file.h"
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 namespace {
@@ -40,7 +41,7 @@ const FileType* type_of(std::int32_t type) {
 bool is_structure_file_type(std::int32_t type) { return type_of(type) != nullptr; }
 
 ImportedModels read_structure_file(const std::string& path, std::int32_t type) {
-  if (auto problem = why_no_file(path); !problem.empty()) return {{}, problem};
+  if (const auto other = other_than_file(path); !other.empty()) return {{}, fmt::format("{} is {}", path, other)};
   return type_of(type)->read(path);
 }
 

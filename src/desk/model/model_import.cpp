@@ -14,6 +14,7 @@
 #include "structure/elements.h"
 #include "structure/model_file.h"
 #include "structure/model_numbers.h"
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 namespace {
@@ -81,27 +82,21 @@ std::string take(std::string_view text, std::vector<Vector3>& vectors) {
 }
 
 std::string take(std::string_view text, WordColumn& words) {
-  struct Word {
-    std::string_view letters;
-    std::size_t hash;
+  using Word = std::pair<std::string_view, std::size_t>;  // with its hash
+  const auto split = [](std::string_view piece) {
+    std::vector<Word> found;
+    for (const auto word : split_words(piece)) found.emplace_back(word, WordColumn::hash(word));
+    return found;
   };
-  const auto split = [](std::string_view piece, std::vector<Word>& found) {
-    for (const auto word : split_words(piece)) found.push_back({word, WordColumn::hash(word)});
-    return true;
-  };
-  read_by_pieces<Word>(text, split, [&](const std::vector<Word>& found, bool) {
-    for (const auto& word : found) words.push_back(word.letters, word.hash);
+  read_by_pieces(text, split, [&](const std::vector<Word>& found) {
+    for (const auto& [word, hash] : found) words.push_back(word, hash);
   });
   return {};
 }
 
 std::string take(std::string_view text, std::vector<std::uint8_t>& symbols) {
   std::string problem;
-  const auto split = [](std::string_view piece, std::vector<std::string_view>& words) {
-    words = split_words(piece);
-    return true;
-  };
-  read_by_pieces<std::string_view>(text, split, [&](const std::vector<std::string_view>& words, bool) {
+  read_by_pieces(text, split_words, [&](const std::vector<std::string_view>& words) {
     for (const auto word : words) {
       if (!problem.empty()) return;
       const auto element = element_of_symbol(word);
@@ -584,18 +579,8 @@ class ModelFileReader {
 
 }  // namespace
 
-std::string why_no_file(const std::string& path) {
-  namespace fs = std::filesystem;
-  std::error_code unknown;
-  const auto kind = fs::status(path, unknown).type();
-  if (kind == fs::file_type::directory) return fmt::format("{} is a folder", path);
-  const bool readable =
-      kind == fs::file_type::regular || kind == fs::file_type::not_found || kind == fs::file_type::none;
-  return readable ? "" : fmt::format("{} is a pipe or a device, not a file", path);
-}
-
 ImportedModels read_model_file(const std::string& path) {
-  if (auto problem = why_no_file(path); !problem.empty()) return {{}, problem};
+  if (const auto other = other_than_file(path); !other.empty()) return {{}, fmt::format("{} is {}", path, other)};
   return ModelFileReader(path).read();
 }
 

@@ -13,9 +13,6 @@ struct ImportedModels {
   std::string problem;  ///< names the file, and the line and the attribute at fault; empty if all is well
 };
 
-/// Why a path leads to no file that ends: a folder, a pipe or a device; empty for a file, and for nothing at all.
-std::string why_no_file(const std::string& path);
-
 /// Reads a structured model file (.qfx). Either all its models are good or none is given. Objects and attributes that
 /// mean nothing here are passed over.
 ImportedModels read_model_file(const std::string& path);

@@ -112,11 +112,11 @@ bool screws_have_axes(std::string_view hall) {
   const auto behind_blanks = [&](std::size_t at) { return std::min(hall.find_first_not_of(blanks, at), hall.size()); };
   std::size_t at = behind_blanks(0);
   if (at < hall.size() && hall[at] == '-') at = behind_blanks(at + 1);
+  at = behind_blanks(at + 1);  // of the lattice
   char before = 0;
-  for (int place = 1; (at = behind_blanks(at + (place == 1 ? 1 : 0))) < hall.size() && hall[at] != '('; ++place) {
-    const auto end = std::min(hall.find_first_of(blanks, at), hall.size());
-    const auto symbol = hall.substr(at, end - at);
-    at = end;
+  for (int place = 1; at < hall.size() && hall[at] != '('; ++place) {
+    const auto symbol = hall.substr(at, std::min(hall.find_first_of(blanks, at), hall.size()) - at);
+    at = behind_blanks(at + symbol.size());
     if (symbol == "1") continue;
     const auto digit = symbol.find_first_of("0123456789");
     if (digit == symbol.npos) continue;
