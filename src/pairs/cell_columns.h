@@ -33,11 +33,8 @@ class CellColumns {
   /// @param along        axis of the columns, or longest_axis for that of the box around the atoms
   void sort(std::span<const double> coordinates, double reach, std::size_t along = longest_axis);
 
-  // Arrays are longer than the atoms by vector_lanes.
-
-  std::span<const double> axis(std::size_t k) const { return axes_[k]; }
-  /// The number of each atom in the list that was sorted, from 0.
-  std::span<const std::int32_t> order() const { return order_; }
+  /// The atoms, each with its number in the list that was sorted, from 0.
+  PairAtoms atoms() const { return {axes_[0].data(), axes_[1].data(), axes_[2].data(), order_.data()}; }
   /// The axes across the columns, and the one along them.
   std::size_t across(std::size_t k) const { return axis_[k]; }
   std::size_t along() const { return axis_[2]; }
@@ -63,9 +60,10 @@ class CellColumns {
   }
   /// The atoms in the cells of a column from one up to the one before another.
   Run atoms_of(std::size_t column, std::int32_t first_cell, std::int32_t last_cell) const {
-    const std::uint32_t* starts = &starts_[column * counts_[2]];
-    return {starts[first_cell], starts[last_cell]};
+    return {starts(column)[first_cell], starts(column)[last_cell]};
   }
+  /// Where the atoms of each cell of a column begin, and those behind its last.
+  const std::uint32_t* starts(std::size_t column) const { return &starts_[column * counts_[2]]; }
   /// A search of this column for what is near the atoms of `searching` from one on, seen in an image.
   ColumnSearch search_of(std::size_t column, const Vector3& image, double reach, const CellColumns& searching,
                          std::size_t first_atom) const;

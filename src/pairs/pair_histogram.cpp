@@ -74,6 +74,21 @@ Extent extent_along(const Vector3& vector, std::span<const double> atoms) {
   return extent.low <= extent.high ? extent : Extent{};
 }
 
+/// Widens the ranges of a question.
+/// @param apart_along  how far the atoms of a pair are apart at most along a vector, in its own measure
+template <class ApartAlong>
+void widen(PairCount& pairs, ApartAlong apart_along) {
+  const auto across = vectors_across(pairs.periodic_type, pairs.vectors);
+  PairCount wide = pairs;
+  for (std::size_t k = 0; k < 3; ++k) {
+    const double per_length = dveclen_(across[k]);
+    if (!(per_length > 0.0)) continue;
+    const double needed = std::min(pairs.cutoff * per_length + apart_along(across[k]), most_repeats);
+    if (needed > wide.repeats[k]) wide.repeats[k] = static_cast<std::int32_t>(needed);
+  }
+  if (image_count(wide) <= most_images_of_wide_ranges) pairs.repeats = wide.repeats;
+}
+
 double sine_between(const Vector3& a, const Vector3& b) {
   const double cosine = dvecdot_(a, b) / (dveclen_(a) * dveclen_(b));
   return std::sqrt(std::max(0.0, 1.0 - cosine * cosine));
@@ -236,19 +251,17 @@ void cellrange_(std::int32_t periodic_type, const Vector3& a, const Vector3& b, 
 }
 
 void widen_repeats(PairCount& pairs) {
-  const auto across = vectors_across(pairs.periodic_type, pairs.vectors);
-  PairCount wide = pairs;
-  for (std::size_t k = 0; k < 3; ++k) {
-    const double per_length = dveclen_(across[k]);
-    if (!(per_length > 0.0)) continue;
-    const Extent first = extent_along(across[k], pairs.list1);
+  widen(pairs, [&](const Vector3& across) {
+    const Extent first = extent_along(across, pairs.list1);
     const bool one_set = pairs.set_mode == pair_sets::within_one;
-    const Extent second = one_set ? first : extent_along(across[k], pairs.list2);
-    const double apart = std::max(first.high - second.low, second.high - first.low);
-    const double needed = std::min(pairs.cutoff * per_length + apart, most_repeats);
-    if (needed > wide.repeats[k]) wide.repeats[k] = static_cast<std::int32_t>(needed);
-  }
-  if (image_count(wide) <= most_images_of_wide_ranges) pairs.repeats = wide.repeats;
+    const Extent second = one_set ? first : extent_along(across, pairs.list2);
+    return std::max(first.high - second.low, second.high - first.low);
+  });
+}
+
+void widen_repeats_of_folded(PairCount& pairs) {
+  constexpr double one_cell = 1.0 + 1e-9;  // as far as rounding takes them apart
+  widen(pairs, [](const Vector3&) { return one_cell; });
 }
 
 void count_pairs_plainly(const PairCount& pairs, std::span<double> histogram, std::int32_t& status) {

@@ -29,6 +29,8 @@ void cellrange_(std::int32_t periodic_type, const Vector3& a, const Vector3& b, 
 /// the other way round for slabs, and takes the atoms to lie within one cell. Ranges are never made narrower, and stay
 /// as they are where atoms are so far apart that a million images would be needed.
 void widen_repeats(PairCount& pairs);
+/// The same for atoms that were folded into the cell, without a look at each.
+void widen_repeats_of_folded(PairCount& pairs);
 
 /// Adds the distances of all pairs, through all images in the given ranges, to a histogram.
 ///

@@ -10,7 +10,7 @@ namespace pathstat {
 namespace {
 
 /// Columns of a piece of work for one thread.
-constexpr std::int64_t columns_together = 16;
+constexpr std::int64_t columns_together = 4;
 
 double greatest_coordinate(const CellColumns& cells) {
   double greatest = 0.0;
@@ -47,32 +47,25 @@ void ColumnPairs::add_columns(const SearchCells& cells, std::size_t column, Cell
   const bool once = cells.one_set && image.is_zero;
   if (once && other_column < column) return;
   const CellColumns& other = cells.others;
-  const std::span<const double> axes[]{cells.first.axis(0), cells.first.axis(1), cells.first.axis(2)};
+  const auto walk_on = cells.one_set && !image.is_zero ? vectors_.within_one : vectors_.between_two;
   for (; atoms.first < atoms.last; atoms.first += at_once) {
     const std::size_t count = std::min(atoms.last - atoms.first, at_once);
     const auto search = other.search_of(other_column, image.translation, cells.reach, cells.first, atoms.first);
     vectors_.cells_near(search, count, first_cells_.data(), last_cells_.data());
-    for (std::size_t k = 0; k < count; ++k) {
-      if (first_cells_[k] >= last_cells_[k]) continue;
-      const std::size_t i = atoms.first + k;
-      auto run = other.atoms_of(other_column, first_cells_[k], last_cells_[k]);
-      if (once && other_column == column) run.first = std::max(run.first, i + 1);
-      const PairAtom atom{{axes[0][i], axes[1][i], axes[2][i]}, image.translation, cells.first.order()[i]};
-      add_run(cells, atom, run, cells.one_set && !image.is_zero);
+    const PairBatch batch{.atoms = cells.first.atoms(),
+                          .first = atoms.first,
+                          .count = count,
+                          .image = image.translation,
+                          .others = other.atoms(),
+                          .starts = other.starts(other_column),
+                          .first_cells = first_cells_.data(),
+                          .last_cells = last_cells_.data(),
+                          .later_only = once && other_column == column,
+                          .limit = cells.limit};
+    for (PairPlace place; place.atom < count;) {
+      found_ = walk_on(batch, place, squares_.data(), found_);
+      if (found_ >= enough_squares) sort_into_bins();
     }
-  }
-}
-
-void ColumnPairs::add_run(const SearchCells& cells, const PairAtom& atom, CellColumns::Run run, bool either_moves) {
-  const CellColumns& other = cells.others;
-  const auto squares_below = either_moves ? vectors_.within_one : vectors_.between_two;
-  while (run.first < run.last) {
-    const std::size_t length = std::min(run.last - run.first, longest_run);
-    const PairOthers some{&other.axis(0)[run.first], &other.axis(1)[run.first], &other.axis(2)[run.first],
-                          &other.order()[run.first], length};
-    found_ += squares_below(atom, some, cells.limit, &squares_[found_]);
-    if (found_ >= enough) sort_into_bins();
-    run.first += length;
   }
 }
 
@@ -125,7 +118,7 @@ std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::siz
   const std::int64_t pieces = (columns + columns_together - 1) / columns_together;
   const auto images = static_cast<std::int64_t>(images_.size());
   ParallelBlocks counting(pieces * images, [&](std::int64_t block, std::size_t worker) {
-    const SearchImage& image = images_[static_cast<std::size_t>(block / pieces)];
+    const SearchImage& image = images_[static_cast<std::size_t>(images - 1 - block / pieces)];
     const std::int64_t first = block % pieces * columns_together;
     for (std::int64_t column = first; column < std::min(first + columns_together, columns); ++column) {
       workers_[worker]->add_column(cells, static_cast<std::size_t>(column), image);

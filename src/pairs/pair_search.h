@@ -48,7 +48,6 @@ class ColumnPairs {
  private:
   void add_columns(const SearchCells& cells, std::size_t column, CellColumns::Run atoms, std::size_t other_column,
                    const SearchImage& image);
-  void add_run(const SearchCells& cells, const PairAtom& atom, CellColumns::Run others, bool either_moves);
   void sort_into_bins();
 
   const PairVectors& vectors_;
@@ -57,11 +56,9 @@ class ColumnPairs {
   static constexpr std::size_t at_once = 256;
   std::array<std::int32_t, at_once> first_cells_, last_cells_;
 
-  static constexpr std::size_t enough = 1024;
-  static constexpr std::size_t longest_run = 512;
   std::size_t found_ = 0;
-  std::array<double, enough + longest_run + vector_lanes> squares_;
-  std::array<std::int32_t, enough + longest_run> bins_;
+  std::array<double, room_for_squares> squares_;
+  std::array<std::int32_t, room_for_squares> bins_;
   std::vector<std::int64_t> counts_;
 };
 

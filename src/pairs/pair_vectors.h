@@ -7,22 +7,36 @@
 
 namespace pathstat {
 
-/// Atoms that one atom is held against, an array for each axis. The arrays go on, with numbers that do not count, up to
-/// a multiple of vector_lanes from `x`.
-struct PairOthers {
+constexpr std::size_t vector_lanes = 8;
+
+/// Atoms in the order of their cells, an array for each axis. The arrays go on, with numbers that do not count, for
+/// vector_lanes.
+struct PairAtoms {
   const double* x;
   const double* y;
   const double* z;
   const std::int32_t* order;  ///< numbers in the list
-  std::size_t atoms;
 };
-constexpr std::size_t vector_lanes = 8;
 
-/// An atom and the image that it is seen in.
-struct PairAtom {
-  Vector3 at;
-  Vector3 image;
-  std::int32_t order;  ///< number in the list
+/// Some atoms, each of which is held against a stretch of a column of others.
+struct PairBatch {
+  PairAtoms atoms;
+  std::size_t first;  ///< atom
+  std::size_t count;
+  Vector3 image;  ///< that the atoms are seen in
+  PairAtoms others;
+  const std::uint32_t* starts;  ///< of the cells in the column
+  /// For each atom the cells of its stretch, from first to one before last.
+  const std::int32_t* first_cells;
+  const std::int32_t* last_cells;
+  bool later_only;  ///< of the others, only those that stand behind an atom
+  double limit;     ///< of squares
+};
+
+/// How far a batch is done.
+struct PairPlace {
+  std::size_t atom = 0;   ///< of the batch
+  std::size_t other = 0;  ///< before which all others are done with
 };
 
 /// A column of cells and the atoms that may have others in it. Axes in the order across, across, along.
@@ -37,14 +51,19 @@ struct ColumnSearch {
   double reach;
 };
 
-/// The inner loops of a pair count, built for the vector instructions of a machine. Squares have room for a multiple of
-/// vector_lanes.
+/// Squares at which a walk through a batch stops, and the room for them.
+constexpr std::size_t enough_squares = 1024;
+constexpr std::size_t longest_stretch = 512;
+constexpr std::size_t room_for_squares = enough_squares + longest_stretch + vector_lanes;
+
+/// The inner loops of a pair count, built for the vector instructions of a machine.
 struct PairVectors {
-  /// Squares of the distances |atom - other + image| below the limit. @return their number
-  std::size_t (*between_two)(const PairAtom& atom, const PairOthers& others, double limit, double* squares);
+  /// Puts squares of the distances |atom - other + image| below the limit behind those that were found before, until
+  /// there are enough or the batch is done. @return the number of all
+  std::size_t (*between_two)(const PairBatch& batch, PairPlace& place, double* squares, std::size_t found);
   /// The same within one set, where of the two atoms the one with the lower number is the one that is moved: the atom
-  /// by the image, or the other by the image opposite. An atom itself is not among the others.
-  std::size_t (*within_one)(const PairAtom& atom, const PairOthers& others, double limit, double* squares);
+  /// by the image, or the other by the image opposite. An atom makes no pair with itself.
+  std::size_t (*within_one)(const PairBatch& batch, PairPlace& place, double* squares, std::size_t found);
   /// The bin of the root of each square.
   void (*bins)(const double* squares, std::size_t count, double interval, double last_bin, std::int32_t* bins);
   /// For each of `count` atoms the cells of the column within reach, from first to one before last.

@@ -23,12 +23,13 @@ PairCount question(const RdfRequest& request) {
 }
 
 /// Counts the pairs in all images of a lattice that are within the cutoff.
-void count_pairs(PairCount& pairs, RdfBlocks& blocks, std::int32_t& status,
+/// @param widen  widen_repeats or its like
+void count_pairs(PairCount& pairs, void (*widen)(PairCount&), RdfBlocks& blocks, std::int32_t& status,
                  const std::function<void()>& meanwhile = {}) {
   auto& [ia, ib, ic] = pairs.repeats;
   const auto& [a, b, c] = pairs.vectors;
   cellrange_(pairs.periodic_type, a, b, c, pairs.cutoff, ia, ib, ic);
-  widen_repeats(pairs);
+  widen(pairs);
   status = image_count(pairs) > most_images ? 1 : 0;
   if (status == 0) calculaterdf_(pairs, blocks.work.span(), blocks.search, status, meanwhile);
 }
@@ -101,7 +102,7 @@ void count_within_molecules(const RdfRequest& request, RdfBlocks& blocks, std::i
       pairs.list2 = second.first(3 * in_second);
       pairs.periodic_type = blocks.mol_period.span()[m];
       pairs.vectors = molecule_vectors(blocks.mol_basis.span().subspan(9 * m, 9), pairs.periodic_type);
-      count_pairs(pairs, blocks, status);
+      count_pairs(pairs, widen_repeats, blocks, status);
     }
     first = first.subspan(3 * in_first);
     second = second.subspan(3 * in_second);
@@ -153,7 +154,7 @@ void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& bloc
   pairs.list1 = atoms.first(3 * static_cast<std::size_t>(gr_i_.set1_count));
   pairs.list2 = atoms.subspan(pairs.list1.size());
   std::ranges::fill(blocks.work.span(), 0.0);
-  count_pairs(pairs, blocks, status, meanwhile);
+  count_pairs(pairs, widen_repeats_of_folded, blocks, status, meanwhile);
   if (status != 0) return;
   add_to_mean(frame, blocks, blocks.total.span());
   if (!request.components) return;
