@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace pathstat {
@@ -183,8 +184,11 @@ TEST(PairHistogram, widened_ranges_lose_no_pair) {
       {"triclinic", 100, {{{14, 0.5, 0.2}, {-3, 4, 1}, {2, -4, 6}}}},
       {"chain", 102, {{{1, 0, 0}, {0, 1, 0}, {0.5, 1, 4}}}},
   };
+  const std::pair<Placing, void (*)(PairCount&)> ways[]{{Placing::random, widen_repeats},
+                                                        {Placing::random, widen_repeats_of_folded},
+                                                        {Placing::beyond_cell, widen_repeats}};
   for (const auto& shape : oblong) {
-    for (const auto placing : {Placing::random, Placing::beyond_cell}) {
+    for (const auto& [placing, widen] : ways) {
       for (const std::int32_t set_mode : {pair_sets::within_one, pair_sets::between_two}) {
         SCOPED_TRACE(shape.name);
         const auto atoms = place(random, 20, shape.cell, placing), others = place(random, 15, shape.cell, placing);
@@ -195,7 +199,7 @@ TEST(PairHistogram, widened_ranges_lose_no_pair) {
         all.repeats = shape.periodic_type == 100   ? std::array{12, 12, 12}
                       : shape.periodic_type == 101 ? std::array{0, 12, 12}
                                                    : std::array{0, 0, 12};
-        widen_repeats(pairs);
+        widen(pairs);
         std::vector<double> counted(180), expected(180);
         std::int32_t status = -1;
         count_pairs_plainly(pairs, counted, status);
