@@ -1,12 +1,10 @@
 #include "recording_core.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <span>
 
 #include "corelink/remote_call.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,49 +1,28 @@
 #include "catalogue/catalogue_mask.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <limits>
 #include <ostream>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "catalogue/catalogue.h"
 #include "desk/import/trajectory_output.h"
 #include "recording_core.h"
 #include "scratch_folder.h"
-#include "state/analysis_settings.h"
-#include "state/trajectory_frames.h"
+#include "settings_of_a_test.h"
+#include "testing.h"
 #include "trajectory/front_end.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Ids = std::set<std::int32_t>;
 
 class CatalogueMask : public testing::Test {
  protected:
   CatalogueMask() {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
     trj_gui_c_.input_source = from_trajectory;
-    std::int32_t status = 7;
-    trj_propinit_(status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(trj_propinit_), 0);
     trj_gui_l_.trajectory_loaded = true;
     trj_gui_l_.has_time_axis = true;
     trj_gui_i_.trajectory_model = 77;
-  }
-  ~CatalogueMask() override {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
-    trj_gui_c_ = {};
   }
 
   void trajectory(std::int32_t reader_code, std::int32_t version, std::int32_t periodicity) {
@@ -67,11 +46,7 @@ class CatalogueMask : public testing::Test {
       return RecordingCore::Answer{{types.at(std::stoul(inputs[0]) - 1)}, {}, {}};
     };
   }
-  void mask() {
-    std::int32_t status = 7;
-    maskprops_("", true, status);
-    EXPECT_EQ(status, 0);
-  }
+  void mask() { EXPECT_EQ(status_of(maskprops_, "", true), 0); }
   static Ids offered(const CatalogueTable& table) {
     Ids ids;
     for (std::size_t row = 0; row < table.size(); ++row) {
@@ -88,6 +63,7 @@ class CatalogueMask : public testing::Test {
     return ids;
   }
 
+  const SettingsOfATest settings_;
   RecordingCore core_;
 };
 
@@ -144,9 +120,7 @@ TEST_F(CatalogueMask, a_selection_that_no_model_serves_is_taken_back) {
     return static_cast<std::size_t>(std::ranges::find(table.ids, id) - table.ids.begin());
   };
   for (const std::int32_t id : {202, 204, 206, 208}) table.selected[row_of(id)] = true;
-  std::int32_t status = 7;
-  checkprops_(status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(checkprops_), 0);
   EXPECT_THAT(core_.messages(), ElementsAre("Volume any of the selected models PATHSTAT_WARN_13",
                                             "Radius of Gyration any of the selected models PATHSTAT_WARN_13"));
   EXPECT_FALSE(table.selected[row_of(202)]);
@@ -187,9 +161,8 @@ TEST_P(AbsentValues, are_those_of_neither_the_first_frame_nor_the_last) {
   ASSERT_EQ(output.close(), "");
   trajectory(reader::binary, 2010, 3);
   trj_frames_.frames_in_file = static_cast<std::int32_t>(values.size());
-  std::int32_t status = 7;
-  maskprops_(path, false, status);
-  EXPECT_EQ(status, trajectory_status::attach_refused) << "there is no model, and rows are masked all the same";
+  EXPECT_EQ(status_of(maskprops_, path, false), trajectory_status::attach_refused)
+      << "there is no model, and rows are masked all the same";
   EXPECT_EQ(selectable().contains(id), expected);
   EXPECT_TRUE(selectable().contains(204)) << "the volume is there in all frames";
 }

@@ -1,13 +1,7 @@
 #include "catalogue/catalogue_rows.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <set>
-#include <string>
-#include <vector>
-
 #include "catalogue/mask_rules.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

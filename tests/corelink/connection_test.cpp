@@ -1,17 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <filesystem>
 
 #include "corelink/last_error.h"
 #include "corelink/socket_setup.h"
 #include "corelink/test_peer.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::StartsWith;
 
 class MadeConnection : public testing::TestWithParam<const char*> {};
 
@@ -51,26 +46,24 @@ struct RefusedCase {
   const char* text;
 };
 
-class RefusedClient : public testing::TestWithParam<RefusedCase> {};
+const RefusedCase cases[] = {
+    {"127.0.0.1", "1", "udp", "Unknown protocol udp for network connection"},
+    {"127.0.0.1", "70000", "tcp", "Cannot create client for 70000@127.0.0.1 (not a tcp port number)"},
+    {"no machine!", "1", "tcp", "Cannot create tcp client for 1@no machine! - unknown machine"},
+    {"127.0.0.1", "1", "tcp", "Cannot connect to 1@127.0.0.1 - tcp server does not exist"},
+    {"x", "/nowhere/at/all", "unix", "Cannot contact server\n\tsystem error: "}};
 
-TEST_P(RefusedClient, leaves_the_closed_record_and_says_why) {
-  const auto& [machine, server, protocol, text] = GetParam();
-  Connection record;
-  record.state = connection_state::client;
-  PNC_create_client(record, machine, server, protocol);
-  EXPECT_EQ(record.state, connection_state::closed);
-  EXPECT_TRUE(record.server.empty());
-  EXPECT_THAT(PLE_get_error(), StartsWith(text));
+TEST(RefusedClient, leaves_the_closed_record_and_says_why) {
+  for (const auto& [machine, server, protocol, text] : cases) {
+    SCOPED_TRACE(text);
+    Connection record;
+    record.state = connection_state::client;
+    PNC_create_client(record, machine, server, protocol);
+    EXPECT_EQ(record.state, connection_state::closed);
+    EXPECT_TRUE(record.server.empty());
+    EXPECT_THAT(PLE_get_error(), StartsWith(text));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    reasons, RefusedClient,
-    testing::Values(
-        RefusedCase{"127.0.0.1", "1", "udp", "Unknown protocol udp for network connection"},
-        RefusedCase{"127.0.0.1", "70000", "tcp", "Cannot create client for 70000@127.0.0.1 (not a tcp port number)"},
-        RefusedCase{"no machine!", "1", "tcp", "Cannot create tcp client for 1@no machine! - unknown machine"},
-        RefusedCase{"127.0.0.1", "1", "tcp", "Cannot connect to 1@127.0.0.1 - tcp server does not exist"},
-        RefusedCase{"x", "/nowhere/at/all", "unix", "Cannot contact server\n\tsystem error: "}));
 
 }  // namespace
 }  // namespace pathstat

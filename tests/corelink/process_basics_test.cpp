@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "corelink/environment.h"
 #include "corelink/fixed_text.h"
 #include "corelink/last_error.h"
 #include "corelink/test_peer.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

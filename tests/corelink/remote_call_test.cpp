@@ -1,10 +1,7 @@
 #include "corelink/remote_call.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "corelink/test_peer.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

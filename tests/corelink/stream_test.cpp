@@ -1,11 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <random>
 #include <thread>
 
 #include "corelink/last_error.h"
 #include "corelink/socket_setup.h"
 #include "corelink/test_peer.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -18,44 +16,41 @@ struct BufferingCase {
   std::int32_t waiting;
 };
 
-class Buffering : public testing::TestWithParam<BufferingCase> {};
+const BufferingCase cases[] = {{"one less than free is held", 8, {3, 4}, {}, 7},
+                               {"exactly free fills, flushes and leaves nothing", 8, {3, 5}, {8}, 0},
+                               {"exactly size plus free goes directly behind a flush", 8, {3, 13}, {3, 13}, 0},
+                               {"an empty buffer of 8 takes up to 15", 8, {15}, {8}, 7},
+                               {"but not 16", 8, {16}, {16}, 0},
+                               {"no buffer, two writes", 0, {2, 2}, {2, 2}, 0}};
 
-TEST_P(Buffering, writes_when_the_buffer_says) {
-  const auto& [rule, buffer, sends, writes, waiting] = GetParam();
-  TestPeer peer(SOCK_SEQPACKET);
-  PNC_init_write_buffer(peer.connection, buffer);
-  std::string sent;
-  for (const auto size : sends) {
-    std::string block;
-    while (block.size() < size) block += static_cast<char>('a' + sent.size() + block.size());
-    EXPECT_EQ(PNC_send(peer.connection, bytes_of(block)), 1);
-    sent += block;
-  }
-  EXPECT_EQ(peer.connection.next_unwritten_char, waiting) << rule;
-  std::vector<std::size_t> sizes;
-  std::string arrived;
-  auto take = [&] {
-    for (const auto& packet : peer.packets()) {
-      sizes.push_back(packet.size());
-      arrived += packet;
+TEST(Buffering, writes_when_the_buffer_says) {
+  for (const auto& [rule, buffer, sends, writes, waiting] : cases) {
+    TestPeer peer(SOCK_SEQPACKET);
+    PNC_init_write_buffer(peer.connection, buffer);
+    std::string sent;
+    for (const auto size : sends) {
+      std::string block;
+      while (block.size() < size) block += static_cast<char>('a' + sent.size() + block.size());
+      EXPECT_EQ(PNC_send(peer.connection, bytes_of(block)), 1);
+      sent += block;
     }
-  };
-  take();
-  EXPECT_EQ(sizes, writes) << rule;
-  EXPECT_EQ(PNC_flush(peer.connection), 1);
-  take();
-  EXPECT_EQ(arrived, sent) << rule;
-  EXPECT_EQ(peer.connection.sent_count, static_cast<std::int64_t>(sent.size()));
+    EXPECT_EQ(peer.connection.next_unwritten_char, waiting) << rule;
+    std::vector<std::size_t> sizes;
+    std::string arrived;
+    auto take = [&] {
+      for (const auto& packet : peer.packets()) {
+        sizes.push_back(packet.size());
+        arrived += packet;
+      }
+    };
+    take();
+    EXPECT_EQ(sizes, writes) << rule;
+    EXPECT_EQ(PNC_flush(peer.connection), 1);
+    take();
+    EXPECT_EQ(arrived, sent) << rule;
+    EXPECT_EQ(peer.connection.sent_count, static_cast<std::int64_t>(sent.size()));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    boundaries, Buffering,
-    testing::Values(BufferingCase{"one less than free is held", 8, {3, 4}, {}, 7},
-                    BufferingCase{"exactly free fills, flushes and leaves nothing", 8, {3, 5}, {8}, 0},
-                    BufferingCase{"exactly size plus free goes directly behind a flush", 8, {3, 13}, {3, 13}, 0},
-                    BufferingCase{"an empty buffer of 8 takes up to 15", 8, {15}, {8}, 7},
-                    BufferingCase{"but not 16", 8, {16}, {16}, 0},
-                    BufferingCase{"no buffer, two writes", 0, {2, 2}, {2, 2}, 0}));
 
 class Stream : public testing::Test {
  protected:

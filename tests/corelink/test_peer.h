@@ -1,19 +1,14 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <bit>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "corelink/connection.h"
 #include "support/big_endian.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat {
 
@@ -90,27 +85,5 @@ inline std::string ints(std::initializer_list<std::int32_t> values) {
 }
 
 inline std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
-
-/// Sets a variable, or unsets it for null, as long as it lives.
-class ScopedVariable {
- public:
-  ScopedVariable(std::string name, const char* value) : name_(std::move(name)) {
-    const char* before = std::getenv(name_.c_str());
-    was_set_ = before != nullptr;
-    if (was_set_) before_ = before;
-    set(value);
-  }
-  ~ScopedVariable() { set(was_set_ ? before_.c_str() : nullptr); }
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-
- private:
-  void set(const char* value) const {
-    value != nullptr ? ::setenv(name_.c_str(), value, 1) : ::unsetenv(name_.c_str());
-  }
-  std::string name_;
-  std::string before_;
-  bool was_set_ = false;
-};
 
 }  // namespace pathstat

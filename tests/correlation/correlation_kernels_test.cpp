@@ -1,11 +1,6 @@
 #include "correlation/correlation_kernels.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <random>
-#include <utility>
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

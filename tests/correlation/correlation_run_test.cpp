@@ -1,14 +1,4 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/time.h>
-
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <numeric>
-#include <random>
 
 #include "correlation/correlation_cache.h"
 #include "correlation/displacement.h"
@@ -21,11 +11,11 @@
 #include "support/named_memory.h"
 #include "support/parallel.h"
 #include "support/record_file.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 /// The velocities of atoms 0 ... 3, and the same again for those behind them.
 Vector velocity_of(std::size_t atom) {
@@ -127,7 +117,7 @@ TEST_F(CorrelationRun, steady_motion_gives_the_closed_form_of_the_displacement) 
     EXPECT_EQ(table.head.points, 6);
     EXPECT_EQ(table.head.values, 7);
     EXPECT_THAT(table.lags, ElementsAre(0, 0.5, 1, 1.5, 2, 2.5));
-    EXPECT_THAT(table.numbers, testing::Each(0));
+    EXPECT_THAT(table.numbers, Each(0));
     for (std::size_t k = 0; k < table.values.size(); ++k) {
       const double lag = table.lags[k / 7];
       EXPECT_NEAR(table.values[k], products[k % 7] * lag * lag, 1e-11) << k;
@@ -144,7 +134,7 @@ TEST_F(CorrelationRun, velocities_that_stay_give_the_mean_of_their_products) {
   EXPECT_EQ(run(run_vac_, {.intervals = 5, .frames = 12}), 0);
   const Table total = read_table("PathStat.vac");
   EXPECT_EQ(total.head.values, 1);
-  EXPECT_THAT(total.values, testing::Each(testing::DoubleNear(products[6], 1e-12)));
+  EXPECT_THAT(total.values, Each(DoubleNear(products[6], 1e-12)));
 }
 
 TEST_F(CorrelationRun, the_last_frame_takes_part_in_no_pair) {
@@ -195,10 +185,7 @@ TEST_F(CorrelationRun, selected_atoms_are_parents_that_move_each_once) {
 TEST_F(CorrelationRun, a_selection_without_moving_atoms_is_refused) {
   make(steady(6, {2, 4, 5, 6}, 6));
   core_.answers["kvD_PER_PeriodicParent"] = for_each_object([](std::int32_t object) { return object; });
-  struct Selection {
-    std::vector<std::int32_t> objects;
-    std::vector<std::string> displacement, velocities;
-  };
+  using Selection = std::tuple<std::vector<std::int32_t>, std::vector<std::string>, std::vector<std::string>>;
   for (const auto& [objects, displacement, velocities] :
        {Selection{{}, {"PATHSTAT_ERROR_26"}, {"PATHSTAT_ERROR_15"}},
         Selection{{101, 103}, {"PATHSTAT_ERROR_43", "PATHSTAT_ERROR_26"}, {"PATHSTAT_ERROR_43", "PATHSTAT_ERROR_15"}},
@@ -249,16 +236,9 @@ TEST_F(CorrelationRun, frames_of_one_time_are_shown_over_their_numbers) {
 
 TEST_F(CorrelationRun, a_full_disk_leaves_nothing_behind) {
   make(crowd());
-  ::setenv("PATHSTAT_CACHE_MIB", "1", 1);
-  const auto before = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ::getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit small{1000000, limit.rlim_max};  // 13 of 30 records
-  ::setrlimit(RLIMIT_FSIZE, &small);
+  const ScopedVariable memory("PATHSTAT_CACHE_MIB", "1");
+  const FileSizeLimit limit(1000000);  // 13 of 30 records
   EXPECT_EQ(run(run_msd_, {.intervals = 5, .frames = 30}), cache_status::not_written);
-  ::setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, before);
-  ::unsetenv("PATHSTAT_CACHE_MIB");
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_17"));
   EXPECT_FALSE(std::filesystem::exists("PathStat.msd"));
 }
@@ -270,12 +250,11 @@ TEST_F(CorrelationRun, the_cache_has_no_name_while_it_is_in_use) {
     return Answer{};
   };
   for (const char* memory : {"1", "256"}) {  // in the file, and without one
-    ::setenv("PATHSTAT_CACHE_MIB", memory, 1);
+    const ScopedVariable cache("PATHSTAT_CACHE_MIB", memory);
     write("CorrelCache", "left by a process that was killed");
     EXPECT_EQ(run(run_msd_, {.intervals = 2, .frames = 30}), 0);
   }
   EXPECT_FALSE(progress().empty());
-  ::unsetenv("PATHSTAT_CACHE_MIB");
 }
 
 // Long runs, whose sums are made by transforms.
@@ -422,7 +401,7 @@ TEST_F(CorrelationRun, blocks_of_origins_are_as_the_definition_has_them) {
 
 TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
   make(wandering());
-  ::setenv("PATHSTAT_TRACE", "1", 1);
+  const ScopedVariable trace("PATHSTAT_TRACE", "1");
   struct Way {
     Choice choice;
     const char* words;
@@ -433,11 +412,8 @@ TEST_F(CorrelationRun, long_runs_take_the_cheaper_way) {
            Way{{.intervals = 4999, .frames = 5000, .origin_step = 500}, "correlation: pairs of frames"},
            Way{{.intervals = 1000, .frames = 1001}, "correlation: pairs of frames"},
        }) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(run(run_msd_, choice), 0);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith(words));
+    EXPECT_THAT(stderr_of([&] { EXPECT_EQ(run(run_msd_, choice), 0); }), StartsWith(words));
   }
-  ::unsetenv("PATHSTAT_TRACE");
 }
 
 TEST(SpectralSums, of_many_threads_stay_within_the_memory) {
@@ -466,7 +442,7 @@ TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
       std::string first;
       for (const int threads : {1, 2, 3, 8}) {
         for (const char* memory : {"1", "256"}) {
-          ::setenv("PATHSTAT_CACHE_MIB", memory, 1);
+          const ScopedVariable cache("PATHSTAT_CACHE_MIB", memory);
           set_thread_count(threads);
           EXPECT_EQ(run(run_msd_, {.intervals = intervals, .frames = motion.frames, .anisotropic = anisotropic}), 0);
           const std::string bytes = content_of("PathStat.msd");
@@ -476,7 +452,6 @@ TEST_F(CorrelationRun, threads_and_memory_change_no_bit) {
       }
     }
   }
-  ::unsetenv("PATHSTAT_CACHE_MIB");
   const auto products = mean_products({0, 1, 2, 3});
   const Table table = read_table("PathStat.msd");
   for (std::size_t k = 0; k < table.values.size(); ++k) {

@@ -1,12 +1,8 @@
 #include "correlation/dipole_pairs.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
 #include <cstddef>
-#include <random>
-#include <vector>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {

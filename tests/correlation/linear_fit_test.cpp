@@ -1,19 +1,12 @@
 #include "correlation/linear_fit.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "extraction/scratch_format.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class LinearFit : public WorkDirectory {
  protected:
@@ -98,7 +91,7 @@ TEST_F(LinearFit, fits_the_points_between_the_limits) {
   for (const auto& [min_time, max_time, diffusion] :
        {Range{0, 4, "0.1667E+00"}, Range{0.9, 3.5, "0.1667E+00"}, Range{4, 8, "0.5000E+00"},
         Range{4.9, 6.1, "0.5000E+00"}, Range{6, 8, "0.5000E+00"}}) {
-    EXPECT_THAT(fit(min_time, max_time), testing::HasSubstr(diffusion)) << min_time << ' ' << max_time;
+    EXPECT_THAT(fit(min_time, max_time), HasSubstr(diffusion)) << min_time << ' ' << max_time;
   }
   fit(2.0, 3.0, 1);
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_32"));

@@ -7,8 +7,7 @@
 
 #include "recording_core.h"
 #include "services/work_directory.h"
-#include "support/logical.h"
-#include "trajectory/binary_trajectory.h"
+#include "trajectory/written_trajectory.h"
 
 namespace pathstat {
 
@@ -25,22 +24,13 @@ struct Motion {
   double time_step = 0.01;
 
   void write(const std::string& path) const {
-    std::int32_t handle = 0, status = 0;
-    kvA_TRJ_Open(path, binary_mode::create, handle, status);
-    kvA_TRJ_SetValueInt(handle, 2008, moved_ids, status);
-    kvA_TRJ_SetValueInt(handle, 2020, {&all_atoms, 1}, status);
-    const std::int32_t not_periodic = 0;
-    kvA_TRJ_SetValueInt(handle, 2018, {&not_periodic, 1}, status);
+    WrittenTrajectory run(all_atoms, moved_ids);
     for (std::int32_t frame = 0; frame < frames; ++frame) {
-      const double now = time(frame);
-      kvA_TRJ_SetValueDouble(handle, 1000, {&now, 1}, status);
-      kvA_TRJ_SetValueDouble(handle, 1003, {&time_step, 1}, status);
-      kvA_TRJ_SetValueDouble(handle, 1071, all(position, frame), status);
-      if (velocity) kvA_TRJ_SetValueDouble(handle, 1072, all(velocity, frame), status);
-      kvA_TRJ_WriteFrame(handle, status);
-      EXPECT_EQ(status, 0);
+      run.set(1000, {time(frame)}).set(1003, {time_step}).set(1071, all(position, frame));
+      if (velocity) run.set(1072, all(velocity, frame));
+      run.frame();
     }
-    kvA_TRJ_Close(handle, status);
+    std::filesystem::copy_file(run.path(), path, std::filesystem::copy_options::overwrite_existing);
   }
 
  private:

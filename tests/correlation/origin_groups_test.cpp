@@ -1,12 +1,8 @@
 #include "correlation/origin_groups.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <random>
-#include <vector>
-
 #include "services/file_units.h"
+#include "surroundings.h"
+#include "testing.h"
 #include "trajectory/frame_spacing.h"
 
 namespace pathstat {
@@ -127,10 +123,9 @@ TEST(FrameMemory, is_set_by_the_environment_in_whole_mebibytes) {
   for (const auto& [text, mebibytes] :
        {Setting{"1", 1}, Setting{"1000", 1000}, Setting{"0", 256}, Setting{"-4", 256}, Setting{"12 MB", 256},
         Setting{"", 256}, Setting{"99999999999999999999", 256}}) {
-    ::setenv("PATHSTAT_CACHE_MIB", text, 1);
+    const ScopedVariable memory("PATHSTAT_CACHE_MIB", text);
     EXPECT_EQ(frame_memory(), mebibytes << 20) << text;
   }
-  ::unsetenv("PATHSTAT_CACHE_MIB");
   EXPECT_EQ(frame_memory(), default_frame_memory);
 }
 

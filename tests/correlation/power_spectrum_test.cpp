@@ -1,21 +1,12 @@
 #include "correlation/power_spectrum.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <sstream>
-
 #include "extraction/scratch_format.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class PowerSpectrum : public WorkDirectory {
  protected:
@@ -27,11 +18,7 @@ class PowerSpectrum : public WorkDirectory {
     const ScratchHead head{static_cast<std::int32_t>(points), columns, kind_frames, 0};
     EXPECT_EQ(write_scratch("PathStat.vac", {head, numbers, lags, values, 0, columns, {}, {}, {}}), RecordStatus::ok);
   }
-  std::int32_t transform(double max_time) {
-    std::int32_t status = -1;
-    run_pwr_(max_time, status);
-    return status;
-  }
+  std::int32_t transform(double max_time) { return status_of(run_pwr_, max_time); }
   /// Points of the last drawing: x, y, x, y, ...
   std::vector<double> drawn() const {
     std::istringstream call(core_.calls("kvP_DAT_WriteXY").back());

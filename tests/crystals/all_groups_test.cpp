@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <gemmi/symmetry.hpp>
-#include <numbers>
-#include <vector>
 
 #include "crystals/crystal_builder.h"
 #include "crystals/crystal_settings.h"
@@ -12,6 +7,7 @@
 #include "in_process_core.h"
 #include "structure/crystal_orientation.h"
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -97,8 +93,7 @@ TEST(AllGroups, fill_cells_as_their_operators_do_by_definition) {
       core.model.set_space_group(object, group.front());
       const desk::Lattice lattice(desk::periodic_3d, cell);
       core.model.add_atoms(object, std::array{element_of_symbol("C")}, std::array<Vector3, 1>{lattice.cartesian(f)});
-      kva_cry_buildcrystal_(id, build_option::no_new_bonds, 0, status);
-      ASSERT_EQ(status, 0) << row.name;
+      ASSERT_EQ(status_of(kva_cry_buildcrystal_, id, build_option::no_new_bonds, 0), 0) << row.name;
       const auto expected = images_by_definition(known(row.name).operations(), f);
       ASSERT_EQ(object.data.atoms(), expected.size()) << row.name << ' ' << f[0];
       for (const auto& x : object.data.positions) {

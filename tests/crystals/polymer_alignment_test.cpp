@@ -1,14 +1,11 @@
 #include "crystals/polymer_alignment.h"
 
-#include <gmock/gmock.h>
-
 #include "desk/small_models.h"
 #include "in_process_core.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 struct Atom {
   const char* type;

@@ -1,22 +1,13 @@
 #include "desk/advice/advice.h"
 
-#include <gmock/gmock.h>
-
-#include <fstream>
-#include <map>
-
 #include "desk/advice/nearest.h"
 #include "desk/advice/trajectory_advice.h"
 #include "desk/advice/word_table.h"
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// A run of 200 frames, 0.02 ps apart, as its process answers.
 struct Fake {
@@ -138,7 +129,7 @@ TEST(Advice, warns_of_mistakes_that_pass_in_silence) {
   EXPECT_THAT(Fake().about({"RDF_BETWEEN", "ALL ATOMS", 1003}),
               ElementsAre(HasSubstr("in quotes: RDF_BETWEEN \"ALL ATOMS\""), HasSubstr("RDF_BETWEEN takes one of")));
   EXPECT_THAT(Fake().about({"TRAJECTORY", "\"a b.trj", 1}),
-              testing::Contains("the mark \" is not closed: everything behind it is one text"));
+              Contains("the mark \" is not closed: everything behind it is one text"));
 }
 
 TEST(Advice, says_nothing_of_lines_that_are_right) {
@@ -163,7 +154,7 @@ TEST(Advice, says_what_must_come_first_without_a_trajectory) {
   }
   EXPECT_THAT(fake.about({"RDF", "", 1}), ElementsAre(HasSubstr("no trajectory is loaded")));
   EXPECT_THAT(fake.about({"RDF", "", 0}),
-              testing::Contains("this is the radial distribution of models as they are: no trajectory is loaded"));
+              Contains("this is the radial distribution of models as they are: no trajectory is loaded"));
   const std::vector<Message> told{{MessageKind::error, 2, "PATHSTAT_MSG_30", {}, "No property is selected."}};
   EXPECT_THAT(fake.about({"PROFILE", "", 1, told}), IsEmpty());
   EXPECT_THAT(fake.about({"PROFILE", "", 1}), ElementsAre(HasSubstr("PROFILE needs: a property is selected")));

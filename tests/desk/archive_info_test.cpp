@@ -1,13 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "desk/cli/file_info.h"
 #include "desk/small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
 
 /// What `pathdesk info` prints of a file, standard error behind standard output.
 struct Info {
@@ -42,8 +38,8 @@ TEST(ArchiveInfo, tells_where_a_file_breaks_off) {
   const ScratchFolder folder;
   const Info cut(folder.write("cut.arc", archive.substr(0, archive.size() - 20)));
   EXPECT_EQ(cut.code, 2);
-  EXPECT_THAT(cut.text, HasSubstr("frames              1 (the file breaks off there)"));
-  EXPECT_THAT(cut.text, HasSubstr("cut.arc is damaged (status 50004)"));
+  EXPECT_THAT(cut.text, AllOf(HasSubstr("frames              1 (the file breaks off there)"),
+                              HasSubstr("cut.arc is damaged (status 50004)")));
   const Info helical(folder.write("helix.arc", "t\nHELIX\n"));
   EXPECT_EQ(helical.code, 2);
   EXPECT_THAT(helical.text, HasSubstr("helix.arc cannot be read (status 50013)"));

@@ -1,17 +1,12 @@
 #include "desk/model/bond_search.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <random>
-
 #include "small_models.h"
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
-using testing::IsEmpty;
 using Bonds = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
 
 class BondsOfExample : public testing::TestWithParam<const char*> {};

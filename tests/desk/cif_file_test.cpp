@@ -1,22 +1,15 @@
 #include "desk/model/cif_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <filesystem>
-
 #include "desk/export/structure_files.h"
 #include "desk/model/data_model.h"
 #include "desk/model/group_library.h"
 #include "desk/model/stated_symmetry.h"
 #include "scratch_folder.h"
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
 
 class StructureFile : public testing::Test {
  protected:

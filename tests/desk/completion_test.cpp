@@ -1,19 +1,11 @@
 #include "desk/cli/completion.h"
 
-#include <gmock/gmock.h>
-
-#include <map>
-
 #include "desk/advice/word_groups.h"
 #include "desk/cli/command_help.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 const CompletionSources sources{.allowed_values =
                                     [](const std::string& word) {

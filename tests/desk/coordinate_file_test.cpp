@@ -1,19 +1,10 @@
 #include "desk/model/coordinate_file.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <numbers>
-
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::DoubleNear;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 const std::string water_lines =
     "OW1     1.0  2.0  3.0  WAT 7 o_w  O -0.8\n"
@@ -102,33 +93,32 @@ struct CoordinateFault {
   int line;
   const char* problem;
 };
-void PrintTo(const CoordinateFault& c, std::ostream* out) { *out << c.problem; }
+const CoordinateFault cases[] = {{"", 0, "ends"},
+                                 {"t\n", 1, "ends"},
+                                 {"t\nHELIX\n", 2, "helical"},
+                                 {"t\nPBC maybe\n", 2, "maybe"},
+                                 {"t\nPBC\n", 2, "unknown"},
+                                 {"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90\n", 5, "6"},
+                                 {"t\nPBC ON\nf\nd\nPBC 1 2 x 90 90 90\n", 5, "x"},
+                                 {"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90 200\nC 0 0 0 R 1 c C 0\nEND\nEND\n", 8, "space"},
+                                 {"t\nf\nd\nC 0 0 0 R 1 c C\nEND\nEND\n", 4, "9 fields"},
+                                 {"t\nf\nd\n\v 0 0 0 R 1 c \r 0\nEND\nEND\n", 4, "9 fields"},
+                                 {"t\nf\nd\nC 0 0z 0 R 1 c C 0\nEND\nEND\n", 4, "0z"},
+                                 {"t\nf\nd\nC 0 0 nan R 1 c C 0\nEND\nEND\n", 4, "nan"},
+                                 {"t\nf\nd\nC 0 0 0 R 1 c C -\nEND\nEND\n", 4, "charge"},
+                                 {"t\nf\nd\nQ1 0 0 0 R 1 c q 0\nEND\nEND\n", 4, "Q1"},
+                                 {"t\nf\nd\nC 0 0 0 R 1 c C 0\nEND\n", 5, "ends"},
+                                 {"t\nf\nd\nEND\nEND\n", 5, "no atoms"}};
 
-class CoordinateFileFault : public testing::TestWithParam<CoordinateFault> {};
-
-TEST_P(CoordinateFileFault, names_the_line) {
-  const auto result = coordinates(GetParam().text);
-  EXPECT_THAT(result.models, IsEmpty());
-  EXPECT_THAT(result.problem, HasSubstr("run.car, line " + std::to_string(GetParam().line) + ": "));
-  EXPECT_THAT(result.problem, HasSubstr(GetParam().problem));
+TEST(CoordinateFileFault, names_the_line) {
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.problem);
+    const auto result = coordinates(row.text);
+    EXPECT_THAT(result.models, IsEmpty());
+    EXPECT_THAT(result.problem,
+                AllOf(HasSubstr("run.car, line " + std::to_string(row.line) + ": "), HasSubstr(row.problem)));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    files, CoordinateFileFault,
-    testing::Values(CoordinateFault{"", 0, "ends"}, CoordinateFault{"t\n", 1, "ends"},
-                    CoordinateFault{"t\nHELIX\n", 2, "helical"}, CoordinateFault{"t\nPBC maybe\n", 2, "maybe"},
-                    CoordinateFault{"t\nPBC\n", 2, "unknown"},
-                    CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90\n", 5, "6"},
-                    CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 x 90 90 90\n", 5, "x"},
-                    CoordinateFault{"t\nPBC ON\nf\nd\nPBC 1 2 3 90 90 200\nC 0 0 0 R 1 c C 0\nEND\nEND\n", 8, "space"},
-                    CoordinateFault{"t\nf\nd\nC 0 0 0 R 1 c C\nEND\nEND\n", 4, "9 fields"},
-                    CoordinateFault{"t\nf\nd\n\v 0 0 0 R 1 c \r 0\nEND\nEND\n", 4, "9 fields"},
-                    CoordinateFault{"t\nf\nd\nC 0 0z 0 R 1 c C 0\nEND\nEND\n", 4, "0z"},
-                    CoordinateFault{"t\nf\nd\nC 0 0 nan R 1 c C 0\nEND\nEND\n", 4, "nan"},
-                    CoordinateFault{"t\nf\nd\nC 0 0 0 R 1 c C -\nEND\nEND\n", 4, "charge"},
-                    CoordinateFault{"t\nf\nd\nQ1 0 0 0 R 1 c q 0\nEND\nEND\n", 4, "Q1"},
-                    CoordinateFault{"t\nf\nd\nC 0 0 0 R 1 c C 0\nEND\n", 5, "ends"},
-                    CoordinateFault{"t\nf\nd\nEND\nEND\n", 5, "no atoms"}));
 
 TEST(CoordinateFile, that_is_not_there_is_told) {
   EXPECT_THAT(read_coordinate_file("/nowhere/run.car").problem, HasSubstr("/nowhere/run.car can't be opened"));

@@ -1,24 +1,18 @@
 #include "desk/link/core_session.h"
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 
 #include "corelink/typed_values.h"
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 // The test program is its own peer: started with PEER_ROLE set, it plays the analysis process instead of running tests.
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Optional;
 
 /// The process's side of the wire, in the calls of its own typed layer.
 class Peer {

@@ -1,10 +1,6 @@
 #include "desk/summary/curve_features.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <numbers>
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

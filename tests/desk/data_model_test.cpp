@@ -1,15 +1,11 @@
 #include "desk/model/data_model.h"
 
-#include <gmock/gmock.h>
-
 #include "small_models.h"
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 std::int32_t add_pair(DataModel& data, const std::string& name = "pair") {
   auto result = imported(water_pair);

@@ -1,10 +1,6 @@
 #include "desk/summary/diffusion_error.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -114,10 +110,7 @@ TEST(DiffusionErrorOf, blocks_that_share_nothing_is_that_of_their_mean) {
 
 TEST(DiffusionErrorOf, a_text_needs_all_of_it) {
   const std::string head = "0.5 101 11 1 10 2 1 2\n";
-  struct Case {
-    std::string text;
-    bool whole;
-  };
+  using Case = std::tuple<std::string, bool>;
   for (const auto& [text, whole] :
        {Case{head + "1 0.5 0.75\n2 1 1.5\n", true}, Case{head + "1 0.5 0.75\n2 1\n", false}, Case{"", false},
         Case{"0.5 101 11 1 10 2 1 2000000000\n", false}, Case{"0 101 11 1 10 2 1 0\n", false},

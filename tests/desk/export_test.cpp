@@ -1,25 +1,13 @@
-#include <gmock/gmock.h>
-
-#include <array>
-#include <cmath>
-#include <fstream>
-#include <random>
-
 #include "desk/export/export_command.h"
 #include "desk/export/frame_source.h"
 #include "desk/export/text_formats.h"
 #include "desk/script/script_run.h"
 #include "small_models.h"
+#include "testing.h"
 #include "trajectory/written_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 MolecularModel pair() { return std::move(imported(water_pair).models.front()); }
 
@@ -54,14 +42,14 @@ TEST(TextFormats, have_their_columns) {
                                                        "    1WAT    CL1    1   0.100   0.100   0.100"
                                                        "  0.1000 -0.2500  0.0000\n"
                                                        "    1WAT    HW1    2   0.100   0.200   0.100"),
-                                             testing::EndsWith("\n   1.00000   1.00000   1.00000\n")));
+                                             EndsWith("\n   1.00000   1.00000   1.00000\n")));
   EXPECT_THAT(text_of(add_xyz, frame),
               HasSubstr("6\nLattice=\"10 0 0 0 10 0 0 0 10\" Properties=species:S:1:pos:R:3 Time=0.25\n"
                         "Cl       1.00000000      1.00000000      1.00000000\n"));
   EXPECT_THAT(text_of(add_cif, frame),
-              AllOf(testing::StartsWith("data_pair\n_cell_length_a 10.000000\n"),
+              AllOf(StartsWith("data_pair\n_cell_length_a 10.000000\n"),
                     HasSubstr("_atom_site_fract_z\n_atom_site_occupancy\nCl1 Cl 0.10000000 0.10000000 0.10000000 1\n"),
-                    testing::EndsWith("H6 H 0.10000000 0.30000000 0.95000000 0.5\n")));
+                    EndsWith("H6 H 0.10000000 0.30000000 0.95000000 0.5\n")));
 }
 
 TEST(TextFormats, go_on_from_nought_where_numbers_are_too_long) {
@@ -72,8 +60,8 @@ TEST(TextFormats, go_on_from_nought_where_numbers_are_too_long) {
   const auto pdb = text_of(add_pdb, frame), gro = text_of(add_gro, frame);
   EXPECT_THAT(pdb, AllOf(HasSubstr("\nATOM  99999  C   C    9998 "), HasSubstr("\nATOM      0  C   C    9999 "),
                          HasSubstr("\nATOM      1  C   C       0 ")));
-  EXPECT_THAT(gro, AllOf(testing::StartsWith("\n100001\n"), HasSubstr("\n99999C        C    0 "),
-                         HasSubstr("\n    0C        C    1 ")));
+  EXPECT_THAT(
+      gro, AllOf(StartsWith("\n100001\n"), HasSubstr("\n99999C        C    0 "), HasSubstr("\n    0C        C    1 ")));
   std::string end;
   end_pdb(frame, end);
   EXPECT_EQ(end, "END\n") << "two atoms have the number 1";

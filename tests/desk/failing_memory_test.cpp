@@ -1,15 +1,12 @@
 // Edits of models in which one request for memory fails, or all from one on.
 #ifndef __SANITIZE_ADDRESS__  // which brings its own allocation
-#include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <limits>
 #include <new>
-#include <sstream>
 
 #include "desk/model/model_edit.h"
 #include "desk/ops/model_operations.h"
 #include "small_models.h"
+#include "testing.h"
 
 namespace {
 
@@ -35,6 +32,7 @@ namespace {
 
 using Ints = std::vector<std::int32_t>;
 using Doubles = std::vector<double>;
+using namespace std::string_literals;
 
 constexpr const char* own_group = "of its own";
 
@@ -49,12 +47,12 @@ class Edited {
     id_ = data_.add_model(MolecularModel(pair));
     surface_ = static_cast<std::int32_t>(data_.next_identifier());
     copy_ = surface_ + 1;
-    EXPECT_TRUE(call("kvD_SetId", {3, atoms({0, 1, 2}), Ints{30, 20, 10}}) &&
-                call("kvD_UD_SetVector", {1, "Velocity", atoms({3}), Doubles{1, 2, 3}}) &&
-                call("kvD_ATM_SetCell0Offset", {1, atoms({4}), Ints{0, 0, 1}}) &&
-                call("kvD_SUR_CreateSurface", {id_, 1}) && call("kvD_Copy", {2, atoms({1, 2})}) &&
-                call("kvD_PER_MakePeriodic", {1, Ints{copy_}, atoms({1}), Ints{1, 0, 0}}) &&
-                call("kvD_SYM_SetParents", {1, Ints{copy_ + 1}, atoms({2}), Ints{2}, Ints{0, 0, 1}}));
+    EXPECT_TRUE(call("kvD_SetId", 3, atoms(0, 1, 2), Ints{30, 20, 10}) &&
+                call("kvD_UD_SetVector", 1, "Velocity"s, atoms(3), Doubles{1, 2, 3}) &&
+                call("kvD_ATM_SetCell0Offset", 1, atoms(4), Ints{0, 0, 1}) && call("kvD_SUR_CreateSurface", id_, 1) &&
+                call("kvD_Copy", 2, atoms(1, 2)) &&
+                call("kvD_PER_MakePeriodic", 1, Ints{copy_}, atoms(1), Ints{1, 0, 0}) &&
+                call("kvD_SYM_SetParents", 1, Ints{copy_ + 1}, atoms(2), Ints{2}, Ints{0, 0, 1}));
     data_.set_selected_atoms(model(), {1, 0, 0, 1, 0, 0, 0});
   }
 
@@ -74,13 +72,9 @@ class Edited {
     return done;
   }
 
-  struct Input : SlotValue {
-    using SlotValue::SlotValue;
-    Input(const char* text) : SlotValue(std::string(text)) {}
-  };
-
-  bool call(const char* name, const std::vector<Input>& inputs) {
-    const OperationCall call{*find_operation(name), {inputs.begin(), inputs.end()}};
+  template <class... Inputs>
+  bool call(const char* name, Inputs... inputs) {
+    const OperationCall call{*find_operation(name), {SlotValue(inputs)...}};
     return within_limit([&] { return server_.serve(call).error == 0; });
   }
 
@@ -88,9 +82,9 @@ class Edited {
   ModelObject& model() { return *data_.model(id_); }
   std::int32_t id() const { return id_; }
   std::int32_t surface() const { return surface_; }
-  Ints atoms(Ints places) {
-    for (auto& place : places) place = model().atom_id(static_cast<std::size_t>(place));
-    return places;
+  template <class... Places>
+  Ints atoms(Places... places) {
+    return {model().atom_id(static_cast<std::size_t>(places))...};
   }
 
   /// All that is known of the models and surfaces.
@@ -156,78 +150,49 @@ TEST_P(EditsWithoutMemory, are_made_whole_or_not_at_all) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    of, EditsWithoutMemory,
-    testing::Values(Edit{"new atoms",
-                         [](Edited& e) {
-                           return e.call("kvD_ATM_Create", {e.id(), 2, Ints{6, 7}, Doubles{1, 2, 3, 4, 5, 6}});
-                         }},
-                    Edit{"copies",
-                         [](Edited& e) {
-                           return e.call("kvD_Copy", {2, e.atoms({0, 5})});
-                         }},
-                    Edit{"atoms that end",
-                         [](Edited& e) {
-                           return e.call("kvD_Delete", {2, e.atoms({0, 4})});
-                         }},
-                    Edit{"other numbers", [](Edited& e) { return e.call("kvD_ReassignIds", {e.id()}); }},
-                    Edit{"a periodic image",
-                         [](Edited& e) {
-                           return e.call("kvD_PER_MakePeriodic", {1, e.atoms({3}), e.atoms({0}), Ints{0, 1, 0}});
-                         }},
-                    Edit{"no periods",
-                         [](Edited& e) {
-                           return e.call("kvD_MOD_SetPeriodicType", {e.id(), 0});
-                         }},
-                    Edit{"a symmetry image",
-                         [](Edited& e) {
-                           return e.call("kvD_SYM_SetParents", {1, e.atoms({3}), e.atoms({0}), Ints{2}, Ints{0, 1, 0}});
-                         }},
-                    Edit{"no symmetry images", [](Edited& e) { return e.call("kvD_SYM_Clear", {e.id()}); }},
-                    Edit{"atoms elsewhere",
-                         [](Edited& e) {
-                           return e.call("kvD_ATM_MoveByCells", {1, e.atoms({2}), Ints{1, 0, 0}});
-                         }},
-                    Edit{"face flags",
-                         [](Edited& e) {
-                           return e.call("kvD_ATM_SetFaceFlags", {1, e.atoms({2}), Ints{1, 0, 0}});
-                         }},
-                    Edit{"forces",
-                         [](Edited& e) {
-                           return e.call("kvD_UD_SetVector", {1, "Force", e.atoms({2}), Doubles{1, 2, 3}});
-                         }},
-                    Edit{"bonds",
-                         [](Edited& e) {
-                           return e.call("kvA_MakeBond", {2, e.atoms({0, 1}), e.atoms({3, 4}), Ints{0, 0, 0, 0, 1, 0}});
-                         }},
-                    Edit{"a new model", [](Edited& e) { return e.call("kvD_MOD_Create", {"empty"}); }},
-                    Edit{"a model with all that belongs to it",
-                         [](Edited& e) {
-                           auto model = MolecularModel(e.model().data);
-                           return e.within_limit([&] { return e.data().add_model(std::move(model)) != 0; });
-                         }},
-                    Edit{"a space group",
-                         [](Edited& e) {
-                           SpaceGroup group{.name = own_group, .operators = {{{1, 0, 0, 0, 1, 0, 0, 0, 1}}, {{}}}};
-                           return e.within_limit([&] { return e.data().add_space_group(std::move(group)) != 0; });
-                         }},
-                    Edit{"a surface",
-                         [](Edited& e) {
-                           return e.call("kvD_SUR_SetSurface", {e.surface(), 3, Doubles{0, 0, 0, 1, 0, 0, 0, 1, 0}, 0,
-                                                                Doubles{}, 1, Ints{0, 1, 2}});
-                         }},
-                    Edit{"a plane monitor",
-                         [](Edited& e) {
-                           Monitor monitor{plane_monitor, 0, {0, 1, 2, 3, 4, 5}, {}};
-                           return e.within_limit([&] { return e.data().add_monitor(e.model(), std::move(monitor)); });
-                         }},
-                    Edit{"a monitor that ends",
-                         [](Edited& e) {
-                           return e.within_limit([&] { return e.data().remove_monitor(e.model(), 1), true; });
-                         }},
-                    Edit{"an image with a name", [](Edited& e) {
-                           return e.within_limit([&] { return e.data().atom_image(e.model(), 2, {0, 0, 1}) != 0; });
-                         }}));
+const Ints two_kinds{6, 7}, beside{0, 1, 0}, two_cells{0, 0, 0, 0, 1, 0}, triangle{0, 1, 2};
+const Doubles two_places{1, 2, 3, 4, 5, 6}, corners{0, 0, 0, 1, 0, 0, 0, 1, 0};
+constexpr Translation above{0, 0, 1};
+
+const Edit edits[] = {
+    {"new atoms", [](Edited& e) { return e.call("kvD_ATM_Create", e.id(), 2, two_kinds, two_places); }},
+    {"copies", [](Edited& e) { return e.call("kvD_Copy", 2, e.atoms(0, 5)); }},
+    {"atoms that end", [](Edited& e) { return e.call("kvD_Delete", 2, e.atoms(0, 4)); }},
+    {"other numbers", [](Edited& e) { return e.call("kvD_ReassignIds", e.id()); }},
+    {"a periodic image", [](Edited& e) { return e.call("kvD_PER_MakePeriodic", 1, e.atoms(3), e.atoms(0), beside); }},
+    {"no periods", [](Edited& e) { return e.call("kvD_MOD_SetPeriodicType", e.id(), 0); }},
+    {"a symmetry image",
+     [](Edited& e) { return e.call("kvD_SYM_SetParents", 1, e.atoms(3), e.atoms(0), Ints(1, 2), beside); }},
+    {"no symmetry images", [](Edited& e) { return e.call("kvD_SYM_Clear", e.id()); }},
+    {"atoms elsewhere", [](Edited& e) { return e.call("kvD_ATM_MoveByCells", 1, e.atoms(2), beside); }},
+    {"face flags", [](Edited& e) { return e.call("kvD_ATM_SetFaceFlags", 1, e.atoms(2), beside); }},
+    {"forces", [](Edited& e) { return e.call("kvD_UD_SetVector", 1, "Force"s, e.atoms(2), Doubles(3, 1.5)); }},
+    {"bonds", [](Edited& e) { return e.call("kvA_MakeBond", 2, e.atoms(0, 1), e.atoms(3, 4), two_cells); }},
+    {"a new model", [](Edited& e) { return e.call("kvD_MOD_Create", "empty"s); }},
+    {"a model with all that belongs to it",
+     [](Edited& e) {
+       auto model = MolecularModel(e.model().data);
+       return e.within_limit([&] { return e.data().add_model(std::move(model)) != 0; });
+     }},
+    {"a space group",
+     [](Edited& e) {
+       SpaceGroup group{.name = own_group, .operators = {{{1, 0, 0, 0, 1, 0, 0, 0, 1}}, {{}}}};
+       return e.within_limit([&] { return e.data().add_space_group(std::move(group)) != 0; });
+     }},
+    {"a surface",
+     [](Edited& e) { return e.call("kvD_SUR_SetSurface", e.surface(), 3, corners, 0, Doubles(), 1, triangle); }},
+    {"a plane monitor",
+     [](Edited& e) {
+       Monitor monitor{plane_monitor, 0, {0, 1, 2, 3, 4, 5}, {}};
+       return e.within_limit([&] { return e.data().add_monitor(e.model(), std::move(monitor)); });
+     }},
+    {"a monitor that ends",
+     [](Edited& e) { return e.within_limit([&] { return e.data().remove_monitor(e.model(), 1), true; }); }},
+    {"an image with a name",
+     [](Edited& e) { return e.within_limit([&] { return e.data().atom_image(e.model(), 2, above) != 0; }); }},
+};
+
+INSTANTIATE_TEST_SUITE_P(of, EditsWithoutMemory, testing::ValuesIn(edits));
 
 }  // namespace
 }  // namespace pathstat::desk

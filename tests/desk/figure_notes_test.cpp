@@ -1,15 +1,10 @@
 #include "desk/summary/figure_notes.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-
 #include "desk/summary/coordination_graph.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
 
 TEST(MomentsOf, a_histogram_are_those_of_what_was_counted) {
   std::vector<PlotPoint> bins;

@@ -1,24 +1,14 @@
 #include "desk/graphs/figure.h"
 
-#include <gmock/gmock.h>
-#include <sys/resource.h>
-
-#include <cmath>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-
 #include "desk/graphs/axis_text.h"
 #include "desk/graphs/graph_kind.h"
 #include "desk/graphs/pictures.h"
 #include "desk/link/work_directory.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 struct NameCase {
   const char* title;
@@ -135,10 +125,8 @@ TEST_F(Figures, draw_histograms_as_steps_and_leave_out_what_has_no_finite_point)
   add_graph("h", {add_set("hs", {0, 0, 1, 0.5f, 2, 0}, histogram_style)});
   add_graph("empty", {add_set("nothing", {0, NAN, 1, INFINITY})});
   const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
-  EXPECT_THAT(script, HasSubstr("with histeps"));
-  EXPECT_THAT(script, HasSubstr("set output 'h.svg'"));
-  EXPECT_THAT(script, Not(HasSubstr("empty.svg")));
-  EXPECT_THAT(script, Not(HasSubstr("pngcairo")));
+  EXPECT_THAT(script, AllOf(HasSubstr("with histeps"), HasSubstr("set output 'h.svg'"), Not(HasSubstr("empty.svg")),
+                            Not(HasSubstr("pngcairo"))));
 }
 
 TEST_F(Figures, keep_texts_of_the_process_inside_their_quotes) {
@@ -167,11 +155,10 @@ TEST_F(Figures, put_the_legend_where_there_is_room_and_shade_what_is_pointed_out
     return picture_script({&figures.back(), 1}, {.svg = true});
   };
   const auto rising = legend_of("rises", {0, 0, 1, 1, 2, 2, 3, 3});
-  EXPECT_THAT(rising, HasSubstr("set key inside left top"));
-  EXPECT_THAT(rising, HasSubstr("rectangle from first 0.5, graph 0 to first 1.5, graph 1 behind"));
-  EXPECT_THAT(rising, HasSubstr("arrow from first 1, graph 0 to first 1, graph 1 nohead"));
-  EXPECT_THAT(rising, HasSubstr("title 'window'"));
-  EXPECT_THAT(rising, HasSubstr("title 'mean'"));
+  EXPECT_THAT(rising, AllOf(HasSubstr("set key inside left top"),
+                            HasSubstr("rectangle from first 0.5, graph 0 to first 1.5, graph 1 behind"),
+                            HasSubstr("arrow from first 1, graph 0 to first 1, graph 1 nohead"),
+                            HasSubstr("title 'window'"), HasSubstr("title 'mean'")));
   EXPECT_THAT(legend_of("falls", {0, 3, 1, 2, 2, 1, 3, 0}), HasSubstr("set key inside right top"));
   const auto full = legend_of("zigzag", {0, 0, 1, 3, 2, 0, 3, 3, 4, 0, 5, 3, 6, 0, 7, 3});
   EXPECT_THAT(full, HasSubstr("set key inside right top"));
@@ -232,8 +219,7 @@ TEST_F(Figures, leave_curves_of_angles_open_across_half_a_turn) {
     add_graph("t", {set}, layout);
   }
   const auto script = picture_script(figures_of(store_), {.svg = true, .png = false});
-  EXPECT_THAT(script, HasSubstr("0 179\n\n1 -179\n2 -90\n3 90\n4 91\n"));
-  EXPECT_THAT(script, HasSubstr("0 179\n1 -179\n"));
+  EXPECT_THAT(script, AllOf(HasSubstr("0 179\n\n1 -179\n2 -90\n3 90\n4 91\n"), HasSubstr("0 179\n1 -179\n")));
 }
 
 TEST_F(Figures, draw_the_point_that_is_highlighted) {
@@ -276,14 +262,10 @@ TEST_F(Figures, tell_which_pictures_are_missing_and_keep_no_cut_one) {
   add_graph("Two", {add_set("b", {0, 1, 1, 2})});
   const auto figures = figures_of(store_);
   // Files may be large enough for the input of gnuplot alone.
-  rlimit before{};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  const rlimit small{4096, before.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  const auto told = draw_pictures(figures, {.svg = true, .png = false}, directory.path());
-  ::setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, handler);
+  const auto told = [&] {
+    const FileSizeLimit limit(4096);
+    return draw_pictures(figures, {.svg = true, .png = false}, directory.path());
+  }();
   EXPECT_THAT(told, HasSubstr("not drawn: One.svg, Two.svg: "));
   EXPECT_FALSE(std::filesystem::exists(directory.path() / "One.svg"));
 }

@@ -1,17 +1,12 @@
 #include "desk/link/folder_content.h"
 
-#include <gmock/gmock.h>
-
-#include <fstream>
-
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 TEST(FolderContent, is_listed_and_removed_without_following_links) {
   std::string error;

@@ -1,16 +1,11 @@
 #include "desk/ops/frame_codec.h"
 
-#include <gmock/gmock.h>
-
 #include "desk/ops/operation_server.h"
 #include "memory_stream.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 std::vector<SlotValue> read_ok(const char* name, std::vector<std::byte> bytes) {
   MemoryStream stream(std::move(bytes));
@@ -64,31 +59,26 @@ struct HostileFrame {
   const char* reason;
 };
 
-class HostileFrames : public testing::TestWithParam<HostileFrame> {};
+const HostileFrame cases[] = {
+    {"negative_count", "kvD_Id", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0xff, 0xff, 0xff, 0xff}), "a length of -1"},
+    {"huge_count", "kvD_Id", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0x7f, 0xff, 0xff, 0xff}), "a length of 2147483647"},
+    {"count_beyond_the_stream", "kvD_XYZ", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0x05, 0, 0, 0, 0, 0, 0, 1}), "broke off"},
+    {"huge_capacity", "kvD_MOD_AtomList", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0x7f, 0, 0, 0}),
+     "a length of"},
+    {"text_without_length", "kvU_MSG_ArgS", bytes_of({0, 0, 0, 2, 0, 0, 0, 1, 0, 0}), "broke off"},
+    {"negative_text", "kvU_MSG_ArgS", bytes_of({0, 0, 0, 2, 0, 0, 0, 1, 0x80, 0, 'a'}), "broke off"},
+    {"wrong_first_word", "kvD_Root", bytes_of({0, 0, 0, 3, 0, 0, 0, 5}), "begins with 3"},
+    {"word_of_another_family", "kvD_Root", bytes_of({0, 0, 0, 2, 0, 0, 0, 1}), "instead of 2 and 5"},
+    {"no_words", "kvD_Root", bytes_of({0, 0, 0, 2}), "broke off"}};
 
-TEST_P(HostileFrames, are_refused_with_a_reason) {
-  MemoryStream stream(GetParam().bytes);
-  std::vector<SlotValue> inputs;
-  EXPECT_THAT(read_call(stream, *find_operation(GetParam().operation), inputs), HasSubstr(GetParam().reason));
+TEST(HostileFrames, are_refused_with_a_reason) {
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.rule);
+    MemoryStream stream(row.bytes);
+    std::vector<SlotValue> inputs;
+    EXPECT_THAT(read_call(stream, *find_operation(row.operation), inputs), HasSubstr(row.reason));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    frames, HostileFrames,
-    testing::Values(
-        HostileFrame{"negative_count", "kvD_Id", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0xff, 0xff, 0xff, 0xff}),
-                     "a length of -1"},
-        HostileFrame{"huge_count", "kvD_Id", bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0x7f, 0xff, 0xff, 0xff}),
-                     "a length of 2147483647"},
-        HostileFrame{"count_beyond_the_stream", "kvD_XYZ",
-                     bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0x05, 0, 0, 0, 0, 0, 0, 1}), "broke off"},
-        HostileFrame{"huge_capacity", "kvD_MOD_AtomList",
-                     bytes_of({0, 0, 0, 2, 0, 0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0x7f, 0, 0, 0}), "a length of"},
-        HostileFrame{"text_without_length", "kvU_MSG_ArgS", bytes_of({0, 0, 0, 2, 0, 0, 0, 1, 0, 0}), "broke off"},
-        HostileFrame{"negative_text", "kvU_MSG_ArgS", bytes_of({0, 0, 0, 2, 0, 0, 0, 1, 0x80, 0, 'a'}), "broke off"},
-        HostileFrame{"wrong_first_word", "kvD_Root", bytes_of({0, 0, 0, 3, 0, 0, 0, 5}), "begins with 3"},
-        HostileFrame{"word_of_another_family", "kvD_Root", bytes_of({0, 0, 0, 2, 0, 0, 0, 1}), "instead of 2 and 5"},
-        HostileFrame{"no_words", "kvD_Root", bytes_of({0, 0, 0, 2}), "broke off"}),
-    [](const auto& test) { return std::string(test.param.rule); });
 
 TEST(FrameCodec, pads_an_output_array_to_the_capacity_before_its_count) {
   const OperationCall call{*find_operation("kvD_MOD_AtomList"), {7, 1, 3}};

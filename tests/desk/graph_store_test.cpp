@@ -1,14 +1,10 @@
 #include "desk/graphs/graph_store.h"
 
-#include <gmock/gmock.h>
-
 #include "desk/graphs/plot_operations.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::int32_t viewer = 100, graph = 101, data_set = 102;
 

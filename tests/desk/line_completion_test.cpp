@@ -1,18 +1,10 @@
 #include "desk/cli/line_completion.h"
 
-#include <gmock/gmock.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 Completer offering(std::vector<std::string> candidates) {
   return [=](const auto&, auto) { return Completion{.candidates = candidates, .files = false}; };

@@ -1,21 +1,14 @@
 #include "desk/cli/manual_page.h"
 
-#include <gmock/gmock.h>
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
-#include <fstream>
 
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::UnorderedElementsAre;
 
 /// A program with a subcommand of each kind of place.
 class SmallProgram {

@@ -1,18 +1,12 @@
 #include "desk/model/marked_measure.h"
 
-#include <gmock/gmock.h>
-
-#include <sstream>
-
 #include "desk/model/data_model.h"
 #include "desk/model/model_export.h"
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 std::vector<std::string> words_of(const std::string& text) {
   std::istringstream stream(text);

@@ -1,19 +1,11 @@
-#include <gmock/gmock.h>
-
-#include <filesystem>
-#include <fstream>
-#include <limits>
 #include <regex>
-#include <set>
 
 #include "desk/messages/message.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 namespace fs = std::filesystem;
 
 std::vector<MessageArgument> samples(std::string_view types) {

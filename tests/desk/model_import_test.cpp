@@ -1,19 +1,12 @@
 #include "desk/model/model_import.h"
 
-#include <gmock/gmock.h>
-
 #include "desk/model/model_export.h"
 #include "small_models.h"
 #include "support/parallel.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::SizeIs;
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
   const auto at = text.find(from);
@@ -81,80 +74,68 @@ struct FaultCase {
   const char* attribute;
   const char* text;
 };
-void PrintTo(const FaultCase& fault, std::ostream* out) { *out << fault.to; }
-
-class ModelFault : public testing::TestWithParam<FaultCase> {};
-
-TEST_P(ModelFault, names_file_line_and_attribute_and_gives_no_model) {
-  const auto& fault = GetParam();
-  // A good model in front must not come in either.
-  const std::string good =
-      "(1 Model g\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 0))\n)\n";
-  const auto result = imported(good + replaced(water_pair, fault.from, fault.to));
-  EXPECT_THAT(result.models, IsEmpty());
-  EXPECT_THAT(result.problem, HasSubstr("model.qfx, line " + std::to_string(fault.line + 6) + ":"));
-  EXPECT_THAT(result.problem, HasSubstr(fault.attribute));
-  EXPECT_THAT(result.problem, HasSubstr(fault.text));
-}
-
 #define INVERTED " (A D Rotation (1 0 0 0 1 0 0 0 1 -1 0 0 0 -1 0 0 0 -1))\n (A D Translation (0 0 0 0 0 0))\n"
 
-INSTANTIATE_TEST_SUITE_P(
-    files, ModelFault,
-    testing::Values(
-        FaultCase{" (A I PeriodicType 100)\n", "", 1, "PeriodicType", "missing"},
-        FaultCase{"PeriodicType 100", "PeriodicType 103", 2, "PeriodicType", "103"},
-        FaultCase{"PeriodicType 100", "PeriodicType (0 0)", 2, "PeriodicType", "2 values"},
-        FaultCase{" (A V Cell ((10 0 0) (0 10 0) (0 0 10)))\n", "", 1, "Cell", "missing"},
-        FaultCase{"Cell ((10 0 0) (0 10 0) (0 0 10))", "Cell ((10 0 0) (0 10 0))", 3, "Cell", "2 vectors"},
-        FaultCase{"(0 0 10)))", "(0 20 0)))", 3, "Cell", "spans no space"},
-        FaultCase{" (A I AtomId (11 12 13 21 22 23))\n", "", 1, "AtomId", "missing"},
-        FaultCase{"21 22 23", "21 22 12", 4, "AtomId", "identifier 12 more than once"},
-        FaultCase{"21 22 23", "21 22 -3", 4, "AtomId", "-3"},
-        FaultCase{"21 22 23", "21 22 99999999999", 4, "AtomId", "integers"},
-        FaultCase{"(A I AtomId", "(A D AtomId", 4, "AtomId", "another type"},
-        FaultCase{"(O1 H1 H2 O2 H3 H4)", "(O1 H1 H2)", 5, "Name", "3 values, but the model has 6"},
-        FaultCase{"(O H H O H H)", "(O H H O H Hx)", 6, "Element", "Hx for atom 6"},
-        FaultCase{"-0.8 0.4 0.4 -0.8 0.4 0.4", "-0.8 0.4 0.4 -0.8 0.4 0.4 0", 8, "Charge", "7 values"},
-        FaultCase{"-0.8 0.4 0.4 -0.8 0.4 0.4", "nan 0.4 0.4 -0.8 0.4 0.4", 8, "Charge", "not finite"},
-        FaultCase{"(A D Mass (16", "(A D Mass (-16", 9, "Mass", "negative"},
-        FaultCase{"(1 3 9.5)))", "(1 3)))", 11, "XYZ", "three numbers"},
-        FaultCase{"(1 2 9.5) ", "", 11, "XYZ", "5 values"},
-        FaultCase{" (A I Movable", " (A I AtomId (1 2 3 4 5 6))\n (A I Movable", 12, "AtomId", "line 10"},
-        FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 4)", 13, "Bond", "partner"},
-        FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 4 7)", 13, "Bond", "position 7"},
-        FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 0 6)", 13, "Bond", "position 0"},
-        FaultCase{"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 6 6)", 13, "Bond", "with itself"},
-        FaultCase{" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0 1))\n (A I ResidueId", 1, "Translation",
-                  "0 values"},
-        FaultCase{" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0))\n (A I ResidueId", 15, "Rotation", "nine"},
-        FaultCase{" (A I ResidueId",
-                  " (A D Rotation (-1 0 0 0 1 0 0 0 1))\n (A D Translation (0 0 0))\n (A I ResidueId", 15, "Rotation",
-                  "identity"},
-        FaultCase{" (A I ResidueId", " (A I BondCell (0 0 0))\n (A I ResidueId", 15, "BondCell",
-                  "3 values for 4 bonds"},
-        FaultCase{" (A I ResidueId", " (A I ImageOf 1)\n (A I ResidueId", 15, "ImageOf", "with symmetry"},
-        FaultCase{" (A I ResidueId", INVERTED " (A I ImageOf (1 1 1 1 1 1))\n (A I ResidueId", 17, "ImageOf",
-                  "more images"},
-        FaultCase{" (A I ResidueId", INVERTED " (A I ImageOf (1 2))\n (A I ImageOperator 2)\n (A I ResidueId", 18,
-                  "ImageOperator", "1 values for 2 images"},
-        FaultCase{" (A I ResidueId",
-                  INVERTED " (A I ImageOf 1)\n (A I ImageOperator 2)\n (A I ImageCell (0 0))\n (A I ResidueId", 19,
-                  "ImageCell", "2 values for 1 images"},
-        FaultCase{" (A I ResidueId",
-                  INVERTED " (A I ImageOf 6)\n (A I ImageOperator 2)\n (A I ImageCell (0 0 0))\n (A I ResidueId", 17,
-                  "ImageOf", "position 6"},
-        FaultCase{" (A I ResidueId",
-                  INVERTED " (A I ImageOf 1)\n (A I ImageOperator 3)\n (A I ImageCell (0 0 0))\n (A I ResidueId", 18,
-                  "ImageOperator", "number 3"},
-        FaultCase{"(A I Type 60)", "(A I Type 62)", 17, "Type", "62"},
-        FaultCase{"  (A I Type 60)\n", "", 16, "Type", "missing"},
-        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 4 2))", 18, "Atoms", "3 positions instead of 2"},
-        FaultCase{"(A I Atoms (1 4))", "(A I Atoms (1 40))", 18, "Atoms", "position 40"},
-        FaultCase{"(A I Convention 4)", "(A I Convention 3)", 35, "Convention", "3 instead of 1, 2 or 4"},
-        FaultCase{"  (A I Convention 4)\n", "", 32, "Convention", "0 instead of 1, 2 or 4"},
-        FaultCase{" (A C Name", " A C Name", 5, "", "neither an object nor an attribute"},
-        FaultCase{"  (A I Convention 4)\n )\n)\n", "  (A I Convention 4)\n )\n", 37, "", "ends inside an object"}));
+const FaultCase cases[] = {
+    {" (A I PeriodicType 100)\n", "", 1, "PeriodicType", "missing"},
+    {"PeriodicType 100", "PeriodicType 103", 2, "PeriodicType", "103"},
+    {"PeriodicType 100", "PeriodicType (0 0)", 2, "PeriodicType", "2 values"},
+    {" (A V Cell ((10 0 0) (0 10 0) (0 0 10)))\n", "", 1, "Cell", "missing"},
+    {"Cell ((10 0 0) (0 10 0) (0 0 10))", "Cell ((10 0 0) (0 10 0))", 3, "Cell", "2 vectors"},
+    {"(0 0 10)))", "(0 20 0)))", 3, "Cell", "spans no space"},
+    {" (A I AtomId (11 12 13 21 22 23))\n", "", 1, "AtomId", "missing"},
+    {"21 22 23", "21 22 12", 4, "AtomId", "identifier 12 more than once"},
+    {"21 22 23", "21 22 -3", 4, "AtomId", "-3"},
+    {"21 22 23", "21 22 99999999999", 4, "AtomId", "integers"},
+    {"(A I AtomId", "(A D AtomId", 4, "AtomId", "another type"},
+    {"(O1 H1 H2 O2 H3 H4)", "(O1 H1 H2)", 5, "Name", "3 values, but the model has 6"},
+    {"(O H H O H H)", "(O H H O H Hx)", 6, "Element", "Hx for atom 6"},
+    {"-0.8 0.4 0.4 -0.8 0.4 0.4", "-0.8 0.4 0.4 -0.8 0.4 0.4 0", 8, "Charge", "7 values"},
+    {"-0.8 0.4 0.4 -0.8 0.4 0.4", "nan 0.4 0.4 -0.8 0.4 0.4", 8, "Charge", "not finite"},
+    {"(A D Mass (16", "(A D Mass (-16", 9, "Mass", "negative"},
+    {"(1 3 9.5)))", "(1 3)))", 11, "XYZ", "three numbers"},
+    {"(1 2 9.5) ", "", 11, "XYZ", "5 values"},
+    {" (A I Movable", " (A I AtomId (1 2 3 4 5 6))\n (A I Movable", 12, "AtomId", "line 10"},
+    {"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 4)", 13, "Bond", "partner"},
+    {"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 4 7)", 13, "Bond", "position 7"},
+    {"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 0 6)", 13, "Bond", "position 0"},
+    {"(1 2 1 3 4 5 4 6)", "(1 2 1 3 4 5 6 6)", 13, "Bond", "with itself"},
+    {" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0 1))\n (A I ResidueId", 1, "Translation", "0 values"},
+    {" (A I ResidueId", " (A D Rotation (1 0 0 0 1 0 0 0))\n (A I ResidueId", 15, "Rotation", "nine"},
+    {" (A I ResidueId", " (A D Rotation (-1 0 0 0 1 0 0 0 1))\n (A D Translation (0 0 0))\n (A I ResidueId", 15,
+     "Rotation", "identity"},
+    {" (A I ResidueId", " (A I BondCell (0 0 0))\n (A I ResidueId", 15, "BondCell", "3 values for 4 bonds"},
+    {" (A I ResidueId", " (A I ImageOf 1)\n (A I ResidueId", 15, "ImageOf", "with symmetry"},
+    {" (A I ResidueId", INVERTED " (A I ImageOf (1 1 1 1 1 1))\n (A I ResidueId", 17, "ImageOf", "more images"},
+    {" (A I ResidueId", INVERTED " (A I ImageOf (1 2))\n (A I ImageOperator 2)\n (A I ResidueId", 18, "ImageOperator",
+     "1 values for 2 images"},
+    {" (A I ResidueId", INVERTED " (A I ImageOf 1)\n (A I ImageOperator 2)\n (A I ImageCell (0 0))\n (A I ResidueId",
+     19, "ImageCell", "2 values for 1 images"},
+    {" (A I ResidueId", INVERTED " (A I ImageOf 6)\n (A I ImageOperator 2)\n (A I ImageCell (0 0 0))\n (A I ResidueId",
+     17, "ImageOf", "position 6"},
+    {" (A I ResidueId", INVERTED " (A I ImageOf 1)\n (A I ImageOperator 3)\n (A I ImageCell (0 0 0))\n (A I ResidueId",
+     18, "ImageOperator", "number 3"},
+    {"(A I Type 60)", "(A I Type 62)", 17, "Type", "62"},
+    {"  (A I Type 60)\n", "", 16, "Type", "missing"},
+    {"(A I Atoms (1 4))", "(A I Atoms (1 4 2))", 18, "Atoms", "3 positions instead of 2"},
+    {"(A I Atoms (1 4))", "(A I Atoms (1 40))", 18, "Atoms", "position 40"},
+    {"(A I Convention 4)", "(A I Convention 3)", 35, "Convention", "3 instead of 1, 2 or 4"},
+    {"  (A I Convention 4)\n", "", 32, "Convention", "0 instead of 1, 2 or 4"},
+    {" (A C Name", " A C Name", 5, "", "neither an object nor an attribute"},
+    {"  (A I Convention 4)\n )\n)\n", "  (A I Convention 4)\n )\n", 37, "", "ends inside an object"}};
+
+TEST(ModelFault, names_file_line_and_attribute_and_gives_no_model) {
+  for (const auto& fault : cases) {
+    SCOPED_TRACE(fault.to);
+    // A good model in front must not come in either.
+    const std::string good =
+        "(1 Model g\n (A I PeriodicType 0)\n (A I AtomId 1)\n (A C Element He)\n (A V XYZ (0 0 0))\n)\n";
+    const auto result = imported(good + replaced(water_pair, fault.from, fault.to));
+    EXPECT_THAT(result.models, IsEmpty());
+    EXPECT_THAT(result.problem, AllOf(HasSubstr("model.qfx, line " + std::to_string(fault.line + 6) + ":"),
+                                      HasSubstr(fault.attribute), HasSubstr(fault.text)));
+  }
+}
 
 TEST(ModelImport, tells_a_missing_file_and_one_without_a_model) {
   EXPECT_THAT(read_model_file("/nowhere/x.qfx").problem, HasSubstr("/nowhere/x.qfx can't be opened"));

@@ -1,21 +1,13 @@
 #include "desk/ops/model_operations.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <numbers>
-#include <set>
-
 #include "desk/ops/frame_codec.h"
 #include "desk/selection/selection.h"
 #include "memory_stream.h"
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 using Ints = std::vector<std::int32_t>;
 using Doubles = std::vector<double>;
@@ -65,7 +57,7 @@ class ModelOperations : public testing::Test {
   static void expect_equal(const char* name, const SlotValue& value, const SlotValue& expected) {
     if (const auto* doubles = std::get_if<Doubles>(&expected)) {
       ASSERT_TRUE(std::holds_alternative<Doubles>(value)) << name;
-      EXPECT_THAT(std::get<Doubles>(value), testing::Pointwise(testing::DoubleNear(1e-9), *doubles)) << name;
+      EXPECT_THAT(std::get<Doubles>(value), Pointwise(DoubleNear(1e-9), *doubles)) << name;
     } else {
       EXPECT_EQ(value, expected) << name;
     }

@@ -1,14 +1,10 @@
 #include "desk/report/model_text.h"
 
-#include <gmock/gmock.h>
-
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::Not;
 
 /// Atoms of carbon on the x axis, one at each of these places.
 MolecularModel carbons(const std::vector<double>& places, const std::vector<double>& masses) {

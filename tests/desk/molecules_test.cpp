@@ -1,15 +1,9 @@
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <random>
-
 #include "desk/model/connectivity.h"
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr Cell cube(double edge) { return {{{edge, 0, 0}, {0, edge, 0}, {0, 0, edge}}}; }
 

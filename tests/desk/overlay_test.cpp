@@ -1,17 +1,10 @@
 #include "desk/graphs/overlay.h"
 
-#include <gmock/gmock.h>
-
 #include "desk/graphs/figure.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 using Names = std::vector<std::string>;
 

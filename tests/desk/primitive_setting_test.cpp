@@ -1,15 +1,9 @@
 #include "desk/model/primitive_setting.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <set>
-
 #include "desk/model/group_library.h"
 #include "structure/crystal_vectors.h"
 #include "structure/lattice_types.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

@@ -1,13 +1,9 @@
-#include <gmock/gmock.h>
-
 #include "desk/report/html_report.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 TEST(HtmlReport, shows_every_command_with_its_status_and_messages_and_escapes_their_texts) {
   RunRecord record;
@@ -17,12 +13,9 @@ TEST(HtmlReport, shows_every_command_with_its_status_and_messages_and_escapes_th
   record.note(message_of(2, "PATHSTAT_ERROR_72", {}));
   record.note(PrintedLine{"x < y\x1b[1m\xc2\x9b"});
   const auto page = html_report({record, {}, {}, {}, false});
-  EXPECT_THAT(page, HasSubstr("a&lt;b&gt;.script"));
-  EXPECT_THAT(page, HasSubstr("RDF &amp; more"));
-  EXPECT_THAT(page, HasSubstr("status 1"));
-  EXPECT_THAT(page, HasSubstr("2.5 s"));
-  EXPECT_THAT(page, HasSubstr("No atoms are selected."));
-  EXPECT_THAT(page, HasSubstr("<pre>x &lt; y\\x1b[1m\\xc2\\x9b\n</pre>"));
+  EXPECT_THAT(page, AllOf(HasSubstr("a&lt;b&gt;.script"), HasSubstr("RDF &amp; more"), HasSubstr("status 1"),
+                          HasSubstr("2.5 s"), HasSubstr("No atoms are selected."),
+                          HasSubstr("<pre>x &lt; y\\x1b[1m\\xc2\\x9b\n</pre>")));
 }
 
 TEST(HtmlReport, does_not_grow_with_lines_of_which_there_is_nothing_to_tell) {
@@ -36,10 +29,9 @@ TEST(HtmlReport, does_not_grow_with_lines_of_which_there_is_nothing_to_tell) {
   // 20 of each row, the second and the third row longer than that.
   EXPECT_EQ(record.steps.size(), 20u + 1 + 20 + 1 + 20);
   const auto page = html_report({record, {}, {}, {}, false});
-  EXPECT_THAT(page, HasSubstr("100000 lines"));
-  EXPECT_THAT(page, HasSubstr("and 29 more lines, to line 49,"));
-  EXPECT_THAT(page, HasSubstr("and 28 more lines, to line 98,"));
-  EXPECT_THAT(page, HasSubstr("and 99881 more lines, to line 100000,"));
+  EXPECT_THAT(page,
+              AllOf(HasSubstr("100000 lines"), HasSubstr("and 29 more lines, to line 49,"),
+                    HasSubstr("and 28 more lines, to line 98,"), HasSubstr("and 99881 more lines, to line 100000,")));
 }
 
 TEST(HtmlReport, needs_nothing_from_elsewhere) {
@@ -71,8 +63,8 @@ TEST(HtmlReport, tells_the_marked_points_of_a_graph) {
 
 TEST(HtmlTable, makes_rows_of_tab_separated_lines_and_shortens_long_numbers) {
   const auto table = html_table("Time\tEnergy\n   0.020000000000000\t -515.8632900000000\n");
-  EXPECT_THAT(table, HasSubstr("<tr><th>Time</th><th>Energy</th></tr>"));
-  EXPECT_THAT(table, HasSubstr("<tr><td>0.02</td><td>-515.8633</td></tr>"));
+  EXPECT_THAT(table, AllOf(HasSubstr("<tr><th>Time</th><th>Energy</th></tr>"),
+                           HasSubstr("<tr><td>0.02</td><td>-515.8633</td></tr>")));
   EXPECT_THAT(html_table("no table here\n"), IsEmpty());
   std::string tall = "a\tb\n";
   for (int k = 0; k < 250; ++k) tall += "1\t2\n";

@@ -1,21 +1,17 @@
 #include "desk/report/result_folder.h"
 
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include <csignal>
-#include <fstream>
-#include <iterator>
 
 #include "desk/link/work_directory.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 class Results : public testing::Test {
  protected:
@@ -58,15 +54,11 @@ TEST_F(Results, of_which_one_does_not_fit_leave_what_was_there_and_tell_the_reas
   results_.write("a", "old");
   const std::string large(10000, 'x');
   std::ofstream(at("source")) << large;
-  rlimit before{};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  const rlimit small{4096, before.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_FALSE(results_.write("a", large));
-  for (const auto* name : {"b", "c", "d"}) EXPECT_FALSE(results_.copy(at("source"), name));
-  ::setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, handler);
+  {
+    const FileSizeLimit limit(4096);
+    EXPECT_FALSE(results_.write("a", large));
+    for (const auto* name : {"b", "c", "d"}) EXPECT_FALSE(results_.copy(at("source"), name));
+  }
   const auto problem = "cannot write " + at("a").string() + ", " + at("b").string() + ", " + at("c").string() +
                        " and 1 more: File too large";
   EXPECT_THAT(results_.take_problems(), ElementsAre(problem));
@@ -81,8 +73,8 @@ TEST_F(Results, that_cannot_be_made_are_told_with_their_reason) {
   EXPECT_FALSE(results_.write("none/x", "x"));
   EXPECT_FALSE(results_.copy(at("missing"), "y"));
   const auto problems = results_.take_problems();
-  EXPECT_THAT(problems, testing::Contains(HasSubstr("folder: Is a directory")));
-  EXPECT_THAT(problems, testing::Contains(HasSubstr("y: " + at("missing").string() + ": No such file")));
+  EXPECT_THAT(problems, AllOf(Contains(HasSubstr("folder: Is a directory")),
+                              Contains(HasSubstr("y: " + at("missing").string() + ": No such file"))));
   EXPECT_THAT(names(), ElementsAre("folder"));
 }
 

@@ -1,17 +1,10 @@
 #include "desk/report/run_output.h"
 
-#include <gmock/gmock.h>
-
-#include <fstream>
-#include <iterator>
-
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(RunOutput, writes_a_graph_again_only_when_it_has_changed) {
   std::string error;

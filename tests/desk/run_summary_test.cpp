@@ -1,18 +1,14 @@
 #include "desk/summary/run_summary.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "desk/report/html_report.h"
 #include "desk/summary/neighbour_density.h"
 #include "support/record_file.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
 
 struct ErrorCase {
   std::optional<double> value, error;
@@ -93,7 +89,7 @@ TEST_F(RunSummary, tells_means_fits_pairs_and_spectra_and_nothing_of_other_graph
   EXPECT_DOUBLE_EQ(value(fits[0], "R²").value.value(), 1);
   EXPECT_EQ(fits[0].hint, "the error is rough: the run is 3.3 times as long as the window reaches");
   EXPECT_DOUBLE_EQ(value(fits[1], "diffusion coefficient").value.value(), 3);
-  EXPECT_THAT(fits[1].name, testing::StartsWith("Dxx"));
+  EXPECT_THAT(fits[1].name, StartsWith("Dxx"));
 
   const auto& pairs = tables[2].items[0];
   EXPECT_EQ(pairs.name, "g(r) of O and H");
@@ -139,8 +135,7 @@ TEST_F(RunSummary, is_the_same_as_table_and_as_objects) {
   EXPECT_EQ(json["series"][0]["mean"]["value"], 1);
   EXPECT_TRUE(json["series"][0]["mean"]["error"].is_null());
   const auto page = html_report({RunRecord{}, {}, {}, {}, false, tables});
-  EXPECT_THAT(page, HasSubstr("What the run says"));
-  EXPECT_THAT(page, HasSubstr("<td>1 K</td>"));
+  EXPECT_THAT(page, AllOf(HasSubstr("What the run says"), HasSubstr("<td>1 K</td>")));
 }
 
 TEST_F(RunSummary, of_a_run_without_numbers_is_empty) {

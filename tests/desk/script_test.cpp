@@ -1,18 +1,13 @@
 #include "desk/script/script.h"
 
-#include <gmock/gmock.h>
-
 #include <tuple>
 
 #include "desk/script/answer_text.h"
 #include "desk/script/console.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 struct LineCase {
   const char* text;
@@ -23,36 +18,29 @@ struct LineCase {
 };
 
 TEST(Script, reads_each_kind_of_line) {
-  for (const auto& [text, kind, word, arguments, words] :
-       {LineCase{"PROFILE", LineKind::command, "PROFILE", "", {}},
-        LineCase{"  TRAJECTORY\t argon.trj \r", LineKind::command, "TRAJECTORY", "argon.trj", {}},
-        LineCase{"SELECT_PROPERTIES \"Total Energy\" # both",
-                 LineKind::command,
-                 "SELECT_PROPERTIES",
-                 "\"Total Energy\"",
-                 {}},
-        LineCase{"RDF_TYPE \"# no comment\" C#1", LineKind::command, "RDF_TYPE", "\"# no comment\" C#1", {}},
-        LineCase{"@import w 'my run.gro' a.xtc --step 2",
-                 LineKind::import,
-                 "",
-                 "",
-                 {"w", "my run.gro", "a.xtc", "--step", "2"}},
-        LineCase{"@select atoms element O H", LineKind::select_atoms, "", "", {"element", "O", "H"}},
-        LineCase{"@select atoms ids 1,2-5", LineKind::select_atoms, "", "", {"ids", "1,2-5"}},
-        LineCase{"@group water = (element 'O') # all", LineKind::group, "", "", {"water", "=", "(element", "O", ")"}},
-        LineCase{"@select  models 'my model'", LineKind::select_models, "", "", {"my model"}},
-        LineCase{"@answer PATHSTAT_DLG_1 2", LineKind::answer, "", "", {"PATHSTAT_DLG_1", "2"}},
-        LineCase{"@request RDF_TYPE RDF_CUTOFF", LineKind::request, "", "", {"RDF_TYPE", "RDF_CUTOFF"}},
-        LineCase{"@show model", LineKind::show_model, "", "", {}},
-        LineCase{"@step forwards 12", LineKind::step, "", "", {"forwards", "12"}},
-        LineCase{"@step backwards", LineKind::step, "", "", {"backwards"}},
-        LineCase{"@pick \"Profile of Pressure\" 0.5", LineKind::pick, "", "", {"Profile of Pressure", "0.5"}},
-        LineCase{"@pick Profile -1e2 3", LineKind::pick, "", "", {"Profile", "-1e2", "3"}},
-        LineCase{"@overlay Both 'Profile of A' B", LineKind::overlay, "", "", {"Both", "Profile of A", "B"}},
-        LineCase{"@measure angle C1:1 3 4-a", LineKind::measure, "", "", {"angle", "C1:1", "3", "4-a"}},
-        LineCase{"@measure list", LineKind::list_measures, "", "", {}},
-        LineCase{"@measure remove 12", LineKind::remove_measures, "", "", {"12"}},
-        LineCase{"@stop-on-error no", LineKind::stop_on_error, "", "", {"no"}}}) {
+  const LineCase cases[] = {
+      {"PROFILE", LineKind::command, "PROFILE", "", {}},
+      {"  TRAJECTORY\t argon.trj \r", LineKind::command, "TRAJECTORY", "argon.trj", {}},
+      {"SELECT_PROPERTIES \"Total Energy\" # both", LineKind::command, "SELECT_PROPERTIES", "\"Total Energy\"", {}},
+      {"RDF_TYPE \"# no comment\" C#1", LineKind::command, "RDF_TYPE", "\"# no comment\" C#1", {}},
+      {"@import w 'my run.gro' a.xtc --step 2", LineKind::import, "", "", {"w", "my run.gro", "a.xtc", "--step", "2"}},
+      {"@select atoms element O H", LineKind::select_atoms, "", "", {"element", "O", "H"}},
+      {"@select atoms ids 1,2-5", LineKind::select_atoms, "", "", {"ids", "1,2-5"}},
+      {"@group water = (element 'O') # all", LineKind::group, "", "", {"water", "=", "(element", "O", ")"}},
+      {"@select  models 'my model'", LineKind::select_models, "", "", {"my model"}},
+      {"@answer PATHSTAT_DLG_1 2", LineKind::answer, "", "", {"PATHSTAT_DLG_1", "2"}},
+      {"@request RDF_TYPE RDF_CUTOFF", LineKind::request, "", "", {"RDF_TYPE", "RDF_CUTOFF"}},
+      {"@show model", LineKind::show_model, "", "", {}},
+      {"@step forwards 12", LineKind::step, "", "", {"forwards", "12"}},
+      {"@step backwards", LineKind::step, "", "", {"backwards"}},
+      {"@pick \"Profile of Pressure\" 0.5", LineKind::pick, "", "", {"Profile of Pressure", "0.5"}},
+      {"@pick Profile -1e2 3", LineKind::pick, "", "", {"Profile", "-1e2", "3"}},
+      {"@overlay Both 'Profile of A' B", LineKind::overlay, "", "", {"Both", "Profile of A", "B"}},
+      {"@measure angle C1:1 3 4-a", LineKind::measure, "", "", {"angle", "C1:1", "3", "4-a"}},
+      {"@measure list", LineKind::list_measures, "", "", {}},
+      {"@measure remove 12", LineKind::remove_measures, "", "", {"12"}},
+      {"@stop-on-error no", LineKind::stop_on_error, "", "", {"no"}}};
+  for (const auto& [text, kind, word, arguments, words] : cases) {
     const auto script = read_script(text);
     EXPECT_THAT(script.problems, IsEmpty()) << text;
     ASSERT_EQ(script.lines.size(), 1u) << text;

@@ -1,27 +1,15 @@
 #include "desk/selection/selection.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
 #include <tuple>
 
 #include "desk/script/script.h"
 #include "desk/selection/near_atoms.h"
 #include "desk/selection/selection_words.h"
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 /// The pair of water molecules, as two models: the second model of another name.
 class TwoPairs {

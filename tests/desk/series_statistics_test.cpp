@@ -1,12 +1,6 @@
 #include "desk/summary/series_statistics.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
+#include "testing.h"
 
 namespace {
 

@@ -1,13 +1,12 @@
 #include "desk/link/session_stream.h"
 
-#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <numeric>
 #include <thread>
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -107,9 +106,9 @@ TEST_F(SessionStreams, tell_of_a_silent_other_side_and_give_it_up) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(silence.wait(stream));
     EXPECT_GE(std::chrono::steady_clock::now() - start, 400ms);
-    ASSERT_THAT(told, testing::SizeIs(1));
-    EXPECT_THAT(told[0], testing::HasSubstr(silence.told));
-    EXPECT_THAT(stream.problem(), testing::StartsWith(silence.problem));
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_THAT(told[0], HasSubstr(silence.told));
+    EXPECT_THAT(stream.problem(), StartsWith(silence.problem));
   }
 }
 

@@ -1,11 +1,7 @@
 #include "desk/model/surface.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <numbers>
-
 #include "desk/graphs/surface_picture.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -50,7 +46,7 @@ TEST(Surfaces, are_measured_by_their_triangles) {
   EXPECT_EQ(measures_of(open).volume, 0);
   EXPECT_EQ(in_words(open), "3 triangles, area 1.5 Å², open where the grid ends, Euler characteristic 1.");
   open.triangles.resize(1);
-  EXPECT_THAT(in_words(open), testing::StartsWith("1 triangle, "));
+  EXPECT_THAT(in_words(open), StartsWith("1 triangle, "));
   EXPECT_EQ(measures_of(Surface{}).area, 0);
 }
 
@@ -61,8 +57,8 @@ TEST(Surfaces, are_written_for_other_programs) {
             "element face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1.5 0 0\n0 -2 0\n3 0 1 2\n");
   EXPECT_EQ(surface_as_obj(one), "v 0 0 0\nv 1.5 0 0\nv 0 -2 0\nf 1 2 3\n");
   one.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
-  EXPECT_THAT(surface_as_ply(one), testing::HasSubstr("property float nz\nelement face 1\n"));
-  EXPECT_THAT(surface_as_ply(one), testing::HasSubstr("\n1.5 0 0 0 0 1\n"));
+  EXPECT_THAT(surface_as_ply(one),
+              AllOf(HasSubstr("property float nz\nelement face 1\n"), HasSubstr("\n1.5 0 0 0 0 1\n")));
   EXPECT_EQ(surface_as_obj(one), "v 0 0 0\nv 1.5 0 0\nv 0 -2 0\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\nf 1//1 2//2 3//3\n");
 }
 

@@ -1,15 +1,10 @@
 #include "desk/model/symmetry.h"
 
-#include <gmock/gmock.h>
-
 #include "small_models.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 constexpr Matrix3 inversion{-1, 0, 0, 0, -1, 0, 0, 0, -1};
 constexpr Matrix3 turn_x{1, 0, 0, 0, -1, 0, 0, 0, -1};
@@ -85,33 +80,31 @@ struct GroupCase {
   SymmetryOperators operators;
   std::int32_t lattice, centring;
 };
-void PrintTo(const GroupCase& c, std::ostream* out) { *out << c.name; }
-
-class GroupOfOperators : public testing::TestWithParam<GroupCase> {};
-
-TEST_P(GroupOfOperators, tells_lattice_and_centring) {
-  const auto found = group_of_operators("g", GetParam().operators);
-  EXPECT_EQ(found.lattice_type, GetParam().lattice);
-  EXPECT_EQ(found.centring_type, GetParam().centring);
-}
-
 const Vector3 zero{}, half{0.5, 0.5, 0.5};
 
-INSTANTIATE_TEST_SUITE_P(
-    lattices, GroupOfOperators,
-    testing::Values(
-        GroupCase{"triclinic", group({inversion}, {zero}), 0, 0}, GroupCase{"unique a", group({turn_x}, {half}), 1, 0},
-        GroupCase{"unique b with a mirror, C", group({mirror_y, identity_rotation}, {zero, {0.5, 0.5, 0}}), 2, 5},
-        GroupCase{"unique c, A", group({turn_z, identity_rotation}, {zero, {0, 0.5, 0.5}}), 3, 3},
-        GroupCase{"orthorhombic F",
-                  group({turn_x, turn_y, turn_z, identity_rotation, identity_rotation, identity_rotation},
-                        {zero, zero, zero, {0, 0.5, 0.5}, {0.5, 0, 0.5}, {0.5, 0.5, 1}}),
-                  4, 2},
-        GroupCase{"tetragonal I", group({quarter_z, turn_z, identity_rotation}, {zero, zero, half}), 7, 1},
-        GroupCase{"hexagonal axes, R", group({third_c, identity_rotation}, {zero, {2. / 3, 1. / 3, 1. / 3}}), 5, 6},
-        GroupCase{"rhombohedral axes", group({third_111}, {zero}), 6, 0},
-        GroupCase{"hexagonal", group({sixth_c, third_c}, {zero, zero}), 8, 0},
-        GroupCase{"cubic", group({third_111, third_other, {0, 0, 1, 1, 0, 0, 0, 1, 0}}, {zero, zero, zero}), 9, 0}));
+const GroupCase cases[] = {
+    {"triclinic", group({inversion}, {zero}), 0, 0},
+    {"unique a", group({turn_x}, {half}), 1, 0},
+    {"unique b with a mirror, C", group({mirror_y, identity_rotation}, {zero, {0.5, 0.5, 0}}), 2, 5},
+    {"unique c, A", group({turn_z, identity_rotation}, {zero, {0, 0.5, 0.5}}), 3, 3},
+    {"orthorhombic F",
+     group({turn_x, turn_y, turn_z, identity_rotation, identity_rotation, identity_rotation},
+           {zero, zero, zero, {0, 0.5, 0.5}, {0.5, 0, 0.5}, {0.5, 0.5, 1}}),
+     4, 2},
+    {"tetragonal I", group({quarter_z, turn_z, identity_rotation}, {zero, zero, half}), 7, 1},
+    {"hexagonal axes, R", group({third_c, identity_rotation}, {zero, {2. / 3, 1. / 3, 1. / 3}}), 5, 6},
+    {"rhombohedral axes", group({third_111}, {zero}), 6, 0},
+    {"hexagonal", group({sixth_c, third_c}, {zero, zero}), 8, 0},
+    {"cubic", group({third_111, third_other, {0, 0, 1, 1, 0, 0, 0, 1, 0}}, {zero, zero, zero}), 9, 0}};
+
+TEST(GroupOfOperators, tells_lattice_and_centring) {
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.name);
+    const auto found = group_of_operators("g", row.operators);
+    EXPECT_EQ(found.lattice_type, row.lattice);
+    EXPECT_EQ(found.centring_type, row.centring);
+  }
+}
 
 }  // namespace
 }  // namespace pathstat::desk

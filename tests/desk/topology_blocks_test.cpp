@@ -1,8 +1,8 @@
 #include "desk/import/topology_blocks.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

@@ -1,9 +1,6 @@
 #include "desk/import/unwrapping.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

@@ -1,15 +1,10 @@
 #include "desk/ops/user_interface.h"
 
-#include <gmock/gmock.h>
-
-#include <cstdlib>
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 class UserInterfaceTest : public testing::Test {
  protected:
@@ -89,9 +84,9 @@ TEST(Dialogs, ask_the_user_unless_the_answer_is_settled_and_tell_how_to_answer_w
                         }});
   EXPECT_EQ(ui.ask("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", 1), 2);
   ASSERT_EQ(asked.size(), 1u);
-  EXPECT_THAT(asked[0].choices, testing::ElementsAre("Import the model file", "Use the current model", "Cancel"));
+  EXPECT_THAT(asked[0].choices, ElementsAre("Import the model file", "Use the current model", "Cancel"));
   EXPECT_EQ(asked[0].unsettled, 1);
-  EXPECT_THAT(told.back(), testing::EndsWith("Answer 2: Use the current model"));
+  EXPECT_THAT(told.back(), EndsWith("Answer 2: Use the current model"));
   answer.reset();
   EXPECT_EQ(ui.ask("PATHSTAT_DLG_1", "PATHSTAT_DLG_2", 1), 1);
   EXPECT_THAT(told.back(),
@@ -124,14 +119,14 @@ TEST_F(UserInterfaceTest, passes_the_interrupt_key_on) {
 }
 
 TEST_F(UserInterfaceTest, gives_the_items_of_a_path_variable_counted_from_1) {
-  ::setenv("PATHDESK_TEST_ITEMS", "/a::/b", 1);
   const std::string name = "PATHDESK_TEST_ITEMS";
+  const ScopedVariable items(name, "/a::/b");
   EXPECT_EQ(serve("kvS_GetenvPathItemTotal", {name}).result, 2);
   EXPECT_EQ(serve("kvS_GetenvPathItem", {name, 2, 1024}).outputs[0], SlotValue(std::string("/b")));
   for (const std::int32_t item : {0, -5, 3}) {
     EXPECT_EQ(serve("kvS_GetenvPathItem", {name, item, 1024}).outputs[0], SlotValue(std::string())) << item;
   }
-  ::unsetenv("PATHDESK_TEST_ITEMS");
+  const ScopedVariable none(name, nullptr);
   EXPECT_EQ(serve("kvS_GetenvPathItemTotal", {name}).result, 0);
 }
 

@@ -1,6 +1,6 @@
 #include "desk/messages/visible_text.h"
 
-#include <gtest/gtest.h>
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -8,9 +8,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(VisibleText, shows_what_would_act_on_a_terminal) {
-  struct Case {
-    std::string text, shown;
-  };
+  using Case = std::tuple<std::string, std::string>;
   for (const auto& [text, shown] : {
            Case{"plain 'text'", "plain 'text'"},
            Case{"\x1b[2J\a"s, "\\x1b[2J\\x07"},

@@ -1,22 +1,18 @@
 #include "desk/link/work_directory.h"
 
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
-#include <cstdlib>
-#include <fstream>
-#include <functional>
 
 #include "desk/link/child_process.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 
 /// Another process that has done something, tells a number of it, and waits to be killed.
 class Killed {
@@ -50,23 +46,14 @@ class Killed {
 
 class Folders : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_EQ(error_, "");
-    if (const char* before = std::getenv("TMPDIR")) before_ = before;
-    ::setenv("TMPDIR", directory_.path().c_str(), 1);
-  }
-  void TearDown() override {
-    if (before_.empty())
-      ::unsetenv("TMPDIR");
-    else
-      ::setenv("TMPDIR", before_.c_str(), 1);
-  }
+  void SetUp() override { ASSERT_EQ(error_, ""); }
   const fs::path& folder() const { return directory_.path(); }
   int entries() const { return static_cast<int>(std::distance(fs::directory_iterator(folder()), {})); }
 
  private:
-  std::string error_, before_;
+  std::string error_;
   PrivateDirectory directory_{error_};
+  ScopedVariable for_temporary_files_{"TMPDIR", directory_.path().c_str()};
 };
 
 TEST_F(Folders, of_dead_runs_are_cleared_and_those_of_others_are_not) {
@@ -92,7 +79,7 @@ TEST_F(Folders, of_dead_runs_are_cleared_and_those_of_others_are_not) {
 }
 
 TEST_F(Folders, that_cannot_be_made_are_named_with_the_reason) {
-  ::setenv("TMPDIR", (folder() / "none").c_str(), 1);
+  const ScopedVariable missing("TMPDIR", (folder() / "none").c_str());
   std::string error;
   const PrivateDirectory none(error);
   EXPECT_EQ(error, "cannot make a folder for temporary files in " + (folder() / "none").string() +

@@ -1,20 +1,13 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <deque>
-#include <vector>
 
 #include "extraction/dipole_charges.h"
 #include "extraction/dipole_moment.h"
 #include "recording_core.h"
 #include "state/analysis_settings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::SizeIs;
 
 /// Charged atoms of one sign with storage of their own.
 struct Charges {
@@ -30,30 +23,8 @@ constexpr Matrix3 cell{10, 1, 0, 0, 20, 2, 3, 0, 30};
 DipoleMoment moment_of(std::int32_t type, std::int32_t molecule, const Charges& positive, const Charges& negative,
                        std::int32_t wanted_status = 0) {
   DipoleMoment moment;
-  std::int32_t status = -1;
-  calcdipole_(xyz, type, cell, molecule, positive.list(), negative.list(), moment, status);
-  EXPECT_EQ(status, wanted_status);
+  EXPECT_EQ(status_of(calcdipole_, xyz, type, cell, molecule, positive.list(), negative.list(), moment), wanted_status);
   return moment;
-}
-
-TEST(CalcDipole, puts_each_sign_of_charge_into_its_centre) {
-  const Charges positive{{1, 1}, {2, 3}, {0, 0, 0, 0, 0, 0}, {0.25, 0.75}};
-  const Charges negative{{1}, {1}, {0, 0, 0}, {-1}};
-  const auto moment = moment_of(0, 1, positive, negative);
-  EXPECT_THAT(moment.positive_centre, ElementsAre(0.25, 1.5, 0));
-  EXPECT_THAT(moment.negative_centre, ElementsAre(0, 0, 0));
-  EXPECT_THAT(moment.origin, ElementsAre(0.125, 0.75, 0));
-  EXPECT_THAT(moment.dipole, ElementsAre(0.25 * 4.802, 1.5 * 4.802, 0));
-  EXPECT_DOUBLE_EQ(moment.magnitude, 4.802 * std::hypot(0.25, 1.5));
-  EXPECT_EQ(moment.net_charge, 0);
-}
-
-TEST(CalcDipole, of_a_charged_molecule_goes_by_the_smaller_charge) {
-  const Charges positive{{1}, {2}, {0, 0, 0}, {3}};
-  const Charges negative{{1}, {4}, {0, 0, 0}, {-0.5}};
-  const auto moment = moment_of(0, 1, positive, negative);
-  EXPECT_THAT(moment.dipole, ElementsAre(0.5 * 4.802, 0, -1.5 * 4.802));
-  EXPECT_EQ(moment.net_charge, 2.5);
 }
 
 TEST(CalcDipole, moves_atoms_by_their_images_in_a_cell_only) {

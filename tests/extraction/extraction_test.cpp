@@ -1,30 +1,17 @@
 #include "extraction/extraction.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_mask.h"
 #include "catalogue/catalogue_rows.h"
 #include "extraction/scratch_file.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
-#include "state/analysis_settings.h"
-#include "state/trajectory_frames.h"
+#include "settings_of_a_test.h"
+#include "testing.h"
 #include "trajectory/history_writer.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct Series {
   std::int32_t kind = 0, points = 0, values = 0;
@@ -57,13 +44,6 @@ class Extraction : public WorkDirectory {
   Extraction() {
     core_.answers["kvD_ValidateOID"] = [](const auto&) { return RecordingCore::Answer{{1}, {}, {}}; };
   }
-  ~Extraction() override {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
-    trj_gui_d_ = {};
-    trj_gui_c_ = {};
-    trj_frames_ = {};
-  }
 
   void load(const std::string& run, std::int32_t atoms, std::int32_t periodic_type, std::int32_t frames) {
     load_file(EXAMPLES_DIR "/" + run + "/" + run + ".trj", reader::binary, atoms, periodic_type, frames);
@@ -83,9 +63,7 @@ class Extraction : public WorkDirectory {
     trj_frames_.first_frame = 1;
     trj_frames_.frame_step = 1;
     trj_frames_.last_frame = frames;
-    std::int32_t status = 7;
-    maskprops_(file_, false, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(maskprops_, file_, false), 0);
   }
   void select(const std::vector<std::int32_t>& ids) {
     const auto table = property_table();
@@ -94,9 +72,7 @@ class Extraction : public WorkDirectory {
     }
   }
   std::int32_t extract(const char* word = "PROPERTIES") {
-    std::int32_t status = 7;
-    datatodisk_(file_, trj_gui_c_.input_source, word, status);
-    return status;
+    return status_of(datatodisk_, file_, trj_gui_c_.input_source, word);
   }
   static bool is_on_disk(std::int32_t id) { return property_table().on_disk[property_row_of(id)]; }
   std::vector<std::string> files() const {
@@ -106,6 +82,7 @@ class Extraction : public WorkDirectory {
     return names;
   }
 
+  const SettingsOfATest settings_;
   std::string file_;
   RecordingCore core_;
 };
@@ -238,7 +215,7 @@ TEST_F(ModelExtraction, gives_each_model_that_has_the_property_a_point) {
   const Series cell = series_in("./PathStat_prf.cell");
   EXPECT_EQ(cell.values, 6);
   EXPECT_THAT(std::vector(cell.table.begin() + 6, cell.table.end()),
-              testing::Pointwise(testing::DoubleNear(1e-9), {2.0, 3.0, 4.0, 90.0, 90.0, 90.0}));
+              Pointwise(DoubleNear(1e-9), {2.0, 3.0, 4.0, 90.0, 90.0, 90.0}));
   EXPECT_NEAR(series_in("./PathStat_prf.dens").table[1], 100 * 1.66056 / 24, 1e-12);
 }
 

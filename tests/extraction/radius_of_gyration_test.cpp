@@ -1,9 +1,6 @@
 #include "extraction/radius_of_gyration.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,18 +1,10 @@
 #include "extraction/scratch_format.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "services/work_directory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 std::string bytes_of(std::string_view hex) {
   std::string bytes;

@@ -4,27 +4,19 @@
 //
 // With FAULTS_EVERY=N each N-th call gets its turn, otherwise some that are spread over the run.
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
-#include <set>
-#include <sstream>
 #include <thread>
 
 #include "faults/library/fault_library.h"
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -32,7 +24,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using testing::IsEmpty;
 
 /// A run that takes longer hangs.
 constexpr auto longest_run = 20s;
@@ -328,7 +319,7 @@ TEST_P(FailedCalls, are_told_and_leave_results_whole) {
       EXPECT_TRUE(more.empty() || tells_cause(more + run.err)) << more;
     } else {
       EXPECT_TRUE(tells_cause(run.err));
-      EXPECT_THAT(run.err, testing::Not(testing::HasSubstr("signal")));
+      EXPECT_THAT(run.err, Not(HasSubstr("signal")));
     }
     // A folder that cannot be opened cannot be removed either, but by the next run.
     if (GetParam().how == "on") {

@@ -1,12 +1,7 @@
 #include "shell/words_page.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
-#include <set>
-
 #include "main/applications.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,17 +1,5 @@
 #include "measures/measures.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <filesystem>
-#include <fstream>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
 #include "catalogue/measure_families.h"
 #include "measures/measure_blocks.h"
 #include "measures/measure_labels.h"
@@ -19,13 +7,11 @@
 #include "services/work_directory.h"
 #include "structure/measure_geometry.h"
 #include "support/named_memory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Answer = RecordingCore::Answer;
 using Ints = std::vector<std::int32_t>;
 
@@ -87,9 +73,7 @@ class Measures : public WorkDirectory {
     core_.answers[operation] = [atoms](const auto&) { return Answer{{atoms.begin(), atoms.end()}, {}, {}}; };
   }
   std::int32_t set_up(std::int32_t id, std::int32_t periodicity = 0) {
-    std::int32_t status = 7;
-    setupmeasures_(1, id, static_cast<std::int32_t>(monitors_.size()), width_, periodicity, frame_, status);
-    return status;
+    return status_of(setupmeasures_, 1, id, static_cast<std::int32_t>(monitors_.size()), width_, periodicity, frame_);
   }
   static std::string label(std::int32_t id, std::int32_t number) {
     MeasureLabel text;
@@ -132,8 +116,7 @@ TEST_F(Measures, take_images_along_the_directions_in_which_a_model_repeats) {
     EXPECT_EQ(width_, 3);
     Vector3 found{};
     std::int32_t status = 7;
-    calcdistvecmeasures_(1, atoms_in_a_row(8), a, b, c, found, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(calcdistvecmeasures_, 1, atoms_in_a_row(8), a, b, c, found), 0);
     EXPECT_EQ(found, vector) << periodicity;
     double length = 0;
     calcdistmeasures_(1, atoms_in_a_row(8), a, b, c, std::span(&length, 1), status);
@@ -152,16 +135,13 @@ TEST_F(Measures, follow_the_order_of_the_monitors_and_of_the_frame) {
   std::vector<double> angles(2);
   auto xyz = atoms_in_a_row(8);
   xyz[3 * 5 + 1] = 1;  // atom 106
-  std::int32_t status = 7;
-  calcangmeasures_(2, xyz, a, b, c, angles, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(calcangmeasures_, 2, xyz, a, b, c, angles), 0);
   EXPECT_DOUBLE_EQ(angles[0], 0.0);
   // From (5, 1) to (3, 0) and to (4, 0).
   EXPECT_NEAR(angles[1], degrees_per_radian * (std::atan2(1, 1) - std::atan2(1, 2)), 1e-12);
-  calcangmeasures_(3, xyz, a, b, c, angles, status);
-  EXPECT_EQ(status, 1) << "three are not set up";
-  calcangmeasures_(2, std::span(xyz).first(15), a, b, c, angles, status);
-  EXPECT_EQ(status, 1) << "atom 106 is not among five";
+  EXPECT_EQ(status_of(calcangmeasures_, 3, xyz, a, b, c, angles), 1) << "three are not set up";
+  EXPECT_EQ(status_of(calcangmeasures_, 2, std::span(xyz).first(15), a, b, c, angles), 1)
+      << "atom 106 is not among five";
 }
 
 TEST_F(Measures, of_planes_take_three_atoms_of_each) {
@@ -192,9 +172,7 @@ TEST_F(Measures, tell_of_an_inversion_that_is_undefined_and_go_on) {
   // 103 at (0, 0, 1), 101 at 0, 102 on x, 104 on y; 105 in a row with 101 and 104.
   const std::vector<double> xyz{0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 2, 0};
   std::vector<double> values(3, 5.0);
-  std::int32_t status = 7;
-  calcinvmeasures_(3, xyz, a, b, c, values, status);
-  EXPECT_EQ(status, -1);
+  EXPECT_EQ(status_of(calcinvmeasures_, 3, xyz, a, b, c, values), -1);
   EXPECT_NEAR(values[0], -90, 1e-12) << "from x to z against the clock about y";
   EXPECT_EQ(values[1], 0.0);
   EXPECT_NEAR(values[2], -90, 1e-12) << "the normal x × z points away from y";
@@ -265,8 +243,7 @@ TEST_F(Measures, of_models_are_the_values_of_the_core) {
   getmodelmeasures_(50, 2, values, count, status);
   EXPECT_EQ(count, 2);
   EXPECT_THAT(values, ElementsAre(-60, 180));
-  getmodelmeasures_(50, 3, values, count, status);
-  EXPECT_EQ(status, 1) << "three do not fit";
+  EXPECT_EQ(status_of(getmodelmeasures_, 50, 3, values, count), 1) << "three do not fit";
   EXPECT_EQ(count, 0);
   answer_atoms("kvD_MON_DistanceObjects", {101, 102, 103, 104});
   core_.answers["kvD_XYZ"] = [](const RecordingCore::Inputs& inputs) {
@@ -311,8 +288,7 @@ TEST(MeasureValues, of_many_torsions_are_those_of_the_definition) {
   std::ranges::copy(std::array{0., 1., 0., 0., 0., 0., 2., 0., 0., 2., -1., 0.}, xyz.begin() + 18);
   const Vector3 u{20, 0, 0}, v{3, 19, 0}, w{-2, 4, 21};
   std::vector<double> values(torsions);
-  calctormeasures_(torsions, xyz, u, v, w, values, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(calctormeasures_, torsions, xyz, u, v, w, values), 0);
   for (std::size_t i = 0; i < values.size(); ++i) {
     std::array<Vector3, 4> p;
     for (std::size_t k = 0; k < 4; ++k) {

@@ -1,14 +1,8 @@
 #include "pairs/pair_histogram.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <limits>
 #include <memory>
-#include <random>
-#include <utility>
-#include <vector>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -71,12 +65,18 @@ std::uint64_t seed() {
   return given != nullptr ? std::strtoull(given, nullptr, 10) : std::random_device()();
 }
 
+/// @return the status of a count by the quicker way
+std::int32_t counted(const PairCount& pairs, std::span<double> histogram, PairSearch& search) {
+  std::int32_t status = -1;
+  calculaterdf_(pairs, histogram, search, status);
+  return status;
+}
+
 /// Counts by the search, whatever the size, and by the definition, and compares bin by bin.
 void expect_same_counts(const PairCount& pairs, std::size_t bins, PairSearch& search) {
   std::vector<double> plain(bins), fast(bins), chosen(bins);
   std::int32_t status = -1;
-  count_pairs_plainly(pairs, plain, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(count_pairs_plainly, pairs, plain), 0);
   const auto counts = search.count(pairs, bins);
   const double weight = pairs.set_mode == pair_sets::within_one ? 2.0 : 1.0;
   for (std::size_t k = 0; k < bins; ++k) fast[k] = weight * static_cast<double>(counts[k]);
@@ -87,8 +87,7 @@ void expect_same_counts(const PairCount& pairs, std::size_t bins, PairSearch& se
     count_pairs_plainly(single, selves, status);
     for (std::size_t k = 0; k < bins; ++k) fast[k] += selves[k] * static_cast<double>(pairs.list1.size() / 3);
   }
-  calculaterdf_(pairs, chosen, search, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(counted(pairs, chosen, search), 0);
   for (std::size_t k = 0; k < bins; ++k) {
     ASSERT_EQ(static_cast<std::int64_t>(fast[k]), static_cast<std::int64_t>(plain[k])) << "bin " << k;
     ASSERT_EQ(static_cast<std::int64_t>(chosen[k]), static_cast<std::int64_t>(plain[k])) << "bin " << k;
@@ -167,8 +166,7 @@ TEST(PairHistogram, far_atoms_keep_their_pairs_and_leave_the_others_theirs) {
       std::vector<double> plain(60), chosen(60);
       std::int32_t status = -1;
       count_pairs_plainly(pairs, plain, status);
-      calculaterdf_(pairs, chosen, *search, status);
-      EXPECT_EQ(status, 0);
+      EXPECT_EQ(counted(pairs, chosen, *search), 0);
       EXPECT_EQ(chosen, plain);
       EXPECT_GE(plain[20], 1.0);
     }
@@ -235,9 +233,7 @@ TEST(PairHistogram, face_centred_cubic_lattice_has_its_shells) {
     }
   }
   const auto search = std::make_unique<PairSearch>();
-  std::int32_t status = -1;
-  calculaterdf_(pairs, histogram, *search, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(counted(pairs, histogram, *search), 0);
   EXPECT_EQ(histogram, expected);
 }
 
@@ -256,9 +252,7 @@ TEST(PairHistogram, a_pair_at_the_cutoff_is_out_and_one_beyond_the_last_bin_is_i
     pairs.interval = 0.25;
     std::vector<double> histogram(3);
     PairSearch search;
-    std::int32_t status = -1;
-    calculaterdf_(pairs, histogram, search, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(counted(pairs, histogram, search), 0);
     EXPECT_EQ(histogram, expected) << distance;
   }
 }
@@ -289,13 +283,9 @@ TEST(PairHistogram, questions_without_an_answer_are_refused) {
   no_interval.interval = 0.0;
   no_cutoff.cutoff = std::numeric_limits<double>::infinity();
   for (const auto& pairs : {bad_mode, no_interval, no_cutoff}) {
-    std::int32_t status = 0;
-    calculaterdf_(pairs, histogram, search, status);
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(counted(pairs, histogram, search), 1);
   }
-  std::int32_t status = 0;
-  calculaterdf_(good, std::span<double>{}, search, status);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(counted(good, std::span<double>{}, search), 1);
   EXPECT_EQ(histogram, std::vector<double>(4));
 }
 

@@ -1,13 +1,6 @@
 #include "pairs/radial_distribution.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <cmath>
-#include <filesystem>
-#include <numbers>
-#include <sstream>
 
 #include "pairs/rdf_frame.h"
 #include "pairs/rdf_result.h"
@@ -15,11 +8,10 @@
 #include "recording_core.h"
 #include "scratch_folder.h"
 #include "state/rdf_settings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 TEST(Folding, leaves_both_faces_and_shifts_what_is_outside) {
   struct Case {
@@ -114,9 +106,7 @@ TEST_F(RdfFile, a_head_that_announces_more_than_is_there_is_refused) {
     write(1, true);
     cut_to(bytes);
     core.forget();
-    std::int32_t status = 0;
-    sofk_(1.0, status);
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(status_of(sofk_, 1.0), 1);
     EXPECT_THAT(core.messages(), ElementsAre("./PathStat.rdf PATHSTAT_ERROR_69")) << bytes;
   }
 }
@@ -142,9 +132,7 @@ TEST_F(RdfFile, structure_factor_is_the_transform_of_each_column) {
   for (const auto& [periodic, points] : std::initializer_list<Case>{{true, 4}, {false, 4}, {true, 5}, {true, 16}}) {
     write(3, periodic);
     core.forget();
-    std::int32_t status = -1;
-    sofk_(std::numbers::pi / ((static_cast<double>(points) + 0.5) * dr), status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(sofk_, std::numbers::pi / ((static_cast<double>(points) + 0.5) * dr)), 0);
     const auto sent = points_sent();
     ASSERT_EQ(sent.size(), 3U);
     const std::vector<double>* columns[]{&total, &intra, &inter};
@@ -161,9 +149,7 @@ TEST_F(RdfFile, structure_factor_is_the_transform_of_each_column) {
 
 TEST_F(RdfFile, structure_factors_are_drawn_from_0_to_12) {
   write(1, true, rdf_between::selected);
-  std::int32_t status = -1;
-  sofk_(0.5, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sofk_, 0.5), 0);
   EXPECT_THAT(core.calls("kvP_HAN_Write"),
               ElementsAre("kvP_HAN_Write|Total S(k) for selected atoms|101", "kvP_HAN_Write|Total S(k)|102",
                           "kvP_HAN_Write|Varlane Graphs|100"));
@@ -174,15 +160,12 @@ TEST_F(RdfFile, structure_factors_are_drawn_from_0_to_12) {
 }
 
 TEST_F(RdfFile, structure_factor_tells_what_it_lacks) {
-  std::int32_t status = 0;
-  sofk_(0.5, status);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status_of(sofk_, 0.5), 1);
   EXPECT_THAT(core.messages(), ElementsAre("./PathStat.rdf PATHSTAT_ERROR_70"));
   // Two points are too few for the transform.
   write(1, true);
   core.forget();
-  sofk_(100.0, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sofk_, 100.0), 0);
   EXPECT_THAT(core.messages(), ElementsAre("PATHSTAT_ERROR_36"));
   ASSERT_EQ(points_sent().size(), 1U);
   EXPECT_EQ(points_sent()[0].size(), 4U);

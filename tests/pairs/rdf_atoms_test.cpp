@@ -1,19 +1,14 @@
 #include "pairs/rdf_atoms.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <map>
-
 #include "coreapi/object_counts.h"
 #include "pairs/pair_histogram.h"
 #include "recording_core.h"
 #include "state/rdf_settings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
 using Answer = RecordingCore::Answer;
 using Inputs = RecordingCore::Inputs;
 

@@ -1,8 +1,6 @@
 #include "desk/panel/page_state.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

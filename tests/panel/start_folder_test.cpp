@@ -1,10 +1,7 @@
 #include "desk/panel/start_folder.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-
 #include "desk/link/work_directory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {

@@ -1,19 +1,14 @@
 #include "plots/labels.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "state/analysis_settings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
 std::string label(std::int32_t id, std::int32_t mode, std::int32_t index) {
   Text<32> text;
-  std::int32_t status = 7;
-  trjdatalabel_(id, mode, index, text, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(trjdatalabel_, id, mode, index, text), 0);
   return text.str();
 }
 

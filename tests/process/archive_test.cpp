@@ -1,21 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-
 #include "archive_writer.h"
 #include "process/desk_with_process.h"
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Contains;
-using testing::DoubleNear;
-using testing::Pointwise;
 
 const std::string run_file = EXAMPLES_DIR "/water-npt/water-npt.trj";
 const std::string model_file = EXAMPLES_DIR "/water-npt/water-npt.qfx";
@@ -35,13 +26,6 @@ std::vector<double> last_graph(DeskWithProcess& desk) {
   return numbers;
 }
 
-std::vector<double> shown_positions(DeskWithProcess& desk) {
-  std::vector<double> xyz;
-  for (const auto& x : desk.model.model(desk.model.current_model())->data.positions)
-    xyz.insert(xyz.end(), x.begin(), x.end());
-  return xyz;
-}
-
 /// What the analyses make of the first frames of a run.
 struct Results {
   std::vector<double> energy, volume, density, cell, distribution, structure_factor, shown;
@@ -49,24 +33,20 @@ struct Results {
   Results(DeskWithProcess& desk, const fs::path& trajectory) {
     EXPECT_EQ(desk.run("TRAJECTORY", trajectory.string()), 0);
     EXPECT_EQ(desk.run("LAST_FRAME_NO", std::to_string(frames)), 0);
-    EXPECT_EQ(desk.run("SELECT_PROPERTIES", "\"Total Energy\" Volume Density \"Cell Parameters\""), 0);
-    EXPECT_EQ(desk.run("PROFILE"), 0);
+    EXPECT_EQ(desk.run_lines({"SELECT_PROPERTIES \"Total Energy\" Volume Density \"Cell Parameters\"", "PROFILE"}), 0);
     energy = series(desk, "PathStat_prf.te");
     volume = series(desk, "PathStat_prf.vol");
     density = series(desk, "PathStat_prf.dens");
     cell = series(desk, "PathStat_prf.cell");
     EXPECT_EQ(desk.run("INCREMENT_NO", "4"), 0);
     // The bonds of the water, all of 1 Å, are to lie inside a bin.
-    EXPECT_EQ(desk.run("RDF_INTERVAL", "0.03"), 0);
-    EXPECT_EQ(desk.run("RDF_CUTOFF", "8"), 0);
-    EXPECT_EQ(desk.run("RDF"), 0);
+    EXPECT_EQ(desk.run_lines({"RDF_INTERVAL 0.03", "RDF_CUTOFF 8", "RDF"}), 0);
     distribution = last_graph(desk);
-    EXPECT_EQ(desk.run("R_SPACE_CUTOFF", "12"), 0);
-    EXPECT_EQ(desk.run("STRUCTURE_FACTOR"), 0);
+    EXPECT_EQ(desk.run_lines({"R_SPACE_CUTOFF 12", "STRUCTURE_FACTOR"}), 0);
     structure_factor = last_graph(desk);
     for (const char* entry : {"3", "1", "2"}) {
       EXPECT_EQ(desk.run("CURRENT_FRAME_NUMBER", entry), 0);
-      const auto xyz = shown_positions(desk);
+      const auto xyz = desk.shown_positions();
       shown.insert(shown.end(), xyz.begin(), xyz.end());
     }
   }
@@ -102,8 +82,7 @@ TEST_P(ArchiveOfRun, gives_what_the_run_gives) {
   EXPECT_THAT(archive.distribution, Pointwise(DoubleNear(2e-3), run.distribution));
   EXPECT_THAT(archive.structure_factor, Pointwise(DoubleNear(2e-3), run.structure_factor));
   EXPECT_THAT(archive.shown, Pointwise(DoubleNear(1e-9), run.shown));
-  EXPECT_EQ(of_archive.run("MSD"), 1) << "the frames have no times";
-  EXPECT_THAT(of_archive.take_keys(), Contains("PATHSTAT_ERROR_113"));
+  EXPECT_THAT(of_archive.told("MSD"), Pair(1, Contains("PATHSTAT_ERROR_113"))) << "the frames have no times";
 }
 
 INSTANTIATE_TEST_SUITE_P(forms, ArchiveOfRun,
@@ -139,8 +118,7 @@ TEST(ArchiveLoad, refuses_a_model_of_other_atoms) {
   DeskWithProcess desk;
   std::ofstream(desk.work() / "run.arc") << one_atom;
   std::ofstream(desk.work() / "run.car") << two_atoms;
-  EXPECT_EQ(desk.run("TRAJECTORY", (desk.work() / "run.arc").string()), 50015);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_112"));
+  EXPECT_THAT(desk.told("TRAJECTORY", (desk.work() / "run.arc").string()), Pair(50015, Contains("PATHSTAT_ERROR_112")));
 }
 
 struct Damage {

@@ -1,22 +1,16 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "process/refusal.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 TEST(Building, keeps_an_asymmetric_unit_beside_the_analysis) {
   DeskWithProcess desk;
   EXPECT_THAT(desk.values("CELL"), IsEmpty());
-  EXPECT_EQ(desk.run("CELL", "4.9137 4.9137 5.4047 90 90 120"), 0);
-  EXPECT_EQ(desk.run("SPACE_GROUP", "152"), 0);
-  EXPECT_EQ(desk.run("SITE", "Si 0.4697 0 0"), 0);
-  EXPECT_EQ(desk.run("SITE", "O 0.4135 0.2669 0.1191"), 0);
-  EXPECT_EQ(desk.run("EXTREMA_NUMBER", "7"), 0);
+  EXPECT_EQ(desk.run_lines({"CELL 4.9137 4.9137 5.4047 90 90 120", "SPACE_GROUP 152", "SITE Si 0.4697 0 0",
+                            "SITE O 0.4135 0.2669 0.1191", "EXTREMA_NUMBER 7"}),
+            0);
 
   const std::vector<std::string> words{"SPACE_GROUP", "EXTREMA_NUMBER", "CELL", "SITE"};
   const auto answers = desk.session.request(words);
@@ -58,12 +52,7 @@ TEST(Building, refuses_what_does_not_fit_and_keeps_what_there_was) {
   desk.run("SITE", "C 0 0.5 1");
   const std::vector<std::string> words{"CELL", "SPACE_GROUP", "SITE"};
   const auto before = desk.session.request(words);
-  for (const auto& [word, arguments, status, key] : refusals) {
-    desk.messages.clear();
-    EXPECT_EQ(desk.run(word, arguments), status) << word << ' ' << arguments;
-    if (key == nullptr) continue;
-    EXPECT_THAT(desk.take_keys(), ElementsAre(key)) << word << ' ' << arguments;
-  }
+  for (const auto& refusal : refusals) expect_refused(desk, refusal);
   const auto after = desk.session.request(words);
   ASSERT_TRUE(before && after);
   for (std::size_t k = 0; k < words.size(); ++k) EXPECT_EQ((*after)[k].values, (*before)[k].values) << words[k];

@@ -1,17 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <utility>
-
 #include "process/refusal.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 /// What a newcomer may get wrong, before any trajectory is there.
 constexpr Refusal refusals[]{
@@ -88,15 +80,14 @@ TEST(Commands, store_settings_that_requests_then_answer) {
 }
 
 TEST(Load, shows_what_the_file_holds) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   EXPECT_EQ(desk.value("LAST_FRAME_NO"), "   200");
   EXPECT_EQ(desk.value("LAST_FRAME_TIME"), "         3.98000");
   EXPECT_EQ(desk.value("MAX_INTERVAL_NO"), "   100");
   EXPECT_EQ(desk.value("BLOCK_WIDTH"), "    1.0000");
   EXPECT_EQ(desk.value("ANALYSIS_INPUT_SOURCE"), "TRAJECTORY");
-  EXPECT_THAT(desk.range("SELECT_PROPERTIES"), HasSubstr("ENERGY TOTALS,     Total Energy"));
-  EXPECT_THAT(desk.range("SELECT_PROPERTIES"), HasSubstr("     < Dipole Magnitude >"));
+  EXPECT_THAT(desk.range("SELECT_PROPERTIES"),
+              AllOf(HasSubstr("ENERGY TOTALS,     Total Energy"), HasSubstr("     < Dipole Magnitude >")));
   EXPECT_EQ(desk.run("GET", "NUMBER_OF_FRAMES"), 0);
   EXPECT_THAT(desk.returned, ElementsAre("200"));
   EXPECT_TRUE(std::filesystem::exists(desk.work() / "TmpTrjModel.qfx"));
@@ -113,8 +104,7 @@ TEST(Load, by_stem_needs_one_file) {
   ASSERT_EQ(desk.run("TRAJECTORY", stem.string()), 0);
   std::ofstream(stem.string() + ".arc") << "archive\n";
   desk.messages.clear();
-  EXPECT_EQ(desk.run("TRAJECTORY", stem.string()), 1);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_68"));
+  EXPECT_THAT(desk.told("TRAJECTORY", stem.string()), Pair(1, Contains("PATHSTAT_ERROR_68")));
   EXPECT_EQ(desk.value("LAST_FRAME_NO"), "  1000") << "without a trajectory the range is the starting one";
 }
 
@@ -124,8 +114,7 @@ TEST(Load, keeps_the_frames_ahead_of_a_cut) {
   std::filesystem::copy_file(EXAMPLES_DIR "/butane/butane.trj", path);
   std::filesystem::copy_file(EXAMPLES_DIR "/butane/butane.qfx", desk.work() / "cut.qfx");
   std::filesystem::resize_file(path, std::filesystem::file_size(path) - 100);
-  EXPECT_EQ(desk.run("TRAJECTORY", path.string()), 0);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_WARN_7"));
+  EXPECT_THAT(desk.told("TRAJECTORY", path.string()), Pair(0, Contains("PATHSTAT_WARN_7")));
   EXPECT_EQ(desk.value("LAST_FRAME_NO"), "   999");
   ASSERT_EQ(desk.run("PROFILE"), 0);
   EXPECT_EQ(read_scratch(desk.work() / "PathStat_prf.te").points, 999);
@@ -136,20 +125,17 @@ TEST(Load, refuses_a_model_that_does_not_fit) {
   const auto path = desk.work() / "run.trj";
   std::filesystem::copy_file(EXAMPLES_DIR "/butane/butane.trj", path);
   std::filesystem::copy_file(EXAMPLES_DIR "/argon/argon.qfx", desk.work() / "run.qfx");
-  EXPECT_EQ(desk.run("TRAJECTORY", path.string()), 50015);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_112"));
+  EXPECT_THAT(desk.told("TRAJECTORY", path.string()), Pair(50015, Contains("PATHSTAT_ERROR_112")));
 
-  EXPECT_EQ(desk.run("FIRST_FRAME_NO", "3"), 1) << "the frame cannot be shown";
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_103"));
+  EXPECT_THAT(desk.told("FIRST_FRAME_NO", "3"), Pair(1, Contains("PATHSTAT_ERROR_103"))) << "the frame cannot be shown";
   EXPECT_EQ(desk.value("FIRST_FRAME_NO"), "     3") << "the range holds all the same";
   EXPECT_EQ(desk.run("FRAME_INFO"), 0);
-  EXPECT_THAT(desk.output, Contains(HasSubstr("Frame No     :           3")));
-  EXPECT_THAT(desk.output, Contains(HasSubstr("No of atoms  :          14")));
+  EXPECT_THAT(desk.output, AllOf(Contains(HasSubstr("Frame No     :           3")),
+                                 Contains(HasSubstr("No of atoms  :          14"))));
 }
 
 TEST(Reset, asks_first) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("butane"), 0);
+  DeskWithProcess desk("butane");
   desk.ui.settle_answer("KVZ_CONFIRM_PROMPT", 2);
   EXPECT_EQ(desk.run("RESET"), -1);
   EXPECT_EQ(desk.value("ANALYSIS_INPUT_SOURCE"), "TRAJECTORY");
@@ -160,8 +146,7 @@ TEST(Reset, asks_first) {
 }
 
 TEST(Nesting, serves_commands_and_requests_in_the_middle_of_a_command) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("butane"), 0);
+  DeskWithProcess desk("butane");
   std::string asked;
   std::int32_t nested = -1;
   desk.server.on("kvP_GRF_SetAspectRatio", [&](const OperationCall&, OperationReply&) {
@@ -175,8 +160,7 @@ TEST(Nesting, serves_commands_and_requests_in_the_middle_of_a_command) {
 }
 
 TEST(Nesting, an_analysis_lets_no_other_one_in) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("butane"), 0);
+  DeskWithProcess desk("butane");
   std::vector<std::int32_t> nested;
   desk.server.on("kvP_GRF_SetAspectRatio", [&](const OperationCall&, OperationReply&) {
     for (const auto* word : {"PROFILE", "SHOW_NEXT_FRAME", "RESET"}) nested.push_back(desk.run(word, "START"));
@@ -203,8 +187,7 @@ TEST(Nesting, a_command_reads_on_in_its_own_arguments) {
 }
 
 TEST(Nesting, a_request_in_a_request_does_not_spoil_the_outer_one) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   ASSERT_EQ(desk.run("RDF_BETWEEN", "ELEMENTS"), 0);
   std::vector<std::string> inner;
   bool busy = false;

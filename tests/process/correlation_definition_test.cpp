@@ -1,10 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <numbers>
-
 #include "process/desk_with_process.h"
+#include "testing.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
@@ -25,8 +20,7 @@ Frames butane_vectors(std::int32_t key, std::int32_t frames) {
   Frames all;
   for (std::int32_t frame = 1; frame <= frames; ++frame) {
     kvA_TRJ_ReadFrame(handle, frame, status);
-    kvA_TRJ_ValueDouble(handle, key, all.emplace_back(3 * atoms), count, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(kvA_TRJ_ValueDouble, handle, key, all.emplace_back(3 * atoms), count), 0);
   }
   std::int32_t closed = 0;
   kvA_TRJ_Close(handle, closed);
@@ -90,8 +84,7 @@ class SixtyFrames : public testing::Test {
     ASSERT_EQ(desk.load_example("butane"), 0);
     ASSERT_EQ(desk.run("LAST_FRAME_NO", "60"), 0);
     ASSERT_EQ(desk.run("MAX_INTERVAL_NO", std::to_string(lags)), 0);
-    ASSERT_EQ(desk.run("ANISOTROPIC", "yes"), 0);
-    ASSERT_EQ(desk.run("ORIGIN_STEP_NO", "3"), 0);
+    ASSERT_EQ(desk.run_lines({"ANISOTROPIC yes", "ORIGIN_STEP_NO 3"}), 0);
   }
   DeskWithProcess desk;
 };
@@ -100,9 +93,7 @@ TEST_F(SixtyFrames, give_the_displacement_and_the_fit_of_the_definition) {
   ASSERT_EQ(desk.run("MSD"), 0);
   const auto table = by_definition(butane_vectors(positions_key, 60), displacement);
   expect_table(read_scratch(desk.work() / "PathStat.msd"), table);
-  ASSERT_EQ(desk.run("MIN_FIT_TIME", "0.105"), 0);
-  ASSERT_EQ(desk.run("MAX_FIT_TIME", "0.295"), 0);
-  ASSERT_EQ(desk.run("LINEAR_FIT"), 0);
+  ASSERT_EQ(desk.run_lines({"MIN_FIT_TIME 0.105", "MAX_FIT_TIME 0.295", "LINEAR_FIT"}), 0);
   double x = 0, y = 0, xx = 0, xy = 0, n = 0;
   for (std::size_t lag = 10; lag <= 30; ++lag, ++n) {
     const double t = 0.01 * static_cast<double>(lag);
@@ -121,8 +112,7 @@ TEST_F(SixtyFrames, give_the_velocity_products_and_the_spectrum_of_the_definitio
   const auto table = by_definition(butane_vectors(velocities_key, 60), velocity_product);
   expect_table(read_scratch(desk.work() / "PathStat.vac"), table);
   const auto graphs_before = desk.graphs.shown_graphs().size();
-  ASSERT_EQ(desk.run("VAC_MAX_TIME_TRANSFORM", "0.505"), 0);
-  ASSERT_EQ(desk.run("POWER_SPECTRUM"), 0);
+  ASSERT_EQ(desk.run_lines({"VAC_MAX_TIME_TRANSFORM 0.505", "POWER_SPECTRUM"}), 0);
   constexpr std::size_t m = 50;  // the lags, then zeros
   const auto& spectrum = desk.data_set(graphs_before + 6).points;
   ASSERT_EQ(spectrum.size(), m);

@@ -1,13 +1,8 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-
 #include "desk/export/structure_files.h"
 #include "desk/model/model_edit.h"
 #include "process/desk_with_process.h"
 #include "structure/elements.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -72,8 +67,7 @@ TEST(CrystalExamples, come_back_from_files_as_they_were_built) {
     EXPECT_EQ(model.atom_images, crystal.atom_images);
     EXPECT_EQ(desk.model.model(desk.model.current_model())->space_group, desk.model.model(built)->space_group);
     // The crystal of the file can be taken apart and built like the one that was written.
-    ASSERT_EQ(desk.run("UNBUILD_CRYSTAL"), 0);
-    ASSERT_EQ(desk.run("BUILD_CRYSTAL"), 0);
+    ASSERT_EQ(desk.run_lines({"UNBUILD_CRYSTAL", "BUILD_CRYSTAL"}), 0);
     EXPECT_EQ(current(desk).bonds.size(), crystal.bonds.size()) << each.name;
 
     ASSERT_EQ(desk.run("IMPORT_STRUCTURE", "a.cif"), 0);

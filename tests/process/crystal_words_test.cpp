@@ -1,41 +1,18 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <fstream>
-#include <set>
-
 #include "process/refusal.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::Not;
 
 using Lines = std::vector<std::string_view>;
 
 /// A Core with the process, and what a person tells it to build.
 struct Builder : DeskWithProcess {
-  using DeskWithProcess::run;
-
-  /// Runs lines such as "CELL 1 2 3 90 90 90". @return the status of the last one
-  std::int32_t run_lines(const Lines& lines) {
-    std::int32_t status = 0;
-    for (const auto line : lines) {
-      const auto end = std::min(line.find(' '), line.size());
-      status = run(line.substr(0, end), line.substr(std::min(end + 1, line.size())));
-    }
-    return status;
-  }
   /// Builds the crystal of one site. @return the status of the build
-  std::int32_t build(std::string_view cell, std::string_view group, std::string_view site) {
-    run("SYMMETRY_TOLERANCE", "0.01");
-    run("CELL", cell);
-    run("SPACE_GROUP", group);
-    run("SITE", site);
-    return run("BUILD_CRYSTAL");
+  std::int32_t build(const std::string& cell, const std::string& group, const std::string& site) {
+    return run_lines(
+        {"SYMMETRY_TOLERANCE 0.01", "CELL " + cell, "SPACE_GROUP " + group, "SITE " + site, "BUILD_CRYSTAL"});
   }
   const ModelObject& current() { return *model.model(model.current_model()); }
 
@@ -77,7 +54,7 @@ TEST(CrystalWords, build_a_crystal_take_it_apart_and_build_the_same_again) {
   EXPECT_EQ(desk.current().data.atoms(), 8u);
   EXPECT_EQ(desk.current().data.bonds.size(), 24u);
   EXPECT_EQ(desk.current().data.periodic_type, periodic_3d);
-  EXPECT_THAT(desk.values("SITE"), testing::IsEmpty());
+  EXPECT_THAT(desk.values("SITE"), IsEmpty());
   // Four formula units of 58.4428 u in 5.64³ Å³.
   const double expected = 4 * 58.4428 * 1.66053906660 / std::pow(5.64, 3);
   EXPECT_NEAR(std::get<double>(desk.last("STRUCTURE_MASS_DENSITY").arguments[1]), expected, 1e-4);

@@ -1,10 +1,14 @@
 #include "process/desk_with_process.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+
+#include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
@@ -62,8 +66,27 @@ DeskWithProcess::DeskWithProcess(Protocol protocol)
   if (!trouble.empty()) throw std::runtime_error(trouble);
 }
 
+DeskWithProcess::DeskWithProcess(const char* example) : DeskWithProcess(Protocol::tcp) {
+  if (load_example(example) != 0) throw std::runtime_error(std::string("cannot load ") + example);
+}
+
 std::int32_t DeskWithProcess::run(std::string_view word, std::string_view arguments) {
   return session.command(word, arguments).value_or(-9999);
+}
+
+std::int32_t DeskWithProcess::run_lines(const std::vector<std::string_view>& lines) {
+  for (const auto line : lines) {
+    const auto end = std::min(line.find(' '), line.size());
+    const auto status = run(line.substr(0, end), line.substr(std::min(end + 1, line.size())));
+    if (status != 0) return status;
+  }
+  return 0;
+}
+
+std::pair<std::int32_t, std::vector<std::string>> DeskWithProcess::told(std::string_view word,
+                                                                        std::string_view arguments) {
+  const auto status = run(word, arguments);
+  return {status, take_keys()};
 }
 
 std::vector<std::string> DeskWithProcess::values(const std::string& word) {
@@ -103,6 +126,25 @@ std::vector<std::string> DeskWithProcess::graph_titles() const {
 
 const DataSet& DeskWithProcess::data_set(std::size_t graph, std::size_t set) const {
   return *graphs.data_set(graphs.graph(graphs.shown_graphs().at(graph))->sets.at(set));
+}
+
+std::vector<double> DeskWithProcess::shown_positions() const {
+  std::vector<double> xyz;
+  for (const auto& at : model.model(model.current_model())->data.positions) xyz.insert(xyz.end(), at.begin(), at.end());
+  return xyz;
+}
+
+ExampleFrame::ExampleFrame(const std::string& example, std::int32_t number) : xyz(3000) {
+  std::int32_t handle = 0, status = 0, count = 0, ignored = 0;
+  std::array<double, 6> cell{};
+  kvA_TRJ_Open(EXAMPLES_DIR "/" + example + "/" + example + ".trj", 100, handle, status);
+  kvA_TRJ_ReadFrame(handle, number, status);
+  kvA_TRJ_ValueDouble(handle, 1058, cell, count, ignored);
+  edge = cell[0];
+  kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
+  if (status != 0) throw std::runtime_error("no frame of " + example);
+  xyz.resize(static_cast<std::size_t>(count));
+  kvA_TRJ_Close(handle, ignored);
 }
 
 std::vector<double> log_column(const std::string& example, std::string_view heading) {

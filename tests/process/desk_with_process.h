@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "desk/graphs/graph_store.h"
@@ -21,10 +22,16 @@ namespace pathstat::desk {
 class DeskWithProcess {
  public:
   explicit DeskWithProcess(Protocol protocol = Protocol::tcp);
+  /// With a run of the examples loaded.
+  explicit DeskWithProcess(const char* example);
   ~DeskWithProcess() { session.finish(); }
 
   /// Runs one command. @return its status; -9999 if the process is lost
   std::int32_t run(std::string_view word, std::string_view arguments = "");
+  /// Runs lines such as "LAST_FRAME_NO 5" up to one that fails. @return the status of the last one that ran
+  std::int32_t run_lines(const std::vector<std::string_view>& lines);
+  /// Runs one command. @return its status, and the keys of the messages since they were last taken
+  std::pair<std::int32_t, std::vector<std::string>> told(std::string_view word, std::string_view arguments = "");
   /// The value texts of one word, without their padding.
   std::vector<std::string> values(const std::string& word);
   /// The first value of a word, or nothing.
@@ -43,6 +50,9 @@ class DeskWithProcess {
   std::vector<std::string> graph_titles() const;
   const DataSet& data_set(std::size_t graph, std::size_t set = 0) const;
 
+  /// Where the atoms of the current model are, one axis behind the other.
+  std::vector<double> shown_positions() const;
+
   std::filesystem::path work() const { return directory_.path() / "work"; }
 
   std::vector<Message> messages;
@@ -60,6 +70,14 @@ class DeskWithProcess {
 
  public:
   CoreSession session;
+};
+
+/// A frame of a run of the examples, read from the file itself.
+struct ExampleFrame {
+  ExampleFrame(const std::string& example, std::int32_t number);
+
+  std::vector<double> xyz;
+  double edge = 0;  ///< of a cubic cell
 };
 
 /// One column of an engine log, by its heading.

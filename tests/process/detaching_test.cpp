@@ -1,28 +1,20 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "desk/link/reconnection.h"
 #include "desk/script/kept_session.h"
 #include "process/desk_with_process.h"
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 /// The rows of a table, without what is told ahead of them.
 std::string rows_of(const fs::path& path) {
@@ -76,8 +68,7 @@ TEST_F(LeftBehind, keeps_what_was_loaded_and_set_for_a_later_run) {
           "second"),
       0)
       << trouble;
-  EXPECT_THAT(output, HasSubstr("EXTREMA_NUMBER = 7"));
-  EXPECT_THAT(output, HasSubstr("water.trj"));
+  EXPECT_THAT(output, AllOf(HasSubstr("EXTREMA_NUMBER = 7"), HasSubstr("water.trj")));
   EXPECT_THAT(detached_processes(), IsEmpty());
   EXPECT_EQ(start_of_process(processes[0]), 0u) << "it ends with the run that took it over";
   EXPECT_FALSE(fs::exists(kept_folder(processes[0])));
@@ -97,7 +88,7 @@ TEST_F(LeftBehind, keeps_what_was_loaded_and_set_for_a_later_run) {
 TEST_F(LeftBehind, works_on_when_its_run_has_ended) {
   const std::string settings = "ORIGIN_STEP_NO 1\nMAX_INTERVAL_NO 400\n";
   ASSERT_EQ(run(load + settings + "@detach MSD\n"), 0) << trouble;
-  EXPECT_THAT(output, testing::ContainsRegex("pathstat (works on|waits) as process"));
+  EXPECT_THAT(output, ContainsRegex("pathstat (works on|waits) as process"));
   ASSERT_EQ(run("@attach\n", "second"), 0) << trouble;
   ASSERT_EQ(run(load + settings + "MSD\n", "whole"), 0) << trouble;
   if (output.find("works on") != std::string::npos) {

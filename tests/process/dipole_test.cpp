@@ -1,27 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
 #include <chrono>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <numbers>
-#include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "process/desk_with_process.h"
+#include "testing.h"
 #include "trajectory/written_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 using Vector = std::array<double, 3>;
 using Doubles = std::vector<double>;
@@ -136,8 +121,7 @@ TEST(Dipole, of_frames_is_that_of_the_definition) {
                         RunCase{"MOLECULES", "1-3", {0, 1, 2}, true}, RunCase{"ATOMS", "1-4", {0, 1, 2, 3}, false}}) {
     DeskWithProcess desk;
     ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
-    ASSERT_EQ(desk.run("FIRST_FRAME_NO", "2"), 0);
-    ASSERT_EQ(desk.run("INCREMENT_NO", "5"), 0);
+    ASSERT_EQ(desk.run_lines({"FIRST_FRAME_NO 2", "INCREMENT_NO 5"}), 0);
     ASSERT_EQ(desk.run("DIPOLE_USING", c.kind), 0);
     if (c.selection != nullptr) {
       desk.select(std::string("id ") + c.selection);
@@ -155,8 +139,7 @@ TEST(Dipole, of_frames_is_that_of_the_definition) {
       EXPECT_NEAR(lengths.values[k][0], std::hypot(wanted[0], wanted[1], wanted[2]), 1e-9);
     }
     ASSERT_EQ(desk.run("SELECT_PROPERTIES", "\"Dipole Vector\""), 0);
-    ASSERT_EQ(desk.run("PROFILE"), 0) << "the rows are calculated now";
-    EXPECT_THAT(desk.take_keys(), IsEmpty());
+    EXPECT_THAT(desk.told("PROFILE"), Pair(0, IsEmpty())) << "the rows are calculated now";
   }
 }
 
@@ -164,8 +147,7 @@ TEST(Dipole, of_one_model_is_printed) {
   DeskWithProcess desk;
   const SmallRun run;
   ASSERT_EQ(desk.run("TRAJECTORY", run.path()), 0);
-  ASSERT_EQ(desk.run("ANALYSIS_INPUT_SOURCE", "\"SELECTED MODELS\""), 0);
-  ASSERT_EQ(desk.run("DIPOLE_USING", "ATOMS"), 0);
+  ASSERT_EQ(desk.run_lines({"ANALYSIS_INPUT_SOURCE \"SELECTED MODELS\"", "DIPOLE_USING ATOMS"}), 0);
   desk.output.clear();
   ASSERT_EQ(desk.run("DIPOLE"), 0);
   // What the Core shows is frame 1 of the run. Centres by hand: positive 0.5 + 0.5 + 1 + 0.3, negative -0.8 - 0.3.
@@ -179,7 +161,7 @@ TEST(Dipole, of_one_model_is_printed) {
   for (std::size_t line = 0; line < 6; ++line) {
     constexpr std::array labels{"Dipole moment = ", "Dipole Vector = ", "Positive COC  = ",
                                 "Negative COC  = ", "Dipole origin = ", "Net charge    = "};
-    EXPECT_THAT(desk.output[line], testing::StartsWith(labels[line]));
+    EXPECT_THAT(desk.output[line], StartsWith(labels[line]));
   }
   Vector plus{}, minus{};
   for (std::size_t k = 0; k < atoms.size(); ++k) {
@@ -214,8 +196,7 @@ TEST(Dipole, of_models_tells_which_have_none) {
   ASSERT_EQ(desk.model.select_models(names), "");
   desk.take_keys();
   desk.output.clear();
-  ASSERT_EQ(desk.run("DIPOLE"), 0);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_WARN_14"));
+  EXPECT_THAT(desk.told("DIPOLE"), Pair(0, ElementsAre("PATHSTAT_WARN_14")));
   EXPECT_THAT(desk.output, IsEmpty()) << "only a lone model is printed";
   const auto series = read_scratch(desk.work() / "PathStat_prf.dip_v");
   ASSERT_EQ(series.points, 2);
@@ -224,14 +205,12 @@ TEST(Dipole, of_models_tells_which_have_none) {
 
   desk.select("id 4");
   ASSERT_EQ(desk.run("DIPOLE_ATOMS", "SELECTED"), 0);
-  ASSERT_EQ(desk.run("DIPOLE"), 0);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_WARN_14", "PATHSTAT_WARN_15"));
+  EXPECT_THAT(desk.told("DIPOLE"), Pair(0, ElementsAre("PATHSTAT_WARN_14", "PATHSTAT_WARN_15")));
 
   ASSERT_EQ(desk.run("TRAJECTORY", layer.path()), 0);
   ASSERT_EQ(desk.model.select_models(names), "");
   desk.take_keys();
-  EXPECT_EQ(desk.run("DIPOLE"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_ERROR_1"));
+  EXPECT_THAT(desk.told("DIPOLE"), Pair(1, ElementsAre("PATHSTAT_ERROR_1")));
 }
 
 struct RefusalCase {
@@ -252,8 +231,7 @@ TEST(Dipole, of_frames_that_have_none_is_refused) {
       desk.select(std::string("id ") + c.selection);
     }
     desk.take_keys();
-    EXPECT_EQ(desk.run("DIPOLE"), 1) << c.key;
-    EXPECT_THAT(desk.take_keys(), ElementsAre(c.key));
+    EXPECT_THAT(desk.told("DIPOLE"), Pair(1, ElementsAre(c.key))) << c.key;
     EXPECT_FALSE(std::filesystem::exists(desk.work() / "PathStat_prf.dip"));
   }
 }
@@ -270,8 +248,7 @@ TEST(Dipole, of_frames_apart_unevenly_is_kept_but_not_correlated) {
   EXPECT_THAT(desk.messages[1].text, HasSubstr("frames 8 and 9"));
   EXPECT_EQ(read_scratch(desk.work() / "PathStat_prf.dip").points, 12);
   desk.messages.clear();
-  EXPECT_EQ(desk.run("DAC"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_ERROR_63"));
+  EXPECT_THAT(desk.told("DAC"), Pair(1, ElementsAre("PATHSTAT_ERROR_63")));
 }
 
 TEST(DipoleAutocorrelation, of_a_series_that_is_damaged_or_gone_is_refused) {
@@ -282,14 +259,11 @@ TEST(DipoleAutocorrelation, of_a_series_that_is_damaged_or_gone_is_refused) {
   const auto file = desk.work() / "PathStat_prf.dip_v";
   desk.take_keys();
   std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
-  EXPECT_EQ(desk.run("DAC"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_4"));
+  EXPECT_THAT(desk.told("DAC"), Pair(1, ElementsAre("PATHSTAT_MSG_4")));
   std::filesystem::copy_file(desk.work() / "PathStat_prf.dip", file, std::filesystem::copy_options::overwrite_existing);
-  EXPECT_EQ(desk.run("DAC"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_4")) << "one value per frame is no vector";
+  EXPECT_THAT(desk.told("DAC"), Pair(1, ElementsAre("PATHSTAT_MSG_4"))) << "one value per frame is no vector";
   std::filesystem::remove(file);
-  EXPECT_EQ(desk.run("DAC"), 1);
-  EXPECT_THAT(desk.take_keys(), IsEmpty());
+  EXPECT_THAT(desk.told("DAC"), Pair(1, IsEmpty()));
   EXPECT_FALSE(std::filesystem::exists(desk.work() / "PathStat.dac"));
 }
 
@@ -314,12 +288,10 @@ std::vector<std::array<double, 7>> correlated(const ScratchSeries& dipoles, std:
 }
 
 TEST(DipoleAutocorrelation, of_water_is_that_of_the_definition) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
-  ASSERT_EQ(desk.run("DIPOLE_USING", "MOLECULES"), 0);
-  ASSERT_EQ(desk.run("DAC_ANISOTROPIC", "yes"), 0);
-  ASSERT_EQ(desk.run("DAC_MAX_INTERVAL_NO", "199"), 0);
-  ASSERT_EQ(desk.run("DAC_MAX_TIME_TRANSFORM", "2.505"), 0);
+  DeskWithProcess desk("water");
+  ASSERT_EQ(desk.run_lines({"DIPOLE_USING MOLECULES", "DAC_ANISOTROPIC yes", "DAC_MAX_INTERVAL_NO 199",
+                            "DAC_MAX_TIME_TRANSFORM 2.505"}),
+            0);
   struct Way {
     std::size_t step;
     const char* monitor;  ///< a watched curve is summed origin by origin
@@ -340,8 +312,7 @@ TEST(DipoleAutocorrelation, of_water_is_that_of_the_definition) {
   }
   EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_37")) << "the dipoles are calculated once";
 
-  ASSERT_EQ(desk.run("DAC_POWER_SPECTRUM"), 0);
-  EXPECT_THAT(desk.take_keys(), IsEmpty()) << "the correlation is there";
+  EXPECT_THAT(desk.told("DAC_POWER_SPECTRUM"), Pair(0, IsEmpty())) << "the correlation is there";
   const auto correlation = read_scratch(desk.work() / "PathStat.dac");
   const auto spectrum = read_scratch(desk.work() / "PathStat.fftdac");
   constexpr std::size_t m = 250;  // the lags, then zeros
@@ -364,22 +335,18 @@ TEST(DipoleAutocorrelation, of_water_is_that_of_the_definition) {
 }
 
 TEST(DipoleSpectrum, begins_with_what_is_missing) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
-  ASSERT_EQ(desk.run("DAC_POWER_SPECTRUM"), 0);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_38", "PATHSTAT_MSG_37"));
+  DeskWithProcess desk("water");
+  EXPECT_THAT(desk.told("DAC_POWER_SPECTRUM"), Pair(0, ElementsAre("PATHSTAT_MSG_38", "PATHSTAT_MSG_37")));
   EXPECT_EQ(read_scratch(desk.work() / "PathStat.fftdac").values_per_point, 1);
   EXPECT_THAT(desk.graph_titles(), ElementsAre("Total DAC", "Total DAC Power Spectrum"));
   ASSERT_EQ(desk.run("DAC_MAX_TIME_TRANSFORM", "2000"), 0);
   EXPECT_EQ(desk.run("DAC_POWER_SPECTRUM"), 1) << "200000 points";
   ASSERT_EQ(desk.run("DAC_MAX_TIME_TRANSFORM", "0.015"), 0);
-  EXPECT_EQ(desk.run("DAC_POWER_SPECTRUM"), 1) << "one point";
-  EXPECT_THAT(desk.take_keys(), IsEmpty());
+  EXPECT_THAT(desk.told("DAC_POWER_SPECTRUM"), Pair(1, IsEmpty())) << "one point";
 }
 
 TEST(DipoleAutocorrelation, that_is_interrupted_keeps_nothing) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   ASSERT_EQ(desk.run("DAC"), 0);
   const auto before = read_scratch(desk.work() / "PathStat.dac").values;
   ASSERT_EQ(desk.run("DAC_ORIGIN_STEP_NO", "2"), 0);
@@ -389,8 +356,7 @@ TEST(DipoleAutocorrelation, that_is_interrupted_keeps_nothing) {
   desk.interrupt = false;
   EXPECT_EQ(read_scratch(desk.work() / "PathStat.dac").values, before);
   desk.take_keys();
-  EXPECT_EQ(desk.run("DAC_POWER_SPECTRUM"), 0);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_MSG_38"));
+  EXPECT_THAT(desk.told("DAC_POWER_SPECTRUM"), Pair(0, ElementsAre("PATHSTAT_MSG_38")));
 
   ASSERT_EQ(desk.run("USE_ALL_FRAMES"), 0) << "the dipoles are out of date";
   std::filesystem::remove(desk.work() / "PathStat_prf.dip");

@@ -1,21 +1,14 @@
 // The ends of the process in the middle of its work: a Core that leaves, one that breaks the protocol, and one that
 // stops it, at the calls of every analysis.
-#include <gmock/gmock.h>
 #include <sys/socket.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <map>
-#include <set>
 
 #include "process/desk_with_process.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::HasSubstr;
 
 struct End {
   const char* name;

@@ -1,19 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <fstream>
-
 #include "process/refusal.h"
+#include "testing.h"
+#include "volumes/plain_volume.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::string> texts_of(const DeskWithProcess& desk) {
   std::vector<std::string> texts;
@@ -25,43 +15,19 @@ double number(const MessageArgument& argument) {
   return std::holds_alternative<double>(argument) ? std::get<double>(argument) : std::get<std::int32_t>(argument);
 }
 
-/// A volume of bytes with the value 0 everywhere and 127 at points of a block, as a plain writer makes it.
+/// A volume of bytes with the value 0 everywhere and 127 at points of a block.
 std::string volume_bytes(int points, int first, int last) {
-  const auto integer = [](std::uint32_t value) {
-    std::string text;
-    for (const int shift : {24, 16, 8, 0}) text += static_cast<char>(value >> shift & 255);
-    return text;
-  };
-  const auto record = [](std::string text) { return text.append(216 - text.size(), '\0'); };
-  const auto n = static_cast<std::uint32_t>(points);
-  const std::uint32_t bricks = (n - 2) / 5 + 1;
-  constexpr std::uint32_t one = 0x3f800000, most = 0x42fe0000;
-  std::string bytes = record("mbk_1.0" + integer(0) + "B");
-  std::string header = integer(n) + integer(n) + integer(n) + integer(n);
-  for (int k = 0; k < 3; ++k) header += integer(bricks);
-  for (const std::uint32_t range : {1U, 1U, n, 1U, n}) header += integer(range);
-  for (int k = 0; k < 3; ++k) header += integer(0);
-  const auto edge = static_cast<float>(points);
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &edge, sizeof bits);
-  for (int k = 0; k < 3; ++k) header += integer(bits);
-  bytes += record(header + integer(0) + integer(0) + integer(one) + integer(6) + integer(0xffffffff) + integer(0) +
-                  integer(most));
-  for (std::uint32_t brick = 0; brick < bricks * bricks * bricks; ++brick) {
-    for (int p = 0; p < 216; ++p) {
-      const int i = static_cast<int>(5 * (brick % bricks)) + p % 6;
-      const int j = static_cast<int>(5 * (brick / bricks % bricks)) + p / 6 % 6;
-      const int k = static_cast<int>(5 * (brick / bricks / bricks)) + p / 36;
-      const bool inside = std::min({i, j, k}) >= first && std::max({i, j, k}) <= last;
-      bytes += static_cast<char>(inside ? 127 : 0);
-    }
+  PlainVolume volume;
+  volume.n = {points, points, points}, volume.max = 127;
+  for (int at = 0; at < points * points * points; ++at) {
+    const int i = at % points, j = at / points % points, k = at / points / points;
+    volume.values.push_back(std::min({i, j, k}) >= first && std::max({i, j, k}) <= last ? 127 : 0);
   }
-  return bytes;
+  return volume.bytes();
 }
 
 TEST(Fields, density_of_all_atoms_holds_them_all_and_is_then_open) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   EXPECT_EQ(desk.run("DENSITY_SPACING", "0.75"), 0);
   for (const auto* type : {"4", "2", "1"}) {
     desk.run("DENSITY_TYPE", type);
@@ -82,8 +48,7 @@ TEST(Fields, density_of_all_atoms_holds_them_all_and_is_then_open) {
 }
 
 TEST(Fields, density_around_an_atom_has_it_in_the_middle_of_every_frame) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   desk.select("id 1");
   desk.run("DENSITY_ATOMS", "SELECTED");
   desk.run("DENSITY_CENTRE", "1");
@@ -103,8 +68,7 @@ TEST(Fields, density_around_an_atom_has_it_in_the_middle_of_every_frame) {
 }
 
 TEST(Fields, density_on_the_axes_of_water_molecules_has_neighbours_in_front_of_the_hydrogens) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   EXPECT_EQ(desk.run("DENSITY_AXIS", "2"), 0);
   EXPECT_NE(desk.run("DENSITY"), 0);  // without a middle and a plane
   desk.run("DENSITY_CENTRE", "1");
@@ -156,13 +120,12 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
   DeskWithProcess desk;
   EXPECT_EQ(desk.run("DENSITY"), 1);
   EXPECT_EQ(desk.run("ISOSURFACE", "1"), 1);
-  EXPECT_EQ(desk.run("TABLE_COLUMN", "x"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("PATHSTAT_ERROR_57", "STRUCTURE_NO_VOLUME", "STRUCTURE_NO_TABLE"));
+  EXPECT_THAT(desk.told("TABLE_COLUMN", "x"),
+              Pair(1, ElementsAre("PATHSTAT_ERROR_57", "STRUCTURE_NO_VOLUME", "STRUCTURE_NO_TABLE")));
   std::ofstream(desk.work() / "block.mbk", std::ios::binary) << volume_bytes(12, 4, 7);
   std::ofstream(desk.work() / "text.mbk") << "no volume at all";
   std::ofstream(desk.work() / "good.tbl") << "#\nTITLE: Energies\nFUNCTION: energy\n#\n#\n1\n4\n9\n";
-  ASSERT_EQ(desk.run("VOLUME", "block.mbk"), 0);
-  ASSERT_EQ(desk.run("TABLE", "good.tbl"), 0);
+  ASSERT_EQ(desk.run_lines({"VOLUME block.mbk", "TABLE good.tbl"}), 0);
   ASSERT_EQ(desk.load_example("water"), 0);
   const auto before = desk.values("VOLUME");
   for (const auto& refusal : {
@@ -179,15 +142,13 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
   }
   desk.messages.clear();
   desk.run("DENSITY_SPACING", "0.05");
-  EXPECT_EQ(desk.run("DENSITY"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains(std::string("STRUCTURE_GRID_TOO_LARGE")));
+  EXPECT_THAT(desk.told("DENSITY"), Pair(1, Contains("STRUCTURE_GRID_TOO_LARGE")));
   desk.run("DENSITY_SPACING", "1");
   desk.run("DENSITY_FILE", "no/such/folder.mbk");
   EXPECT_NE(desk.run("DENSITY"), 0);
-  EXPECT_THAT(desk.take_keys(), Contains(std::string("STRUCTURE_DENSITY_FILE")));
+  EXPECT_THAT(desk.take_keys(), Contains("STRUCTURE_DENSITY_FILE"));
   desk.run("DENSITY_ATOMS", "SELECTED");
-  EXPECT_EQ(desk.run("DENSITY"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains(std::string("STRUCTURE_DENSITY_ATOMS")));
+  EXPECT_THAT(desk.told("DENSITY"), Pair(1, Contains("STRUCTURE_DENSITY_ATOMS")));
   EXPECT_EQ(desk.run("ISOSURFACE", "500"), -50101);
   EXPECT_THAT(desk.model.surfaces(), IsEmpty());
   EXPECT_EQ(desk.values("VOLUME"), before);
@@ -197,8 +158,7 @@ TEST(Fields, refuse_what_does_not_fit_and_keep_what_there_was) {
   std::ofstream(desk.work() / "cut.mbk", std::ios::binary) << volume_bytes(12, 4, 7).substr(0, 216 * 5);
   ASSERT_EQ(desk.run("VOLUME", "cut.mbk"), 0);
   desk.take_keys();
-  EXPECT_EQ(desk.run("ISOSURFACE", "63.5"), 1);
-  EXPECT_THAT(desk.take_keys(), ElementsAre("STRUCTURE_VOLUME_CUT"));
+  EXPECT_THAT(desk.told("ISOSURFACE", "63.5"), Pair(1, ElementsAre("STRUCTURE_VOLUME_CUT")));
   EXPECT_THAT(desk.model.surfaces(), IsEmpty());
 }
 

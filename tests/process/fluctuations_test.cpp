@@ -1,15 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "process/desk_with_process.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
 
 using Series = std::vector<double>;
 
@@ -63,8 +57,7 @@ struct Log {
 
 TEST(FluctuationsOfExamples, at_constant_energy) {
   const Log log("argon");
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   const Series found = calculated(desk, "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\"");
   const Series potential = log.column("PotEng"), kinetic = log.column("KinEng"), pressure = log.pressure();
   const double rt = gas * mean(log.column("Temp"), log.count), half = 1497 / 2.0, volume = 24389;
@@ -80,8 +73,7 @@ TEST(FluctuationsOfExamples, at_constant_energy) {
 
 TEST(FluctuationsOfExamples, at_constant_temperature) {
   const Log log("water");
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
+  DeskWithProcess desk("water");
   const Series found = calculated(desk, "\"Isometric Heat Capacity (Cv)\" \"Thermal Pressure Coefficient\"");
   const Series total = log.column("TotEng"), potential = log.column("PotEng");
   const double t = mean(log.column("Temp"), log.count), rt2 = gas * t * t;
@@ -96,8 +88,7 @@ TEST(FluctuationsOfExamples, at_constant_temperature) {
 
 TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
   const Log log("water-npt");
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water-npt"), 0);
+  DeskWithProcess desk("water-npt");
   const Series found =
       calculated(desk, "\"Isobaric Heat Capacity (Cp)\" \"Isothermal Compressibility\" \"Volume Expansivity\"");
   const Series volume = log.column("Volume"), temperature = log.column("Temp");
@@ -124,11 +115,8 @@ TEST(FluctuationsOfExamples, at_constant_pressure_as_numbers_and_curves) {
   }
   ASSERT_EQ(desk.run("BLOCK_WIDTH_NO", "1"), 0);
   desk.take_keys();
-  EXPECT_EQ(desk.run("BLOCK_AVERAGE_FLUCTUATIONS"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_MSG_35"));
-  ASSERT_EQ(desk.run("BLOCK_WIDTH_NO", "80"), 0);
-  ASSERT_EQ(desk.run("BLOCK_INTERVAL_NO", "30"), 0);
-  ASSERT_EQ(desk.run("BLOCK_AVERAGE_FLUCTUATIONS"), 0);
+  EXPECT_THAT(desk.told("BLOCK_AVERAGE_FLUCTUATIONS"), Pair(1, Contains("PATHSTAT_MSG_35")));
+  ASSERT_EQ(desk.run_lines({"BLOCK_WIDTH_NO 80", "BLOCK_INTERVAL_NO 30", "BLOCK_AVERAGE_FLUCTUATIONS"}), 0);
   const auto& blocks = desk.data_set(3).points;
   ASSERT_EQ(blocks.size(), 4U);
   EXPECT_NEAR(blocks[0].y, partly[0], 1e-5 * partly[0]) << "the first window holds half its width";

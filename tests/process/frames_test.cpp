@@ -1,50 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <utility>
-#include <vector>
-
 #include "process/desk_with_process.h"
-#include "trajectory/binary_trajectory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-
-/// Positions of one frame of butane, read from the file itself.
-std::vector<double> butane_frame(std::int32_t frame) {
-  std::int32_t handle = 0;
-  std::int32_t status = 0;
-  std::int32_t count = 0;
-  kvA_TRJ_Open(EXAMPLES_DIR "/butane/butane.trj", 100, handle, status);
-  kvA_TRJ_ReadFrame(handle, frame, status);
-  std::vector<double> xyz(42);
-  kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
-  EXPECT_EQ(status, 0);
-  std::int32_t closed = 0;
-  kvA_TRJ_Close(handle, closed);
-  return xyz;
-}
-
-std::vector<double> shown_positions(DeskWithProcess& desk) {
-  std::vector<double> xyz;
-  for (const auto& position : desk.model.model(desk.model.current_model())->data.positions) {
-    xyz.insert(xyz.end(), position.begin(), position.end());
-  }
-  return xyz;
-}
-
 /// The frame of the file whose positions the model has; 0 if it has those of none of these.
 std::int32_t shown_frame(DeskWithProcess& desk, std::initializer_list<std::int32_t> candidates) {
-  const auto shown = shown_positions(desk);
+  const auto shown = desk.shown_positions();
   for (const auto frame : candidates) {
-    if (butane_frame(frame) == shown) return frame;
+    if (ExampleFrame("butane", frame).xyz == shown) return frame;
   }
   return 0;
 }
@@ -54,9 +18,7 @@ class ThreeFrames : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(desk.load_example("butane"), 0);
-    ASSERT_EQ(desk.run("LAST_FRAME_NO", "120"), 0);
-    ASSERT_EQ(desk.run("FIRST_FRAME_NO", "100"), 0);
-    ASSERT_EQ(desk.run("INCREMENT_NO", "10"), 0);
+    ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 120", "FIRST_FRAME_NO 100", "INCREMENT_NO 10"}), 0);
     desk.server.on("kvU_GUI_SupressRepeats", [this](const OperationCall&, OperationReply&) { ++stops; });
   }
   std::string current() { return desk.value("CURRENT_FRAME_NUMBER"); }
@@ -116,8 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         Walk{"REVERSE AT END", "FRAME_STEP_BACKWARDS", {"      2", "      3", "      2", "      1", "      2"}, 0}));
 
 TEST_F(ThreeFrames, a_second_start_at_the_end_begins_anew) {
-  ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "3"), 0);
-  EXPECT_EQ(desk.run("FRAME_STEP_FORWARDS", "START"), 0);
+  ASSERT_EQ(desk.run_lines({"CURRENT_FRAME_NUMBER 3", "FRAME_STEP_FORWARDS START"}), 0);
   EXPECT_EQ(current(), "      1");
   EXPECT_EQ(desk.value("FRAME_STEP_FORWARDS"), "Y");
   EXPECT_EQ(desk.run("SHOW_PREVIOUS_FRAME", "START"), 0);
@@ -225,9 +186,9 @@ TEST_P(GoingOn, moves_the_model_of_the_new_trajectory_alone) {
   const auto old_model = desk.model.current_model();
   ASSERT_EQ(desk.load_example("argon"), 0);
   ASSERT_EQ(desk.run("PROFILE"), 0);
-  const auto first = shown_positions(desk);
+  const auto first = desk.shown_positions();
   EXPECT_EQ(go_on("99", "HOLD"), 0);
-  EXPECT_NE(shown_positions(desk), first);
+  EXPECT_NE(desk.shown_positions(), first);
   ASSERT_NE(desk.model.current_model(), old_model);
   desk.model.set_current_model(old_model);
   EXPECT_EQ(shown_frame(desk, {1, 100, 110, 120}), 110);
@@ -251,16 +212,13 @@ INSTANTIATE_TEST_SUITE_P(presses, GoingOn, testing::Values("FRAME_STEP_FORWARDS"
 TEST_F(ThreeFrames, a_frame_can_be_reported_and_extracted) {
   ASSERT_EQ(desk.run("CURRENT_FRAME_NUMBER", "2"), 0);
   desk.output.clear();
-  ASSERT_EQ(desk.run("FRAME_INFO"), 0);
-  ASSERT_EQ(desk.run("EXTRACT_FRAME_NO", "7"), 0);
-  ASSERT_EQ(desk.run("EXTRACT_FRAME"), 0);
+  ASSERT_EQ(desk.run_lines({"FRAME_INFO", "EXTRACT_FRAME_NO 7", "EXTRACT_FRAME"}), 0);
   EXPECT_EQ(shown_frame(desk, {7, 110}), 7);
   const double total = log_column("butane", "TotEng")[109];
   std::array<char, 40> line{};
   std::snprintf(line.data(), line.size(), "       Total Energy :%12.4f", total);
-  EXPECT_THAT(desk.output, Contains(HasSubstr("       Frame No     :         110")));
-  EXPECT_THAT(desk.output, Contains(HasSubstr(line.data())));
-  EXPECT_THAT(desk.output, Not(Contains(HasSubstr("Volume"))));
+  EXPECT_THAT(desk.output, AllOf(Contains(HasSubstr("       Frame No     :         110")),
+                                 Contains(HasSubstr(line.data())), Not(Contains(HasSubstr("Volume")))));
 }
 
 }  // namespace

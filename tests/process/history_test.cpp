@@ -1,10 +1,5 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <random>
-
 #include "process/desk_with_process.h"
+#include "testing.h"
 #include "trajectory/history_of_run.h"
 
 namespace pathstat::desk {
@@ -12,8 +7,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace testing_bytes;
-using testing::Contains;
-using testing::HasSubstr;
 
 void write(const fs::path& path, const Bytes& content) {
   std::ofstream file(path, std::ios::binary);
@@ -138,8 +131,9 @@ class SmallHistory : public testing::Test {
 
 TEST_F(SmallHistory, gives_times_and_the_components_of_its_version) {
   ASSERT_EQ(load(history_file(plan, 5)), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "\"Torsion-Stretch Energy\" \"van der Waals Repulsive Energy\""), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(
+      desk.run_lines({"SELECT_PROPERTIES \"Torsion-Stretch Energy\" \"van der Waals Repulsive Energy\"", "PROFILE"}),
+      0);
   const EnergyPlaces at(plan);
   const auto cross = read_scratch(desk.work() / "PathStat_prf.bt_e");
   const auto repulsive = read_scratch(desk.work() / "PathStat_prf.vdwr_e");
@@ -151,8 +145,8 @@ TEST_F(SmallHistory, gives_times_and_the_components_of_its_version) {
     EXPECT_NEAR(cross.x[k], 0.002 * (10 + 5 * (frame - 1)), 1e-12);
   }
   EXPECT_THAT(desk.output, Contains(HasSubstr("another line")));
-  EXPECT_EQ(desk.run("SELECT_PROPERTIES", "\"Bond Energy / Molecule\""), 0);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_MSG_2")) << "rows of molecules are not offered";
+  EXPECT_THAT(desk.told("SELECT_PROPERTIES", "\"Bond Energy / Molecule\""), Pair(0, Contains("PATHSTAT_MSG_2")))
+      << "rows of molecules are not offered";
 }
 
 TEST_F(SmallHistory, takes_a_coordinate_file_where_there_is_no_model_file) {
@@ -167,7 +161,7 @@ TEST_F(SmallHistory, takes_a_coordinate_file_where_there_is_no_model_file) {
             (Vector3{vector_number(2, 1, 1, 0), vector_number(2, 1, 1, 1), vector_number(2, 1, 1, 2)}));
   EXPECT_EQ(model.positions[1], (Vector3{5, 6, 7})) << "it does not move";
   EXPECT_EQ(model.positions[2][0], vector_number(2, 1, 3, 0));
-  EXPECT_THAT(model.movable, testing::ElementsAre(1, 0, 1));
+  EXPECT_THAT(model.movable, ElementsAre(1, 0, 1));
 }
 
 TEST_F(SmallHistory, that_is_cut_keeps_its_whole_frames) {

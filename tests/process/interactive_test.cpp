@@ -1,33 +1,23 @@
 // Whole runs of the program that a person types at: scripts from a file and from the standard input, and a terminal.
-#include <gmock/gmock.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 #include <thread>
 
 #include "desk/link/work_directory.h"
 #include "process/desk_with_process.h"
 #include "scratch_folder.h"
+#include "testing.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::Not;
 
 const std::string butane = "TRAJECTORY " EXAMPLES_DIR "/butane/butane.trj\n";
 
@@ -74,9 +64,9 @@ TEST_F(Program, steps_as_a_held_button_does_until_stepping_ends) {
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with("Frame ") || line.starts_with("Step")) told.push_back(line);
   }
-  EXPECT_THAT(told, testing::ElementsAre("Frame 4 of the range, 0.03 ps", "Stepping ended after 1 of 10 steps.",
-                                         "Frame 5 of the range, 0.04 ps", "Frame 3 of the range, 0.02 ps",
-                                         "Frame 2 of the range, 0.01 ps"));
+  EXPECT_THAT(told, ElementsAre("Frame 4 of the range, 0.03 ps", "Stepping ended after 1 of 10 steps.",
+                                "Frame 5 of the range, 0.04 ps", "Frame 3 of the range, 0.02 ps",
+                                "Frame 2 of the range, 0.01 ps"));
   EXPECT_THAT(output, HasSubstr("FRAME_STEP_FORWARDS = N")) << "the button is let go";
   EXPECT_THAT(report(), HasSubstr("Frame 4 of the range, 0.03 ps"));
 }
@@ -90,10 +80,9 @@ TEST_F(Program, a_step_without_a_trajectory_fails_and_tells_no_frame) {
 TEST_F(Program, a_pick_shows_the_frame_and_marks_its_point) {
   const std::string profile = butane + "SELECT_PROPERTIES \"Total Energy\"\nPROFILE\n";
   ASSERT_EQ(shell(profile + "@pick \"profile of total energy\" 0.052\n"), 0) << trouble;
-  EXPECT_THAT(output, HasSubstr("Frame 6 of the range, 0.05 ps"));
-  EXPECT_THAT(output, HasSubstr("Wrote out/Profile-of-Total-Energy.tsv"));
-  EXPECT_THAT(report(), HasSubstr("marked: "));
-  EXPECT_THAT(report(), HasSubstr(" 0.05, "));
+  EXPECT_THAT(output,
+              AllOf(HasSubstr("Frame 6 of the range, 0.05 ps"), HasSubstr("Wrote out/Profile-of-Total-Energy.tsv")));
+  EXPECT_THAT(report(), AllOf(HasSubstr("marked: "), HasSubstr(" 0.05, ")));
 
   EXPECT_EQ(shell(profile + "@pick profile-of-total-energy 0.052\n"), 0) << trouble;
   EXPECT_EQ(shell(profile + "@pick Nothing 1\n"), 1);
@@ -103,20 +92,12 @@ TEST_F(Program, a_pick_shows_the_frame_and_marks_its_point) {
 }
 
 TEST_F(Program, shows_the_model_as_the_frame_has_it) {
-  std::int32_t handle = 0, status = 0, count = 0, closed = 0;
-  kvA_TRJ_Open(EXAMPLES_DIR "/butane/butane.trj", 100, handle, status);
-  kvA_TRJ_ReadFrame(handle, 4, status);
-  std::array<double, 42> xyz{};
-  kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
-  kvA_TRJ_Close(handle, closed);
-  ASSERT_EQ(status, 0);
-
+  const auto xyz = ExampleFrame("butane", 4).xyz;
   ASSERT_EQ(shell(butane + "@step forwards 3\n@show model\n"), 0) << trouble;
   std::array<char, 80> first{};
   std::snprintf(first.data(), first.size(), "%11.5f%11.5f%11.5f", xyz[0], xyz[1], xyz[2]);
-  EXPECT_THAT(output, HasSubstr("1  C1       C       CT      " + std::string(first.data())));
-  EXPECT_THAT(output, HasSubstr("14 (4 C, 10 H)"));
-  EXPECT_THAT(output, ContainsRegex("shown +Frame 4 of the range, 0.03 ps"));
+  EXPECT_THAT(output, AllOf(HasSubstr("1  C1       C       CT      " + std::string(first.data())),
+                            HasSubstr("14 (4 C, 10 H)"), ContainsRegex("shown +Frame 4 of the range, 0.03 ps")));
   EXPECT_THAT(report(), HasSubstr("14 (4 C, 10 H)"));
   EXPECT_EQ(shell("@show model\n"), 1);
   EXPECT_THAT(trouble, HasSubstr("there is no model"));
@@ -221,13 +202,12 @@ TEST_F(Program, tells_of_results_that_do_not_fit_and_leaves_no_part_of_them) {
       "cd '" + folder().string() + "' && ulimit -f 6 && '" PATHDESK_PROGRAM "' run lines >output 2>trouble";
   EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
   trouble = content_of(folder() / "trouble");
-  EXPECT_THAT(trouble, HasSubstr("cannot write out/report.html: File too large\n"));
-  EXPECT_THAT(trouble, HasSubstr("not drawn: Profile-of-Temperature.svg, Profile-of-Temperature.png: "));
-  EXPECT_THAT(trouble, HasSubstr("the results in out are not complete"));
+  EXPECT_THAT(trouble, AllOf(HasSubstr("cannot write out/report.html: File too large\n"),
+                             HasSubstr("not drawn: Profile-of-Temperature.svg, Profile-of-Temperature.png: "),
+                             HasSubstr("the results in out are not complete")));
   EXPECT_THAT(content_of(folder() / "output"), Not(HasSubstr("Results are in")));
   for (const auto& entry : fs::directory_iterator(folder() / "out")) {
-    EXPECT_THAT(entry.path().filename().string(),
-                testing::AnyOf("Profile-of-Temperature.tsv", "summary.tsv", "summary.json"));
+    EXPECT_THAT(entry.path().filename().string(), AnyOf("Profile-of-Temperature.tsv", "summary.tsv", "summary.json"));
   }
 }
 
@@ -241,11 +221,12 @@ TEST_F(Program, says_what_came_of_a_run_in_numbers) {
   const auto table = content_of(folder() / "out/summary.tsv");
   EXPECT_THAT(table, ContainsRegex("series\tTemperature\tmean\t[0-9.]+\t[0-9.]+\tK\t"));
   // Bonds hold the atoms of a molecule at fixed distances: one O around each H, two H around each O.
-  EXPECT_THAT(table, ContainsRegex("g\\(r\\) of H and O[^\t]*\tcoordination number\t(1|1.0000[0-9]*|0.9999[0-9]*)\t"));
-  EXPECT_THAT(table, ContainsRegex("g\\(r\\) of O and H[^\t]*\tcoordination number\t(2|2.0000[0-9]*|1.9999[0-9]*)\t"));
-  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted from\t0.1\t"));
-  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tfitted to\t0.3\t"));
-  EXPECT_THAT(table, ContainsRegex("D of all atoms[^\t]*\tdiffusion coefficient\t[-0-9.e]+\t[0-9.e-]+\tÅ²/ps"));
+  EXPECT_THAT(table,
+              AllOf(ContainsRegex("g\\(r\\) of H and O[^\t]*\tcoordination number\t(1|1.0000[0-9]*|0.9999[0-9]*)\t"),
+                    ContainsRegex("g\\(r\\) of O and H[^\t]*\tcoordination number\t(2|2.0000[0-9]*|1.9999[0-9]*)\t"),
+                    ContainsRegex("D of all atoms[^\t]*\tfitted from\t0.1\t"),
+                    ContainsRegex("D of all atoms[^\t]*\tfitted to\t0.3\t"),
+                    ContainsRegex("D of all atoms[^\t]*\tdiffusion coefficient\t[-0-9.e]+\t[0-9.e-]+\tÅ²/ps")));
   for (const auto* name : {"rdf-H-O", "rdf-O-H", "rdf-H-H", "coordination-O-H", "msd", "diffusion"}) {
     EXPECT_TRUE(fs::exists(folder() / "out" / (std::string(name) + ".tsv"))) << name;
   }
@@ -323,9 +304,9 @@ TEST_F(Program, asks_what_a_script_is_told_and_shows_the_value_of_a_word_alone) 
                                "\rEXTREMA_NUMBER 7\rRESET\rx\r2\r"
                                "EXTREMA_NUMBER\rRESET\rres\rEXTREMA_NUMBER\r\x04",
                            folder(), status);
-  EXPECT_THAT(shown, HasSubstr("takes: integer from the first frame"));
-  EXPECT_THAT(shown, HasSubstr("  1  Reset\r\n  2  Leave as it is\r\nChoice [1]: "));
-  EXPECT_THAT(shown, HasSubstr("type a number from 1 to 2"));
+  EXPECT_THAT(shown, AllOf(HasSubstr("takes: integer from the first frame"),
+                           HasSubstr("  1  Reset\r\n  2  Leave as it is\r\nChoice [1]: "),
+                           HasSubstr("type a number from 1 to 2")));
   const auto kept = shown.find("EXTREMA_NUMBER = 7"), reset = shown.find("EXTREMA_NUMBER = ", kept + 1);
   EXPECT_NE(kept, std::string::npos) << shown;
   ASSERT_NE(reset, std::string::npos) << shown;
@@ -339,8 +320,7 @@ TEST_F(Program, goes_on_with_its_settings_when_the_process_is_lost) {
                 kill_key + "PROFILE\rEXTREMA_NUMBER\rFIRST_FRAME_NO\rLAST_FRAME_NO\r\x04",
             folder(), status);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  EXPECT_THAT(shown, HasSubstr("PROFILE did not end"));
-  EXPECT_THAT(shown, HasSubstr("A new pathstat runs; 4 lines were repeated."));
+  EXPECT_THAT(shown, AllOf(HasSubstr("PROFILE did not end"), HasSubstr("A new pathstat runs; 4 lines were repeated.")));
   for (const auto* value : {"EXTREMA_NUMBER = 7", "FIRST_FRAME_NO = 7", "LAST_FRAME_NO = 50"}) {
     EXPECT_THAT(shown, HasSubstr(value));
   }

@@ -1,11 +1,8 @@
 // The edges that docs/limits.md lists: the last value that goes, and what becomes of the one beyond it.
-#include <gmock/gmock.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
 
 #include "process/desk_with_process.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
@@ -40,8 +37,7 @@ TEST(Limits, of_a_path_refuse_a_longer_one_and_leave_the_process_alive) {
 }
 
 TEST(Limits, of_lags_are_one_frame_less_than_the_range_has) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   const int frames = std::stoi(desk.value("LAST_FRAME_NO"));
   EXPECT_EQ(desk.run("MSD_MAX_INTERVAL_NO", "2000000000"), 0);
   EXPECT_EQ(std::stoi(desk.value("MSD_MAX_INTERVAL_NO")), frames - 1);

@@ -1,47 +1,18 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <filesystem>
-#include <numbers>
-#include <sstream>
-
 #include "desk/model/marked_measure.h"
 #include "process/desk_with_process.h"
-#include "trajectory/binary_trajectory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-
 constexpr double degree = std::numbers::pi / 180;
 
-/// Positions and cubic cell of a frame.
-class Frame {
- public:
-  Frame(const std::string& example, std::size_t atoms, std::int32_t number) : xyz_(3 * atoms) {
-    std::int32_t handle = 0, status = 0, count = 0;
-    kvA_TRJ_Open(EXAMPLES_DIR "/" + example + "/" + example + ".trj", 100, handle, status);
-    kvA_TRJ_ReadFrame(handle, number, status);
-    kvA_TRJ_ValueDouble(handle, 1071, xyz_, count, status);
-    EXPECT_EQ(status, 0);
-    std::array<double, 6> cell{};
-    kvA_TRJ_ValueDouble(handle, 1058, cell, count, status);
-    edge = cell[0];
-    kvA_TRJ_Close(handle, status);
-  }
-  /// The atom with that number, from 1, moved along the third cell vector.
+/// A frame whose atoms have numbers from 1, and may be moved along the third cell vector.
+struct Frame : ExampleFrame {
+  using ExampleFrame::ExampleFrame;
   Vector3 operator()(std::size_t atom, double steps = 0) const {
-    return {xyz_[3 * atom - 3], xyz_[3 * atom - 2], xyz_[3 * atom - 1] + steps * edge};
+    return {xyz[3 * atom - 3], xyz[3 * atom - 2], xyz[3 * atom - 1] + steps * edge};
   }
-  double edge = 0;
-
- private:
-  std::vector<double> xyz_;
 };
 
 Vector3 minus(const Vector3& p, const Vector3& q) { return {p[0] - q[0], p[1] - q[1], p[2] - q[2]}; }
@@ -95,20 +66,20 @@ TEST_F(MeasuresOfARun, are_those_of_the_definitions_in_every_frame) {
   EXPECT_THAT(mark("plane 5 1 6 12 4 13"), IsEmpty());
   EXPECT_THAT(mark("inversion jilk 1 2 5 6"), IsEmpty());
   EXPECT_THAT(mark("torsion 1 2 3 4"), IsEmpty());
-  ASSERT_EQ(desk.run("LAST_FRAME_NO", "120"), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Distance Angle Torsion Plane Inversion \"Distance Vector\""), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 120",
+                            "SELECT_PROPERTIES Distance Angle Torsion Plane Inversion \"Distance Vector\"", "PROFILE"}),
+            0);
   const auto distances = series("dst"), angles = series("ang"), torsions = series("tors"), planes = series("plan"),
              inversions = series("inv"), vectors = series("dst_v");
   EXPECT_EQ(angles.values_per_point, 2);
   EXPECT_EQ(vectors.values_per_point, 3);
   ASSERT_EQ(torsions.points, 120);
   for (std::int32_t k = 0; k < torsions.points; ++k) {
-    const Frame at("butane", 14, torsions.numbers[k]);
+    const Frame at("butane", torsions.numbers[k]);
     const auto point = static_cast<std::size_t>(k);
     const Vector3 across = minus(at(4), at(1));
     EXPECT_NEAR(distances.values[point][0], length(across), 1e-12);
-    EXPECT_THAT(vectors.values[point], testing::Pointwise(testing::DoubleNear(1e-12), across));
+    EXPECT_THAT(vectors.values[point], Pointwise(DoubleNear(1e-12), across));
     EXPECT_NEAR(angles.values[point][0], angle(minus(at(1), at(2)), minus(at(3), at(2))), 1e-9);
     EXPECT_NEAR(angles.values[point][1], angle(minus(at(2), at(3)), minus(at(4), at(3))), 1e-9);
     const double about_bond = torsion(at(1), at(2), at(3), at(4));
@@ -133,17 +104,16 @@ TEST_F(MeasuresOfARun, cross_the_faces_of_the_cell) {
   EXPECT_THAT(mark("distance 1 4"), IsEmpty());
   EXPECT_THAT(mark("distance 1 4-c"), IsEmpty());
   EXPECT_THAT(mark("distance 1+2c 4+0"), IsEmpty());
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Distance"), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES Distance", "PROFILE"}), 0);
   const auto found = series("dst");
   ASSERT_EQ(found.values_per_point, 3);
-  const Frame first("water-npt", 648, 1);
+  const Frame first("water-npt", 1);
   const Vector3 between = minus(first(4), first(1));
   double nearest = 0;
   for (const double d : between) nearest += std::pow(d - first.edge * std::round(d / first.edge), 2);
   EXPECT_NEAR(found.values[0][0], std::sqrt(nearest), 1e-10);
   for (std::int32_t k = 0; k < found.points; ++k) {
-    const Frame at("water-npt", 648, found.numbers[static_cast<std::size_t>(k)]);
+    const Frame at("water-npt", found.numbers[static_cast<std::size_t>(k)]);
     const auto& values = found.values[static_cast<std::size_t>(k)];
     EXPECT_NEAR(values[1], length(minus(at(4, -1), at(1))), 1e-10) << "the cell varies";
     EXPECT_NEAR(values[2], length(minus(at(4), at(1, 2))), 1e-10);
@@ -152,9 +122,7 @@ TEST_F(MeasuresOfARun, cross_the_faces_of_the_cell) {
 
 TEST_F(MeasuresOfARun, are_read_again_only_when_they_have_changed) {
   ASSERT_EQ(desk.load_example("butane"), 0);
-  ASSERT_EQ(desk.run("LAST_FRAME_NO", "5"), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Distance \"Distance Vector\""), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 5", "SELECT_PROPERTIES Distance \"Distance Vector\"", "PROFILE"}), 0);
   const auto made = [&](const char* extension) {
     return std::filesystem::last_write_time(desk.work() / ("PathStat_prf." + std::string(extension)));
   };
@@ -169,24 +137,21 @@ TEST_F(MeasuresOfARun, are_read_again_only_when_they_have_changed) {
   EXPECT_EQ(made("dst_v"), old);
   EXPECT_THAT(mark("distance 2 3"), IsEmpty());
   // Only the distances are asked for: the vectors, of the same monitors, must not be taken for current later.
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Distance"), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES Distance", "PROFILE"}), 0);
   EXPECT_EQ(series("dst").values_per_point, 2);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "\"Distance Vector\""), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES \"Distance Vector\"", "PROFILE"}), 0);
   EXPECT_EQ(series("dst_v").values_per_point, 6);
   desk.model.remove_monitor(*desk.model.model(desk.model.current_model()), 0);
   ASSERT_EQ(desk.run("PROFILE"), 0);
   EXPECT_EQ(series("dst_v").values_per_point, 3);
-  const Frame first("butane", 14, 1);
-  EXPECT_THAT(series("dst_v").values[0], testing::Pointwise(testing::DoubleNear(1e-12), minus(first(3), first(2))));
+  const Frame first("butane", 1);
+  EXPECT_THAT(series("dst_v").values[0], Pointwise(DoubleNear(1e-12), minus(first(3), first(2))));
 }
 
 TEST_F(MeasuresOfARun, of_a_kind_share_a_histogram) {
   ASSERT_EQ(desk.load_example("butane"), 0);
   EXPECT_THAT(mark("angle 2 3 4"), IsEmpty());
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Angle"), 0);
-  ASSERT_EQ(desk.run("DISTRIBUTION"), 0);
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES Angle", "DISTRIBUTION"}), 0);
   double sum = 0;
   for (const auto& point : desk.data_set(0).points) sum += point.y;
   EXPECT_NEAR(sum, 1.0, 1e-5) << "both angles in one histogram";
@@ -200,10 +165,8 @@ TEST_F(MeasuresOfARun, of_selected_models_are_their_present_values) {
   EXPECT_THAT(mark("distance 1 2"), IsEmpty());
   EXPECT_THAT(mark("distance 1 3"), IsEmpty());
   ASSERT_EQ(desk.model.select_models(std::vector<std::string>{"all"}), "");
-  ASSERT_EQ(desk.run("ANALYSIS_INPUT_SOURCE", "\"SELECTED MODELS\""), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Distance Torsion"), 0);
-  EXPECT_EQ(desk.run("PROFILE"), 0);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_80")) << "only as a distribution";
+  ASSERT_EQ(desk.run_lines({"ANALYSIS_INPUT_SOURCE \"SELECTED MODELS\"", "SELECT_PROPERTIES Distance Torsion"}), 0);
+  EXPECT_THAT(desk.told("PROFILE"), Pair(0, Contains("PATHSTAT_ERROR_80"))) << "only as a distribution";
   ASSERT_EQ(desk.run("DISTRIBUTION"), 0);
   const auto distances = series("dst"), torsions = series("tors");
   EXPECT_EQ(distances.kind, 10005);

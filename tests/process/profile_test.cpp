@@ -1,16 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "process/desk_with_process.h"
+
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr double gpa_of_atmosphere = 0.000101325;
 
@@ -58,10 +51,8 @@ INSTANTIATE_TEST_SUITE_P(examples, ExtractedSeries,
                                          EngineSeries{"butane", "Radius of Gyration", ".rgyr", "c_g"}));
 
 TEST(StressAndCell, take_the_columns_of_three_directions) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water-npt"), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Stress \"Cell Parameters\" Density"), 0);
-  ASSERT_EQ(desk.run("PROFILE"), 0);
+  DeskWithProcess desk("water-npt");
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES Stress \"Cell Parameters\" Density", "PROFILE"}), 0);
   const auto stress = read_scratch(desk.work() / "PathStat_prf.strs");
   const auto cell = read_scratch(desk.work() / "PathStat_prf.cell");
   ASSERT_EQ(stress.values_per_point, 6);
@@ -91,8 +82,7 @@ double mean(const std::vector<double>& values, std::size_t from, std::size_t cou
 }
 
 TEST(Averages, agree_with_the_log) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   ASSERT_EQ(desk.run("SELECT_PROPERTIES", "\"Potential Energy\""), 0);
   const auto log = log_column("argon", "PotEng");
   ASSERT_EQ(desk.run("RUNNING_AVERAGE"), 0);
@@ -101,9 +91,7 @@ TEST(Averages, agree_with_the_log) {
   for (const std::size_t k : {0UL, 1UL, 57UL, log.size() - 1}) {
     EXPECT_NEAR(running[k].y, mean(log, 0, k + 1), 1e-3);
   }
-  ASSERT_EQ(desk.run("BLOCK_WIDTH_NO", "20"), 0);
-  ASSERT_EQ(desk.run("BLOCK_INTERVAL_NO", "50"), 0);
-  ASSERT_EQ(desk.run("BLOCK_AVERAGE"), 0);
+  ASSERT_EQ(desk.run_lines({"BLOCK_WIDTH_NO 20", "BLOCK_INTERVAL_NO 50", "BLOCK_AVERAGE"}), 0);
   const auto& blocks = desk.data_set(1).points;
   ASSERT_EQ(blocks.size(), 4U);
   EXPECT_NEAR(blocks[0].y, mean(log, 0, 10), 1e-3) << "the first window holds half its width";
@@ -112,10 +100,8 @@ TEST(Averages, agree_with_the_log) {
 }
 
 TEST(Distribution, puts_every_frame_into_a_bin_and_prints_the_moments) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
-  ASSERT_EQ(desk.run("SELECT_PROPERTIES", "Temperature"), 0);
-  ASSERT_EQ(desk.run("NUMBER_OF_BINS", "16"), 0);
+  DeskWithProcess desk("argon");
+  ASSERT_EQ(desk.run_lines({"SELECT_PROPERTIES Temperature", "NUMBER_OF_BINS 16"}), 0);
   desk.messages.clear();
   ASSERT_EQ(desk.run("DISTRIBUTION"), 0);
   const auto log = log_column("argon", "Temp");
@@ -145,8 +131,7 @@ TEST(Distribution, puts_every_frame_into_a_bin_and_prints_the_moments) {
 }
 
 TEST(Termination, removes_the_result_files) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   ASSERT_EQ(desk.run("PROFILE"), 0);
   ASSERT_TRUE(std::filesystem::exists(desk.work() / "PathStat_prf.te"));
   ASSERT_TRUE(std::filesystem::exists(desk.work() / "TmpTrjModel.qfx"));

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 #include "process/desk_with_process.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 
@@ -13,7 +10,7 @@ struct Refusal {
   const char* word;
   const char* arguments;
   std::int32_t status;
-  const char* key;  ///< of a message that it gives; null where the status speaks for itself, empty for none
+  const char* key;  ///< of the message that it gives; null where the status speaks for itself, empty for none
 };
 
 inline void expect_refused(DeskWithProcess& desk, const Refusal& refusal) {
@@ -21,11 +18,8 @@ inline void expect_refused(DeskWithProcess& desk, const Refusal& refusal) {
   desk.messages.clear();
   EXPECT_EQ(desk.run(refusal.word, refusal.arguments), refusal.status);
   if (refusal.key == nullptr) return;
-  if (*refusal.key == '\0') {
-    EXPECT_THAT(desk.take_keys(), testing::IsEmpty());
-  } else {
-    EXPECT_THAT(desk.take_keys(), testing::Contains(refusal.key));
-  }
+  const std::vector<std::string> keys(*refusal.key == '\0' ? 0 : 1, refusal.key);
+  EXPECT_EQ(desk.take_keys(), keys);
 }
 
 }  // namespace pathstat::desk

@@ -1,21 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
 #include <chrono>
-#include <cmath>
-#include <numbers>
 #include <thread>
 
 #include "process/desk_with_process.h"
 #include "support/record_file.h"
-#include "trajectory/binary_trajectory.h"
+#include "testing.h"
 
 namespace pathstat::desk {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
 
 /// The file of a radial distribution, column by column.
 struct Distribution {
@@ -56,49 +47,23 @@ Distribution read_distribution(const std::filesystem::path& work) {
   return found;
 }
 
-struct Frame {
-  std::vector<double> xyz;
-  double edge = 0.0;  ///< of the cubic cell
-
-  Frame(const std::string& example, std::size_t atoms, std::int32_t number) : xyz(3 * atoms) {
-    std::int32_t handle = 0, status = 0, count = 0;
-    kvA_TRJ_Open(EXAMPLES_DIR "/" + example + "/" + example + ".trj", 100, handle, status);
-    kvA_TRJ_ReadFrame(handle, number, status);
-    kvA_TRJ_ValueDouble(handle, 1071, xyz, count, status);
-    std::array<double, 6> cell{};
-    kvA_TRJ_ValueDouble(handle, 1058, cell, count, status);
-    EXPECT_EQ(status, 0);
-    edge = cell[0];
-    kvA_TRJ_Close(handle, status);
-  }
-};
-
-/// g(r) of like atoms in cubic cells by nearest images, for a cutoff below half the edge. The pairs of each frame are
-/// taken to share the mean volume up to it.
-std::vector<double> distribution(const std::vector<Frame>& frames, double dr, double cutoff) {
-  std::vector<double> g(static_cast<std::size_t>(std::round(cutoff / dr)));
-  const std::size_t atoms = frames[0].xyz.size() / 3;
-  const double pairs = std::pow(static_cast<double>(atoms), 2);
-  double volumes = 0.0;
-  for (std::size_t number = 0; number < frames.size(); ++number) {
-    const Frame& frame = frames[number];
-    volumes += std::pow(frame.edge, 3);
-    const double volume = volumes / static_cast<double>(number + 1);
-    for (std::size_t i = 0; i < atoms; ++i) {
-      for (std::size_t j = 0; j < atoms; ++j) {
-        double square = 0.0;
-        for (std::size_t k = 0; k < 3; ++k) {
-          const double d = frame.xyz[3 * i + k] - frame.xyz[3 * j + k];
-          square += std::pow(d - frame.edge * std::round(d / frame.edge), 2);
-        }
-        if (i == j || square >= cutoff * cutoff) continue;
-        const auto bin = static_cast<std::size_t>(std::sqrt(square) / dr);
-        const double middle = (static_cast<double>(bin) + 0.5) * dr;
-        g[bin] += volume / (pairs * 4.0 * std::numbers::pi * middle * middle * dr) / static_cast<double>(frames.size());
+/// g(r) of like atoms in a cubic cell by nearest images, for a cutoff below half the edge.
+void add_distribution(const ExampleFrame& frame, double dr, double cutoff, double frames, std::vector<double>& g) {
+  const std::size_t atoms = frame.xyz.size() / 3;
+  const double volume = std::pow(frame.edge, 3), pairs = std::pow(static_cast<double>(atoms), 2);
+  for (std::size_t i = 0; i < atoms; ++i) {
+    for (std::size_t j = 0; j < atoms; ++j) {
+      double square = 0.0;
+      for (std::size_t k = 0; k < 3; ++k) {
+        const double d = frame.xyz[3 * i + k] - frame.xyz[3 * j + k];
+        square += std::pow(d - frame.edge * std::round(d / frame.edge), 2);
       }
+      if (i == j || square >= cutoff * cutoff) continue;
+      const auto bin = static_cast<std::size_t>(std::sqrt(square) / dr);
+      const double middle = (static_cast<double>(bin) + 0.5) * dr;
+      g[bin] += volume / (pairs * 4.0 * std::numbers::pi * middle * middle * dr) / frames;
     }
   }
-  return g;
 }
 
 /// Pairs that a function stands for: its integral times scale over 4 pi r^2 dr, for each of n atoms of the model.
@@ -117,15 +82,13 @@ std::vector<std::string> graphs(const DeskWithProcess& desk) {
 }
 
 TEST(RadialDistribution, of_a_trajectory_is_that_of_its_frames) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
-  EXPECT_EQ(desk.run("STRUCTURE_FACTOR"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_71"));
-  ASSERT_EQ(desk.run("LAST_FRAME_NO", "199"), 0);
-  ASSERT_EQ(desk.run("INCREMENT_NO", "99"), 0);
-  ASSERT_EQ(desk.run("RDF"), 0);
-  const auto expected =
-      distribution({Frame("argon", 500, 1), Frame("argon", 500, 100), Frame("argon", 500, 199)}, 0.02, 9.0);
+  DeskWithProcess desk("argon");
+  EXPECT_THAT(desk.told("STRUCTURE_FACTOR"), Pair(1, Contains("PATHSTAT_ERROR_71")));
+  ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 199", "INCREMENT_NO 99", "RDF"}), 0);
+  std::vector<double> expected(450);
+  for (const std::int32_t number : {1, 100, 199}) {
+    add_distribution(ExampleFrame("argon", number), 0.02, 9.0, 3.0, expected);
+  }
   const auto found = read_distribution(desk.work());
   ASSERT_EQ(found.total.size(), expected.size());
   EXPECT_EQ(found.columns, 1);
@@ -145,30 +108,9 @@ TEST(RadialDistribution, of_a_trajectory_is_that_of_its_frames) {
   EXPECT_THAT(graphs(desk), ElementsAre("Total RDF for all atoms", "Total S(k) for all atoms"));
 }
 
-TEST(RadialDistribution, of_cells_that_vary_takes_each_frame_in_its_own) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water-npt"), 0);
-  ASSERT_EQ(desk.run("FIRST_FRAME_NO", "2"), 0);
-  ASSERT_EQ(desk.run("LAST_FRAME_NO", "5"), 0);
-  ASSERT_EQ(desk.run("RDF_CUTOFF", "7"), 0);
-  ASSERT_EQ(desk.run("RDF"), 0);
-  std::vector<Frame> frames;
-  for (std::int32_t number = 2; number <= 5; ++number) frames.emplace_back("water-npt", 648, number);
-  EXPECT_GT(std::abs(frames[3].edge - frames[0].edge), 1e-3);
-  const auto expected = distribution(frames, 0.02, 7.0);
-  const auto found = read_distribution(desk.work());
-  ASSERT_EQ(found.total.size(), expected.size());
-  for (std::size_t k = 0; k < expected.size(); ++k) {
-    EXPECT_NEAR(found.total[k], expected[k], 1e-10 * (1.0 + expected[k])) << k;
-  }
-}
-
 TEST(RadialDistribution, splits_into_what_a_molecule_has_and_what_is_between_them) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
-  ASSERT_EQ(desk.run("LAST_FRAME_NO", "20"), 0);
-  ASSERT_EQ(desk.run("RDF_COMPONENTS", "yes"), 0);
-  ASSERT_EQ(desk.run("RDF_BETWEEN", "ELEMENTS"), 0);
+  DeskWithProcess desk("water");
+  ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 20", "RDF_COMPONENTS yes", "RDF_BETWEEN ELEMENTS"}), 0);
   struct Case {
     const char* names;
     double pairs_within;  // of all 216 molecules, those of like atoms both ways
@@ -190,15 +132,12 @@ TEST(RadialDistribution, splits_into_what_a_molecule_has_and_what_is_between_the
     EXPECT_NEAR(far, 1.0, 0.03) << names;
   }
   EXPECT_THAT(graphs(desk), Contains("Components of RDF for selected elements").Times(3));
-  EXPECT_EQ(desk.run("RDF_TYPE", "O C"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_105"));
+  EXPECT_THAT(desk.told("RDF_TYPE", "O C"), Pair(1, Contains("PATHSTAT_ERROR_105")));
 }
 
 TEST(RadialDistribution, of_one_free_molecule_is_all_within_it) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("butane"), 0);
-  ASSERT_EQ(desk.run("RDF_COMPONENTS", "yes"), 0);
-  ASSERT_EQ(desk.run("RDF"), 0);
+  DeskWithProcess desk("butane");
+  ASSERT_EQ(desk.run_lines({"RDF_COMPONENTS yes", "RDF"}), 0);
   const auto found = read_distribution(desk.work());
   EXPECT_EQ(found.periodic, 0);
   EXPECT_NEAR(pairs_of(found.total, found, 14.0), 14.0 * 13.0, 1e-6);
@@ -207,15 +146,11 @@ TEST(RadialDistribution, of_one_free_molecule_is_all_within_it) {
 }
 
 TEST(RadialDistribution, of_models_works_on_their_selected_atoms) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("water"), 0);
-  ASSERT_EQ(desk.run("RDF_FOR", "MODEL"), 0);
-  ASSERT_EQ(desk.run("RDF_BETWEEN", "SELECTED"), 0);
-  EXPECT_EQ(desk.run("RDF"), 1);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_ERROR_72"));
+  DeskWithProcess desk("water");
+  ASSERT_EQ(desk.run_lines({"RDF_FOR MODEL", "RDF_BETWEEN SELECTED"}), 0);
+  EXPECT_THAT(desk.told("RDF"), Pair(1, Contains("PATHSTAT_ERROR_72")));
   desk.select("element O");
-  ASSERT_EQ(desk.run("RDF_COMPONENTS", "yes"), 0);
-  ASSERT_EQ(desk.run("RDF"), 0);
+  ASSERT_EQ(desk.run_lines({"RDF_COMPONENTS yes", "RDF"}), 0);
   const auto found = read_distribution(desk.work());
   EXPECT_EQ(found.set_type, 5);
   EXPECT_NEAR(found.offset, 1.0 / 3.0, 1e-15);
@@ -224,13 +159,11 @@ TEST(RadialDistribution, of_models_works_on_their_selected_atoms) {
 }
 
 TEST(RadialDistribution, keeps_what_is_done_when_it_is_interrupted) {
-  DeskWithProcess desk;
-  ASSERT_EQ(desk.load_example("argon"), 0);
+  DeskWithProcess desk("argon");
   // The Core is asked no more than once in 0.4 seconds.
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   desk.interrupt = true;
-  ASSERT_EQ(desk.run("RDF"), 0);
-  EXPECT_THAT(desk.take_keys(), Contains("PATHSTAT_WARN_12"));
+  EXPECT_THAT(desk.told("RDF"), Pair(0, Contains("PATHSTAT_WARN_12")));
   const auto found = read_distribution(desk.work());
   EXPECT_EQ(found.total, std::vector<double>(450));
   EXPECT_EQ(found.offset, 1.0);

@@ -109,6 +109,16 @@ class Case(unittest.TestCase):
     def path(self, name):
         return os.path.join(self.folder, name)
 
+    def write(self, name, text):
+        """@return the path of a file of this text"""
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.path(name)
+
+    def goes_well(self, code, told, trouble):
+        self.assertEqual((code, trouble), (0, ""), told + trouble)
+        return told
+
 
 class Walks(Case):
     """Formats that MDAnalysis can write, in cells that change."""
@@ -182,8 +192,7 @@ class Walks(Case):
                  for k, (x, y, z) in sorted(enumerate(walk.wrapped[0]), key=lambda row: (row[0] * 37) % 61)]
         data += ["", "Bonds", "", *(f"{n + 1} 1 {a + 1} {b + 1}" for n, (a, b) in enumerate(bonds))]
         for ending, lines in (("prmtop", prmtop), ("psf", psf), ("data", data)):
-            with open(self.path("top." + ending), "w", encoding="ascii") as file:
-                file.write("\n".join(lines) + "\n")
+            self.write("top." + ending, "\n".join(lines) + "\n")
         return bonds
 
     def test_topologies_give_their_elements_masses_charges_and_bonds(self):
@@ -253,9 +262,7 @@ class Walks(Case):
         names = [("SOL", "OW"), ("SOL", "HW1"), ("SOL", "HW2"), ("SOL", "MW"), ("SOL", "CA"), ("CA", "CA"), ("Ar", "AR")]
         rows = [f"{k:5d}{residue:<5}{name:>5}{k + 1:5d}{0.1 * k:8.3f}{0:8.3f}{0:8.3f}"
                 for k, (residue, name) in enumerate(names)]
-        with open(self.path("four.gro"), "w", encoding="ascii") as file:
-            file.write("\n".join(["four sites", str(len(rows)), *rows, "   2.0 2.0 2.0"]) + "\n")
-        run = Imported(self.folder, self.path("four.gro"))
+        run = Imported(self.folder, self.write("four.gro", "\n".join(["four sites", "7", *rows, "   2.0 2.0 2.0"]) + "\n"))
         self.assertEqual(run.model["Element"], ["O", "H", "H", "X", "C", "Ca", "Ar"])
         self.assertIn("Elements are guessed from names", run.told)
 
@@ -388,10 +395,8 @@ class RealRuns(Case):
         words = (GROMACS + "tpr", GROMACS + "xtc", "--last", 5, "--timestep", 1)
         for name, text in columns.items():
             with self.subTest(name):
-                with open(self.path(name), "w", encoding="utf-8") as file:
-                    file.write(text)
                 units = ("--energy-units", "eV") if name == "step.csv" else ()
-                run = Imported(self.folder, *words, "--energies", self.path(name), *units)
+                run = Imported(self.folder, *words, "--energies", self.write(name, text), *units)
                 there = slice(2, None) if name == "two.log" else slice(None)
                 np.testing.assert_allclose(run.value("temperature"), heat, rtol=1e-6)
                 np.testing.assert_allclose(run.value("total")[there], energy[there], rtol=1e-6)
@@ -439,9 +444,8 @@ class RealRuns(Case):
 
 class Analyses(Case):
     def test_a_pair_of_files_becomes_a_report(self):
-        code, told, trouble = pathdesk("analyse", GROMACS + "tpr", GROMACS + "trr", "--out", self.path("out"), "--first", 1,
-                                       "--format", "tsv,html")
-        self.assertEqual((code, trouble), (0, ""), told + trouble)
+        self.goes_well(*pathdesk("analyse", GROMACS + "tpr", GROMACS + "trr", "--out", self.path("out"), "--first", 1,
+                                 "--format", "tsv,html"))
         made = os.listdir(self.path("out"))
         for name in ("analyse.script", "report.html", "water.trj", "water.qfx"):
             self.assertIn(name, made)
@@ -457,13 +461,11 @@ class Analyses(Case):
                 for ending in ("tpr", "xtc", "xvg"):
                     shutil.copy(GROMACS + ending, self.path(f"{name}.{ending}"))
                 words = ("--last", 4, "--format", "tsv", "--energies", name + ".xvg", "--out", "theirs")
-                code, told, trouble = pathdesk("analyse", name + ".tpr", name + ".xtc", *words, folder=self.folder)
-                self.assertEqual((code, trouble), (0, ""), told)
+                self.goes_well(*pathdesk("analyse", name + ".tpr", name + ".xtc", *words, folder=self.folder))
                 made = next(file[:-4] for file in os.listdir(self.path("theirs")) if file.endswith(".trj"))
                 for ending in ("trj", "qfx"):
                     os.rename(self.path(f"theirs/{made}.{ending}"), self.path(f"{name}.{ending}"))
-                code, told, trouble = pathdesk("analyse", name + ".trj", "--format", "tsv", "--out", "ours", folder=self.folder)
-                self.assertEqual((code, trouble), (0, ""), told)
+                told = self.goes_well(*pathdesk("analyse", name + ".trj", "--format", "tsv", "--out", "ours", folder=self.folder))
                 self.assertIn("Temperature: mean", told)
 
     def test_options_and_files_that_do_not_belong_together_are_one_line(self):
@@ -480,8 +482,7 @@ class Analyses(Case):
             self.assertFalse(os.path.exists(self.path("out")))
 
     def run_script(self, *lines):
-        with open(self.path("some.script"), "w", encoding="utf-8") as file:
-            file.write("\n".join(lines) + "\n")
+        self.write("some.script", "\n".join(lines) + "\n")
         return pathdesk("run", "some.script", "--workdir", "work", "--format", "tsv", folder=self.folder)
 
     def test_what_the_files_do_not_have_cannot_be_selected(self):
@@ -502,11 +503,9 @@ class Analyses(Case):
         self.assertNotIn("nan", told)
 
     def test_values_that_only_some_frames_have_can_be_selected(self):
-        with open(self.path("late.csv"), "w", encoding="utf-8") as file:
-            file.write("time (ps),temperature (K)\n" + "".join(f"{0.1 * k:.1f},{290 + k}\n" for k in range(2, 6)))
-        code, told, trouble = self.run_script(f"@import run {GROMACS}tpr {GROMACS}xtc --last 6 --energies late.csv",
-                                              "SELECT_PROPERTIES Temperature", "PROFILE")
-        self.assertEqual((code, trouble), (0, ""), told)
+        self.write("late.csv", "time (ps),temperature (K)\n" + "".join(f"{0.1 * k:.1f},{290 + k}\n" for k in range(2, 6)))
+        told = self.goes_well(*self.run_script(f"@import run {GROMACS}tpr {GROMACS}xtc --last 6 --energies late.csv",
+                                               "SELECT_PROPERTIES Temperature", "PROFILE"))
         self.assertIn("Temperature: mean 293.5", told)
 
     def test_a_script_brings_files_in_once(self):
@@ -520,8 +519,7 @@ class Analyses(Case):
                 (done, lambda: os.remove(self.path("work/water.qfx"))), (at_hand, None))):
             if change:
                 change()
-            code, told, trouble = self.run_script(*lines)
-            self.assertEqual((code, trouble), (0, ""), told)
+            told = self.goes_well(*self.run_script(*lines))
             self.assertIn(expected, told, number)
             self.assertIn("Temperature: mean", told)
         code, told, trouble = self.run_script(line + " --last 20", *lines[1:])
@@ -530,9 +528,8 @@ class Analyses(Case):
 
     def test_a_line_brings_in_another_model_under_the_same_name(self):
         line = f"@import run {GROMACS}tpr {GROMACS}xtc --last 3"
-        code, told, trouble = self.run_script(line, "@show model", line + ' --select "name OW"', "@show model",
-                                              "TRAJECTORY run")
-        self.assertEqual((code, trouble), (0, ""), told)
+        told = self.goes_well(*self.run_script(line, "@show model", line + ' --select "name OW"', "@show model",
+                                               "TRAJECTORY run"))
         atoms = len(MDAnalysis.Universe(GROMACS + "tpr").atoms)
         self.assertRegex(told, rf"(?s)atoms +{atoms}\b.*atoms +{atoms // 3}\b.*run.trj is loaded again")
 
@@ -557,21 +554,19 @@ class Refusals(Case):
 
     def script(self, body):
         """A script that stands in the place of the one that reads."""
-        with open(self.path("import_frames.py"), "w", encoding="utf-8") as file:
-            file.write("import struct, sys\n"
-                       "def block(tag, body=b'', length=None):\n"
-                       "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), len(body) if length is None else length) + body)\n"
-                       + body)
-        return self.refused(self.path("import_frames.py"), environment={"PATHSTAT_SCRIPTS": self.folder})
+        return self.write("import_frames.py", "import struct, sys, time\n"
+                          "def block(tag, body=b'', length=None):\n"
+                          "    size = len(body) if length is None else length\n"
+                          "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), size) + body)\n"
+                          "    sys.stdout.buffer.flush()\n" + body)
 
     def test_files_that_are_not_there_or_do_not_fit(self):
         walk = Walk(breathing(BOXES["orthorhombic"], 2))
         for ending in ("dcd", "nc", "xyz"):
             walk.write(self.path("walk." + ending))
         tpr, xtc, xvg, log = GROMACS + "tpr", GROMACS + "xtc", GROMACS + "xvg", LAMMPS + ".log"
-        for name in ("empty.xtc", "notes.txt"):
-            with open(self.path(name), "w", encoding="utf-8") as file:
-                file.write("some words\n" if name == "notes.txt" else "")
+        self.write("empty.xtc", "")
+        self.write("notes.txt", "some words\n")
         cases = (((tpr, self.path("walk.dcd")), "walk.dcd has 60 atoms and .*water.tpr has 648"),
                  ((tpr, self.path("walk.nc")), "walk.nc has 60 atoms and .*water.tpr has 648"),
                  ((self.path("walk.xyz"), xtc), "water.xtc has 648 atoms and .*walk.xyz has 60"),
@@ -618,8 +613,7 @@ class Refusals(Case):
 
     def test_without_mdanalysis_the_package_is_named(self):
         os.mkdir(self.path("MDAnalysis"))
-        with open(self.path("MDAnalysis/__init__.py"), "w", encoding="utf-8") as file:
-            file.write("raise ImportError")
+        self.write("MDAnalysis/__init__.py", "raise ImportError")
         complaint = self.refused(GROMACS + "tpr", GROMACS + "xtc", environment={"PYTHONPATH": self.folder})
         self.assertIn("install the package python3-mdanalysis", complaint)
 
@@ -645,19 +639,13 @@ class Refusals(Case):
                  frame + "block('xyz', b'12345', length=24)\n": "ended early"}
         for body, part in cases.items():
             with self.subTest(body):
-                self.assertIn(part, self.script(body))
+                self.assertIn(part, self.refused(self.script(body), environment={"PATHSTAT_SCRIPTS": self.folder}))
 
     def test_an_interrupt_leaves_nothing(self):
-        with open(self.path("import_frames.py"), "w", encoding="utf-8") as file:
-            file.write("import struct, sys, time\n"
-                       "def block(tag, body=b''):\n"
-                       "    sys.stdout.buffer.write(struct.pack('=8sq', tag.ljust(8).encode(), len(body)) + body)\n"
-                       "    sys.stdout.buffer.flush()\n"
-                       "block('counts', struct.pack('=4q', 1, 0, 9, 0))\nblock('elements', b'O\\n')\nblock('series')\n"
-                       "for k in range(3):\n"
-                       "    block('frame', struct.pack('=7d', k, 0, 0, 0, 0, 0, 0)); block('xyz', bytes(12))\n"
-                       "time.sleep(100)\n")
-        top = self.path("import_frames.py")
+        top = self.script("block('counts', struct.pack('=4q', 1, 0, 9, 0))\nblock('elements', b'O\\n')\nblock('series')\n"
+                          "for k in range(3):\n"
+                          "    block('frame', struct.pack('=7d', k, 0, 0, 0, 0, 0, 0)); block('xyz', bytes(12))\n"
+                          "time.sleep(100)\n")
         process = subprocess.Popen([os.environ["PATHDESK_PROGRAM"], "import", "-o", self.path("out"), top],
                                    env={**os.environ, "PATHSTAT_SCRIPTS": self.folder}, stderr=subprocess.PIPE, text=True)
         limit = time.monotonic() + 60

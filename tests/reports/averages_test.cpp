@@ -1,13 +1,8 @@
 #include "reports/averages.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <random>
-#include <vector>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -34,9 +29,7 @@ TEST(RunningAverage, is_the_mean_of_all_frames_so_far) {
   constexpr std::size_t values = 3;
   const Table table = random_table(values * 200, seed);
   Table averaged = table;
-  std::int32_t status = 7;
-  runningaverage_(values, 200, averaged, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(runningaverage_, static_cast<std::int32_t>(values), 200, averaged), 0);
   for (std::size_t j = 0; j < values; ++j) {
     EXPECT_EQ(averaged[j], table[j]) << "the first frame stays";
     for (std::int32_t f = 1; f <= 200; ++f) {
@@ -57,9 +50,7 @@ TEST_P(BlockAverage, is_the_mean_over_each_window) {
   const Table table = random_table(row * static_cast<std::size_t>(frames), seed);
   Table averaged = table;
   Table work(static_cast<std::size_t>(frames));
-  std::int32_t status = 7;
-  blockaverage_(values, frames, averaged, work, width, interval, width / 2, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(blockaverage_, values, frames, averaged, work, width, interval, width / 2), 0);
   const std::int32_t blocks = (frames + interval - 1) / interval;
   ASSERT_EQ(block_count(frames, interval), blocks);
   for (std::int32_t b = 1; b <= blocks; ++b) {
@@ -95,7 +86,7 @@ TEST(Histogram, collects_values_round_the_lower_edge_of_each_bin) {
   // Range 4 in 4 bins: bin k takes what lies round k - 1, the first half as wide, the last half as wide again.
   const Histogram made = histogram({0, 0.4, 0.5, 1.4, 1.5, 2.6, 3.4, 4}, 1, 8, 4);
   EXPECT_EQ(made.status, 0);
-  EXPECT_THAT(made.bin_data, testing::ElementsAre(0.5, 4.0, 1.0));
+  EXPECT_THAT(made.bin_data, ElementsAre(0.5, 4.0, 1.0));
   EXPECT_EQ(made.table[0], 2.0 / 8) << "0 and 0.4; 0.5 rounds up";
   EXPECT_EQ(made.table[1], 2.0 / 8) << "0.5 and 1.4";
   EXPECT_EQ(made.table[2], 1.0 / 8) << "1.5";
@@ -109,7 +100,7 @@ TEST(Histogram, of_values_without_spread_is_full_in_every_bin) {
     EXPECT_EQ(made.status, no_spread);
     EXPECT_EQ(made.bin_data[2], 0.0);
     EXPECT_EQ(made.bin_data[1], *std::ranges::max_element(table));
-    EXPECT_THAT(std::vector(made.table.begin(), made.table.begin() + 5), testing::Each(1.0));
+    EXPECT_THAT(std::vector(made.table.begin(), made.table.begin() + 5), Each(1.0));
   }
 }
 

@@ -1,16 +1,5 @@
 #include "reports/fluctuations.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <iterator>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_rows.h"
 #include "extraction/scratch_file.h"
@@ -18,14 +7,12 @@
 #include "recording_core.h"
 #include "reports/frame_means.h"
 #include "services/work_directory.h"
-#include "state/analysis_settings.h"
-#include "state/statistics_settings.h"
+#include "settings_of_a_test.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Rows = std::vector<std::vector<double>>;
 
 constexpr double gas = 0.00198717, kcal = 6.9478e9, cal = 6947800;
@@ -104,17 +91,7 @@ class Fluctuations : public WorkDirectory {
   Fluctuations() {
     trj_gui_c_.input_source = from_trajectory;
     trj_gui_l_.has_time_axis = true;
-    std::int32_t status = 7;
-    trj_propinit_(status);
-    EXPECT_EQ(status, 0);
-  }
-  ~Fluctuations() override {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
-    trj_gui_d_ = {};
-    trj_gui_c_ = {};
-    trj_stats_ = {};
-    trj_stats_c_ = {};
+    EXPECT_EQ(status_of(trj_propinit_), 0);
   }
 
   void simulate(const System& of) {
@@ -147,9 +124,7 @@ class Fluctuations : public WorkDirectory {
   }
   std::int32_t report(std::int32_t mode) {
     core_.forget();
-    std::int32_t status = 7;
-    fluctuations_(mode, status);
-    return status;
+    return status_of(fluctuations_, mode);
   }
   /// The numbers of the table file behind its heading, row by row.
   Rows table(std::int32_t mode) {
@@ -168,6 +143,7 @@ class Fluctuations : public WorkDirectory {
     return rows;
   }
 
+  const SettingsOfATest settings_;
   RecordingCore core_;
 };
 
@@ -223,7 +199,7 @@ TEST_F(Fluctuations, of_all_ensembles_are_those_of_plain_statistics) {
     put(of.ids, run);
     const Rows running = table(running_average_mode);
     ASSERT_EQ(running.size(), run.size());
-    EXPECT_THAT(behind_x(running[0]), testing::Each(0.0));
+    EXPECT_THAT(behind_x(running[0]), Each(0.0));
     for (const std::size_t k : {5U, 30U, 59U}) {
       EXPECT_EQ(running[k][0], 0.5 * static_cast<double>(k + 1));
       expect_near(behind_x(running[k]), plain_responses(of, {run, 0, k}));
@@ -305,8 +281,8 @@ TEST_F(Fluctuations, are_drawn_one_by_one_and_printed) {
   EXPECT_EQ(core_.calls("kvP_DAT_WriteXY").size(), 4u) << "two curves each";
   EXPECT_THAT(core_.calls("kvP_VWR_SetGraphList"),
               ElementsAre("kvP_VWR_SetGraphList|1|1|2", "kvP_VWR_SetGraphList|1|2|2|5"));
-  EXPECT_THAT(core_.messages(), testing::Contains("TIME Gamma_v - Pressure-Potential PATHSTAT_MSG_7"));
-  EXPECT_THAT(core_.messages(), testing::Contains("0.5 0 PATHSTAT_MSG_9"));
+  EXPECT_THAT(core_.messages(),
+              AllOf(Contains("TIME Gamma_v - Pressure-Potential PATHSTAT_MSG_7"), Contains("0.5 0 PATHSTAT_MSG_9")));
   EXPECT_EQ(core_.calls("kvP_SYS").size(), 2u);
 }
 
@@ -317,9 +293,7 @@ TEST_F(Fluctuations, of_narrow_blocks_damaged_files_and_one_frame) {
   EXPECT_EQ(report(block_average_mode), 1);
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_MSG_35"));
   EXPECT_EQ(core_.calls("kvP_SYS").size(), 2u) << "the transaction is closed";
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(report(whole_run_mode), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+  EXPECT_EQ(stdout_of([&] { EXPECT_EQ(report(whole_run_mode), 0); }),
             "Fluctuations: the range has one frame, so that every variance is 0\n");
   EXPECT_EQ(core_.messages()[1],
             "Isometric Heat Capacity (Cv) 0 Cal/(Mol K) Total Energy Isometric Heat Capacity (Cv) 23.84604 Cal/(Mol K) "
@@ -339,21 +313,14 @@ TEST(FrameMeans, refuse_what_is_not_in_the_table) {
   const std::vector<double> table{1, 2, 3, 4, 5, 6};
   std::vector<double> result(2, -1.0);
   double mean = -1.0;
-  std::int32_t status = 7;
-  avgval_(3, 2, table, 4, mean, status);
-  EXPECT_EQ(status, 1);
-  avgval2_(3, 3, table, 1, 1, mean, status);
-  EXPECT_EQ(status, 1);
-  avgvecsqr_(3, 2, table, 2, mean, status);
-  EXPECT_EQ(status, 1);
-  cumavgval_(2, 3, table, 1, result, status);
-  EXPECT_EQ(status, 1);
-  blkavgvec2_(3, 2, table, 1, 1, 2, 1, 2, result, status);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status_of(avgval_, 3, 2, table, 4, mean), 1);
+  EXPECT_EQ(status_of(avgval2_, 3, 3, table, 1, 1, mean), 1);
+  EXPECT_EQ(status_of(avgvecsqr_, 3, 2, table, 2, mean), 1);
+  EXPECT_EQ(status_of(cumavgval_, 2, 3, table, 1, result), 1);
+  EXPECT_EQ(status_of(blkavgvec2_, 3, 2, table, 1, 1, 2, 1, 2, result), 1);
   EXPECT_EQ(mean, -1.0);
   EXPECT_THAT(result, ElementsAre(-1.0, -1.0));
-  avgvec2_(3, 2, table, 1, 1, mean, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(avgvec2_, 3, 2, table, 1, 1, mean), 0);
   EXPECT_EQ(mean, (1 + 4 + 9 + 16 + 25 + 36) / 2.0);
 }
 

@@ -1,9 +1,6 @@
 #include "reports/moments.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,20 +1,12 @@
 #include "reports/profile_plots.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <numeric>
-#include <vector>
-
 #include "extraction/scratch_format.h"
 #include "plots/labels.h"
 #include "recording_core.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class ProfilePlots : public testing::Test {
  protected:
@@ -28,16 +20,12 @@ class ProfilePlots : public testing::Test {
   }
   void profile(const PlottedSeries& series) {
     std::vector<float> xy{0.5F, 0, 1, 0};
-    std::int32_t status = 7;
-    plotprofile_(series, xy, true, profile_mode, count_, list_, kind_frames, false, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(plotprofile_, series, xy, true, profile_mode, count_, list_, kind_frames, false), 0);
   }
   void histogram(const PlottedSeries& series) {
     std::vector<float> xy(4);
     std::vector<double> bin_data(3 * static_cast<std::size_t>(series.values), 1.0);
-    std::int32_t status = 7;
-    plothistogram_(series, xy, bin_data, count_, list_, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(plothistogram_, series, xy, bin_data, count_, list_), 0);
   }
 
   RecordingCore core_;
@@ -90,6 +78,18 @@ TEST_F(ProfilePlots, a_graph_that_cannot_be_had_ends_the_property_with_a_message
   profile(series(205, "Stress", 6, -1));
   EXPECT_EQ(count_, 0);
   EXPECT_THAT(core_.messages(), ElementsAre("Profile of Stress off diagonal PATHSTAT_ERROR_118"));
+}
+
+TEST(StepPlot, takes_its_column_and_comes_down_to_zero_on_both_sides) {
+  const std::vector<double> bin_data{0, 0, 0, 10.25, 11.5, 0.5};
+  const std::vector<double> table{9, 0.125, 9, 0.5, 9, 0.375};
+  std::vector<float> xy(6);
+  std::array<float, 2> left{};
+  std::array<float, 2> right{};
+  EXPECT_EQ(status_of(makehistxy_, bin_data, 2, table, 2, 3, xy, left, right), 0);
+  EXPECT_THAT(xy, ElementsAre(10.25F, 0.125F, 10.75F, 0.5F, 11.25F, 0.375F));
+  EXPECT_THAT(left, ElementsAre(9.75F, 0.0F));
+  EXPECT_THAT(right, ElementsAre(11.75F, 0.0F));
 }
 
 }  // namespace

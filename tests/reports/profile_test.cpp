@@ -1,12 +1,5 @@
 #include "reports/profile.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_rows.h"
 #include "extraction/scratch_file.h"
@@ -14,14 +7,11 @@
 #include "recording_core.h"
 #include "reports/statistics.h"
 #include "services/work_directory.h"
-#include "state/analysis_settings.h"
-#include "state/statistics_settings.h"
+#include "settings_of_a_test.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A working directory with the series of some properties.
 class Profile : public WorkDirectory {
@@ -29,16 +19,7 @@ class Profile : public WorkDirectory {
   Profile() {
     trj_gui_c_.input_source = from_trajectory;
     trj_gui_l_.has_time_axis = true;
-    std::int32_t status = 7;
-    trj_propinit_(status);
-    EXPECT_EQ(status, 0);
-  }
-  ~Profile() override {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
-    trj_gui_c_ = {};
-    trj_stats_ = {};
-    trj_stats_c_ = {};
+    EXPECT_EQ(status_of(trj_propinit_), 0);
   }
 
   /// Puts a series on disk, one number per frame at 0.5, 1, 1.5, ... ps, and selects its row.
@@ -59,15 +40,14 @@ class Profile : public WorkDirectory {
   }
   std::int32_t report(std::int32_t mode) {
     core_.forget();
-    std::int32_t status = 7;
-    pprofile_(mode, status);
-    return status;
+    return status_of(pprofile_, mode);
   }
   std::vector<std::string> points(std::int32_t mode) {
     EXPECT_EQ(report(mode), 0);
     return core_.calls("kvP_DAT_WriteXY");
   }
 
+  const SettingsOfATest settings_;
   RecordingCore core_;
 };
 
@@ -89,7 +69,7 @@ TEST_F(Profile, stops_at_sixteen_graphs_and_says_so_once) {
   property_table().selected[property_row_of(1)] = false;
   EXPECT_EQ(points(profile_mode).size(), 16u);
   EXPECT_THAT(core_.messages(), ElementsAre("16 PATHSTAT_MSG_3"));
-  EXPECT_THAT(core_.calls("kvP_VWR_SetGraphList")[0], testing::StartsWith("kvP_VWR_SetGraphList|1|16|2|4|6|"));
+  EXPECT_THAT(core_.calls("kvP_VWR_SetGraphList")[0], StartsWith("kvP_VWR_SetGraphList|1|16|2|4|6|"));
 }
 
 TEST_F(Profile, passes_over_a_damaged_file) {

@@ -1,27 +1,17 @@
 #include "reports/ranking.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "catalogue/catalogue.h"
 #include "catalogue/catalogue_rows.h"
 #include "extraction/scratch_file.h"
 #include "plots/labels.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
-#include "state/analysis_settings.h"
-#include "state/trajectory_frames.h"
+#include "settings_of_a_test.h"
 #include "support/named_memory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::int32_t highest = 1;
 constexpr std::int32_t lowest = -1;
@@ -29,9 +19,7 @@ constexpr std::int32_t lowest = -1;
 class Ranking : public WorkDirectory {
  protected:
   Ranking() {
-    std::int32_t status = 7;
-    trj_propinit_(status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(trj_propinit_), 0);
     trj_gui_l_.has_time_axis = true;
     trj_gui_i_.periodicity = 3;
     trj_frames_.first_frame = 10;
@@ -43,11 +31,6 @@ class Ranking : public WorkDirectory {
     core_.answers["kvD_MOD_Name"] = [](const auto& inputs) {
       return RecordingCore::Answer{{}, {}, {"model" + inputs.back()}};
     };
-  }
-  ~Ranking() override {
-    trj_gui_l_ = {};
-    trj_gui_i_ = {};
-    trj_frames_ = {};
   }
 
   /// Puts a series on disk: frames 10, 15, 20, ... at 0.5, 1, 1.5, ... ps, or models 1, 2, 3, ...
@@ -70,12 +53,11 @@ class Ranking : public WorkDirectory {
   static std::string file_of(std::int32_t id) { return property_file(property_rows[property_row_of(id)].extension); }
   std::vector<std::string> ranked(std::int32_t id, std::int32_t direction) {
     core_.forget();
-    std::int32_t status = 7;
-    calcrank_(static_cast<std::int32_t>(property_row_of(id)) + 1, direction, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(calcrank_, static_cast<std::int32_t>(property_row_of(id)) + 1, direction), 0);
     return core_.messages();
   }
 
+  const SettingsOfATest settings_;
   RecordingCore core_;
 };
 
@@ -150,15 +132,13 @@ TEST_F(Ranking, calls_the_columns_of_a_property) {
 TEST_F(Ranking, of_a_damaged_file_prints_nothing_and_keeps_no_block) {
   put(kind_frames, 1, 1, {1, 2});
   std::filesystem::resize_file(file_of(1), 60);
-  std::int32_t status = 7;
-  calcrank_(static_cast<std::int32_t>(property_row_of(1)) + 1, highest, status);
-  EXPECT_EQ(status, scratch_file_damaged);
+  EXPECT_EQ(status_of(calcrank_, static_cast<std::int32_t>(property_row_of(1)) + 1, highest), scratch_file_damaged);
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_MSG_4"));
   std::int64_t address = 0;
-  kvs_msd_loc_("pathstat/CRank/DataVals", address, status);
-  EXPECT_EQ(status, 1);
-  calcrank_(static_cast<std::int32_t>(property_rows.size()) + 1, highest, status);
-  EXPECT_EQ(status, 1);
+  std::int32_t unknown = 0;
+  kvs_msd_loc_("pathstat/CRank/DataVals", address, unknown);
+  EXPECT_EQ(unknown, 1);
+  EXPECT_EQ(status_of(calcrank_, static_cast<std::int32_t>(property_rows.size()) + 1, highest), 1);
 }
 
 }  // namespace

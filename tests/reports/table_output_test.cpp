@@ -1,24 +1,15 @@
 #include "reports/table_output.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "plots/labels.h"
 #include "recording_core.h"
 #include "services/work_directory.h"
 #include "state/analysis_settings.h"
 #include "state/table_state.h"
 #include "support/named_memory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A property's result with the arrays that it looks into.
 struct Result {
@@ -50,21 +41,11 @@ class TableOutput : public WorkDirectory {
  protected:
   ~TableOutput() override { trj_gui_i_ = {}; }
 
-  std::int32_t begin() {
-    std::int32_t status = 7;
-    inittableoutput_(file, status);
-    return status;
-  }
+  std::int32_t begin() { return status_of(inittableoutput_, file); }
   std::int32_t add(const Result& result, std::string_view source = from_trajectory) {
-    std::int32_t status = 7;
-    tableprofile_(result.series(), source, file, status);
-    return status;
+    return status_of(tableprofile_, result.series(), source, file);
   }
-  std::int32_t finish(std::span<const ModelName> names = {}) {
-    std::int32_t status = 7;
-    finishtableoutput_(file, names, status);
-    return status;
-  }
+  std::int32_t finish(std::span<const ModelName> names = {}) { return status_of(finishtableoutput_, file, names); }
   std::string table_of(const std::vector<Result>& results, std::string_view source = from_trajectory,
                        std::span<const ModelName> names = {}) {
     std::filesystem::remove("t.dat");

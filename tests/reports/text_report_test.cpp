@@ -1,19 +1,12 @@
 #include "reports/text_report.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "plots/labels.h"
 #include "recording_core.h"
 #include "state/analysis_settings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 enum class X { models, conformers, times };
 
@@ -56,9 +49,7 @@ class TextReport : public testing::Test {
   }
   std::vector<std::string> shown(const ResultSeries& series) {
     core_.forget();
-    std::int32_t status = 7;
-    writeprofile_(series, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(writeprofile_, series), 0);
     return core_.messages();
   }
 
@@ -108,7 +99,7 @@ TEST_F(TextReport, formats_lines_of_measures_in_groups_of_six) {
       ElementsAre("TIME m1 m2 m3 m4 m5 m6 PATHSTAT_MSG_42",
                   "  1.5000  1.0000      2.0000      3.0000      4.0000      5.0000      6.0000 PATHSTAT_MSG_22",
                   "TIME m7      PATHSTAT_MSG_42", "  1.5000  7.0000 PATHSTAT_MSG_22"));
-  EXPECT_THAT(lines(502, 1, X::conformers), testing::Contains("       2   1.000 PATHSTAT_MSG_22"));
+  EXPECT_THAT(lines(502, 1, X::conformers), Contains("       2   1.000 PATHSTAT_MSG_22"));
   EXPECT_THAT(lines(505, 1, X::models),
               ElementsAre("MODEL NAME m1      PATHSTAT_MSG_58", "ice                    1.000 PATHSTAT_MSG_22"));
 }

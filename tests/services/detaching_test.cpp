@@ -1,26 +1,22 @@
 #include "services/detaching.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <future>
 #include <thread>
 
 #include "corelink/last_error.h"
 #include "corelink/typed_values.h"
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 
 constexpr std::int32_t answer = 0x01020304;
 
@@ -163,11 +159,9 @@ TEST_F(Detached, tells_the_core_where_it_waits) {
 }
 
 TEST_F(Detached, goes_on_where_the_core_cannot_be_told) {
-  testing::internal::CaptureStderr();
-  send_attach("127.0.0.1", "1", "ps", {.protocol = "tcp", .machine = "here", .server = "99"});
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::StartsWith("Cannot send command 'attach ps here " + std::to_string(::getpid()) +
-                                  " 99' to Varlane:\n\t"));
+  EXPECT_THAT(
+      stderr_of([&] { send_attach("127.0.0.1", "1", "ps", {.protocol = "tcp", .machine = "here", .server = "99"}); }),
+      StartsWith("Cannot send command 'attach ps here " + std::to_string(::getpid()) + " 99' to Varlane:\n\t"));
 }
 
 }  // namespace

@@ -1,13 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "corelink/host_name.h"
@@ -17,37 +13,21 @@
 #include "services/process_signals.h"
 #include "services/process_start.h"
 #include "services/process_times.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::HasSubstr;
 using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
 using testing::internal::GetCapturedStdout;
 
-/// A variable of the environment for as long as a test runs.
-class Variable {
- public:
-  Variable(const char* name, const char* value) : name_(name) {
-    const char* before = std::getenv(name);
-    had_ = before != nullptr;
-    if (had_) before_ = before;
-    value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1);
-  }
-  ~Variable() { had_ ? ::setenv(name_, before_.c_str(), 1) : ::unsetenv(name_); }
-
- private:
-  const char* name_;
-  bool had_;
-  std::string before_;
-};
-
 std::string with_mark(const char* text) { return text == nullptr ? "null: " + std::string(PLE_get_error()) : text; }
 
 TEST(TranslatedNames, are_translated_from_left_to_right) {
-  const Variable home("HOME", "/h"), set("PS_X1", "v:w"), unset("PS_NONE", nullptr);
+  const ScopedVariable home("HOME", "/h"), set("PS_X1", "v:w"), unset("PS_NONE", nullptr);
   struct Case {
     const char *name, *result;
   };
@@ -68,9 +48,7 @@ TEST(TranslatedNames, are_translated_from_left_to_right) {
   std::string field(8, 'x');
   filnam_xlate_f_("~/x:y   ", field);
   EXPECT_EQ(field, "/h/x/y  ");
-  CaptureStderr();
-  filnam_xlate_f_("~/longer/than/8", field);
-  EXPECT_THAT(GetCapturedStderr(), HasSubstr("the field 8"));
+  EXPECT_THAT(stderr_of([&] { filnam_xlate_f_("~/longer/than/8", field); }), HasSubstr("the field 8"));
   EXPECT_EQ(field, "        ");
 
   EXPECT_STREQ(FILNAM_strip_directory("/a/b.c"), "b.c");
@@ -113,7 +91,8 @@ TEST_F(Files, are_sized_renamed_and_removed) {
 
 TEST_F(Files, are_looked_for_in_the_folders_of_a_variable) {
   const std::string one = folder + "/one", two = folder + "/two";
-  const Variable path("PS_PATH", (one + ":" + two + "/").c_str()), none("PS_NONE", nullptr), name("PS_F", "other");
+  const ScopedVariable path("PS_PATH", (one + ":" + two + "/").c_str()), none("PS_NONE", nullptr),
+      name("PS_F", "other");
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_PATH", "tool")), one + "/tool") << "the first wins";
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_PATH", "$PS_F")), two + "//other");
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_NONE", (one + "/tool").c_str())), one + "/tool");
@@ -122,21 +101,20 @@ TEST_F(Files, are_looked_for_in_the_folders_of_a_variable) {
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_PATH", "x")),
             "null: File 'x' does not exist in PS_PATH=" + one + ":" + two + "/");
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_PATH", "")), "null: " + one + " cannot be used: it is a directory");
-  CaptureStderr();
-  EXPECT_EQ(FILE_dirpath_search("", ""), nullptr);
-  EXPECT_EQ(GetCapturedStderr(), "FILE_dirpath_search: both file name and path variable are empty\n");
+  EXPECT_EQ(stderr_of([&] { EXPECT_EQ(FILE_dirpath_search("", ""), nullptr); }),
+            "FILE_dirpath_search: both file name and path variable are empty\n");
 
   const auto here = std::filesystem::current_path();
   std::filesystem::current_path(two);
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_NONE", "other")), "./other");
   std::filesystem::current_path(here);
 
-  const Variable far("PS_PATH", (std::string(1100, 'd') + ":" + one).c_str());
+  const ScopedVariable far("PS_PATH", (std::string(1100, 'd') + ":" + one).c_str());
   EXPECT_EQ(with_mark(FILE_dirpath_search("PS_PATH", "tool")), one + "/tool") << "a folder that is too long is passed";
 }
 
 TEST_F(Files, that_run_have_the_bit_of_their_owner) {
-  const Variable path("PATH", (folder + "/one").c_str());
+  const ScopedVariable path("PATH", (folder + "/one").c_str());
   EXPECT_EQ(with_mark(FILE_path("tool")), "null: File '" + folder + "/one/tool' is not an executable");
   std::filesystem::permissions(folder + "/one/tool", std::filesystem::perms::owner_all);
   EXPECT_EQ(with_mark(FILE_path("tool")), folder + "/one/tool");
@@ -169,17 +147,15 @@ TEST(Processes, are_not_started_for_a_fault_and_by_hand) {
   EXPECT_STREQ(PLE_get_error(), "COM_exec error: environment array is not null-terminated");
   EXPECT_EQ(COM_exec("/nowhere/sh", 3, argv, 2, envp), nullptr);
 
-  const Variable type("EXEC_TYPE", "MANUAL");
-  CaptureStdout();
-  EXPECT_STREQ(COM_exec("/bin/sh", 3, argv, 2, envp), "1");
-  EXPECT_EQ(GetCapturedStdout(),
+  const ScopedVariable type("EXEC_TYPE", "MANUAL");
+  EXPECT_EQ(stdout_of([&] { EXPECT_STREQ(COM_exec("/bin/sh", 3, argv, 2, envp), "1"); }),
             "=== MANUAL EXECUTION === environment: ===\nPS_A=b\nPS_C=d\n=== command: sh -c exit 3\n");
 }
 
 TEST(Processes, close_the_descriptors_that_they_are_told) {
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
-  const Variable unwanted("COM_CloseMe", ("x 999 " + std::to_string(ends[1])).c_str());
+  const ScopedVariable unwanted("COM_CloseMe", ("x 999 " + std::to_string(ends[1])).c_str());
   const std::string test = "test ! -e /proc/self/fd/" + std::to_string(ends[1]);
   const char* const argv[]{"sh", "-c", test.c_str(), nullptr};
   const std::int32_t child = COM_exec1("/bin/sh", 3, argv);

@@ -1,12 +1,7 @@
 #include "services/text_operations.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
-
 #include "services/coded_number.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
 #include "scratch_folder.h"
 #include "services/file_host.h"
+#include "testing.h"
 
 namespace pathstat {
 

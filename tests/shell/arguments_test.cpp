@@ -1,21 +1,12 @@
 #include "shell/arguments.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "shell/argument_host.h"
 #include "shell/return_list.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Log = std::vector<std::string>;
 
 /// A test with the argument text of a command; `log_` holds what the user would be shown, 0 left out.
@@ -123,8 +114,8 @@ TEST_F(Arguments, may_be_missing_beyond_the_minimal_count_only) {
     if (min_count >= 0) kvz_defineminargcount_(min_count, status_);
     log_.clear();
     std::int32_t target = -5;
-    kvz_argint_(target, index, no_integer_limit, no_integer_limit, status_);
-    EXPECT_EQ(status_, status) << "index " << index << " of at least " << min_count;
+    EXPECT_EQ(status_of(kvz_argint_, target, index, no_integer_limit, no_integer_limit), status)
+        << "index " << index << " of at least " << min_count;
     EXPECT_EQ(log_, log) << "index " << index << " of at least " << min_count;
     EXPECT_EQ(target, index == 1 ? 7 : -5);
   }
@@ -132,20 +123,16 @@ TEST_F(Arguments, may_be_missing_beyond_the_minimal_count_only) {
 
 TEST_F(Arguments, are_counted_against_the_minimal_count) {
   prepare("1 2 -x 3");
-  kvZ_DefineMinArgCount(2, status_);
-  EXPECT_EQ(status_, 0);
-  kvZ_DefineMinArgCount(3, status_);
-  EXPECT_EQ(status_, 1006);
-  kvZ_KEY_DefineMinArgCount("x", 2, status_);
-  EXPECT_EQ(status_, 1006);
-  kvZ_KEY_DefineMinArgCount("none", 2, status_);
-  EXPECT_EQ(status_, -1002);
+  EXPECT_EQ(status_of(kvZ_DefineMinArgCount, 2), 0);
+  EXPECT_EQ(status_of(kvZ_DefineMinArgCount, 3), 1006);
+  EXPECT_EQ(status_of(kvZ_KEY_DefineMinArgCount, "x", 2), 1006);
+  EXPECT_EQ(status_of(kvZ_KEY_DefineMinArgCount, "none", 2), -1002);
   EXPECT_THAT(log_, ElementsAre("number 2", "number 3", "status 1006", "text x", "display 2 KVZ_KWORD_HEAD", "number 1",
                                 "number 2", "status 1006", "text none", "status -1002"));
   prepare("1");
   std::int32_t target = 0;
-  kvZ_ArgInt(target, 2, no_integer_limit, no_integer_limit, status_);
-  EXPECT_EQ(status_, 1005) << "a new command starts without a minimal count";
+  EXPECT_EQ(status_of(kvZ_ArgInt, target, 2, no_integer_limit, no_integer_limit), 1005)
+      << "a new command starts without a minimal count";
 }
 
 TEST_F(Arguments, of_a_flag_are_refused) {
@@ -179,8 +166,7 @@ TEST_F(Arguments, read_as_integers_within_limits) {
   for (const auto& [text, min, max, status, value, log] : cases) {
     prepare(text);
     std::int32_t target = -5;
-    kvz_argint_(target, 1, min, max, status_);
-    EXPECT_EQ(status_, status) << text;
+    EXPECT_EQ(status_of(kvz_argint_, target, 1, min, max), status) << text;
     EXPECT_EQ(target, value) << text;
     EXPECT_EQ(log_, log) << text;
   }
@@ -205,13 +191,11 @@ TEST_F(Arguments, read_as_reals_within_limits) {
   for (const auto& [text, min, max, status, value, log] : cases) {
     prepare(text);
     double target = -5;
-    kvz_argdouble_(target, 1, min, max, status_);
-    EXPECT_EQ(status_, status) << text;
+    EXPECT_EQ(status_of(kvz_argdouble_, target, 1, min, max), status) << text;
     EXPECT_EQ(target, value) << text;
     EXPECT_EQ(log_, log) << text;
     float narrow = -5;
-    kvZ_ArgFloat(narrow, 1, static_cast<float>(min), static_cast<float>(max), status_);
-    EXPECT_EQ(status_, status) << text;
+    EXPECT_EQ(status_of(kvZ_ArgFloat, narrow, 1, static_cast<float>(min), static_cast<float>(max)), status) << text;
     EXPECT_EQ(narrow, static_cast<float>(value)) << text;
   }
 }
@@ -221,8 +205,7 @@ TEST_F(Arguments, read_as_logicals_by_their_first_character) {
   const std::array truths{true, true, true, true, true, true, true, false, false, false, false, false, false, false};
   for (std::size_t k = 0; k < truths.size(); ++k) {
     Logical target = !truths[k];
-    kvz_arglogical_(target, static_cast<std::int32_t>(k) + 1, status_);
-    EXPECT_EQ(status_, 0);
+    EXPECT_EQ(status_of(kvz_arglogical_, target, static_cast<std::int32_t>(k) + 1), 0);
     EXPECT_EQ(target, truths[k]) << "argument " << k + 1;
   }
 }
@@ -240,14 +223,12 @@ TEST_F(Arguments, match_a_list_of_allowed_texts_exactly) {
   for (const auto& [text, allowed, matches] : cases) {
     prepare(text);
     Text<12> target("kept");
-    kvz_argfillstring_(target, 1, 0, allowed, status_);
-    EXPECT_EQ(status_, matches ? 0 : 1003) << text << " in " << allowed;
+    EXPECT_EQ(status_of(kvz_argfillstring_, target, 1, 0, allowed), matches ? 0 : 1003) << text << " in " << allowed;
     EXPECT_EQ(target == "kept", !matches) << text << " in " << allowed;
   }
   prepare("x");
   const char* target = nullptr;
-  kvZ_ArgString(target, 1, "", status_);
-  EXPECT_EQ(status_, 1003) << "no text is in an empty list";
+  EXPECT_EQ(status_of(kvZ_ArgString, target, 1, ""), 1003) << "no text is in an empty list";
   EXPECT_EQ(target, nullptr);
 }
 
@@ -286,12 +267,9 @@ TEST_F(Arguments, of_a_keyword_are_reported_with_it) {
   EXPECT_EQ(field, "one") << "no keyword means the positional arguments";
   EXPECT_THAT(log_, IsEmpty());
 
-  kvZ_KEY_ArgInt("size", size, 1, 6, 10, status_);
-  EXPECT_EQ(status_, 1001);
-  kvZ_KEY_ArgInt("size", size, 3, 0, 10, status_);
-  EXPECT_EQ(status_, 1005);
-  kvZ_KEY_ArgInt("none", size, 1, 0, 10, status_);
-  EXPECT_EQ(status_, 0) << "a missing keyword leaves the target";
+  EXPECT_EQ(status_of(kvZ_KEY_ArgInt, "size", size, 1, 6, 10), 1001);
+  EXPECT_EQ(status_of(kvZ_KEY_ArgInt, "size", size, 3, 0, 10), 1005);
+  EXPECT_EQ(status_of(kvZ_KEY_ArgInt, "none", size, 1, 0, 10), 0) << "a missing keyword leaves the target";
   EXPECT_EQ(size, 5);
   EXPECT_THAT(log_, ElementsAre("text size", "display 2 KVZ_KWORD_HEAD", "text 5", "text 6", "status 1001", "text size",
                                 "display 2 KVZ_KWORD_HEAD", "number 3", "status 1005", "text none", "status -1002"));
@@ -313,12 +291,9 @@ TEST_F(Arguments, are_terminated_without_touching_the_text) {
 TEST_F(Arguments, name_objects) {
   prepare("water ice \"\"");
   std::int32_t object = -5;
-  kvZ_ArgObject(object, 1, 99, status_);
-  EXPECT_EQ(status_, 1008);
-  kvZ_ArgObject(object, 2, 0, status_);
-  EXPECT_EQ(status_, 1008);
-  kvZ_ArgObject(object, 3, 0, status_);
-  EXPECT_EQ(status_, 1008);
+  EXPECT_EQ(status_of(kvZ_ArgObject, object, 1, 99), 1008);
+  EXPECT_EQ(status_of(kvZ_ArgObject, object, 2, 0), 1008);
+  EXPECT_EQ(status_of(kvZ_ArgObject, object, 3, 0), 1008);
   EXPECT_EQ(object, -5);
   EXPECT_THAT(log_, ElementsAre("text water", "status 1008", "text ice", "status 1008", "text ", "status 1008"));
   kvZ_ArgObject(object, 1, 0, status_);
@@ -336,8 +311,7 @@ TEST_F(Arguments, join_with_single_blanks) {
   kvZ_AllArgs(std::span<char>(block), status_);
   EXPECT_STREQ(block.data(), "a b ");
   EXPECT_EQ(status_, -1000);
-  kvZ_KEY_AllArgs("y", all, status_);
-  EXPECT_EQ(status_, -1002);
+  EXPECT_EQ(status_of(kvZ_KEY_AllArgs, "y", all), -1002);
 }
 
 TEST_F(Arguments, give_ranges_with_open_ends) {
@@ -351,8 +325,7 @@ TEST_F(Arguments, give_ranges_with_open_ends) {
   };
   for (const auto& [text, low, high, status] : cases) {
     double reals[2] = {77, 77};
-    kvZ_GetDoubleRange(text, reals[0], reals[1], status_);
-    EXPECT_EQ(status_, status) << text;
+    EXPECT_EQ(status_of(kvZ_GetDoubleRange, text, reals[0], reals[1]), status) << text;
     EXPECT_EQ(reals[0], low) << text;
     EXPECT_EQ(reals[1], high) << text;
     float floats[2] = {77, 77};

@@ -1,11 +1,6 @@
 #include "shell/input_loop.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
 #include <csignal>
-#include <functional>
 
 #include "corelink/last_error.h"
 #include "corelink/remote_call.h"
@@ -16,13 +11,12 @@
 #include "shell/output_texts.h"
 #include "shell/program_arguments.h"
 #include "shell/threads.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 std::string text(std::string_view characters) {
   return TestPeer::bytes_of(static_cast<std::int16_t>(characters.size() + 1)) + std::string(characters) + '\0';
@@ -156,9 +150,7 @@ TEST_F(InputLoop, thread_answer_is_1_unless_the_key_is_not_in_the_table) {
 }
 
 TEST_F(InputLoop, finds_an_application_by_its_whole_key_and_another_by_its_first_letter) {
-  struct Case {
-    std::string_view key, called;
-  };
+  using Case = std::tuple<std::string_view, std::string_view>;
   constexpr std::array cases{Case{"STRUCTURE", "S:"}, Case{"MD_ANALYSIS", ""}, Case{"MX", ""}, Case{"M", ""}};
   exchange(command("FIRST", ""));
   for (const auto& [key, called] : cases) {
@@ -315,9 +307,7 @@ TEST(Threads, count_is_set_within_the_processors) {
   EXPECT_GE(processors, 1);
   EXPECT_EQ(kvZ_COM_SetNThreadsF(processors + 3), processors + 3);
   EXPECT_EQ(kvZ_COM_GetNThreads(), processors + 3);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(kvZ_COM_SetNThreads(processors + 1), processors);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+  EXPECT_EQ(stderr_of([&] { EXPECT_EQ(kvZ_COM_SetNThreads(processors + 1), processors); }),
             "You have asked for more threads (" + std::to_string(processors + 1) + ") than available processors (" +
                 std::to_string(processors) + ")\n");
 }

@@ -1,8 +1,6 @@
 #include "shell/output_texts.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,10 +1,6 @@
 #include "shell/request_cache.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-#include <map>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,21 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <numbers>
-#include <random>
-
 #include "structure/crystal_maths.h"
 #include "structure/crystal_vectors.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
 using namespace crystal;
-using testing::DoubleNear;
-using testing::ElementsAre;
-using testing::Pointwise;
 
 constexpr double pi = std::numbers::pi;
 
@@ -48,17 +38,14 @@ INSTANTIATE_TEST_SUITE_P(seeds, RandomCells, testing::Range(1u, 21u));
 
 Parameters parameters_of(const Cell& cell) {
   Parameters p{};
-  std::int32_t status = -1;
-  kva_cry_3dcelltoparam_(cell.a, cell.b, cell.c, p.a, p.b, p.c, p.alpha, p.beta, p.gamma, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kva_cry_3dcelltoparam_, cell.a, cell.b, cell.c, p.a, p.b, p.c, p.alpha, p.beta, p.gamma), 0);
   return p;
 }
 
 Cell oriented(const Parameters& p, std::int32_t code) {
   Cell cell{};
-  std::int32_t status = -1;
-  kva_cry_3dparamtocell_(p.a, p.b, p.c, p.alpha, p.beta, p.gamma, code, cell.a, cell.b, cell.c, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kva_cry_3dparamtocell_, p.a, p.b, p.c, p.alpha, p.beta, p.gamma, code, cell.a, cell.b, cell.c),
+            0);
   return cell;
 }
 
@@ -82,8 +69,7 @@ TEST_P(RandomCells, parameters_and_metric_and_vectors_tell_the_same_cell) {
               Pointwise(NearEach(1e-9), Matrix3{dot(made.a, made.a), dot(made.a, made.b), dot(made.a, made.c),
                                                 dot(made.b, made.a), dot(made.b, made.b), dot(made.b, made.c),
                                                 dot(made.c, made.a), dot(made.c, made.b), dot(made.c, made.c)}));
-  kva_cry_3dmetrictoparam_(metric, q.a, q.b, q.c, q.alpha, q.beta, q.gamma, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kva_cry_3dmetrictoparam_, metric, q.a, q.b, q.c, q.alpha, q.beta, q.gamma), 0);
   expect_same(p, q);
   double by_parameters = 0, by_vectors = 0;
   kva_cry_3dparamtocellvolume_(p.a, p.b, p.c, p.alpha, p.beta, p.gamma, by_parameters, status);
@@ -150,9 +136,7 @@ TEST_P(RandomCells, the_alignment_matrix_takes_a_cell_into_its_orientation) {
   for (std::int32_t code = 1; code <= 19; ++code) {
     SCOPED_TRACE(code);
     Matrix3 turn;
-    std::int32_t status = -1;
-    kva_cry_3dalignmentmatrix_(made.a, made.b, made.c, code, turn, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(kva_cry_3dalignmentmatrix_, made.a, made.b, made.c, code, turn), 0);
     expect_same({product(turn, made.a), product(turn, made.b), product(turn, made.c)},
                 oriented(parameters_of(made), code));
   }
@@ -173,9 +157,7 @@ TEST(SlabOrientation, every_code_places_both_vectors) {
   for (const SlabCase& slab : slabs) {
     SCOPED_TRACE(slab.code);
     Vector3 u, v;
-    std::int32_t status = -1;
-    kva_cry_2dparamtocell_(2, 3, std::acos(0.6), slab.code, u, v, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(kva_cry_2dparamtocell_, 2, 3, std::acos(0.6), slab.code, u, v), 0);
     EXPECT_THAT(u, Pointwise(NearEach(1e-12), slab.u));
     EXPECT_THAT(v, Pointwise(NearEach(1e-12), slab.v));
   }
@@ -195,9 +177,7 @@ TEST(CellFromParameters, refuses_what_makes_no_cell) {
   };
   for (const auto& [p, code, expected] : refusals) {
     Vector3 a{7, 7, 7}, b = a, c = a;
-    std::int32_t status = 0;
-    kva_cry_3dparamtocell_(p.a, p.b, p.c, p.alpha, p.beta, p.gamma, code, a, b, c, status);
-    EXPECT_EQ(status, expected);
+    EXPECT_EQ(status_of(kva_cry_3dparamtocell_, p.a, p.b, p.c, p.alpha, p.beta, p.gamma, code, a, b, c), expected);
     EXPECT_THAT(a, ElementsAre(7, 7, 7));
   }
 }
@@ -212,8 +192,7 @@ TEST_P(RandomCells, points_move_into_the_cell_by_their_offsets) {
     const Matrix3 matrix = columns(made.a, made.b, made.c);
     Matrix3 to_fractional;
     std::int32_t status = -1;
-    kva_cry_toincell_(type, matrix, points, offsets, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(kva_cry_toincell_, type, matrix, points, offsets), 0);
     if (type == 100) kva_cry_3dcarttofracmatrix_(made.a, made.b, made.c, to_fractional, status);
     if (type == 101) kva_cry_2dcarttofracmatrix_(made.a, made.b, to_fractional, status);
     for (std::size_t at = 0; at < points.size(); at += 3) {

@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
 #include "structure/crystal_planes.h"
 #include "structure/crystal_vectors.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -27,22 +23,18 @@ Skew skew_cell(unsigned seed) {
 TEST(Reciprocal, vectors_are_dual_to_the_cell) {
   const auto [a, b, c] = skew_cell(1);
   Vector3 a_star, b_star, c_star;
-  std::int32_t status = -1;
-  kva_cry_3dreciprocalvectors_(a, b, c, a_star, b_star, c_star, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(kva_cry_3dreciprocalvectors_, a, b, c, a_star, b_star, c_star), 0);
   const Matrix3 dual{dot(a, a_star), dot(b, a_star), dot(c, a_star), dot(a, b_star), dot(b, b_star),
                      dot(c, b_star), dot(a, c_star), dot(b, c_star), dot(c, c_star)};
   for (std::size_t k = 0; k < 9; ++k) EXPECT_NEAR(dual[k], k % 4 == 0 ? 1 : 0, 1e-12);
 
-  kva_cry_2dreciprocalvectors_(a, b, a_star, b_star, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(kva_cry_2dreciprocalvectors_, a, b, a_star, b_star), 0);
   EXPECT_NEAR(dot(a, a_star), 1, 1e-12);
   EXPECT_NEAR(dot(b, a_star), 0, 1e-12);
   EXPECT_NEAR(dot(b, b_star), 1, 1e-12);
   EXPECT_NEAR(dot(a_star, cross(a, b)), 0, 1e-12);
 
-  kva_cry_3dreciprocalvectors_(b, a, c, a_star, b_star, c_star, status);
-  EXPECT_EQ(status, 50304) << "left-handed";
+  EXPECT_EQ(status_of(kva_cry_3dreciprocalvectors_, b, a, c, a_star, b_star, c_star), 50304) << "left-handed";
 }
 
 TEST(Miller, planes_of_a_cube_are_spaced_by_its_edge_over_the_length_of_the_indices) {
@@ -91,8 +83,7 @@ TEST(ZonePlanes, are_the_shortest_of_their_zone) {
     for (const Indices& zone : zones) {
       SCOPED_TRACE(testing::Message() << "seed " << seed << " zone " << zone[0] << zone[1] << zone[2]);
       Indices planes[2];
-      kva_cry_zoneplanes_(zone, cell.a, cell.b, cell.c, planes[0], planes[1], status);
-      ASSERT_EQ(status, 0);
+      ASSERT_EQ(status_of(kva_cry_zoneplanes_, zone, cell.a, cell.b, cell.c, planes[0], planes[1]), 0);
       Vector3 g[2];
       for (int k = 0; k < 2; ++k) {
         EXPECT_EQ(planes[k][0] * zone[0] + planes[k][1] * zone[1] + planes[k][2] * zone[2], 0);

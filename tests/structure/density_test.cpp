@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "in_process_core.h"
 #include "structure/crystal_coordinates.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -19,9 +18,7 @@ class Density : public testing::Test {
 
 TEST_F(Density, is_the_mass_of_the_occupied_atoms_over_the_volume) {
   double density = 0;
-  std::int32_t status = -1;
-  kva_cry_density_(model(100), density, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kva_cry_density_, model(100), density), 0);
   EXPECT_NEAR(density, 35.0 / 40 * 1.66056, 1e-12);
 }
 

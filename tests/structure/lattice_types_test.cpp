@@ -1,14 +1,8 @@
 #include "structure/lattice_types.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <string>
-#include <vector>
-
 #include "in_process_core.h"
 #include "structure/crystal_vectors.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,10 +1,6 @@
 #include "structure/measure_geometry.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <string>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -15,40 +11,36 @@ struct InversionCase {
   std::int32_t convention;
   double degrees;
   InversionFault fault = InversionFault::none;
-  friend void PrintTo(const InversionCase& c, std::ostream* out) { *out << c.what; }
 };
-
-class InversionOf : public testing::TestWithParam<InversionCase> {};
-
-TEST_P(InversionOf, is_the_angle_of_the_convention) {
-  const auto& [what, a, b, c, d, convention, degrees, fault] = GetParam();
-  const Inversion found = inversion_of(a, b, c, d, convention);
-  EXPECT_NEAR(found.angle * degrees_per_radian, degrees, 1e-12) << what;
-  EXPECT_EQ(found.fault, fault) << what;
-}
 
 constexpr Vector3 o{0, 0, 0}, x{1, 0, 0}, y{0, 1, 0}, z{0, 0, 1};
 // The angle of the diagonal of a cube with its faces: sine 1 / sqrt 3.
 const double rise = std::asin(1 / std::sqrt(3.0)) * degrees_per_radian;
 
-INSTANTIATE_TEST_SUITE_P(
-    conventions, InversionOf,
-    testing::Values(InversionCase{"ijkl is about the third atom", x, z, o, y, 1, -90},
-                    InversionCase{"ijkl with the wings changed", y, z, o, x, 1, 90},
-                    InversionCase{"jilk is about the first atom", o, x, y, z, 2, 90},
-                    InversionCase{"jilk of a plane", o, x, {-1, 0, 1e-9}, z, 2, 180},
-                    InversionCase{"umbrella away from the wings", o, x, y, {-1, -1, 1}, 4, rise},
-                    InversionCase{"umbrella away from them, below", o, x, y, {-1, -1, -1}, 4, -rise},
-                    InversionCase{"umbrella to their side", o, x, y, {1, 1, 1}, 4, 180 - rise},
-                    InversionCase{"umbrella to their side, below", o, x, y, {1, 1, -1}, 4, rise - 180},
-                    InversionCase{"umbrella upright", o, x, y, z, 4, 90},
-                    InversionCase{"umbrella upright, below", o, x, y, {0, 0, -2}, 4, -90},
-                    InversionCase{"umbrella in the plane", o, x, y, {-1, -1, 0}, 4, 0},
-                    InversionCase{"no such convention", o, x, y, z, 3, 0},
-                    InversionCase{"atoms that coincide", o, x, y, o, 2, 0, InversionFault::bond_vectors},
-                    InversionCase{"just too near, ijkl", x, {1e-3, 0, 0}, o, y, 1, 0, InversionFault::bond_vectors},
-                    InversionCase{"atoms in a row, jilk", o, x, y, {2, 0, 0}, 2, 0, InversionFault::plane},
-                    InversionCase{"atoms in a row, umbrella", o, x, {2, 0, 0}, z, 4, 0, InversionFault::plane}));
+const InversionCase inversions[] = {{"ijkl is about the third atom", x, z, o, y, 1, -90},
+                                    {"ijkl with the wings changed", y, z, o, x, 1, 90},
+                                    {"jilk is about the first atom", o, x, y, z, 2, 90},
+                                    {"jilk of a plane", o, x, {-1, 0, 1e-9}, z, 2, 180},
+                                    {"umbrella away from the wings", o, x, y, {-1, -1, 1}, 4, rise},
+                                    {"umbrella away from them, below", o, x, y, {-1, -1, -1}, 4, -rise},
+                                    {"umbrella to their side", o, x, y, {1, 1, 1}, 4, 180 - rise},
+                                    {"umbrella to their side, below", o, x, y, {1, 1, -1}, 4, rise - 180},
+                                    {"umbrella upright", o, x, y, z, 4, 90},
+                                    {"umbrella upright, below", o, x, y, {0, 0, -2}, 4, -90},
+                                    {"umbrella in the plane", o, x, y, {-1, -1, 0}, 4, 0},
+                                    {"no such convention", o, x, y, z, 3, 0},
+                                    {"atoms that coincide", o, x, y, o, 2, 0, InversionFault::bond_vectors},
+                                    {"just too near, ijkl", x, {1e-3, 0, 0}, o, y, 1, 0, InversionFault::bond_vectors},
+                                    {"atoms in a row, jilk", o, x, y, {2, 0, 0}, 2, 0, InversionFault::plane},
+                                    {"atoms in a row, umbrella", o, x, {2, 0, 0}, z, 4, 0, InversionFault::plane}};
+
+TEST(InversionOf, is_the_angle_of_the_convention) {
+  for (const auto& [what, a, b, c, d, convention, degrees, fault] : inversions) {
+    const Inversion found = inversion_of(a, b, c, d, convention);
+    EXPECT_NEAR(found.angle * degrees_per_radian, degrees, 1e-12) << what;
+    EXPECT_EQ(found.fault, fault) << what;
+  }
+}
 
 struct TorsionCase {
   const char* what;

@@ -1,19 +1,11 @@
 #include "structure/model_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 /// An item with texts of its own.
@@ -164,7 +156,7 @@ TEST_F(ModelFileTest, any_text_reads_back_as_it_was_written) {
     ASSERT_EQ(FIL_WriteAttrString(*file, name, attribute_text, text), 0);
   }
   ASSERT_EQ(FIL_QFXioClose(*file), 0);
-  EXPECT_THAT(items_of_file(path()), testing::ElementsAreArray(texts));
+  EXPECT_THAT(items_of_file(path()), ElementsAreArray(texts));
 }
 
 struct Line {
@@ -230,9 +222,7 @@ TEST_F(ModelFileTest, a_file_cut_anywhere_still_ends) {
 
 TEST_F(ModelFileTest, a_copy_holds_the_same_items) {
   fs::copy_file(EXAMPLES_DIR "/butane/butane.qfx", path());
-  std::int32_t status = -1;
-  kvd_trj_testparsing_(path() + "   ", status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kvd_trj_testparsing_, path() + "   "), 0);
   const auto before = items_of_file(path());
   EXPECT_GT(before.size(), 20u);
   EXPECT_EQ(items_of_file(path("model.qfx.new")), before);

@@ -1,18 +1,12 @@
 #include "structure/model_numbers.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <cstdio>
-#include <limits>
-#include <random>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 template <class... Arguments>
 std::string printed(const char* format, Arguments... arguments) {

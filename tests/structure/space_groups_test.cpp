@@ -1,13 +1,9 @@
 #include "structure/space_groups.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
 #include "in_process_core.h"
 #include "structure/crystal_vectors.h"
 #include "structure/lattice_types.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -137,9 +133,8 @@ TEST_F(Library, that_fails_is_a_status_and_no_message) {
 TEST_F(Library, tells_a_primitive_form_by_either_record) {
   const auto primitive_form = [&](std::int32_t lattice) {
     groups[0].lattice = lattice;
-    std::int32_t form = 99, status = -1;
-    kva_sgr_islatticebravais_(model, first, form, status);
-    EXPECT_EQ(status, 0);
+    std::int32_t form = 99;
+    EXPECT_EQ(status_of(kva_sgr_islatticebravais_, model, first, form), 0);
     return form;
   };
   EXPECT_EQ(primitive_form(16), 0);

@@ -1,17 +1,9 @@
 #include "structure/symmetry_codes.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
-
 #include "in_process_core.h"
 #include "structure/crystal_vectors.h"
 #include "support/named_memory.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -62,9 +54,10 @@ TEST(SymmetryCode, is_refused_for_what_is_no_operator) {
   const double nothing = std::numeric_limits<double>::quiet_NaN();
   std::int32_t status = 0;
   for (const double element : {2.0, -1.5, 1e300, nothing}) {
-    testing::internal::CaptureStdout();
-    code_of({{element, 0, 0, 0, 1, 0, 0, 0, 1}, {}}, status);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Rotation element out of range\n");
+    EXPECT_EQ(stdout_of([&] {
+                code_of({{element, 0, 0, 0, 1, 0, 0, 0, 1}, {}}, status);
+              }),
+              "Rotation element out of range\n");
     EXPECT_EQ(status, 1);
   }
   for (const double move : {nothing, std::numeric_limits<double>::infinity()}) {
@@ -94,9 +87,7 @@ class Group {
     }
     codes.resize(all.size());
     index.resize(all.size());
-    std::int32_t status = -1;
-    encodeallsymmetry_(rotations, translations, codes, index, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(encodeallsymmetry_, rotations, translations, codes, index), 0);
   }
 
   std::int32_t order() const { return static_cast<std::int32_t>(codes.size()); }
@@ -216,23 +207,23 @@ TEST(SymmetryTable, refuses_what_is_not_in_the_group) {
                       screw.index, status);
     EXPECT_EQ(status, 99998);
   }
-  invertsymmetry_(3, Whole{}, found, shift, screw.rotations, screw.translations, screw.codes, screw.index, status);
-  EXPECT_EQ(status, 99998);
+  EXPECT_EQ(status_of(invertsymmetry_, 3, Whole{}, found, shift, screw.rotations, screw.translations, screw.codes,
+                      screw.index),
+            99998);
   // Half of a group: its product is outside.
   const std::vector<double> quarter_turn{0, 1, 0, -1, 0, 0, 0, 0, 1}, unmoved(3);
   std::vector<std::int32_t> codes(1), index(1);
   encodeallsymmetry_(quarter_turn, unmoved, codes, index, status);
-  multiplysymmetry_(1, Whole{}, 1, Whole{}, found, shift, quarter_turn, unmoved, codes, index, status);
-  EXPECT_EQ(status, 99999);
+  EXPECT_EQ(status_of(multiplysymmetry_, 1, Whole{}, 1, Whole{}, found, shift, quarter_turn, unmoved, codes, index),
+            99999);
 }
 
 TEST(SymmetryTable, keeps_the_points_before_a_faulty_operator) {
   const Group group({op({-1, 0, 0, 0, -1, 0, 0, 0, -1})});
   std::vector<double> xyz{.1, .2, .3, .4, .5, .6, .7, .8, .9};
   const std::vector<std::int32_t> operators{2, 3, 1}, shifts{1, 0, 0, 0, 0, 0, 0, 0, 0};
-  std::int32_t status = -1;
-  sym_transformfractionallocal_(operators, shifts, xyz, xyz, group.rotations, group.translations, status);
-  EXPECT_EQ(status, 99998);
+  EXPECT_EQ(status_of(sym_transformfractionallocal_, operators, shifts, xyz, xyz, group.rotations, group.translations),
+            99998);
   EXPECT_EQ(xyz, (std::vector<double>{.9, -.2, -.3, .4, .5, .6, .7, .8, .9}));
 }
 
@@ -263,11 +254,10 @@ TEST(SymmetryOperators, take_cartesian_form_into_other_arrays_or_their_own) {
   const auto all = groups();
   auto rotations = all[7].rotations, translations = all[7].translations;
   auto other_rotations = rotations, other_translations = translations;
-  std::int32_t status = -1;
-  sym_getcartsymmetry_(a, b, c, all[7].rotations, all[7].translations, other_rotations, other_translations, status);
-  EXPECT_EQ(status, 0);
-  sym_getcartsymmetry_(a, b, c, rotations, translations, rotations, translations, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sym_getcartsymmetry_, a, b, c, all[7].rotations, all[7].translations, other_rotations,
+                      other_translations),
+            0);
+  EXPECT_EQ(status_of(sym_getcartsymmetry_, a, b, c, rotations, translations, rotations, translations), 0);
   EXPECT_EQ(rotations, other_rotations);
   EXPECT_EQ(translations, other_translations);
   // t' = M t, for the screw of a sixth
@@ -291,12 +281,10 @@ class GroupOfTheCore : public testing::Test {
 TEST_F(GroupOfTheCore, multiplies_inverts_and_moves_points) {
   std::int32_t found = 0;
   Whole shift{};
-  sym_multiply_(group, 2, Whole{1, 0, 0}, 2, Whole{0, 0, 4}, found, shift, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sym_multiply_, group, 2, Whole{1, 0, 0}, 2, Whole{0, 0, 4}, found, shift), 0);
   EXPECT_EQ(found, 1);
   EXPECT_EQ(shift, (Whole{-1, 0, 5}));
-  sym_invert_(group, 2, Whole{0, 2, 0}, found, shift, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sym_invert_, group, 2, Whole{0, 2, 0}, found, shift), 0);
   EXPECT_EQ(found, 2);
   EXPECT_EQ(shift, (Whole{0, 2, -1}));
   const std::int32_t screw = 2;
@@ -309,22 +297,19 @@ TEST_F(GroupOfTheCore, multiplies_inverts_and_moves_points) {
                           status);
   EXPECT_EQ(status, 0);
   expect_near(xyz, {4, -2, 7});
-  sym_multiply_(group, 3, Whole{}, 1, Whole{}, found, shift, status);
-  EXPECT_EQ(status, 99998);
+  EXPECT_EQ(status_of(sym_multiply_, group, 3, Whole{}, 1, Whole{}, found, shift), 99998);
 }
 
 TEST_F(GroupOfTheCore, fills_a_table_that_has_room_for_it) {
   std::vector<double> rotations(18), translations(6);
   std::vector<std::int32_t> codes(2), index(2);
   std::int32_t count = 0;
-  sym_constructgrouptable_(group, count, rotations, translations, codes, index, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(sym_constructgrouptable_, group, count, rotations, translations, codes, index), 0);
   EXPECT_EQ(count, 2);
   EXPECT_EQ(index, (std::vector<std::int32_t>{1, 2}));
   EXPECT_EQ(translations[5], 0.5);
   const std::span one(codes.data(), 1);
-  sym_constructgrouptable_(group, count, rotations, translations, one, index, status);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status_of(sym_constructgrouptable_, group, count, rotations, translations, one, index), 1);
 }
 
 TEST_F(GroupOfTheCore, gives_its_failures_and_frees_what_it_took) {
@@ -332,15 +317,13 @@ TEST_F(GroupOfTheCore, gives_its_failures_and_frees_what_it_took) {
   Whole shift{};
   const auto held = [] { return mem_alloc_call_count - mem_free_call_count; };
   const auto before = held();
-  sym_multiply_(-5, 1, Whole{}, 1, Whole{}, found, shift, status);
-  EXPECT_NE(status, 0);
+  EXPECT_NE(status_of(sym_multiply_, -5, 1, Whole{}, 1, Whole{}, found, shift), 0);
   // A Core that lies about its operators, in one way after the other.
   core.server.on("kvD_SGR_NumOperators",
                  [&](const desk::OperationCall&, desk::OperationReply& reply) { reply.put(count); });
   for (const auto& [told, expected] : {std::array{0, 99998}, {-1, 99998}, {1, 1}, {193, 1}, {1 << 30, 1}, {2, 0}}) {
     count = told;
-    sym_invert_(group, 2, Whole{}, found, shift, status);
-    EXPECT_EQ(status, expected) << told;
+    EXPECT_EQ(status_of(sym_invert_, group, 2, Whole{}, found, shift), expected) << told;
   }
   EXPECT_EQ(held(), before);
 }

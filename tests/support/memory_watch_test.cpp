@@ -1,9 +1,8 @@
 #include "support/memory_watch.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <new>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {

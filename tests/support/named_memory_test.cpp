@@ -1,17 +1,10 @@
 #include "support/named_memory.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <numeric>
-#include <string>
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
 constexpr std::int64_t huge = std::numeric_limits<std::int64_t>::max();
 
 class NamedMemory : public testing::Test {
@@ -74,8 +67,7 @@ TEST_F(NamedMemory, an_offset_reaches_the_block_from_any_base) {
   for (std::size_t shift = 0; shift < 16; ++shift)
     for (const auto type : types) {
       std::int64_t offset = 0;
-      kvdm_alloc_(&anywhere[shift], "block", 10, type, offset, status);
-      ASSERT_EQ(status, 0);
+      ASSERT_EQ(status_of(kvdm_alloc_, &anywhere[shift], "block", 10, type, offset), 0);
       const std::int64_t unit = dynmem2_.area_unit[0];
       const auto first = reinterpret_cast<std::intptr_t>(&anywhere[shift]) + (offset - 1) * unit;
       EXPECT_EQ(dynmem2_.area_bytes[0], 11 * unit);
@@ -96,14 +88,12 @@ TEST_F(NamedMemory, resizing_keeps_the_common_elements_and_the_place) {
   std::memcpy(values(), expected.data(), sizeof expected);
   ASSERT_EQ(alloc("second", "int", 1), 0);
   for (const std::int64_t count : {5000, 100, 30, 200, 1}) {
-    kvdm_realloc_("first", count, offset, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(kvdm_realloc_, "first", count, offset), 0);
     EXPECT_EQ(std::memcmp(values(), expected.data(), static_cast<std::size_t>(std::min<std::int64_t>(count, 30)) * 4),
               0);
     EXPECT_EQ(dynmem1_.area_name[0], "first");
   }
-  kvdm_realloc_("first", huge / 4, offset, status);
-  EXPECT_EQ(status, -1);
+  EXPECT_EQ(status_of(kvdm_realloc_, "first", huge / 4, offset), -1);
   EXPECT_EQ(std::memcmp(values(), expected.data(), 4), 0);
   EXPECT_TRUE(errors.empty());
 }
@@ -113,14 +103,14 @@ TEST_F(NamedMemory, an_owner_frees_its_label_first_and_last) {
   {
     NamedBlock<double> block("PathStat/VAC/vx1", 50, status);
     ASSERT_EQ(status, 0);
-    EXPECT_THAT(block.span(), testing::Each(0.0));
+    EXPECT_THAT(block.span(), Each(0.0));
     block.span()[49] = 1.5;
     NamedBlock<double> moved(std::move(block));
     EXPECT_TRUE(block.span().empty());
     moved.resize(120, status);
     ASSERT_EQ(moved.span().size(), 120u);
     EXPECT_EQ(moved.span()[49], 1.5);
-    EXPECT_THAT(moved.span().subspan(50), testing::Each(0.0));
+    EXPECT_THAT(moved.span().subspan(50), Each(0.0));
     moved.resize(huge / 8, status);
     EXPECT_NE(status, 0);
     EXPECT_EQ(moved.span()[49], 1.5);

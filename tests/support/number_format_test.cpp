@@ -1,9 +1,6 @@
 #include "support/number_format.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

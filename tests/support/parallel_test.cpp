@@ -1,14 +1,12 @@
 #include "support/parallel.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <new>
 #include <stdexcept>
 #include <thread>
-#include <vector>
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,15 +1,12 @@
 #include "support/record_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <random>
 
 #include "scratch_folder.h"
+#include "surroundings.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -184,14 +181,10 @@ TEST(RecordWriter, cuts_a_half_written_record_off_when_the_disk_was_full) {
   ASSERT_EQ(writer.create(file.path()), RecordStatus::ok);
   ASSERT_EQ(writer.write(bytes({'a', 'b', 'c'})), RecordStatus::ok);
   ASSERT_EQ(writer.flush(), RecordStatus::ok);
-  rlimit before{};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small{1000, before.rlim_max};
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_EQ(writer.write(Bytes(100'000)), RecordStatus::failed);
-  ::setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, ignored);
+  {
+    const FileSizeLimit limit(1000);
+    EXPECT_EQ(writer.write(Bytes(100'000)), RecordStatus::failed);
+  }
   EXPECT_EQ(std::filesystem::file_size(file.path()), 1000U);
   ASSERT_EQ(writer.roll_back(11), RecordStatus::ok);
   ASSERT_EQ(writer.write(bytes({'d'})), RecordStatus::ok);

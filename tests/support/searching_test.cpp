@@ -1,14 +1,10 @@
 #include "support/searching.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
 using Numbers = std::vector<std::int32_t>;
 
 TEST(Searching, a_hunt_ends_where_a_walk_would_from_every_guess) {

@@ -1,18 +1,10 @@
 #include "support/sorting.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 using Numbers = std::vector<std::int32_t>;
 
 Numbers order_of(const Numbers& values) {
@@ -55,7 +47,7 @@ TEST(Sorting, agrees_with_the_library_on_random_input) {
     dsortidx_(doubles, by_double);
     rsortidx_(floats, by_float);
     inestsortidx_(values, 1, by_row);
-    EXPECT_THAT(order_of(values), testing::AllOf(by_double, by_float, by_row));
+    EXPECT_THAT(order_of(values), AllOf(by_double, by_float, by_row));
     std::vector<double> doubles_in_place = doubles;
     dsort_(doubles_in_place);
     EXPECT_THAT(doubles_in_place, ElementsAreArray(sorted));

@@ -1,9 +1,6 @@
 #include "support/vectors.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <random>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -33,9 +30,7 @@ TEST(Matrices, inverse_times_matrix_is_the_unit) {
     Matrix3 m{}, inverse{}, product{};
     for (auto& e : m) e = element(random);
     for (std::size_t k = 0; k < 9; k += 4) m[k] += 3;  // dominant diagonal: the determinant stays away from 0
-    std::int32_t status = -7;
-    dmatinv_(m, inverse, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(dmatinv_, m, inverse), 0);
     dmatmat_(inverse, m, product);
     for (std::size_t k = 0; k < 9; ++k) ASSERT_NEAR(product[k], unit[k], 1e-13);
   }

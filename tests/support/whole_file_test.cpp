@@ -1,12 +1,9 @@
 #include "support/whole_file.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <iterator>
 #include <new>
 
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

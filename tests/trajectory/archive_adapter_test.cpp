@@ -1,24 +1,12 @@
 #include "trajectory/archive_adapter.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <numbers>
-
 #include "desk/model/coordinate_file.h"
 #include "scratch_folder.h"
+#include "testing.h"
 #include "trajectory/front_end_fixture.h"
 
 namespace pathstat {
 namespace {
-
-using testing::DoubleNear;
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pointwise;
 
 constexpr double degrees = std::numbers::pi / 180;
 
@@ -69,21 +57,10 @@ TEST_F(ArchiveTrajectory, gives_its_values_as_they_become_known) {
   ASSERT_EQ(open(cluster), 0);
   EXPECT_EQ(handle_, 1);
   EXPECT_EQ(arctrj_c_.arc_title, "a cluster");
-  struct Single {
-    std::int32_t key, value;
-  };
-  for (const auto& [key, value] : {Single{200000, 5},
-                                   {200001, 1},
-                                   {200004, 0},
-                                   {200019, 0},
-                                   {200140, -1},
-                                   {200141, -1},
-                                   {200142, 0},
-                                   {200153, 2},
-                                   {200157, 0},
-                                   {200164, 2},
-                                   {200165, 2},
-                                   {200166, 0}}) {
+  using Single = std::tuple<std::int32_t, std::int32_t>;
+  const Single cases[] = {{200000, 5}, {200001, 1}, {200004, 0}, {200019, 0}, {200140, -1}, {200141, -1},
+                          {200142, 0}, {200153, 2}, {200157, 0}, {200164, 2}, {200165, 2},  {200166, 0}};
+  for (const auto& [key, value] : cases) {
     EXPECT_THAT(integers(key), ElementsAre(value)) << key;
   }
   for (const std::int32_t key : {200083, 200135, 200152, 200155, 200156, 200159, 200167, 200168}) {
@@ -129,16 +106,13 @@ TEST_F(ArchiveTrajectory, gives_the_same_values_as_floats) {
   ASSERT_EQ(read(1), 0);
   std::array<float, 4> values{};
   std::int32_t count = 0;
-  trj_rvalue_(handle_, 200169, values, count, status_);
-  EXPECT_EQ(status_, trajectory_status::too_small);
+  EXPECT_EQ(status_of(trj_rvalue_, handle_, 200169, values, count), trajectory_status::too_small);
   EXPECT_EQ(count, 6);
   EXPECT_THAT(values, ElementsAre(1, 2, 3, 2));
-  trj_rvalue_(handle_, 400049, values, count, status_);
-  EXPECT_EQ(status_, 0);
+  EXPECT_EQ(status_of(trj_rvalue_, handle_, 400049, values, count), 0);
   EXPECT_EQ(count, 1);
   EXPECT_THAT(values, ElementsAre(-1.5, 2, 3, 2));
-  trj_rvalue_(handle_, 400020, values, count, status_);
-  EXPECT_EQ(status_, trajectory_status::no_such_key);
+  EXPECT_EQ(status_of(trj_rvalue_, handle_, 400020, values, count), trajectory_status::no_such_key);
 }
 
 TEST_F(ArchiveTrajectory, refuses_what_it_cannot_open_or_attach) {
@@ -270,14 +244,14 @@ TEST_F(SymmetricArchive, has_the_images_that_the_operators_make) {
   for (const std::int32_t key : {200083, 200155, 200156}) EXPECT_THAT(integers(key), ElementsAre(8)) << key;
   EXPECT_THAT(integers(200164), ElementsAre(2));
   EXPECT_THAT(integers(200167), ElementsAre(5, 3));
-  EXPECT_THAT(integers(200152), testing::SizeIs(8));
+  EXPECT_THAT(integers(200152), SizeIs(8));
   EXPECT_EQ(integers(200159), integers(200152));
   ASSERT_EQ(read(1), 0);
   EXPECT_THAT(doubles(200160), near(expected(10, 12, 14), 2e-6));
   EXPECT_THAT(doubles(400100), ElementsAre(0.5, -0.5, 0.5, 0.5, 0.5, -0.5, -0.5, -0.5));
   ASSERT_EQ(read(2), 0);
   EXPECT_THAT(doubles(200161), near(expected(11, 12.5, 15), 2e-6)) << "in the cell of the frame";
-  EXPECT_THAT(doubles(200169), testing::SizeIs(6));
+  EXPECT_THAT(doubles(200169), SizeIs(6));
   EXPECT_THAT(doubles(400173), ElementsAre(0.25, -0.5));
   EXPECT_THAT(doubles(400100), ElementsAre(0.25, -0.5, 0.25, 0.25, 0.25, -0.5, -0.5, -0.5));
 }

@@ -1,22 +1,15 @@
 #include "trajectory/archive_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <memory>
-#include <random>
 
+#include "testing.h"
 #include "trajectory/front_end.h"
 
 namespace pathstat {
 namespace {
 
 using namespace trajectory_status;
-using testing::DoubleEq;
-using testing::DoubleNear;
-using testing::ElementsAre;
-using testing::Pointwise;
 
 auto near(const std::vector<double>& numbers) { return Pointwise(DoubleNear(1e-14), numbers); }
 

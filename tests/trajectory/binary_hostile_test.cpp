@@ -1,9 +1,6 @@
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <random>
-
+#include "testing.h"
 #include "trajectory/binary_open.h"
 
 namespace pathstat {
@@ -119,19 +116,14 @@ TEST(BinaryDamage, a_file_that_shrinks_loses_its_coordinates_with_a_status) {
   FileOnDisk disk(file(plan, 2).all());
   std::int32_t handle = 0, status = -1, count = 0;
   kvA_TRJ_Open(disk.path(), 100, handle, status);
-  kvA_TRJ_ReadFrame(handle, 2, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(kvA_TRJ_ReadFrame, handle, 2), 0);
   std::filesystem::resize_file(disk.path(), std::filesystem::file_size(disk.path()) - 20'000);
   std::vector<double> values(3000);
-  kvA_TRJ_ValueDouble(handle, 1071, values, count, status);
-  EXPECT_EQ(status, 50510);
-  kvA_TRJ_ReadFrame(handle, 1, status);
-  EXPECT_EQ(status, 0);
-  kvA_TRJ_ValueDouble(handle, 1071, values, count, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kvA_TRJ_ValueDouble, handle, 1071, values, count), 50510);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, handle, 1), 0);
+  EXPECT_EQ(status_of(kvA_TRJ_ValueDouble, handle, 1071, values, count), 0);
   EXPECT_EQ(values[2999], coordinate(1, 1071, 999, 2));
-  kvA_TRJ_ReadFrame(handle, 2, status);
-  EXPECT_EQ(status, 50519);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, handle, 2), 50519);
   kvA_TRJ_Close(handle, status);
 }
 
@@ -188,22 +180,18 @@ TEST(BinaryLargeFile, late_frames_are_read) {
   ASSERT_GT(std::filesystem::file_size(disk.path()), std::uintmax_t{1} << 32);
 
   std::int32_t handle = 0, status = -1, count = 0;
-  kvA_TRJ_Open(disk.path(), 100, handle, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(kvA_TRJ_Open, disk.path(), 100, handle), 0);
   for (const std::int32_t k : {frames, 1, frames - 1, frames}) {
-    kvA_TRJ_ReadFrame(handle, k, status);
-    ASSERT_EQ(status, 0) << k;
+    ASSERT_EQ(status_of(kvA_TRJ_ReadFrame, handle, k), 0) << k;
     double energy = 0;
     kvA_TRJ_ValueDouble(handle, 1032, {&energy, 1}, count, status);
     EXPECT_EQ(energy, number(k, 1032));
   }
   std::vector<double> positions(3 * static_cast<std::size_t>(plan.atoms));
-  kvA_TRJ_ValueDouble(handle, 1071, positions, count, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(kvA_TRJ_ValueDouble, handle, 1071, positions, count), 0);
   EXPECT_EQ(positions.back(), 12.5);
   EXPECT_EQ(positions[positions.size() - 2], 0.0);
-  kvA_TRJ_ReadFrame(handle, frames + 1, status);
-  EXPECT_EQ(status, 50519);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, handle, frames + 1), 50519);
   kvA_TRJ_Close(handle, status);
 }
 

@@ -1,14 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "scratch_folder.h"
+#include "testing.h"
 #include "trajectory/binary_bytes.h"
 #include "trajectory/binary_trajectory.h"
 
@@ -35,11 +30,7 @@ class Opened {
     if (handle != 0) kvA_TRJ_Close(handle, closed);
   }
 
-  std::int32_t read(std::int32_t frame) {
-    std::int32_t result = -1;
-    kvA_TRJ_ReadFrame(handle, frame, result);
-    return result;
-  }
+  std::int32_t read(std::int32_t frame) { return status_of(kvA_TRJ_ReadFrame, handle, frame); }
   Answer<double> doubles(std::int32_t key, std::size_t capacity) {
     return ask<double>(kvA_TRJ_ValueDouble, key, capacity);
   }

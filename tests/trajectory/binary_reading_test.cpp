@@ -1,14 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "trajectory/binary_open.h"
+
+#include "testing.h"
 
 namespace pathstat {
 namespace {
 
 using namespace testing_bytes;
-using testing::Each;
-using testing::ElementsAre;
 
 constexpr BinaryFlags all_off{};
 
@@ -185,27 +182,19 @@ TEST(BinaryFiles, are_opened_by_name_and_closed_by_handle) {
   const Plan plan{.flags = thermostat};
   FileOnDisk disk(file(plan, 3).all());
   std::int32_t first = 0, second = 0, status = -1;
-  kva_trj_open_(disk.path() + "   ", 100, first, status);
-  ASSERT_EQ(status, 0);
-  kvA_TRJ_Open(disk.path(), 100, second, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(kva_trj_open_, disk.path() + "   ", 100, first), 0);
+  ASSERT_EQ(status_of(kvA_TRJ_Open, disk.path(), 100, second), 0);
   EXPECT_EQ(second, first + 1);
-  kvA_TRJ_ReadFrame(second, 3, status);
-  EXPECT_EQ(status, 0);
-  kva_trj_close_(first, status);
-  EXPECT_EQ(status, 0);
-  kvA_TRJ_ReadFrame(first, 1, status);
-  EXPECT_EQ(status, 50501);
-  kvA_TRJ_ReadFrame(second, 1, status);
-  EXPECT_EQ(status, 0);
-  kvA_TRJ_WriteFrame(second, status);
-  EXPECT_EQ(status, 50507);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, second, 3), 0);
+  EXPECT_EQ(status_of(kva_trj_close_, first), 0);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, first, 1), 50501);
+  EXPECT_EQ(status_of(kvA_TRJ_ReadFrame, second, 1), 0);
+  EXPECT_EQ(status_of(kvA_TRJ_WriteFrame, second), 50507);
   kvA_TRJ_Close(second, status);
 
   for (const auto& [name, mode, code] : {std::tuple{disk.path(), 101, 50502}, std::tuple{disk.path() + "x", 100, 50503},
                                          std::tuple{testing::TempDir(), 100, 50503}}) {
-    kvA_TRJ_Open(name, mode, first, status);
-    EXPECT_EQ(status, code) << name;
+    EXPECT_EQ(status_of(kvA_TRJ_Open, name, mode, first), code) << name;
     EXPECT_EQ(first, 0);
   }
   EXPECT_TRUE(kvA_TRJ_TrjList.empty());

@@ -1,9 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>
 
+#include "surroundings.h"
+#include "testing.h"
 #include "trajectory/binary_open.h"
 
 namespace pathstat {
@@ -200,15 +200,9 @@ TEST(BinaryWriter, keeps_the_file_whole_when_the_disk_is_full) {
   FileOnDisk disk;
   Written trj(disk.path());
   ASSERT_EQ(trj.set(1071, std::vector<double>(3 * 10'000, 1.0)), 0);
-  rlimit before{};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   const auto with_limit = [&](rlim_t bytes) {
-    const rlimit limit{bytes, before.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    const auto status = trj.write();
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    return status;
+    const FileSizeLimit limit(bytes);
+    return trj.write();
   };
   EXPECT_EQ(with_limit(100), 50506);
   EXPECT_EQ(std::filesystem::file_size(disk.path()), 0U);
@@ -217,7 +211,6 @@ TEST(BinaryWriter, keeps_the_file_whole_when_the_disk_is_full) {
   EXPECT_EQ(with_limit(whole + 100'000), 50507);
   EXPECT_EQ(std::filesystem::file_size(disk.path()), whole);
   ASSERT_EQ(trj.write(), 0);
-  std::signal(SIGXFSZ, handler);
   Opened again(disk.content());
   EXPECT_EQ(again.read(2), 0);
   EXPECT_EQ(again.read(3), 50519);

@@ -1,8 +1,6 @@
 #include "trajectory/coordinate_alignment.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

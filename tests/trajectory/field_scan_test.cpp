@@ -1,6 +1,6 @@
 #include "trajectory/field_scan.h"
 
-#include <gtest/gtest.h>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,14 +1,8 @@
 #include "trajectory/first_frame.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <fstream>
-
 #include "in_process_core.h"
 #include "scratch_folder.h"
+#include "testing.h"
 #include "trajectory/binary_bytes.h"
 #include "trajectory/frame_cache.h"
 #include "trajectory/frame_extraction.h"
@@ -20,10 +14,6 @@
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr std::int32_t structured_file = 1, coordinate_file = 14;
 
@@ -39,9 +29,7 @@ class FirstFrame : public testing::Test {
                                       " (A I Movable (1 0 1 0))\n)\n"));
   }
   std::int32_t fix(const std::string& path, std::int32_t file_type, std::int32_t model) {
-    std::int32_t status = -1;
-    trjfixatoms_(path, file_type, model, status);
-    return status;
+    return status_of(trjfixatoms_, path, file_type, model);
   }
   const desk::MolecularModel& data(std::int32_t model) { return core.model.model(model)->data; }
 
@@ -81,13 +69,10 @@ TEST_F(FirstFrame, a_model_that_does_not_fit_is_left_alone) {
                                          {&other_count, fitting, "PATHSTAT_ERROR_104"}}) {
     core.messages.clear();
     EXPECT_EQ(fix(file->path(), structured_file, model), 1);
-    std::int32_t status = 0;
-    extractfromframe_(file->path(), model, 1, 1, ExtractionMode::apply, status);
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(status_of(extractfromframe_, file->path(), model, 1, 1, ExtractionMode::apply), 1);
     EXPECT_EQ(data(model).positions[0], (Vector3{0, 0, 0}));
     EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_ERROR_112", key, "PATHSTAT_ERROR_112", key));
-    extractfromframe_(file->path(), model, 1, 1, ExtractionMode::report, status);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of(extractfromframe_, file->path(), model, 1, 1, ExtractionMode::report), 0);
   }
   core.messages.clear();
   EXPECT_NE(fix(trajectory.path(), structured_file, 0), 0);
@@ -113,18 +98,14 @@ TEST_F(FirstFrame, a_frame_without_a_cell_leaves_the_model_its_own) {
   EXPECT_THAT(core.messages, IsEmpty());
   shows(1);
   std::int32_t status = -1;
-  extractfromframe_(path, model, 2, 2, ExtractionMode::apply, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(extractfromframe_, path, model, 2, 2, ExtractionMode::apply), 0);
   shows(2);
-  setuptrjcache_(model, path, 1, 2, 1, status);
-  EXPECT_EQ(status, 0);
-  showtrjframe_(1, false, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(status_of(setuptrjcache_, model, path, 1, 2, 1), 0);
+  EXPECT_EQ(status_of(showtrjframe_, 1, false), 0);
   shows(1);
   killtrjcache_(status);
-  testing::internal::CaptureStdout();
-  extractfromframe_(path, model, 2, 2, ExtractionMode::report, status);
-  EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("Volume       :    510.0000"));
+  EXPECT_THAT(stdout_of([&] { extractfromframe_(path, model, 2, 2, ExtractionMode::report, status); }),
+              HasSubstr("Volume       :    510.0000"));
 
   const OpenTrajectory open(path, model, status);
   trj_readframe_(open.handle(), 1, status);
@@ -141,11 +122,7 @@ TEST_F(FirstFrame, a_frame_without_a_cell_leaves_the_model_its_own) {
 /// The check whether the trajectory's model is still there.
 class ModelCheck : public FirstFrame {
  protected:
-  std::int32_t check(std::int32_t& model) {
-    std::int32_t status = -1;
-    checktrjmodel_(folder.file("model.qfx"), model, false, status);
-    return status;
-  }
+  std::int32_t check(std::int32_t& model) { return status_of(checktrjmodel_, folder.file("model.qfx"), model, false); }
 };
 
 TEST_F(ModelCheck, the_current_model_passes_and_another_one_is_told) {

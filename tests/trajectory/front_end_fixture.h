@@ -1,13 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "in_process_core.h"
+#include "testing.h"
 #include "trajectory/front_end.h"
 
 namespace pathstat {

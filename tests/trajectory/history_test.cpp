@@ -1,10 +1,6 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <numeric>
-#include <random>
-
+#include "testing.h"
 #include "trajectory/binary_open.h"
 #include "trajectory/front_end_fixture.h"
 #include "trajectory/history_file.h"
@@ -14,10 +10,6 @@ namespace pathstat {
 namespace {
 
 using namespace testing_bytes;
-using testing::DoubleNear;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::Pointwise;
 
 constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t zero = -1;
@@ -184,8 +176,7 @@ TEST_P(HistoryVersions, a_file_cut_at_any_byte_gives_a_status_and_its_whole_fram
     ASSERT_EQ(there, static_cast<std::size_t>(std::ranges::count_if(ends, [&](auto end) { return end <= kept; })));
     ASSERT_EQ(status, kept == ends[there - 1] ? 50004 : 50003);
     ASSERT_EQ(history_frame(), 0);
-    read_history_frame(1, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(read_history_frame, 1), 0);
   }
   close_history();
 }
@@ -205,11 +196,9 @@ TEST_F(History, a_head_without_bonds_or_with_one_frame_is_whole) {
   EXPECT_EQ(histrj_i_.his_header_records, 12);
   std::array<char, 160> lines;
   std::int32_t count = 0;
-  trj_cvalue_(handle_, 2, lines, 80, count, status_);
-  EXPECT_EQ(status_, 0);
+  EXPECT_EQ(status_of(trj_cvalue_, handle_, 2, lines, 80, count), 0);
   EXPECT_EQ(std::string(lines.data(), 160), padded("one line", 80) + padded("another line", 80));
-  trj_cvalue_(handle_, 2, std::span(lines).first(8), 4, count, status_);
-  EXPECT_EQ(status_, -50000);
+  EXPECT_EQ(status_of(trj_cvalue_, handle_, 2, std::span(lines).first(8), 4, count), -50000);
   EXPECT_EQ(std::string(lines.data(), 8), "one anot");
 }
 
@@ -257,12 +246,12 @@ TEST_F(History, the_cell_stress_and_vectors_are_turned_as_the_model_lies) {
   const auto near = [](double x) { return DoubleNear(x, 1e-12); };
   EXPECT_THAT(doubles(400078, 6).values, ElementsAre(near(ax), near(by), near(c), near(bz), near(az), near(ay)));
   const Doubles matrix{ax, ay, az, 0, by, bz, 0, 0, c};
-  EXPECT_THAT(doubles(400105, 9).values, Pointwise(testing::DoubleNear(1e-12), matrix));
+  EXPECT_THAT(doubles(400105, 9).values, Pointwise(DoubleNear(1e-12), matrix));
   const double volume = a * b * c * std::sin(gamma) * height;
   for (const auto key : {400058, 400064}) EXPECT_NEAR(number(key), volume, 1e-9);
   EXPECT_EQ(doubles(400151).status, 50011);
   for (const auto key : {200160, 200161, 200162, 200163, 200169, 200170, 200171, 200172}) {
-    EXPECT_THAT(doubles(key, 9).values, Pointwise(testing::DoubleNear(2e-6), matrix)) << "32 bits; key " << key;
+    EXPECT_THAT(doubles(key, 9).values, Pointwise(DoubleNear(2e-6), matrix)) << "32 bits; key " << key;
   }
   const double x = ax / a, y = ay / a, z = az / a;
   for (const auto key : {400084, 400085}) {
@@ -318,7 +307,7 @@ TEST_F(History, images_follow_the_stored_atoms) {
   EXPECT_EQ(integer(200135), 4);
   const auto ids = integers(200152, 8).values;
   EXPECT_THAT(integers(200159, 4).values, ElementsAre(8, ids[2], ids[3], ids[4]));
-  const auto near = [](const Doubles& numbers) { return Pointwise(testing::DoubleNear(1e-12), numbers); };
+  const auto near = [](const Doubles& numbers) { return Pointwise(DoubleNear(1e-12), numbers); };
   const Doubles moving{3, 6, 8, -3 + 5, -6, 8 + 20, -3, 6 + 10, -8 + 20, 3 + 5, -6 + 10, -8};
   EXPECT_THAT(doubles(200161, 12).values, near(moving));
   EXPECT_THAT(doubles(200170, 3).values, near({3, 6, 8}));
@@ -348,18 +337,13 @@ TEST_F(History, what_cannot_be_opened_is_refused_by_its_code) {
   Bytes file = history_file({}, 2);
   Bytes other = file;
   other.patch(4, 7);
-  std::int32_t status = 0;
-  open_history(RecordReader(other.all()), status);
-  EXPECT_EQ(status, 50016);
+  EXPECT_EQ(status_of(open_history, RecordReader(other.all())), 50016);
   // The marker of the second frame stands behind the first one.
   other = file;
   other.patch(history_file({}, 1).size() + 4, 2);
-  open_history(RecordReader(other.all()), status);
-  ASSERT_EQ(status, 0);
-  read_history_frame(2, status);
-  EXPECT_EQ(status, 50018);
-  read_history_frame(1, status);
-  EXPECT_EQ(status, 0);
+  ASSERT_EQ(status_of(open_history, RecordReader(other.all())), 0);
+  EXPECT_EQ(status_of(read_history_frame, 2), 50018);
+  EXPECT_EQ(status_of(read_history_frame, 1), 0);
   close_history();
 }
 
@@ -410,9 +394,7 @@ TEST(HistoryDamage, counts_below_one_have_a_code_of_their_own) {
     for (const std::int32_t count : {0, -5}) {
       Bytes damaged = whole;
       damaged.patch(at + (k == 3 ? 4 : 0), count);
-      std::int32_t status = 0;
-      open_history(RecordReader(damaged.all()), status);
-      EXPECT_EQ(status, 50017) << "record " << k + 5;
+      EXPECT_EQ(status_of(open_history, RecordReader(damaged.all())), 50017) << "record " << k + 5;
     }
     at += lengths[k] + 8;
   }
@@ -422,10 +404,8 @@ TEST(HistoryDamage, an_index_of_no_atom_or_a_repeated_one_is_a_read_error) {
   for (const auto& list : {Integers{4, 1}, Integers{0, 1}, Integers{-3, 1}, Integers{2, 2}}) {
     auto plan = small_plan(2.9);
     plan.movable = list;
-    std::int32_t status = 0;
     Bytes file = history_head(plan);
-    open_history(RecordReader(file.all()), status);
-    EXPECT_EQ(status, 50003);
+    EXPECT_EQ(status_of(open_history, RecordReader(file.all())), 50003);
   }
 }
 

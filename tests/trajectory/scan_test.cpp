@@ -1,19 +1,13 @@
 #include "trajectory/scan.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/time.h>
 
-#include <filesystem>
-
 #include "in_process_core.h"
+#include "testing.h"
 #include "trajectory/written_trajectory.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Scan : public testing::Test {
  protected:
@@ -119,12 +113,6 @@ TEST_F(Scan, the_user_may_stop_it_and_keeps_what_was_found) {
   EXPECT_DOUBLE_EQ(step, 0.5);
   EXPECT_THAT(core.messages, ElementsAre("PATHSTAT_WARN_19 100"));
   EXPECT_EQ(reported, 4) << "at 0, 50 and 100 frames, and cleared at the end";
-}
-
-TEST_F(Scan, a_run_of_the_examples_has_its_frames_and_its_spacing) {
-  EXPECT_EQ(scan(EXAMPLES_DIR "/butane/butane.trj"), 0);
-  EXPECT_EQ(frames, 1000);
-  EXPECT_NEAR(step, 0.01, 1e-9);
 }
 
 }  // namespace

@@ -1,19 +1,11 @@
 #include "trajectory/symmetry_images.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
-
 #include "in_process_core.h"
+#include "testing.h"
 #include "trajectory/model_frame.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 using Doubles = std::vector<double>;
 using Kind = SymmetryImages::Kind;

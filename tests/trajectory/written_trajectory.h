@@ -1,13 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "scratch_folder.h"
+#include "testing.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat {

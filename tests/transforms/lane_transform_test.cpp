@@ -1,8 +1,6 @@
 #include "transforms/lane_transform.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
+#include "testing.h"
 
 namespace pathstat {
 namespace {

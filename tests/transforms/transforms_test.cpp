@@ -1,23 +1,13 @@
 #include "transforms/transforms.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-#include <random>
-#include <vector>
-
 #include "recording_core.h"
+#include "testing.h"
 #include "transforms/real_transform.h"
 
 namespace pathstat {
 namespace {
 
 using std::numbers::pi;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr unsigned seed = 20240611;
 
@@ -172,17 +162,15 @@ TEST_F(Transforms, short_sequences_are_refused_and_three_points_need_no_table) {
   EXPECT_THAT(core_.messages(), ElementsAre("PATHSTAT_ERROR_35", "PATHSTAT_ERROR_36", "PATHSTAT_ERROR_35",
                                             "PATHSTAT_ERROR_36", "PATHSTAT_ERROR_35", "PATHSTAT_ERROR_36"));
   core_.forget();
-  testing::internal::CaptureStdout();
-  EXPECT_THAT(cosine({1, 2, 4}), ElementsAre(9, -3, 1));
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " The length of sequence has to be greater than 3\n");
+  EXPECT_EQ(stdout_of([&] {
+              EXPECT_THAT(cosine({1, 2, 4}), ElementsAre(9, -3, 1));
+            }),
+            " The length of sequence has to be greater than 3\n");
   EXPECT_THAT(core_.messages(), IsEmpty());
 }
 
 TEST_F(Transforms, factors_stand_with_two_in_front_of_the_fours) {
-  struct Case {
-    std::int64_t length;
-    std::vector<double> factors;
-  };
+  using Case = std::tuple<std::int64_t, std::vector<double>>;
   for (const auto& [length, factors] :
        {Case{1, {}}, Case{8, {2, 4}}, Case{2 * 4 * 4 * 3 * 5 * 7 * 7, {2, 4, 4, 3, 5, 7, 7}},
         Case{2 * 169, {2, 13, 13}}, Case{1009, {1009}}}) {

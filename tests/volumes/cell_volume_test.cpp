@@ -1,12 +1,7 @@
 #include "volumes/cell_volume.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <filesystem>
-#include <numeric>
-
 #include "scratch_folder.h"
+#include "testing.h"
 #include "volumes/volume_file.h"
 
 namespace pathstat {
@@ -37,8 +32,7 @@ TEST_P(CellVolumeOf, has_each_point_where_the_cell_says) {
   std::iota(field.values.begin(), field.values.end(), 1.0F);
   bool turned = true;
   std::int32_t status = -7;
-  write_cell_volume(path_, 4, field, std::vector<std::string>{"a field"}, turned, status);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status_of(write_cell_volume, path_, 4, field, std::vector<std::string>{"a field"}, turned), 0);
   EXPECT_FALSE(turned);
   EXPECT_FALSE(std::filesystem::exists(path_ + ".part"));
   ASSERT_EQ(open(), 0);

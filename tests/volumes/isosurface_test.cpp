@@ -1,17 +1,8 @@
 #include "volumes/isosurface.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <functional>
-#include <map>
-#include <numbers>
-#include <numeric>
-#include <random>
-#include <set>
-
 #include "desk/model/surface.h"
 #include "in_process_core.h"
+#include "testing.h"
 #include "volumes/surface_cases.h"
 #include "volumes/surface_from_data.h"
 
@@ -19,7 +10,6 @@ namespace pathstat {
 namespace {
 
 using std::numbers::pi;
-using testing::ElementsAre;
 using Triangle = std::array<std::int32_t, 3>;
 using Triangles = std::vector<Triangle>;
 using Side = std::pair<std::int32_t, std::int32_t>;

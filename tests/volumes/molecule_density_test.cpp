@@ -1,12 +1,7 @@
 #include "volumes/molecule_density.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numeric>
-#include <random>
-
 #include "structure/crystal_vectors.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {

@@ -1,11 +1,6 @@
 #include "volumes/number_density.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <limits>
-#include <numeric>
-#include <random>
+#include "testing.h"
 
 namespace pathstat {
 namespace {
@@ -23,7 +18,7 @@ TEST(NumberDensity, counts_an_atom_for_the_point_nearest_to_it_in_any_image) {
   const std::vector<double> xyz{0, 0, 0, 3.6, 1.6, 2.9, -3.9, 2.1, -30, 1.4, 0.4, 1, 1.6, 0.6, 1, 401, 0, 0};
   ASSERT_TRUE(density.add(xyz, all_places(6), box));
   const float one = 1.0F / 3;  // an atom in the 3 Å³ of a point
-  EXPECT_THAT(density.mean(), testing::ElementsAre(3 * one, 2 * one, 0, 0, 0, 0, one, 0));
+  EXPECT_THAT(density.mean(), ElementsAre(3 * one, 2 * one, 0, 0, 0, 0, one, 0));
 }
 
 TEST(NumberDensity, is_that_of_the_plain_definition_for_random_frames_of_a_varying_skew_cell) {
@@ -73,7 +68,7 @@ TEST(NumberDensity, leaves_out_what_is_no_place_and_refuses_a_flat_cell) {
   const std::vector<double> xyz{nan, 0, 0, 0, infinite, 0, 0, 0, 1e300, 0, 0, 0};
   EXPECT_FALSE(density.add(xyz, all_places(4), Matrix3{1, 0, 0, 1, 0, 0, 0, 0, 1}));
   EXPECT_EQ(density.frames(), 0);
-  EXPECT_THAT(density.mean(), testing::Each(0.0F));
+  EXPECT_THAT(density.mean(), Each(0.0F));
   ASSERT_TRUE(density.add(xyz, all_places(4), Matrix3{3, 0, 0, 0, 3, 0, 0, 0, 3}));
   const auto mean = density.mean();
   EXPECT_EQ(mean[0], 1.0F);

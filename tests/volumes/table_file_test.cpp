@@ -1,18 +1,12 @@
 #include "volumes/table_file.h"
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <array>
-#include <filesystem>
-#include <vector>
-
 #include "scratch_folder.h"
+#include "testing.h"
 
 namespace pathstat {
 namespace {
-
-using testing::ElementsAre;
 
 class TableFile : public testing::Test {
  protected:
@@ -70,8 +64,7 @@ const std::string two_columns =
 TEST_F(TableFile, tells_functions_and_lines) {
   const auto path = file(two_columns);
   std::int32_t functions = 0, lines = 0, count = 0;
-  kvA_TBL_GetInfo(path, functions, lines, status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(pathstat::status_of(kvA_TBL_GetInfo, path, functions, lines), 0);
   EXPECT_EQ(functions, 2);
   EXPECT_EQ(lines, 4);
   std::array<std::string, 3> names{"", "", "untouched"};
@@ -141,8 +134,7 @@ TEST_F(TableFile, takes_blank_padded_fields) {
   EXPECT_EQ(count, 2);
   EXPECT_EQ(names[0].view(), "distance");
   EXPECT_EQ(names[1].view(), "energy o");
-  kva_tbl_getfunctiontitle_(path, names[0], "distance  ", status);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(pathstat::status_of(kva_tbl_getfunctiontitle_, path, names[0], "distance  "), 0);
   EXPECT_EQ(names[0].view(), "Distanc ");
 }
 

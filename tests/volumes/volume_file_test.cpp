@@ -1,115 +1,17 @@
 #include "volumes/volume_file.h"
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <bit>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <numbers>
-#include <random>
-#include <vector>
-
 #include "scratch_folder.h"
+#include "testing.h"
+#include "volumes/plain_volume.h"
 #include "volumes/volume_bricks.h"
 #include "volumes/volume_frame.h"
 
 namespace pathstat {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using Floats = std::vector<float>;
-
-/// A volume as a plain writer sees it, who knows nothing of the library.
-struct PlainVolume {
-  int type = 1, kind = 1;
-  std::array<int, 3> n{};
-  float min = 0, max = 1;
-  FloatVector origin{}, spacing{1, 1, 1};
-  std::vector<std::string> titles{"BRICK map produced using the VL VOL routines"};
-  Floats values, offsets;
-  int frame = -1;
-  std::array<float, 6> cell{};
-
-  std::size_t point(int i, int j, int k) const { return static_cast<std::size_t>((k * n[1] + j) * n[0] + i); }
-  std::size_t points() const { return static_cast<std::size_t>(n[0] * n[1] * n[2]); }
-  int bricks(std::size_t axis) const { return (n[axis] - 2) / 5 + 1; }
-  double steps() const { return type == 1 ? 127 : 16383; }
-  float scale() const { return type == 4 ? 1 : max - min < 0.0001f ? 1 : float(steps() / (double(max) - double(min))); }
-  float offset() const { return type == 4 ? 0 : -min; }
-  float widest() const { return std::max({spacing[0], spacing[1], spacing[2]}); }
-  float scale2() const { return type == 4 ? 1 : float(steps() / (2 * double(widest()))); }
-  float offset2() const { return type == 4 ? 0 : -widest(); }
-  std::size_t record_bytes() const { return static_cast<std::size_t>(216 * type); }
-
-  std::string bytes() const {
-    std::string out = record("mbk_1.0" + integer(int(titles.size()) + kind) +
-                             std::string(1, type == 1   ? 'B'
-                                            : type == 2 ? 'S'
-                                                        : 'R'));
-    for (const auto& title : titles) out += title_record(title);
-    out += title_record("HEADERENERGY              S" + numbers(scale(), offset()));
-    if (kind == 2) out += title_record("HEADERRANDOMOFFSETFROMGRIDV" + numbers(scale2(), offset2()));
-    std::string header = integer(n[2]);
-    for (const int points : n) header += integer(points);
-    for (std::size_t axis = 0; axis < 3; ++axis) header += integer(bricks(axis));
-    for (const int range : {1, 1, n[0], 1, n[1]}) header += integer(range);
-    for (std::size_t k = 0; k < 6; ++k) {
-      header += real(frame > 0 ? cell[k] : k < 3 ? origin[k] : spacing[k - 3] * float(n[k - 3]));
-    }
-    header += real(0) + real(offset()) + real(scale()) + integer(6) + integer(frame) + real(min) + real(max);
-    out += record(header);
-    out += all_bricks([&](std::size_t at) {
-      const float v = std::max(min, std::min(max, values[at]));
-      return type == 4 ? real(v) : whole(std::round((double(v) + offset()) * scale()));
-    });
-    for (std::size_t axis = 0; kind == 2 && axis < 3; ++axis) {
-      out += all_bricks([&](std::size_t at) {
-        const double stored = (double(offsets[3 * at + axis]) + offset2()) * scale2();
-        return type == 4 ? real(float(stored)) : whole(type == 1 ? std::round(stored) : std::trunc(stored));
-      });
-    }
-    return out;
-  }
-
- private:
-  static std::string integer(int value) {
-    std::string text;
-    for (const int shift : {24, 16, 8, 0}) text += char(value >> shift & 255);
-    return text;
-  }
-  static std::string real(float value) { return integer(std::bit_cast<int>(value)); }
-  std::string whole(double value) const { return integer(int(value)).substr(type == 1 ? 3 : 2); }
-  std::string record(std::string text) const { return text.append(record_bytes() - text.size(), '\0'); }
-  std::string title_record(std::string text) const { return record(text.append(128 - text.size(), ' ')); }
-  /// Two columns of 13, with the digits behind a leading zero.
-  std::string numbers(float a, float b) const {
-    std::string text = std::to_string(type);
-    for (const double value : {double(a), double(b)}) {
-      const int exponent = value == 0 ? 0 : int(std::floor(std::log10(std::abs(value)))) + 1;
-      std::array<char, 40> column;
-      std::snprintf(column.data(), column.size(), "%9.6fE%+03d", value / std::pow(10.0, exponent), exponent);
-      text += column.data();
-    }
-    return text;
-  }
-  template <class Stored>
-  std::string all_bricks(Stored stored) const {
-    std::string out;
-    for (int brick = 0; brick < bricks(0) * bricks(1) * bricks(2); ++brick) {
-      const int bx = brick % bricks(0), by = brick / bricks(0) % bricks(1), bz = brick / bricks(0) / bricks(1);
-      for (int p = 0; p < 216; ++p) {
-        const int i = 5 * bx + p % 6, j = 5 * by + p / 6 % 6, k = 5 * bz + p / 36;
-        out += i < n[0] && j < n[1] && k < n[2] ? stored(point(i, j, k)) : std::string(std::size_t(type), '\0');
-      }
-    }
-    return out;
-  }
-};
 
 struct Opened {
   std::int32_t unit = -7, type = -7, kind = -7, nx = -7, ny = -7, nz = -7, status = -7;
@@ -141,11 +43,10 @@ class VolumeFile : public testing::Test {
     return status;
   }
   void write(const PlainVolume& v) {
-    std::int32_t unit = 0, status = 0;
+    std::int32_t unit = 0;
     ASSERT_EQ(create(v, unit), 0);
     kvA_VOL_WriteAll(unit, v.values, v.offsets);
-    kvA_VOL_CloseVolume(unit, status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(status_of(kvA_VOL_CloseVolume, unit), 0);
     ASSERT_EQ(unit, 0);
   }
 
@@ -176,33 +77,13 @@ TEST_F(VolumeFile, has_these_bytes_for_two_points_an_axis) {
   EXPECT_EQ(bytes.substr(0, 12), std::string("mbk_1.0\0\0\0\2B", 12));
   EXPECT_EQ(bytes.substr(216, 50), "BRICK map produced using the VL VOL routines      ");
   EXPECT_EQ(bytes.substr(432, 60), "HEADERENERGY              S1 0.100000E+01-0.000000E+00      ");
-  const std::string header(
-      "\0\0\0\2"
-      "\0\0\0\2"
-      "\0\0\0\2"
-      "\0\0\0\2"
-      "\0\0\0\1"
-      "\0\0\0\1"
-      "\0\0\0\1"
-      "\0\0\0\1"
-      "\0\0\0\1"
-      "\0\0\0\2"
-      "\0\0\0\1"
-      "\0\0\0\2"
-      "\x3f\x80\0\0"
-      "\0\0\0\0"
-      "\0\0\0\0"
-      "\x40\x80\0\0"
-      "\x40\x80\0\0"
-      "\x40\x80\0\0"
-      "\0\0\0\0"
-      "\x80\0\0\0"
-      "\x3f\x80\0\0"
-      "\0\0\0\6"
-      "\xff\xff\xff\xff"
-      "\0\0\0\0"
-      "\x42\xfe\0\0",
-      100);
+  std::string header;
+  for (const std::uint32_t word :
+       {2U, 2U,          2U,          2U,          1U,          1U, 1U,          1U,          1U,
+        2U, 1U,          2U,          0x3f800000U, 0U,          0U, 0x40800000U, 0x40800000U, 0x40800000U,
+        0U, 0x80000000U, 0x3f800000U, 6U,          0xffffffffU, 0U, 0x42fe0000U}) {
+    for (const int shift : {24, 16, 8, 0}) header += static_cast<char>(word >> shift & 255);
+  }
   EXPECT_EQ(bytes.substr(648, 100), header);
   std::string brick(216, '\0');
   brick[1] = 1, brick[6] = 2, brick[7] = 3, brick[36] = 4, brick[37] = 5, brick[42] = 127, brick[43] = 127;
@@ -245,8 +126,7 @@ TEST_F(VolumeFile, gives_back_what_an_independent_writer_wrote) {
       kvA_VOL_SizeRegion(o.unit, low, high, count, 0, status);
       EXPECT_EQ(count, 9 * 3 * 5);
       Floats values(v.points()), places(3 * v.points()), offsets(3 * v.points());
-      kvA_VOL_GetRegion(o.unit, low, high, count, values, places, offsets, 0, status);
-      EXPECT_EQ(status, 0);
+      EXPECT_EQ(status_of(kvA_VOL_GetRegion, o.unit, low, high, count, values, places, offsets, 0), 0);
       ASSERT_EQ(count, 9 * 3 * 5);
       for (int at = 0; at < count; ++at) {
         const int i = 2 + at % 9, j = 2 + at / 9 % 3, k = 3 + at / 27;
@@ -279,8 +159,7 @@ TEST_F(VolumeFile, gives_back_what_an_independent_writer_wrote) {
         ASSERT_TRUE(values[at] >= 0 && values[at] <= 1);
 
       const Floats points{10.2f, -20, 30, 16, -18.5f, 41, 12.5f, -18.8f, 34.6f};
-      kvA_VOL_GetPoints(o.unit, points, values, places, offsets, status);
-      EXPECT_EQ(status, 0);
+      EXPECT_EQ(status_of(kvA_VOL_GetPoints, o.unit, points, values, places, offsets), 0);
       EXPECT_NEAR(values[0], clamped(v.point(0, 0, 0)), step);
       EXPECT_NEAR(values[1], clamped(v.point(12, 6, 11)), step);
       EXPECT_NEAR(values[2], clamped(v.point(5, 5, 5)), step);
@@ -316,8 +195,7 @@ TEST_F(VolumeFile, clips_boxes_and_ranges) {
   kvA_VOL_SizeValues(o.unit, from, to, count, 1, status);
   EXPECT_EQ(count, 0);
   EXPECT_EQ(status, 2);
-  kvA_VOL_SizeRegion(o.unit + 1, low, high, count, 1, status);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status_of(kvA_VOL_SizeRegion, o.unit + 1, low, high, count, 1), 1);
   kvA_VOL_GetPoints(o.unit, Floats{0, 0, 0, 9, 0, 0}, values, {}, {}, status);
   EXPECT_EQ(status, 2);
   EXPECT_NEAR(values[0], 0.5, 0.01);
@@ -336,7 +214,7 @@ TEST_F(VolumeFile, of_one_value_has_the_scale_1_and_gives_it_back) {
   std::int32_t count = 0, status = 0;
   kvA_VOL_GetRegion(o.unit, low, high, count, values, {}, {}, 0, status);
   EXPECT_EQ(count, 42);
-  EXPECT_THAT(values, testing::Each(4.25f));
+  EXPECT_THAT(values, Each(4.25f));
 }
 
 TEST_F(VolumeFile, of_too_many_points_or_an_unknown_type_is_refused_with_a_line) {
@@ -355,18 +233,14 @@ TEST_F(VolumeFile, of_too_many_points_or_an_unknown_type_is_refused_with_a_line)
     PlainVolume v;
     v.type = type, v.kind = kind, v.n = n;
     std::int32_t unit = -7;
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(create(v, unit), status);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), text);
+    EXPECT_EQ(stdout_of([&] { EXPECT_EQ(create(v, unit), status); }), text);
     EXPECT_EQ(unit, 0);
   }
   path = "/nowhere/at.all";
   PlainVolume v;
   v.n = {2, 2, 2};
   std::int32_t unit = -7;
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(create(v, unit), 5);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " Problems opening file for bricked map output\n");
+  EXPECT_EQ(stdout_of([&] { EXPECT_EQ(create(v, unit), 5); }), " Problems opening file for bricked map output\n");
 }
 
 TEST_F(VolumeFile, that_is_damaged_is_refused_with_its_status) {
@@ -415,9 +289,8 @@ TEST_F(VolumeFile, with_bricks_cut_off_gives_the_others) {
   Floats values(44);
   FloatVector low{0, 0, 0}, high{10, 1, 1};
   std::int32_t count = 0, status = 0;
-  testing::internal::CaptureStdout();
-  kvA_VOL_GetRegion(o.unit, low, high, count, values, {}, {}, 0, status);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error reading brick no          6 in ghbmd\n");
+  EXPECT_EQ(stdout_of([&] { kvA_VOL_GetRegion(o.unit, low, high, count, values, {}, {}, 0, status); }),
+            "Error reading brick no          6 in ghbmd\n");
   EXPECT_EQ(count, 24);
   EXPECT_EQ(values[5], 1.0f);
   EXPECT_EQ(values[6], 99999.0f);
@@ -466,9 +339,7 @@ TEST(VolumeFrames, keep_lengths_and_angles_of_the_cell) {
     volorthog_.a = cell[0], volorthog_.b = cell[1], volorthog_.c = cell[2];
     volorthog_.alpha = cell[3], volorthog_.beta = cell[4], volorthog_.gamma = cell[5];
     volorthog_.frame = frame;
-    std::int32_t status = -7;
-    kva_vol_corfrm_(status);
-    ASSERT_EQ(status, 0) << frame;
+    ASSERT_EQ(status_of(kva_vol_corfrm_), 0) << frame;
     const auto& m = volorthog_.to_space;
     for (std::size_t i = 0; i < 3; ++i) {
       for (std::size_t j = 0; j < 3; ++j) {
@@ -484,9 +355,7 @@ TEST(VolumeFrames, keep_lengths_and_angles_of_the_cell) {
   }
   for (const std::int32_t frame : {0, 7}) {
     volorthog_.frame = frame;
-    std::int32_t status = 0;
-    kva_vol_corfrm_(status);
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(status_of(kva_vol_corfrm_), 1);
   }
 }
 
@@ -500,9 +369,7 @@ TEST(VolumeFrames, come_from_eigenvectors_that_give_the_matrix_back) {
     }
     Vector3 values{};
     Matrix3 vectors{};
-    std::int32_t failed = -7;
-    kva_vol_house_(m, values, vectors, failed);
-    ASSERT_EQ(failed, 0);
+    ASSERT_EQ(status_of(kva_vol_house_, m, values, vectors), 0);
     for (std::size_t i = 0; i < 3; ++i) {
       for (std::size_t j = 0; j < 3; ++j) {
         double back = 0, product = 0;
@@ -520,9 +387,10 @@ TEST(VolumeFrames, come_from_eigenvectors_that_give_the_matrix_back) {
 TEST(VolumeFrames, tell_a_search_that_fails) {
   Matrix3 root{};
   std::int32_t status = 0;
-  testing::internal::CaptureStdout();
-  kva_vol_xtlaxs_({NAN, 1, 1}, {80, 80, 80}, root, status);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " XTLAXS> HOSE: FAILED TO CONVERGE ON ROOT NUMBER     1\n");
+  EXPECT_EQ(stdout_of([&] {
+              kva_vol_xtlaxs_({NAN, 1, 1}, {80, 80, 80}, root, status);
+            }),
+            " XTLAXS> HOSE: FAILED TO CONVERGE ON ROOT NUMBER     1\n");
   EXPECT_EQ(status, 1);
 }
 
