@@ -13,7 +13,6 @@
 #include <new>
 #include <utility>
 
-#include "desk/advice/nearest.h"
 #include "desk/advice/word_table.h"
 #include "desk/graphs/figure.h"
 #include "desk/graphs/overlay.h"
@@ -22,7 +21,6 @@
 #include "desk/link/folder_content.h"
 #include "desk/link/work_directory.h"
 #include "desk/messages/visible_text.h"
-#include "desk/model/marked_measure.h"
 #include "desk/ops/model_operations.h"
 #include "desk/report/model_text.h"
 #include "desk/report/printed_unit.h"
@@ -104,10 +102,6 @@ std::string_view bare_trajectory_name(std::string_view name) {
   return name;
 }
 
-std::string atoms_are(std::size_t count) { return count == 1 ? "1 atom is" : fmt::format("{} atoms are", count); }
-
-constexpr auto* no_model = "there is no model; TRAJECTORY brings in the one that lies beside its file";
-
 }  // namespace
 
 LineRunner::LineRunner(LineSource source, const RunPlace& place)
@@ -120,6 +114,11 @@ LineRunner::LineRunner(LineSource source, const RunPlace& place)
           [this](const std::string& text) { console_.complain("pathdesk: " + text); }),
       output_({.folder = place.output, .formats = place.formats, .scratch = place.private_folder}),
       adviser_(state_sources()),
+      atoms_(
+          model_, [this](const std::string& text) { take_returned(text); },
+          [this](std::string text) {
+            take_message({MessageKind::warning, 1, {}, {}, std::move(text)});
+          }),
       stop_on_error_(source_.stop_on_error) {
   record_.script = source_.name;
   record_.program = place.program;
@@ -470,9 +469,9 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
     case LineKind::import:
       return bring_in(line);
     case LineKind::select_atoms:
-      return select_atoms(line);
+      return atoms_.select(line);
     case LineKind::group:
-      return name_group(line);
+      return atoms_.name_group(line);
     case LineKind::select_models:
       return model_.select_models(line.words);
     case LineKind::answer:
@@ -488,11 +487,11 @@ std::string LineRunner::run_kind(const ScriptLine& line) {
     case LineKind::overlay:
       return make_overlay(store_, line.words[0], std::span(line.words).subspan(1));
     case LineKind::measure:
-      return measure(line.words);
+      return atoms_.measure(line.words);
     case LineKind::list_measures:
-      return list_measures();
+      return atoms_.list_measures();
     case LineKind::remove_measures:
-      return remove_measures(line.words[0]);
+      return atoms_.remove_measures(line.words[0]);
     case LineKind::detach:
       return detach(line);
     case LineKind::attach:
@@ -702,28 +701,6 @@ std::string LineRunner::settle_answer(const std::vector<std::string>& words) {
   return fmt::format("no dialog has the key {}; these have:{}", words[0], known);
 }
 
-std::string LineRunner::select_atoms(const ScriptLine& line) {
-  tell_notes(desk::select_atoms(model_, *line.selection));
-  take_returned(atoms_are(model_.selected_atoms()) + " selected");
-  return {};
-}
-
-std::string LineRunner::name_group(const ScriptLine& line) {
-  const auto& name = line.words[0];
-  groups_.insert_or_assign(name, line.selection);
-  const auto models = model_.models();
-  auto chosen = chosen_atoms(model_, models, *line.selection);
-  tell_notes(std::move(chosen.notes));
-  take_returned(models.empty() ? fmt::format("The group {} will choose from the models that come", name)
-                               : fmt::format("{} in the group {}", atoms_are(chosen.count), name));
-  return {};
-}
-
-/// Words of a selection that fit no atom are seldom meant.
-void LineRunner::tell_notes(std::vector<std::string> notes) {
-  for (auto& note : notes) take_message({MessageKind::warning, 1, {}, {}, std::move(note)});
-}
-
 std::string LineRunner::request(const std::vector<std::string>& words) {
   const auto answers = session_.request(words);
   if (!answers) return "the request was not answered: " + session_.loss();
@@ -751,57 +728,6 @@ std::string LineRunner::show_model() {
   if (frame_) facts.push_back({"shown", *frame_});
   frame_.reset();
   take_returned(fmt::format("Model {}\n{}\n{}", visible(model->data.name), facts_text(facts), atoms_text(model->data)));
-  return {};
-}
-
-/// Why words are no measure although groups have given way to their atoms.
-std::string LineRunner::why_no_measure(const std::vector<std::string>& words,
-                                       const std::vector<std::string>& replaced) const {
-  const auto known = group_names(groups_);
-  const auto before = words_before_atoms(words);
-  for (const auto& word : std::span(words).subspan(before)) {
-    if (!names_group(word) || groups_.contains(word)) continue;
-    const auto meant = did_you_mean(word, known);
-    return fmt::format("there is no group {}{}{}", word, meant.empty() ? "" : "; ", meant);
-  }
-  return fmt::format("these are {} atoms, which a {} does not take", replaced.size() - before, words[0]);
-}
-
-std::string LineRunner::measure(const std::vector<std::string>& words) {
-  auto* model = model_.model(model_.current_model());
-  if (!model) return no_model;
-  const auto replaced = with_groups_replaced(model_, *model, words, groups_);
-  if (!replaced.problem.empty()) return fmt::format("{}, too many or too few for a measure", replaced.problem);
-  if (!is_measure(replaced.words)) return why_no_measure(words, replaced.words);
-  auto [monitor, problem] = marked_measure(model->data, replaced.words);
-  if (problem.empty() && !model_.add_monitor(*model, std::move(monitor))) problem = "there are too many objects";
-  if (problem.empty()) tell_measure(model->data, model->data.monitors.size() - 1);
-  return problem;
-}
-
-void LineRunner::tell_measure(const MolecularModel& model, std::size_t place) {
-  take_returned(fmt::format("Measure {}: {}", place + 1, measure_text(model, model.monitors[place])));
-}
-
-std::string LineRunner::list_measures() {
-  const auto* model = model_.model(model_.current_model());
-  if (!model) return no_model;
-  const auto count = model->data.monitors.size();
-  if (count == 0) take_returned(fmt::format("The model {} has no measures.", model->data.name));
-  for (std::size_t k = 0; k < count; ++k) tell_measure(model->data, k);
-  return {};
-}
-
-std::string LineRunner::remove_measures(const std::string& which) {
-  auto* model = model_.model(model_.current_model());
-  if (!model) return no_model;
-  const auto count = model->data.monitors.size();
-  const auto number = which == "all" ? 0 : static_cast<std::size_t>(std::stoi(which));
-  if (number > count)
-    return fmt::format("there is no measure {}; the model {} has {}", number, model->data.name, count);
-  for (auto k = count; k > 0; --k) {
-    if (number == 0 || k == number) model_.remove_monitor(*model, k - 1);
-  }
   return {};
 }
 

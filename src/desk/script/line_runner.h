@@ -17,6 +17,7 @@
 #include "desk/ops/operation_server.h"
 #include "desk/ops/user_interface.h"
 #include "desk/report/run_output.h"
+#include "desk/script/atom_lines.h"
 #include "desk/script/console.h"
 #include "desk/script/kept_session.h"
 #include "desk/script/script.h"
@@ -111,7 +112,7 @@ class LineRunner {
   std::vector<std::string> allowed_values(const std::string& word);
   std::vector<std::string> graph_names() const;
   std::vector<std::string> model_names() const;
-  const AtomGroups& groups() const { return groups_; }
+  const AtomGroups& groups() const { return atoms_.groups(); }
 
  private:
   InterfaceEvents events();
@@ -147,17 +148,10 @@ class LineRunner {
   double cell_width() const;
   std::string where(const ScriptLine& line) const;
   std::string in_full(const Message& message) const;
-  std::string select_atoms(const ScriptLine& line);
-  std::string name_group(const ScriptLine& line);
-  void tell_notes(std::vector<std::string> notes);
   std::string settle_answer(const std::vector<std::string>& words);
   std::string request(const std::vector<std::string>& words);
   std::string show_model();
   std::string step(const std::vector<std::string>& words);
-  std::string measure(const std::vector<std::string>& words);
-  std::string why_no_measure(const std::vector<std::string>& words, const std::vector<std::string>& replaced) const;
-  std::string list_measures();
-  std::string remove_measures(const std::string& which);
   std::string pick(const std::vector<std::string>& words);
   std::string detach(const ScriptLine& line);
   std::string leave(const ScriptLine& command, const std::filesystem::path& folder);
@@ -165,7 +159,6 @@ class LineRunner {
   std::string take_over(const KeptSession& kept);
   bool is_interrupted();
   KeptSession kept_session(const ScriptLine& command) const;
-  void tell_measure(const MolecularModel& model, std::size_t place);
   void note_result_file(const std::string& word);
   void tell_surfaces(StepRecord& step);
 
@@ -181,10 +174,10 @@ class LineRunner {
   CoreSession session_;
   RunOutput output_;
   Adviser adviser_;
+  AtomLines atoms_;
   std::function<std::optional<std::int32_t>(const Question&)> choose_;
   RunWatcher watcher_;
   int steps_ = 0;
-  AtomGroups groups_;                 ///< that lines have named
   std::vector<ScriptLine> settings_;  ///< the last line that went well of each word that sets something, in order
   double done_ = 0;                   ///< share of the work of the line that runs, as last reported
   bool told_to_stop_ = false;         ///< the process, in this line
