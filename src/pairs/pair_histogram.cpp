@@ -94,10 +94,10 @@ double sine_between(const Vector3& a, const Vector3& b) {
   return std::sqrt(std::max(0.0, 1.0 - cosine * cosine));
 }
 
-std::int32_t status_of(const PairCount& pairs, std::span<double> histogram) {
+std::int32_t status_of(const PairCount& pairs, std::size_t bins) {
   const bool known = pairs.set_mode == pair_sets::within_one || pairs.set_mode == pair_sets::between_two;
   const bool measures = pairs.cutoff >= 0.0 && std::isfinite(pairs.cutoff) && pairs.interval > 0.0;
-  return known && measures && !histogram.empty() ? 0 : bad_question;
+  return known && measures && bins > 0 ? 0 : bad_question;
 }
 
 /// The square of the distance between two atoms, or the limit itself once it is certain not to be below it.
@@ -185,8 +185,9 @@ struct PartedAtoms {
   }
 };
 
-bool any_far(std::span<const double> atoms) {
-  return std::ranges::any_of(atoms, [](double x) { return std::abs(x) > far_away; });
+bool any_far(const PairCount& pairs) {
+  const auto is_far = [](double x) { return std::abs(x) > far_away; };
+  return std::ranges::any_of(pairs.list1, is_far) || std::ranges::any_of(others_of(pairs), is_far);
 }
 
 /// The pairs of which at least one atom is far.
@@ -265,10 +266,14 @@ void widen_repeats_of_folded(PairCount& pairs) {
 }
 
 void count_pairs_plainly(const PairCount& pairs, std::span<double> histogram, std::int32_t& status) {
-  status = status_of(pairs, histogram);
+  status = status_of(pairs, histogram.size());
   if (status != 0) return;
   if (pairs.set_mode == pair_sets::within_one) add_self_images(pairs, histogram);
   add_all_pairs(pairs, histogram);
+}
+
+void prepare_pairs(const PairCount& pairs, std::size_t bins, PairSearch& search) {
+  if (status_of(pairs, bins) == 0 && !is_small(pairs, bins) && !any_far(pairs)) search.sort(pairs);
 }
 
 void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSearch& search, std::int32_t& status,
@@ -278,10 +283,10 @@ void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSear
     if (status == 0 && meanwhile) meanwhile();
     return;
   }
-  status = status_of(pairs, histogram);
+  status = status_of(pairs, histogram.size());
   if (status != 0) return;
   try {
-    if (any_far(pairs.list1) || any_far(others_of(pairs))) {
+    if (any_far(pairs)) {
       add_parted_pairs(pairs, histogram, search, meanwhile);
     } else {
       add_pairs_by_search(pairs, histogram, search, meanwhile);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -48,7 +49,11 @@ void widen_repeats_of_folded(PairCount& pairs);
 void calculaterdf_(const PairCount& pairs, std::span<double> histogram, PairSearch& search, std::int32_t& status,
                    const std::function<void()>& meanwhile = {});
 
-/// The same by the definition: every image, every pair.
+/// Does ahead of calculaterdf_ what can be done before others count, for the same question and search; the lists stay
+/// as they are until then. Without memory std::bad_alloc is thrown.
+void prepare_pairs(const PairCount& pairs, std::size_t bins, PairSearch& search);
+
+/// The count by the definition: every image, every pair.
 void count_pairs_plainly(const PairCount& pairs, std::span<double> histogram, std::int32_t& status);
 
 }  // namespace pathstat

@@ -98,11 +98,18 @@ void PairSearch::choose_images(const PairCount& pairs, const SearchCells& cells)
   });
 }
 
-std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::size_t bins,
-                                                const std::function<void()>& meanwhile) {
+void PairSearch::sort(const PairCount& pairs) {
   const bool one_set = pairs.set_mode == pair_sets::within_one;
   if (!one_set) second_.sort(pairs.list2, pairs.cutoff);
   first_.sort(pairs.list1, pairs.cutoff, one_set ? CellColumns::longest_axis : second_.along());
+  sorted_ = pairs.list1.data();
+}
+
+std::span<const std::int64_t> PairSearch::count(const PairCount& pairs, std::size_t bins,
+                                                const std::function<void()>& meanwhile) {
+  if (sorted_ != pairs.list1.data()) sort(pairs);
+  sorted_ = nullptr;
+  const bool one_set = pairs.set_mode == pair_sets::within_one;
   const CellColumns& others = one_set ? first_ : second_;
   // Sums and products of coordinates are off by some 1e-16 of the greatest.
   const double rounding = 1e-12 * (pairs.cutoff + greatest_coordinate(first_) + greatest_coordinate(others));

@@ -68,6 +68,8 @@ class PairSearch {
  public:
   explicit PairSearch(const PairVectors& vectors = pair_vectors()) : vectors_(vectors) {}
 
+  /// Sorts the atoms of a question into cells, ahead of the next count if it is of the same.
+  void sort(const PairCount& pairs);
   /// @param meanwhile  called on this thread while others count; may be empty
   /// @return the number of pairs in each bin; lives until the next count. Without memory std::bad_alloc is thrown.
   std::span<const std::int64_t> count(const PairCount& pairs, std::size_t bins,
@@ -78,6 +80,7 @@ class PairSearch {
 
   const PairVectors& vectors_;
   CellColumns first_, second_;
+  const double* sorted_ = nullptr;  ///< the first list that the next count finds sorted
   std::vector<SearchImage> images_;
   std::vector<std::unique_ptr<ColumnPairs>> workers_;
   std::vector<std::int64_t> counts_;

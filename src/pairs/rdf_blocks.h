@@ -7,9 +7,11 @@
 #include <string_view>
 
 #include "catalogue/model_selection.h"
+#include "pairs/pair_distance.h"
 #include "pairs/pair_search.h"
 #include "state/rdf_run.h"
 #include "support/named_memory.h"
+#include "trajectory/frame_cell.h"
 #include "trajectory/open_trajectory.h"
 
 namespace pathstat {
@@ -38,6 +40,16 @@ class RdfBlock {
   NamedBlock<T> block_;
 };
 
+/// A configuration and what is known of it before its pairs are counted.
+struct RdfConfiguration {
+  CellVectors cell;
+  double volume = 0.0;      ///< Å³, with its sign; of a periodic one
+  std::span<double> xyz;    ///< the listed atoms, folded into the cell; after the count as their molecules have them
+  PairCount pairs;          ///< of all that are listed
+  std::int32_t status = 0;  ///< of what it was made by
+  PairSearch search;
+};
+
 /// All that a radial distribution holds between its set-up and its end. There is one at a time.
 struct RdfBlocks {
   RdfBlock<double> xyz_in{"PathStat/gr/xyzIn", &GrP::xyz_in};  ///< atoms of a frame, fixed atoms behind moved ones
@@ -59,7 +71,7 @@ struct RdfBlocks {
   std::optional<ModelSelection> models;
   double pairs = 0.0;  ///< gr_i_.pair_count without its limit
   Matrix3 to_cartesian{}, to_fractional{};
-  PairSearch search;
+  RdfConfiguration configuration;  ///< with the atoms of xyz
 
   RdfBlocks() = default;
   ~RdfBlocks() { gr_p_.model_list = 0; }

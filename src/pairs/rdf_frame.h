@@ -18,12 +18,23 @@ double folded(double fraction);
 /// pairs. @return false for any other text
 bool normalise_rdf(std::string_view normalization, double pairs, double interval, std::span<double> norm);
 
-/// Adds one configuration to the running means, from xyz_in and the cell vectors of gr_d_.
+/// Makes a configuration ready to be counted: its volume, the listed atoms folded into the cell, and the question.
+/// Another one may be counted meanwhile.
 /// @param frame   number of the configuration, from 1
+/// @param moved   coordinates that take the place of the first of xyz_in
+/// @param configuration  its cell and the room for its atoms are given
+void prepare_rdf_configuration(const RdfRequest& request, std::int32_t frame, std::span<const double> moved,
+                               RdfBlocks& blocks, RdfConfiguration& configuration);
+
+/// Adds a configuration that is ready to the running means. With components, xyz_in is to hold its atoms.
 /// @param status     0; 1 a cell so small that its images cannot be counted; that of the cell's matrices or of no
 /// memory
 /// @param meanwhile  called while other threads count, once if the status is 0; may be empty
-void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status,
-                  const std::function<void()>& meanwhile = {});
+void count_rdf_configuration(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks,
+                             RdfConfiguration& configuration, std::int32_t& status,
+                             const std::function<void()>& meanwhile = {});
+
+/// Adds one configuration to the running means, from xyz_in and the cell vectors of gr_d_: one call after the other.
+void dordfconfig_(const RdfRequest& request, std::int32_t frame, RdfBlocks& blocks, std::int32_t& status);
 
 }  // namespace pathstat

@@ -54,37 +54,52 @@ void find_places(RdfBlocks& blocks, std::int32_t& status) {
   if (status == 0) places.place_fixed(blocks.xyz_in.span(), status);
 }
 
-/// A frame as it was read, while the one before it may still be counted.
-class FrameAhead {
+/// The frame that is counted and the one that is made ready meanwhile.
+class TwoFrames {
  public:
-  FrameAhead() : positions_(3 * static_cast<std::size_t>(gr_i_.moved_count)) {}
-
-  void read(std::int64_t frame) {
-    const std::int32_t handle = gr_i_.trj_handle;
-    trj_readframe_(handle, static_cast<std::int32_t>(frame), status_);
-    std::int32_t count = 0;
-    if (status_ == 0 && !positions_.empty()) {
-      trj_dvalue_(handle, trajectory_key::movable_positions, positions_, count, status_);
-    }
-    if (status_ != 0 || gr_i_.periodic_type == periodic_type::none) return;
-    cell_ = cell_of_frame(handle, status_);
+  TwoFrames(const RdfRequest& request, RdfBlocks& blocks)
+      : request_(request),
+        blocks_(blocks),
+        moved_(3 * static_cast<std::size_t>(gr_i_.moved_count)),
+        spare_xyz_(blocks.xyz.span().size()) {
+    blocks.configuration.xyz = blocks.xyz.span();
+    spare_.xyz = spare_xyz_;
   }
 
-  /// Makes it the configuration. @return its status
-  std::int32_t take(RdfBlocks& blocks) const {
-    if (status_ != 0) return status_;
-    std::ranges::copy(positions_, blocks.xyz_in.span().begin());
-    if (gr_i_.periodic_type == periodic_type::none) return 0;
-    gr_d_.a = cell_.a;
-    gr_d_.b = cell_.b;
-    gr_d_.c = cell_.c;
-    return 0;
+  /// Reads a frame and makes it ready.
+  /// @param number  of the frames of the run, from 1
+  void read(std::int64_t frame, std::int32_t number) {
+    RdfConfiguration& configuration = of(number);
+    std::int32_t& status = configuration.status;
+    trj_readframe_(gr_i_.trj_handle, static_cast<std::int32_t>(frame), status);
+    std::int32_t count = 0;
+    if (status == 0 && !moved_.empty()) {
+      trj_dvalue_(gr_i_.trj_handle, trajectory_key::movable_positions, moved_, count, status);
+    }
+    if (status == 0 && gr_i_.periodic_type != periodic_type::none) {
+      configuration.cell = cell_of_frame(gr_i_.trj_handle, status);
+    }
+    if (status == 0) prepare_rdf_configuration(request_, number, moved_, blocks_, configuration);
+  }
+
+  /// Counts the frame that was read last. @param read_next  while others count it
+  void count(std::int32_t number, std::int32_t& status, const std::function<void()>& read_next) {
+    RdfConfiguration& configuration = of(number);
+    if (request_.components) std::ranges::copy(moved_, blocks_.xyz_in.span().begin());
+    gr_d_.a = configuration.cell.a;
+    gr_d_.b = configuration.cell.b;
+    gr_d_.c = configuration.cell.c;
+    count_rdf_configuration(request_, number, blocks_, configuration, status, read_next);
   }
 
  private:
-  std::vector<double> positions_;
-  CellVectors cell_{};
-  std::int32_t status_ = 0;
+  RdfConfiguration& of(std::int32_t number) { return number % 2 == 0 ? spare_ : blocks_.configuration; }
+
+  const RdfRequest& request_;
+  RdfBlocks& blocks_;
+  std::vector<double> moved_;
+  std::vector<double> spare_xyz_;
+  RdfConfiguration spare_;
 };
 
 }  // namespace
@@ -109,15 +124,13 @@ void dordftrj_(const RdfRequest& request, RdfBlocks& blocks, double& scale, doub
   const std::int32_t between_shows =
       std::max<std::int32_t>(1, static_cast<std::int32_t>(request.total_frames / (std::int64_t{50} * request.step)));
   std::int32_t done = 0;
-  FrameAhead ahead;
+  TwoFrames frames(request, blocks);
   for (std::int64_t frame = request.first; frame <= request.last && !rdf_interrupted(done); frame += request.step) {
-    if (done == 0) ahead.read(frame);
-    status = ahead.take(blocks);
+    if (done == 0) frames.read(frame, 1);
     const std::int64_t next = frame + request.step;
-    const auto read_next = [&] {
-      if (next <= request.last) ahead.read(next);
-    };
-    if (status == 0) dordfconfig_(request, done + 1, blocks, status, read_next);
+    frames.count(done + 1, status, [&] {
+      if (next <= request.last) frames.read(next, done + 2);
+    });
     if (status != 0) return;
     ++done;
     show_rdf_progress(request, blocks, done, request.total_frames / request.step, between_shows,

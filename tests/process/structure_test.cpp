@@ -47,23 +47,32 @@ Distribution read_distribution(const std::filesystem::path& work) {
   return found;
 }
 
-/// g(r) of like atoms in a cubic cell by nearest images, for a cutoff below half the edge.
-void add_distribution(const ExampleFrame& frame, double dr, double cutoff, double frames, std::vector<double>& g) {
-  const std::size_t atoms = frame.xyz.size() / 3;
-  const double volume = std::pow(frame.edge, 3), pairs = std::pow(static_cast<double>(atoms), 2);
-  for (std::size_t i = 0; i < atoms; ++i) {
-    for (std::size_t j = 0; j < atoms; ++j) {
-      double square = 0.0;
-      for (std::size_t k = 0; k < 3; ++k) {
-        const double d = frame.xyz[3 * i + k] - frame.xyz[3 * j + k];
-        square += std::pow(d - frame.edge * std::round(d / frame.edge), 2);
+/// g(r) of like atoms in cubic cells by nearest images, for a cutoff below half the edge. The pairs of each frame are
+/// taken to share the mean volume up to it.
+std::vector<double> distribution(const std::vector<ExampleFrame>& frames, double dr, double cutoff) {
+  std::vector<double> g(static_cast<std::size_t>(std::round(cutoff / dr)));
+  const std::size_t atoms = frames[0].xyz.size() / 3;
+  const double pairs = std::pow(static_cast<double>(atoms), 2);
+  double volumes = 0.0;
+  for (std::size_t number = 0; number < frames.size(); ++number) {
+    const ExampleFrame& frame = frames[number];
+    volumes += std::pow(frame.edge, 3);
+    const double volume = volumes / static_cast<double>(number + 1);
+    for (std::size_t i = 0; i < atoms; ++i) {
+      for (std::size_t j = 0; j < atoms; ++j) {
+        double square = 0.0;
+        for (std::size_t k = 0; k < 3; ++k) {
+          const double d = frame.xyz[3 * i + k] - frame.xyz[3 * j + k];
+          square += std::pow(d - frame.edge * std::round(d / frame.edge), 2);
+        }
+        if (i == j || square >= cutoff * cutoff) continue;
+        const auto bin = static_cast<std::size_t>(std::sqrt(square) / dr);
+        const double middle = (static_cast<double>(bin) + 0.5) * dr;
+        g[bin] += volume / (pairs * 4.0 * std::numbers::pi * middle * middle * dr) / static_cast<double>(frames.size());
       }
-      if (i == j || square >= cutoff * cutoff) continue;
-      const auto bin = static_cast<std::size_t>(std::sqrt(square) / dr);
-      const double middle = (static_cast<double>(bin) + 0.5) * dr;
-      g[bin] += volume / (pairs * 4.0 * std::numbers::pi * middle * middle * dr) / frames;
     }
   }
+  return g;
 }
 
 /// Pairs that a function stands for: its integral times scale over 4 pi r^2 dr, for each of n atoms of the model.
@@ -85,10 +94,7 @@ TEST(RadialDistribution, of_a_trajectory_is_that_of_its_frames) {
   DeskWithProcess desk("argon");
   EXPECT_THAT(desk.told("STRUCTURE_FACTOR"), Pair(1, Contains("PATHSTAT_ERROR_71")));
   ASSERT_EQ(desk.run_lines({"LAST_FRAME_NO 199", "INCREMENT_NO 99", "RDF"}), 0);
-  std::vector<double> expected(450);
-  for (const std::int32_t number : {1, 100, 199}) {
-    add_distribution(ExampleFrame("argon", number), 0.02, 9.0, 3.0, expected);
-  }
+  const auto expected = distribution({{"argon", 1}, {"argon", 100}, {"argon", 199}}, 0.02, 9.0);
   const auto found = read_distribution(desk.work());
   ASSERT_EQ(found.total.size(), expected.size());
   EXPECT_EQ(found.columns, 1);
@@ -106,6 +112,20 @@ TEST(RadialDistribution, of_a_trajectory_is_that_of_its_frames) {
   EXPECT_EQ(curve.points[200].y, static_cast<float>(found.total[200]));
   ASSERT_EQ(desk.run("STRUCTURE_FACTOR"), 0);
   EXPECT_THAT(graphs(desk), ElementsAre("Total RDF for all atoms", "Total S(k) for all atoms"));
+}
+
+TEST(RadialDistribution, of_cells_that_vary_takes_each_frame_in_its_own) {
+  DeskWithProcess desk("water-npt");
+  ASSERT_EQ(desk.run_lines({"FIRST_FRAME_NO 2", "LAST_FRAME_NO 5", "RDF_CUTOFF 7", "RDF"}), 0);
+  std::vector<ExampleFrame> frames;
+  for (std::int32_t number = 2; number <= 5; ++number) frames.emplace_back("water-npt", number);
+  EXPECT_GT(std::abs(frames[3].edge - frames[0].edge), 1e-3);
+  const auto expected = distribution(frames, 0.02, 7.0);
+  const auto found = read_distribution(desk.work());
+  ASSERT_EQ(found.total.size(), expected.size());
+  for (std::size_t k = 0; k < expected.size(); ++k) {
+    EXPECT_NEAR(found.total[k], expected[k], 1e-10 * (1.0 + expected[k])) << k;
+  }
 }
 
 TEST(RadialDistribution, splits_into_what_a_molecule_has_and_what_is_between_them) {
