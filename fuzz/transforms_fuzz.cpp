@@ -36,6 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace pathstat;
   fuzz::Numbers numbers(std::span(data, size));
   const auto n = static_cast<std::size_t>(3 + numbers.below(600));
+  const std::size_t start = numbers.byte();
   std::vector<double> x(n), cosines(n), sines(n + 1);
   double scale = 0;
   for (double& value : x) {
@@ -47,8 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static Turns cosine_turns, sine_turns;
   const auto& cosine_table = turn_of(n - 1, cosine_turns, [](long double angle) { return std::cos(angle); });
   const auto& sine_table = turn_of(n + 1, sine_turns, [](long double angle) { return std::sin(angle); });
-  const std::size_t step = n > 60 ? n / 17 : 1;  // of a long sequence some elements stand for all
-  for (std::size_t i = 0; i < n; i += step) {
+  const std::size_t step = 1 + n / 8;  // some elements stand for all
+  for (std::size_t i = start % step; i < n; i += step) {
     long double cosine = x[0] + (i % 2 == 0 ? x[n - 1] : -x[n - 1]), sine = 0;
     for (std::size_t k = 1; k + 1 < n; ++k) cosine += 2 * x[k] * in_turn(cosine_table, k * i);
     for (std::size_t k = 0; k < n; ++k) sine += 2 * x[k] * in_turn(sine_table, (k + 1) * (i + 1));
