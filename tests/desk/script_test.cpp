@@ -151,7 +151,8 @@ TEST(Script, takes_relative_paths_as_relative_to_its_folder) {
         PathCase{"TRAJECTORY", "/abs/argon.trj", "\"/abs/argon.trj\""},
         PathCase{"TRAJECTORY", "$HOME/a.trj", "$HOME/a.trj"}, PathCase{"TRAJECTORY", "", ""},
         PathCase{"STATISTICS_FILENAME", "{out.dat} more", "\"/runs/out.dat\" more"},
-        PathCase{"TRAJECTORY", "'a\"b'", "'/runs/a\"b'"}, PathCase{"RDF_TYPE", "O H", "O H"}}) {
+        PathCase{"TRAJECTORY", "'a\"b'", "'/runs/a\"b'"}, PathCase{"TRAJECTORY", "{a\"b'c}", "{/runs/a\"b'c}"},
+        PathCase{"RDF_TYPE", "O H", "O H"}}) {
     EXPECT_EQ(with_resolved_path(word, arguments, "/runs"), resolved) << arguments;
   }
 }

@@ -280,8 +280,9 @@ bool takes_path(std::string_view word) {
 }
 
 std::string in_quotes(std::string_view text) {
-  const char mark = text.find('"') == std::string_view::npos ? '"' : '\'';
-  return fmt::format("{0}{1}{0}", mark, text);
+  const auto holds = [&](char mark) { return text.find(mark) != std::string_view::npos; };
+  const char mark = !holds('"') ? '"' : !holds('\'') ? '\'' : '{';
+  return fmt::format("{}{}{}", mark, text, closing_mark(mark));
 }
 
 std::string with_resolved_path(std::string_view word, std::string_view arguments, const std::filesystem::path& folder) {

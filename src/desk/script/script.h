@@ -68,7 +68,7 @@ LastWord last_word(std::string_view text);
 /// The mark of a text that opens one in quotes or braces and does not close it; 0 if all are closed.
 inline char open_mark(std::string_view text) { return last_word(text).mark; }
 
-/// A text as one word of a line, between quotes that do not occur in it.
+/// A text as one word of a line, between quotes that do not occur in it; in braces where both kinds do.
 std::string in_quotes(std::string_view text);
 
 /// The arguments of a command with a path in them, a relative one taken as relative to `folder`. Other commands, and
