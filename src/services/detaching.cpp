@@ -13,8 +13,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <optional>
 #include <sstream>
+#include <string_view>
 
 #include "corelink/last_error.h"
 #include "corelink/typed_values.h"
@@ -57,20 +57,22 @@ std::string in_table(const sockaddr_in& address) {
   return text.data();
 }
 
-/// The user of the socket at the other end, from the system's table of connections; nothing where that tells none.
-std::optional<uid_t> user_of(const sockaddr_in& far, const sockaddr_in& near) {
+/// True if the socket at the other end is this user's, by the system's table of connections, or there is no table. One
+/// that has been closed again is nobody's: whose it was cannot be told any more.
+bool is_own_socket(const sockaddr_in& far, const sockaddr_in& near) {
+  constexpr std::string_view established = "01";
   const auto wanted_far = in_table(far), wanted_near = in_table(near);
   std::ifstream table("/proc/net/tcp");
   std::string line;
-  std::getline(table, line);
+  if (!std::getline(table, line)) return true;
   while (std::getline(table, line)) {
     std::istringstream fields(line);
     std::string number, from, to, state, queues, timer, retransmits;
     uid_t user = 0;
     fields >> number >> from >> to >> state >> queues >> timer >> retransmits >> user;
-    if (fields && from == wanted_far && to == wanted_near) return user;
+    if (fields && from == wanted_far && to == wanted_near) return state == established && user == ::geteuid();
   }
-  return std::nullopt;
+  return false;
 }
 
 /// True for a connection that comes from a process of this user on this machine.
@@ -81,9 +83,7 @@ bool is_own(const Connection& record) {
       ::getsockname(record.socket, reinterpret_cast<sockaddr*>(&near), &near_size) != 0) {
     return false;
   }
-  const bool same_machine = far.sin_addr.s_addr == near.sin_addr.s_addr;
-  const auto user = user_of(far, near);
-  return same_machine && (!user || *user == ::geteuid());
+  return far.sin_addr.s_addr == near.sin_addr.s_addr && is_own_socket(far, near);
 }
 
 /// Accepts the first client that may come. A wait that runs out has set the error text.
