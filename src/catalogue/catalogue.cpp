@@ -93,7 +93,10 @@ void free_blocks(const TableBlocks& blocks) {
   }
 }
 
+/// Blocks that are there stay, so that a table is not lost where memory has run out: all have the same rows.
 void allocate_blocks(const TableBlocks& blocks, std::int64_t rows, std::int32_t& status) {
+  status = 0;
+  if (trj_gui_p_.*blocks.back().address != 0) return;
   free_blocks(blocks);
   for (std::size_t column = 0; column < column_count; ++column) {
     const auto& [type, width] = column_types[column];

@@ -1,6 +1,8 @@
 #include "measures/measure_blocks.h"
 
-#include <string>
+#include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <string_view>
 
 #include "support/named_memory.h"
@@ -10,11 +12,22 @@ namespace {
 
 constexpr std::string_view conventions_label = "pathstat/M/InvMeasType";
 
-std::string block_label(const MeasureFamily& family, std::string_view what, std::size_t k) {
-  return "pathstat/M/" + std::string(family.prefix) + "Meas" + std::string(what) + std::to_string(k + 1);
+/// Made without memory, since the blocks are freed also where that has run out.
+using BlockLabel = Text<area_name_length>;
+
+BlockLabel label_of(std::initializer_list<std::string_view> parts) {
+  std::array<char, area_name_length> label{};
+  auto end = label.begin();
+  for (const auto part : parts) end = std::ranges::copy(part, end).out;
+  return std::string_view(label.begin(), end);
 }
 
-std::string label_block(const MeasureFamily& family) { return "pathstat/M/" + std::string(family.labels); }
+BlockLabel block_label(const MeasureFamily& family, std::string_view what, std::size_t k) {
+  const char number = static_cast<char>('1' + k);
+  return label_of({"pathstat/M/", family.prefix, "Meas", what, {&number, 1}});
+}
+
+BlockLabel label_block(const MeasureFamily& family) { return label_of({"pathstat/M/", family.labels}); }
 
 void make(std::string_view label, std::string_view type, std::int64_t count, std::int64_t& address,
           std::int32_t& status) {

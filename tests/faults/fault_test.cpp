@@ -59,7 +59,10 @@ constexpr const char* script =
 
 constexpr const char* requests =
     "{\"line\": \"TRAJECTORY small.trj\"}\n"
+    "{\"line\": \"@measure torsion 1 2 3 4\"}\n"
+    "{\"line\": \"SELECT_PROPERTIES Torsion\"}\n"
     "{\"line\": \"PROFILE\"}\n"
+    "{\"line\": \"DIPOLE\"}\n"
     "{\"model\": true}\n"
     "{\"values\": [\"FIRST_FRAME\"]}\n"
     "{\"report\": true}\n";
@@ -359,13 +362,15 @@ TEST_P(Conversations, end_with_a_word_and_leave_no_folder) {
     EXPECT_FALSE(run.hung);
     EXPECT_TRUE(run.exited());
     EXPECT_TRUE(run.code() == 0 || tells_cause(run.err + run.out));
+    EXPECT_THAT(run.err + run.out, Not(HasSubstr("signal")));
     EXPECT_THAT(GetParam().how == "on" ? place_.next_run().left : run.left, IsEmpty());
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(of, Conversations,
                          testing::Values(Fault{"pathdesk", "malloc", "once", 40, "unix", true},
-                                         Fault{"pathdesk", "malloc", "on", 20, "unix", true}));
+                                         Fault{"pathdesk", "malloc", "on", 20, "unix", true},
+                                         Fault{"pathstat", "malloc", "rarely", 40, "unix", true}));
 
 class Signals : public Faults {
  protected:
@@ -415,7 +420,7 @@ TEST_P(Signals, end_both_programs_and_leave_results_whole) {
 std::vector<Fault> all_signals() {
   std::vector<Fault> all;
   for (const auto* program : {"pathdesk", "pathstat"}) {
-    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGKILL}) {
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGKILL}) {
       all.push_back({program, "write", std::to_string(number), 8});
     }
   }

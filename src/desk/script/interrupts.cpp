@@ -23,7 +23,7 @@ void count_request(int signal) {
 void watch_interrupts() {
   struct sigaction action {};
   action.sa_handler = count_request;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaction(signal, &action, nullptr);
   // These end as errors of the writes that they come of.
   for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }

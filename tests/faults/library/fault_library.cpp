@@ -4,6 +4,7 @@
 //   FAULT_CALL     the kind of call: malloc, open, read, write, close, rename, connect, accept, socket, process
 //   FAULT_AT       which call, from 1; 0 only counts
 //   FAULT_HOW      once: that call fails; on: that and all behind it; short: it does half of what it is asked for;
+//                  rarely: some calls fail, by chance, and FAULT_AT is its seed;
 //                  the number of a signal: the program gets it
 //   FAULT_ACCOUNT  file of the shared account
 // Writes to the standard error output always go well: there a program tells what has happened.
@@ -41,7 +42,7 @@ namespace {
 using pathstat::faults::Account;
 
 enum class Kind { none, malloc, open, read, write, close, rename, connect, accept, socket, process };
-enum class How { once, on, half, signal };
+enum class How { once, on, half, rarely, signal };
 enum class Verdict { pass, fail, half };
 
 constexpr const char* kind_names[] = {"none",   "malloc",  "open",   "read",   "write",  "close",
@@ -86,19 +87,31 @@ __attribute__((constructor)) void begin() {
   account = static_cast<Account*>(shared);
   at = std::strtoull(place, nullptr, 10);
   signal_number = std::atoi(manner);
-  how = signal_number > 0                   ? How::signal
-        : std::strcmp(manner, "short") == 0 ? How::half
-        : std::strcmp(manner, "on") == 0    ? How::on
-                                            : How::once;
+  how = signal_number > 0                    ? How::signal
+        : std::strcmp(manner, "short") == 0  ? How::half
+        : std::strcmp(manner, "on") == 0     ? How::on
+        : std::strcmp(manner, "rarely") == 0 ? How::rarely
+                                             : How::once;
   for (int k = 1; k <= static_cast<int>(Kind::process); ++k) {
     if (std::strcmp(call, kind_names[k]) == 0) watched = static_cast<Kind>(k);
   }
 }
 
+/// One call of some five hundred.
+bool is_hit_by_chance(std::uint64_t number) {
+  constexpr std::uint64_t one_of = 512;
+  std::uint64_t mixed = (number + (at << 32)) * 0x9e3779b97f4a7c15;
+  mixed = (mixed ^ (mixed >> 31)) * 0xbf58476d1ce4e5b9;
+  return (mixed >> 32) % one_of == 0;
+}
+
 Verdict judge(Kind kind) {
   if (kind != watched || !in_main || in_look_up) return Verdict::pass;
   const auto number = ++account->calls;
-  if (at == 0 || number < at || (number > at && how != How::on)) return Verdict::pass;
+  if (at == 0) return Verdict::pass;
+  if (how == How::rarely ? !is_hit_by_chance(number) : number < at || (number > at && how != How::on)) {
+    return Verdict::pass;
+  }
   ++account->fired;
   account->when = std::chrono::steady_clock::now().time_since_epoch().count();
   if (how == How::signal) {
