@@ -36,6 +36,16 @@ TEST(RunOutput, writes_a_graph_again_only_when_it_has_changed) {
   EXPECT_THAT(output.write_graphs(store), IsEmpty());
   store.set_aspect_ratio(graphs[1], 2);
   EXPECT_THAT(output.write_graphs(store), ElementsAre(b));
+
+  std::filesystem::remove(b);
+  std::filesystem::create_directory(b);
+  store.set_aspect_ratio(graphs[1], 3);
+  EXPECT_THAT(output.write_graphs(store), IsEmpty());
+  EXPECT_THAT(output.take_problems(), SizeIs(1));
+  std::filesystem::remove(b);
+  EXPECT_THAT(output.write_graphs(store), IsEmpty());
+  output.forget_failed();
+  EXPECT_THAT(output.write_graphs(store), ElementsAre(b)) << "one that failed comes once more";
   std::ifstream file(b);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
             "# b\n# graph: b\n# column 1: x, without a unit\n# column 2: y, without a unit\nx\ty\n1\t2\n3\t4\n");

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <utility>
@@ -63,7 +64,10 @@ std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
     return std::exchange(written_[figure.graph], revision) == revision;
   });
   const PictureKinds kinds{.svg = formats_.svg || formats_.html, .png = formats_.png, .pdf = formats_.pdf};
-  if (auto undrawn = draw_pictures(figures, kinds, scratch_); !undrawn.empty()) undrawn_.push_back(std::move(undrawn));
+  if (auto undrawn = draw_pictures(figures, kinds, scratch_); !undrawn.empty()) {
+    undrawn_.push_back(std::move(undrawn));
+    for (const auto& figure : figures) failed_.insert(figure.graph);
+  }
   for (const auto& figure : figures) {
     std::string files;
     for (const auto& [kind, extension] : kinds_of_files) {
@@ -72,6 +76,7 @@ std::vector<std::string> RunOutput::write_graphs(const GraphStore& store) {
       const bool points = kind == &OutputFormats::tsv;
       if (!(formats_.*kind) || (!points && !fs::exists(scratch_ / name, unknown))) continue;
       const bool written = points ? results_.write(name, points_table(figure)) : results_.copy(scratch_ / name, name);
+      if (!written) failed_.insert(figure.graph);
       if (written) files += (files.empty() ? "" : " ") + (results_.path() / name).string();
     }
     if (!files.empty()) all.push_back(std::move(files));
@@ -89,7 +94,10 @@ std::vector<std::string> RunOutput::write_surfaces(const std::vector<Surface>& s
     if (!picture.empty()) std::ofstream(scratch_ / (name + ".svg"), std::ios::binary) << picture;
     std::string files;
     const auto put = [&](const std::string& file, const std::string& content) {
-      if (!results_.write(file, content)) return;
+      if (!results_.write(file, content)) {
+        failed_surface_ = std::min(failed_surface_, surfaces_written_);
+        return;
+      }
       files += (files.empty() ? "" : " ") + (results_.path() / file).string();
     };
     if (formats_.svg) put(name + ".svg", picture);
@@ -98,6 +106,11 @@ std::vector<std::string> RunOutput::write_surfaces(const std::vector<Surface>& s
     if (!files.empty()) all.push_back(std::move(files));
   }
   return all;
+}
+
+void RunOutput::forget_failed() {
+  for (const auto graph : std::exchange(failed_, {})) written_.erase(graph);
+  surfaces_written_ = std::min(surfaces_written_, std::exchange(failed_surface_, no_surface));
 }
 
 std::vector<std::string> RunOutput::write_report(const RunRecord& record, const GraphStore& store,

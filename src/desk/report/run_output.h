@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <set>
 #include <string>
@@ -57,6 +58,9 @@ class RunOutput {
   /// @return for each surface that was written, its files with blanks between
   std::vector<std::string> write_surfaces(const std::vector<Surface>& surfaces);
 
+  /// Lets graphs and surfaces of which not all could be written come once more.
+  void forget_failed();
+
   /// Copies result files, those of the process under their own names, and writes the summary and the report. The graphs
   /// must have been written.
   /// @return the lines of the summary
@@ -67,12 +71,16 @@ class RunOutput {
   std::vector<std::string> take_problems();
 
  private:
+  static constexpr std::size_t no_surface = std::numeric_limits<std::size_t>::max();
+
   ResultFolder results_;
   std::filesystem::path scratch_;
   OutputFormats formats_;
   std::vector<std::string> undrawn_;
   std::map<std::int32_t, std::uint64_t> written_;  ///< revisions by graph
   std::size_t surfaces_written_ = 0;
+  std::set<std::int32_t> failed_;            ///< graphs, by handle
+  std::size_t failed_surface_ = no_surface;  ///< the first one
 };
 
 }  // namespace pathstat::desk

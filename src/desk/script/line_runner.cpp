@@ -440,6 +440,7 @@ bool LineRunner::finish() {
 }
 
 bool LineRunner::write_results() {
+  output_.forget_failed();
   output_.write_graphs(store_);
   output_.write_surfaces(model_.surfaces());
   std::string unseen;
