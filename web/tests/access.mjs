@@ -1,6 +1,7 @@
 import assert from 'node:assert/strict';
 import { mkdirSync, readFileSync, symlinkSync, writeFileSync } from 'node:fs';
 import http from 'node:http';
+import net from 'node:net';
 import path from 'node:path';
 import { after, before, describe, it } from 'node:test';
 import { folderWith, Panel } from './harness.mjs';
@@ -8,7 +9,7 @@ import { folderWith, Panel } from './harness.mjs';
 /** Status, headers and text of what comes back for a request with these headers. */
 function ask(port, target, headers = {}, method = 'GET') {
   return new Promise((resolve, reject) => {
-    const request = http.request({ host: '127.0.0.1', port, path: target, method, headers }, (reply) => {
+    const request = http.request({ host: '127.0.0.1', port, path: target, method, headers, agent: false }, (reply) => {
       let text = '';
       reply.on('data', (data) => (text += data));
       reply.on('end', () => resolve({ status: reply.statusCode, headers: reply.headers, text }));
@@ -105,6 +106,18 @@ describe('access to the panel', () => {
     assert.deepEqual(await names('inner'), ['note.txt']);
     assert.ok(!(await names('')).includes('link'), 'a link that leads outside is not listed');
     for (const outside of ['..', '/etc', 'link', 'none/../link', 'inner/../../', 'argon.trj']) assert.equal(await names(outside), 404);
+  });
+
+  it('lets the connections that came first give way to more than it has room for', async () => {
+    let closed = 0;
+    const idle = await Promise.all(Array.from({ length: 200 }, () => new Promise((resolve, reject) => {
+      const socket = net.connect(port, '127.0.0.1', () => resolve(socket));
+      socket.on('close', () => (closed += 1)).on('error', reject);
+      socket.resume();
+    })));
+    assert.equal((await ask(port, '/', own)).status, 200);
+    assert.ok(closed >= 100, `${closed} were closed`);
+    for (const socket of idle) socket.destroy();
   });
 
   it('closes a web socket that sends too long a message', async () => {

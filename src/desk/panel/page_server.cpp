@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <deque>
 #include <map>
 #include <thread>
 #include <utility>
@@ -34,6 +35,8 @@ using Response = http::response<http::string_body>;
 constexpr std::uint32_t longest_header = 16 << 10;
 constexpr std::uint64_t longest_body = 1 << 10;
 constexpr auto request_limit = std::chrono::seconds(30);
+/// Connections that speak HTTP: more would leave no descriptors for the run, and anybody on this machine may connect.
+constexpr std::size_t most_visits = 64;
 constexpr auto end_limit = std::chrono::milliseconds(500);
 constexpr auto accept_pause = std::chrono::milliseconds(100);
 constexpr std::string_view socket_path = "/events";
@@ -96,6 +99,7 @@ class PageServer::Impl {
   class Page;
 
   void accept();
+  void visit(tcp::socket socket);
   Response answer(const Request& request);
   bool has_room() const { return pages_.size() < most_pages; }
 
@@ -109,6 +113,7 @@ class PageServer::Impl {
   // On the server's thread only:
   PageState state_;
   std::map<PageId, std::shared_ptr<Page>> pages_;
+  std::deque<std::weak_ptr<Visit>> visits_;  ///< the oldest first
   PageId last_page_ = 0;
 };
 
@@ -202,6 +207,8 @@ class PageServer::Impl::Visit : public std::enable_shared_from_this<Visit> {
     });
   }
 
+  void close() { stream_.close(); }
+
  private:
   void serve() {
     const auto& request = parser_->get();
@@ -262,9 +269,21 @@ void PageServer::Impl::accept() {
         if (acceptor_.is_open()) accept();
       });
     }
-    std::make_shared<Visit>(*this, std::move(socket))->read();
+    visit(std::move(socket));
     accept();
   });
+}
+
+/// Where too many are there, the one that came first gives way.
+void PageServer::Impl::visit(tcp::socket socket) {
+  std::erase_if(visits_, [](const auto& each) { return each.expired(); });
+  if (visits_.size() == most_visits) {
+    if (const auto oldest = visits_.front().lock()) oldest->close();
+    visits_.pop_front();
+  }
+  const auto visit = std::make_shared<Visit>(*this, std::move(socket));
+  visits_.push_back(visit);
+  visit->read();
 }
 
 void PageServer::Impl::publish(std::string topic, Keep keep, SharedMessage message, std::size_t most) {
