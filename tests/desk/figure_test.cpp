@@ -236,7 +236,7 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   std::string error;
   const PrivateDirectory directory(error);
   const auto& folder = directory.path();
-  add_graph("Curves of 'A' & \"B\"", {add_set("a {x}", {0, 1, 1, NAN, 2, 3}), add_set("b_1", {0, 2, 1, 2, 2, 2})});
+  add_graph("Curves of 'A' & \"B\"", {add_set("a {x}]]>", {0, 1, 1, NAN, 2, 3}), add_set("b_1", {0, 2, 1, 2, 2, 2})});
   add_graph("Steps", {add_set("hs", {0, 0, 1, 1, 2, 0}, histogram_style)});
   add_graph("One value", {add_set("hs", {5, 0, 5, 1, 5, 0}, histogram_style)});
   add_graph("One point", {add_set("p", {5, 1})});
@@ -252,7 +252,7 @@ TEST_F(Figures, come_out_of_gnuplot_as_pictures_of_both_kinds) {
   std::ifstream file(folder / "Curves-of-A-B.svg");
   const std::string svg{std::istreambuf_iterator<char>(file), {}};
   EXPECT_THAT(svg, HasSubstr("Curves of 'A' &amp; \"B\""));
-  EXPECT_THAT(svg, HasSubstr("a {x}")) << "texts are shown as they are";
+  EXPECT_THAT(svg, HasSubstr("a {x}]] >")) << "texts are shown as they are, but for what ends a section of XML";
 }
 
 TEST_F(Figures, tell_which_pictures_are_missing_and_keep_no_cut_one) {

@@ -22,6 +22,8 @@ TEST(VisibleText, shows_what_would_act_on_a_terminal) {
            Case{"\xed\xa0\x80", "\\xed\\xa0\\x80"},                      // half of a pair
            Case{"cut \xe6\xb0", "cut \\xe6\\xb0"},
            Case{"\xf5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},
+           Case{"gpj.\u202etab", "gpj.\\xe2\\x80\\xaetab"},  // from right to left
+           Case{"a\u2029b\u2066c", "a\\xe2\\x80\\xa9b\\xe2\\x81\\xa6c"},
        }) {
     EXPECT_EQ(visible(text), shown);
   }

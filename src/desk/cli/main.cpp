@@ -10,6 +10,7 @@
 #include <map>
 #include <new>
 #include <span>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -221,9 +222,11 @@ int main_of(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     const bool wrong = error.get_exit_code() != 0;
     const auto meant = wrong ? meant_by(app, std::span(argv + 1, static_cast<std::size_t>(argc) - 1)) : std::string{};
-    if (meant.empty()) return app.exit(error) == 0 ? exit_code::success : exit_code::not_run;
-    fmt::print(stderr, "pathdesk: {}\n", meant);
-    return exit_code::not_run;
+    std::ostringstream asked, wrong_words;
+    app.exit(error, asked, wrong_words);
+    fmt::print("{}", asked.str());
+    fmt::print(stderr, "{}", visible_lines(meant.empty() ? wrong_words.str() : "pathdesk: " + meant + '\n'));
+    return wrong ? exit_code::not_run : exit_code::success;
   }
   options.formats = formats_of(words.formats);
   options.protocol = protocol_words.at(words.protocol);

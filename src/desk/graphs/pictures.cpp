@@ -53,11 +53,12 @@ std::vector<PlotPoint> thinned(const std::vector<PlotPoint>& points) {
   return kept;
 }
 
-/// A text of gnuplot, in single quotes and on one line.
+/// A text of gnuplot, in single quotes and on one line. It writes > into an SVG as it stands, where ]]> is an error.
 std::string literal(std::string_view text) {
   std::string literal = "'";
   for (const char c : visible_lines(text)) {
     if (c == '\'') literal += '\'';
+    if (c == '>' && literal.ends_with("]]")) literal += ' ';
     literal += c == '\n' || c == '\t' ? ' ' : c;
   }
   return literal + "'";

@@ -18,7 +18,11 @@ struct Sequence {
 constexpr std::array<Sequence, 4> sequences{
     {{0x80, 0x00, 1, 0}, {0xe0, 0xc0, 2, 0x80}, {0xf0, 0xe0, 3, 0x800}, {0xf8, 0xf0, 4, 0x10000}}};
 
-bool is_control(std::uint32_t code) { return code < 0x20 || (code >= 0x7f && code < 0xa0); }
+/// Also what ends a line or turns the direction of the text behind it.
+bool is_control(std::uint32_t code) {
+  return code < 0x20 || (code >= 0x7f && code < 0xa0) || (code >= 0x2028 && code <= 0x202e) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
 bool is_surrogate(std::uint32_t code) { return code >= 0xd800 && code < 0xe000; }
 
 /// The bytes of the letter that a text begins with; 0 for a control character and for what is no UTF-8.

@@ -5,8 +5,8 @@
 
 namespace pathstat::desk {
 
-/// A text as it may be shown to a person, whoever wrote it: control characters (below 0x20, 0x7f, 0x80 to 0x9f) and
-/// bytes that are no UTF-8 as `\xNN`.
+/// A text as it may be shown to a person, whoever wrote it: control characters (below 0x20, 0x7f, 0x80 to 0x9f, and
+/// those that end a line or turn the direction of writing) and bytes that are no UTF-8 as `\xNN`.
 /// @param kept  control characters that stay, such as line ends
 std::string visible(std::string_view text, std::string_view kept = {});
 
