@@ -8,6 +8,7 @@
 #include "plots/graph.h"
 #include "plots/labels.h"
 #include "shell/arguments.h"
+#include "support/record_file.h"
 #include "volumes/table_file.h"
 
 namespace pathstat::field_actions {
@@ -55,7 +56,12 @@ std::int32_t table() {
   if (status != 0) return status;
   status = open_table_file(path.view());
   if (status != 0) {
-    refuse(status == table_status::not_opened ? "STRUCTURE_TABLE_MISSING" : "STRUCTURE_TABLE_UNUSABLE", path.view());
+    if (status != table_status::not_opened) {
+      refuse("STRUCTURE_TABLE_UNUSABLE", path.view());
+    } else {
+      const auto why = why_unreadable(std::string(path.view()));
+      refuse("STRUCTURE_TABLE_MISSING", path.view(), why.empty() ? "cannot be opened" : why);
+    }
     return status;
   }
   kvA_TBL_GetInfo(path.view(), functions, lines, status);

@@ -13,6 +13,7 @@
 #include "state/analysis_settings.h"
 #include "state/trajectory_frames.h"
 #include "state/volume_state.h"
+#include "support/record_file.h"
 #include "volumes/cell_volume.h"
 #include "volumes/surface_from_data.h"
 
@@ -54,7 +55,8 @@ std::int32_t open_volume(std::string_view path) {
   constexpr std::array reasons{"it does not begin as one", "its type is unknown", "its titles or header are damaged",
                                "its first record is cut off", "it cannot be opened"};
   const auto reason = std::clamp<std::size_t>(static_cast<std::size_t>(status), 1, reasons.size()) - 1;
-  refuse("STRUCTURE_VOLUME_UNUSABLE", path, reasons[reason]);
+  const auto why = why_unreadable(std::string(path));
+  refuse("STRUCTURE_VOLUME_UNUSABLE", path, why.empty() ? reasons[reason] : "it " + why);
   return status;
 }
 

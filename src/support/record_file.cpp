@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -45,10 +46,11 @@ FileDescriptor open_regular(const std::string& path) {
   return file;
 }
 
-std::string_view other_than_file(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode)) return {};
-  return S_ISDIR(info.st_mode) ? "a folder" : "a pipe or a device, not a file";
+std::string why_unreadable(const std::string& path) {
+  if (open_regular(path).is_open()) return {};
+  if (errno == EISDIR) return "is a folder";
+  if (errno == EINVAL || errno == ENXIO) return "is a pipe or a device, not a file";
+  return std::string("cannot be opened: ") + std::strerror(errno);
 }
 
 const std::byte* BigEndian::take(std::size_t bytes) {

@@ -121,9 +121,9 @@ class FileDescriptor {
 /// Opens a file for reading. Not open, with errno, if it is no regular file: a pipe or a device has no end, or would
 /// hold whoever opens it until somebody writes.
 FileDescriptor open_regular(const std::string& path);
-/// What a path leads to that is no regular file, in words: "a folder", "a pipe or a device, not a file"; empty for a
-/// file and for nothing at all.
-std::string_view other_than_file(const std::string& path);
+/// Why open_regular opens nothing there, in words that go on behind the path: "is a folder", "cannot be opened:
+/// Permission denied"; empty if it opens a file.
+std::string why_unreadable(const std::string& path);
 
 /// Reads a file of length-framed records, or a block of memory that holds one. Offsets are 64-bit. Reads are
 /// buffered: small right after a jump, so that skipped payloads are not read, and growing while records follow one

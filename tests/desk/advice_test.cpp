@@ -240,6 +240,7 @@ TEST(TrajectoryAdvice, says_why_a_file_cannot_be_loaded_and_what_was_meant) {
   write("cut.trj", std::string_view("\0\0\0TMDTR\0\0\x07\xda\0\0", 14));
   write("points.xyz", "3\n");
   write("model.qfx", "(1 Model a\n");
+  std::filesystem::create_symlink("own.his", folder.path() / "own.his");
   for (const auto& [name, text] : {std::pair{"empty.trj", "empty.trj is an empty file"},
                                    {"text.trj", "text.trj is no trajectory: it holds text"},
                                    {"cut.trj", "cut.trj is no trajectory: its head is damaged, or cut off"},
@@ -247,9 +248,10 @@ TEST(TrajectoryAdvice, says_why_a_file_cannot_be_loaded_and_what_was_meant) {
                                    {"model.qfx", "model.qfx holds a model; "},
                                    {"emty.trj", "did you mean empty.trj?"},
                                    {"emty", "did you mean empty?"},
-                                   {"water.trj", " holds cut.trj, empty.trj, text.trj"},
+                                   {"water.trj", " holds cut.trj, empty.trj, own.his, text.trj"},
                                    {"deep/water.trj", "there is no folder "},
-                                   {".", "is a folder, not a trajectory"}}) {
+                                   {".", "is a folder, not a trajectory"},
+                                   {"own.his", "own.his cannot be opened: Too many levels of symbolic links"}}) {
     EXPECT_THAT(why_not_loaded(folder.path() / name, 0), HasSubstr(text)) << name;
   }
   const std::filesystem::path argon = EXAMPLES_DIR "/argon/argon";

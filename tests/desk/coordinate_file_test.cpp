@@ -121,7 +121,8 @@ TEST(CoordinateFileFault, names_the_line) {
 }
 
 TEST(CoordinateFile, that_is_not_there_is_told) {
-  EXPECT_THAT(read_coordinate_file("/nowhere/run.car").problem, HasSubstr("/nowhere/run.car can't be opened"));
+  EXPECT_THAT(read_coordinate_file("/nowhere/run.car").problem,
+              HasSubstr("/nowhere/run.car cannot be opened: No such file"));
 }
 
 }  // namespace

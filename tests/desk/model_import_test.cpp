@@ -138,7 +138,7 @@ TEST(ModelFault, names_file_line_and_attribute_and_gives_no_model) {
 }
 
 TEST(ModelImport, tells_a_missing_file_and_one_without_a_model) {
-  EXPECT_THAT(read_model_file("/nowhere/x.qfx").problem, HasSubstr("/nowhere/x.qfx can't be opened"));
+  EXPECT_THAT(read_model_file("/nowhere/x.qfx").problem, HasSubstr("/nowhere/x.qfx cannot be opened: No such file"));
   EXPECT_THAT(imported("(1 Frame 1\n)\n").problem, HasSubstr("holds no model"));
 }
 

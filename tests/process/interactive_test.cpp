@@ -124,6 +124,12 @@ TEST_F(Program, ends_as_its_lines_do_from_a_file_and_from_the_input) {
     }
   }
   EXPECT_EQ(run("run nowhere.script"), 2);
+  for (const auto* endless : {"run /dev/zero", "shell </dev/zero", "panel --no-open /dev/zero"}) {
+    EXPECT_EQ(run(endless), 2) << endless;
+    EXPECT_THAT(trouble, HasSubstr("cannot be read: it has more than 16777216 bytes"));
+  }
+  EXPECT_EQ(run("run 'x\x1b[2J' '--for\x1b[2J'"), 2);
+  EXPECT_THAT(trouble, Not(HasSubstr("\x1b")));
   EXPECT_EQ(run("shell --program /bin/true <lines"), 3);
 }
 
@@ -388,6 +394,7 @@ TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {
 TEST_F(Program, tells_one_trouble_in_one_line_with_the_file_or_what_the_word_takes) {
   std::ofstream(folder() / "bad.cif") << "no block\n";
   std::ofstream(folder() / "bad.xyz") << "no number\n";
+  fs::create_symlink("own.cif", folder() / "own.cif");  // to itself: the system opens it for nobody
   struct Case {
     std::string line, told;
   };
@@ -395,9 +402,13 @@ TEST_F(Program, tells_one_trouble_in_one_line_with_the_file_or_what_the_word_tak
   const Case cases[]{
       {"IMPORT_STRUCTURE bad.cif", here + "bad.cif is no whole CIF: line 1:1: expected block header (data_)"},
       {"IMPORT_STRUCTURE bad.xyz", here + "bad.xyz, line 1: here stands the number of atoms"},
-      {"IMPORT_STRUCTURE none.car", here + "none.car can't be opened"},
+      {"IMPORT_STRUCTURE none.car", here + "none.car cannot be opened: No such file or directory"},
+      {"IMPORT_STRUCTURE own.cif", here + "own.cif cannot be opened: Too many levels of symbolic links"},
       {"TABLE bad.xyz", here + "bad.xyz is no table file: its functions are named between lines that begin with #."},
-      {"TABLE none.dat", "The table file " + here + "none.dat cannot be opened."},
+      {"TABLE none.dat", "The table file " + here + "none.dat cannot be opened: No such file or directory."},
+      {"TABLE own.cif", "The table file " + here + "own.cif cannot be opened: Too many levels of symbolic links."},
+      {"VOLUME own.cif",
+       here + "own.cif is no volume that can be used: it cannot be opened: Too many levels of symbolic links."},
       {"EXTREMA_NUMBER 101",
        "101 is above the highest value allowed, 100 (status 1002); EXTREMA_NUMBER takes an integer from 1 to 100"},
       {"BONDING SOME",

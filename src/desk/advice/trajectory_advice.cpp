@@ -64,8 +64,7 @@ std::string about_binary(const fs::path& path, std::size_t model_atoms) {
   const auto name = path.filename().string();
   RecordReader file;
   BinaryHeader head;
-  if (file.open(path.string()) != RecordStatus::ok) return fmt::format("{} cannot be opened for reading", name);
-  if (!read_binary_header(file, head)) {
+  if (file.open(path.string()) != RecordStatus::ok || !read_binary_header(file, head)) {
     return fmt::format("{} is no trajectory: {}", name,
                        holds_zero_bytes(path) ? "its head is damaged, or cut off" : "it holds text");
   }
@@ -106,11 +105,12 @@ std::string why_not_loaded(const fs::path& given, std::size_t model_atoms) {
   std::error_code error;
   switch (kind_of_file(path)) {
     case FileKind::missing:
-      return about_missing(path);
+      if (!fs::exists(path, error) && !error) return about_missing(path);
+      return fmt::format("{} {}", name, why_unreadable(path));
     case FileKind::folder:
       return fmt::format("{} is a folder, not a trajectory", name);
     case FileKind::trajectory:
-      if (const auto other = other_than_file(path); !other.empty()) return fmt::format("{} is {}", name, other);
+      if (const auto why = why_unreadable(path); !why.empty()) return fmt::format("{} {}", name, why);
       if (fs::file_size(path, error) == 0) return fmt::format("{} is an empty file", name);
       return has_extension(path, binary_extensions) ? about_binary(path, model_atoms) : std::string{};
     case FileKind::model:

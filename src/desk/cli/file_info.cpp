@@ -396,8 +396,8 @@ int print_models(const std::string& path, const ImportedModels& imported) {
 
 int print_file_info(const std::string& path) {
   std::error_code error;
-  if (!fs::exists(path, error)) return complain(fmt::format("there is no file {}", path));
-  if (const auto other = other_than_file(path); !other.empty()) return complain(fmt::format("{} is {}", path, other));
+  if (!fs::exists(path, error) && !error) return complain(fmt::format("there is no file {}", path));
+  if (const auto why = why_unreadable(path); !why.empty()) return complain(fmt::format("{} {}", path, why));
   const auto extension = fs::path(path).extension().string();
   if (extension == ".trj" || extension == ".qtrj" || extension == ".atrj") {
     return print_trajectory(path, BinaryTrajectory(path));

@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 
 #include "desk/advice/nearest.h"
 #include "desk/cli/line_editor.h"
 #include "desk/cli/typed_line.h"
+#include "desk/script/file_content.h"
 #include "desk/script/interrupts.h"
 
 namespace pathstat::desk {
@@ -165,8 +164,11 @@ int run_shell(const RunOptions& options) {
                     .stop_on_error = true,
                     .pictures_at_once = true};
   if (::isatty(STDIN_FILENO) == 0) {
-    const std::string text(std::istreambuf_iterator<char>(std::cin), {});
-    return run_lines(options, source, text);
+    std::string text;
+    const auto why = read_script_text(STDIN_FILENO, text);
+    if (why.empty()) return run_lines(options, source, text);
+    fmt::print(stderr, "pathdesk: the standard input cannot be read: {}\n", why);
+    return exit_code::not_run;
   }
   source.place.clear();
   source.stop_on_error = false;

@@ -41,7 +41,7 @@ const FileType* type_of(std::int32_t type) {
 bool is_structure_file_type(std::int32_t type) { return type_of(type) != nullptr; }
 
 ImportedModels read_structure_file(const std::string& path, std::int32_t type) {
-  if (const auto other = other_than_file(path); !other.empty()) return {{}, fmt::format("{} is {}", path, other)};
+  if (const auto why = why_unreadable(path); !why.empty()) return {{}, fmt::format("{} {}", path, why)};
   return type_of(type)->read(path);
 }
 

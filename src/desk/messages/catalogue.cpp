@@ -57,7 +57,7 @@ constexpr MessageRow rows[] = {
      "The grid would have {0:.6g} points on an axis and may have {1}: raise DENSITY_SPACING."},
     {"STRUCTURE_TABLE", note, "siis", "{0}: lines of data: {2}, functions: {1}: {3}."},
     {"STRUCTURE_TABLE_EMPTY", error, "s", "The function \"{0}\" has no values."},
-    {"STRUCTURE_TABLE_MISSING", error, "s", "The table file {0} cannot be opened."},
+    {"STRUCTURE_TABLE_MISSING", error, "ss", "The table file {0} {1}."},
     {"STRUCTURE_TABLE_NO_COLUMN", error, "s", "The table has no function \"{0}\"."},
     {"STRUCTURE_TABLE_UNUSABLE", error, "s",
      "{0} is no table file: its functions are named between lines that begin with #."},

@@ -140,6 +140,7 @@ class CoordinateFileReader {
 }  // namespace
 
 ImportedModels read_coordinate_file(const std::string& path) {
+  if (const auto why = why_unreadable(path); !why.empty()) return {{}, fmt::format("{} {}", path, why)};
   const auto file = open_regular(path);
   if (!file.is_open()) return {{}, fmt::format("{} can't be opened", path)};
   return CoordinateFileReader(path, file.get()).read();

@@ -580,7 +580,7 @@ class ModelFileReader {
 }  // namespace
 
 ImportedModels read_model_file(const std::string& path) {
-  if (const auto other = other_than_file(path); !other.empty()) return {{}, fmt::format("{} is {}", path, other)};
+  if (const auto why = why_unreadable(path); !why.empty()) return {{}, fmt::format("{} {}", path, why)};
   return ModelFileReader(path).read();
 }
 

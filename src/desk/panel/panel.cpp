@@ -15,6 +15,7 @@
 
 #include "desk/advice/trajectory_advice.h"
 #include "desk/link/work_directory.h"
+#include "desk/messages/visible_text.h"
 #include "desk/panel/access.h"
 #include "desk/panel/downloads.h"
 #include "desk/panel/page_server.h"
@@ -32,7 +33,7 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 int complain(const std::string& problem) {
-  fmt::print(stderr, "pathdesk: {}\n", problem);
+  fmt::print(stderr, "pathdesk: {}\n", visible(problem));
   return exit_code::not_run;
 }
 
@@ -45,15 +46,18 @@ bool first_lines(const fs::path& path, std::vector<ScriptLine>& lines) {
       text = "TRAJECTORY " + in_quotes(path.filename().string());
       break;
     case FileKind::text:
-      if (read_content(path, text)) break;
-      complain(fmt::format("the script {} cannot be read", path.string()));
-      return false;
+      if (const auto why = read_script_text(path, text); !why.empty()) {
+        complain(fmt::format("the script {} cannot be read: {}", path.string(), why));
+        return false;
+      }
+      break;
     default:
       complain(fmt::format("{} is neither a script nor a trajectory", path.string()));
       return false;
   }
   auto script = read_script(text);
-  for (const auto& problem : script.problems) fmt::print(stderr, "{}:{}\n", path.string(), problem);
+  for (const auto& problem : script.problems)
+    fmt::print(stderr, "{}\n", visible_lines(fmt::format("{}:{}", visible(path.string()), problem)));
   lines = std::move(script.lines);
   return script.problems.empty();
 }

@@ -30,7 +30,6 @@ using Clock = std::chrono::steady_clock;
 using nlohmann::json;
 
 constexpr std::size_t most_log_lines = 5000;
-constexpr std::uintmax_t largest_script = 1 << 20;
 // Frames that step by faster than a browser shows them would only take its time.
 constexpr auto between_frames = std::chrono::milliseconds(25);
 
@@ -144,11 +143,12 @@ void PanelSession::take_script(const PageRequest& request) {
   const auto name = request.text("path");
   const auto path = folder_.inside(name);
   std::error_code error;
-  if (name.empty() || !path || !fs::is_regular_file(*path, error) || fs::file_size(*path, error) > largest_script) {
+  if (name.empty() || !path || !fs::is_regular_file(*path, error)) {
     return tell_log("complaint", fmt::format("\"{}\" is no script below {}", name, folder_.path().string()));
   }
   std::string text;
-  if (!read_content(*path, text)) return tell_log("complaint", fmt::format("{} cannot be read", name));
+  if (const auto why = read_script_text(*path, text); !why.empty())
+    return tell_log("complaint", fmt::format("{} cannot be read: {}", name, why));
   const auto script = read_script(text, number_ + 1, runner_.groups());
   for (const auto& problem : script.problems) tell_log("complaint", fmt::format("{}: {}", name, problem));
   if (!script.problems.empty()) return;

@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 #include <new>
 
 #include "desk/advice/trajectory_advice.h"
@@ -50,8 +48,8 @@ std::string why_no_script(const fs::path& path) {
 
 std::string read_file(const fs::path& path, std::string& text) {
   if (auto problem = why_no_script(path); !problem.empty()) return problem;
-  if (read_content(path, text)) return {};
-  return fmt::format("the script {} cannot be read: {}", path.string(), std::strerror(errno));
+  const auto why = read_script_text(path, text);
+  return why.empty() ? why : fmt::format("the script {} cannot be read: {}", path.string(), why);
 }
 
 /// The program of the process: the one asked for, else the one beside this program.
