@@ -134,13 +134,14 @@ class Export {
     return {};
   }
 
-  /// Whether the file is going to hold several frames.
+  /// Whether the file is going to hold several frames. One that cannot be read counts: it ends the export, unless it
+  /// can be read after all.
   bool is_several() {
     if (!source_ || options_.frame) return false;
     if (last_) return *last_ >= std::int64_t{first_} + options_.step;
     std::optional<double> time;
     const auto next = std::int64_t{first_} + options_.step;
-    return next <= INT32_MAX && source_->read(static_cast<std::int32_t>(next), model_, time) == FrameEnd::read;
+    return next <= INT32_MAX && source_->read(static_cast<std::int32_t>(next), model_, time) != FrameEnd::no_more;
   }
 
   std::string one_frame_alone() const {
