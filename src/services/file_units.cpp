@@ -12,6 +12,7 @@
 #include <new>
 
 #include "services/unit_paths.h"
+#include "support/read_failure.h"
 #include "support/text_field.h"
 
 namespace pathstat {
@@ -67,7 +68,11 @@ bool fits(mode_t kind, UnitMode mode) { return mode == UnitMode::read_only ? S_I
 std::FILE* open_named(const std::string& path, UnitStatus status, UnitMode mode) {
   constexpr mode_t permissions = 0666;
   const int descriptor = ::open(path.c_str(), open_flags(status, mode), permissions);
-  if (descriptor < 0) return nullptr;
+  if (descriptor < 0) {
+    // Whether the file is there may be all that is asked.
+    if (errno != ENOENT && errno != EEXIST) tell_failed_open(path.c_str());
+    return nullptr;
+  }
   struct stat info {};
   std::FILE* stream = nullptr;
   if (::fstat(descriptor, &info) == 0 && fits(info.st_mode, mode)) {

@@ -18,4 +18,6 @@ void tell_failed_read(int descriptor) {
   std::fprintf(stderr, "Cannot read %s: %s\n", known ? name.data() : "a file", cause);
 }
 
+void tell_failed_open(const char* path) { std::fprintf(stderr, "Cannot open %s: %s\n", path, std::strerror(errno)); }
+
 }  // namespace pathstat

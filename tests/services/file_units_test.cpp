@@ -65,6 +65,9 @@ TEST_F(FileUnits, open_by_their_codes_or_refuse) {
   EXPECT_EQ(content("there"), "content");
   EXPECT_FALSE(exists_("missing"));
   EXPECT_EQ(assign(1, std::string(1001, 'n'), 0, 0, 0, 0), 21005);
+  std::filesystem::create_symlink("own", "own");  // to itself: nobody can open it
+  EXPECT_THAT(stderr_of([&] { EXPECT_NE(assign(1, "own", 0, 0, 1, 1), 0); }),
+              HasSubstr("own: Too many levels of symbolic links"));
 }
 
 TEST_F(FileUnits, read_lines_of_either_ending_and_an_open_last_one) {
