@@ -49,14 +49,14 @@ TEST_F(StartFolderTest, resolves_links_before_it_judges_a_path) {
 
 TEST_F(StartFolderTest, refuses_lines_whose_path_leads_outside) {
   for (const auto* line :
-       {"TRAJECTORY water.trj", "TRAJECTORY \"inner/a.trj\"", "TRAJECTORY", "PROFILE", "STATISTICS_FILENAME table",
-        "@select atoms all", "@import w water.gro inner/a.xtc --first 2"}) {
+       {"TRAJECTORY water.trj", "TRAJECTORY \"inner/a.trj\"", "TRAJECTORY", "TRAJECTORY {b'\".x}", "PROFILE",
+        "STATISTICS_FILENAME table", "@select atoms all", "@import w water.gro inner/a.xtc --first 2"}) {
     EXPECT_EQ(refusal(line), "") << line;
   }
   for (const auto* line :
        {"TRAJECTORY ../outside/b.trj", "TRAJECTORY b.trj", "TRAJECTORY \"way-out/b.trj\"", "TRAJECTORY {/etc/passwd}",
         "TRAJECTORY $HOME/b.trj", "TRAJECTORY ~/b.trj", "STATISTICS_FILENAME ../outside/table", "TRAJECTORY b",
-        "TRAJECTORY c.2", "TRAJECTORY {b'\".x}", "STATISTICS_FILENAME nowhere", "TRAJECTORY not-yet/../way-out/b.trj",
+        "TRAJECTORY c.2", "STATISTICS_FILENAME nowhere", "TRAJECTORY not-yet/../way-out/b.trj",
         "TRAJECTORY shortcut/../../outside/b.trj", "@import w ../outside/b.gro", "@import w a.gro /etc/passwd",
         "@import w a.gro a.xtc --energies way-out/b.csv"}) {
     EXPECT_NE(refusal(line).find("outside of"), std::string::npos) << line;
