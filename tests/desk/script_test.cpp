@@ -1,9 +1,11 @@
 #include "desk/script/script.h"
 
+#include <cerrno>
 #include <tuple>
 
 #include "desk/script/answer_text.h"
 #include "desk/script/console.h"
+#include "desk/script/file_content.h"
 #include "testing.h"
 
 namespace pathstat::desk {
@@ -161,6 +163,14 @@ TEST(Script, splits_words_at_blanks_and_keeps_quoted_ones_whole) {
   EXPECT_THAT(words_of(" a 'b c'\t\"d\" {e f} g'h "), ElementsAre("a", "b c", "d", "e f", "g'h"));
   EXPECT_THAT(words_of("\"unclosed text"), ElementsAre("unclosed text"));
   EXPECT_THAT(words_of(" \t"), IsEmpty());
+}
+
+TEST(FileContent, of_a_file_that_is_not_there_is_nothing_and_says_so) {
+  std::string content = "of another";
+  errno = 0;
+  EXPECT_FALSE(read_content("/nowhere/at/all", content));
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(content, "");
 }
 
 }  // namespace

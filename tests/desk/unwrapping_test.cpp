@@ -29,6 +29,19 @@ TEST(Unwrapping, an_atom_that_crossed_does_not_move_with_the_cell) {
   EXPECT_DOUBLE_EQ(xyz[0], 10.5);
 }
 
+TEST(Unwrapping, molecules_that_stay_are_whole_at_their_first_atoms) {
+  auto model = atoms_at(cube(10), {{9.5, 5, 5}, {0.4, 5, 5}});
+  model.bonds = {{0, 1}};
+  Unwrapping unwrapping(model, true);
+  for (const auto& [in, out] :
+       {std::pair{std::vector{9.5, 5.0, 5.0, 0.4, 5.0, 5.0}, std::vector{9.5, 5.0, 5.0, 10.4, 5.0, 5.0}},
+        std::pair{std::vector{0.5, 5.0, 5.0, 9.6, 5.0, 5.0}, std::vector{0.5, 5.0, 5.0, -0.4, 5.0, 5.0}}}) {
+    auto xyz = in;
+    unwrapping.follow(Lattice(periodic_3d, cube(10)), xyz);
+    EXPECT_THAT(xyz, Pointwise(DoubleNear(1e-12), out));
+  }
+}
+
 TEST(Unwrapping, chains_are_whole_through_every_side_whatever_the_order_of_their_atoms) {
   const auto cell = cube(8);
   std::mt19937 random(7);

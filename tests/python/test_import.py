@@ -15,6 +15,7 @@ from imported import Imported, Refused, pathdesk  # first: it finds the right in
 
 import MDAnalysis
 import numpy as np
+from MDAnalysis.analysis.rdf import InterRDF
 from MDAnalysis.lib.mdamath import triclinic_box, triclinic_vectors
 
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
@@ -274,6 +275,21 @@ class Walks(Case):
         for k, cell in enumerate(walk.cells):
             np.testing.assert_allclose(run.xyz[k] @ turned(cell), walk.wrapped[k], atol=1e-3)
 
+    def test_whole_molecules_stay_at_images_of_their_places(self):
+        walk = Walk(breathing(BOXES["triclinic"]))
+        walk.write_topology(self.path("top.pdb"))
+        walk.write(self.path("walk.trr"))
+        run = Imported(self.folder, self.path("top.pdb"), self.path("walk.trr"), "--whole")
+        for k, cell in enumerate(walk.cells):
+            places = run.xyz[k] @ turned(cell)
+            np.testing.assert_allclose(places[::3], walk.wrapped[k, ::3], atol=1e-3)
+            images = (places - walk.wrapped[k]) @ np.linalg.inv(cell)
+            np.testing.assert_allclose(images, np.round(images), atol=1e-3)
+        hydrogens = run.xyz.reshape(len(run.xyz), -1, 3, 3)
+        lengths = np.linalg.norm(hydrogens[:, :, 1:] - hydrogens[:, :, :1], axis=-1)
+        np.testing.assert_allclose(lengths, np.hypot(0.76, 0.59), atol=2e-3)
+        self.assertIn("stand where the run has them", run.told)
+
     def test_frames_and_atoms_can_be_chosen(self):
         walk = Walk(breathing(BOXES["orthorhombic"], 30))
         walk.write_topology(self.path("top.pdb"))
@@ -454,6 +470,15 @@ class Analyses(Case):
         for line in ('SELECT_PROPERTIES "Kinetic Energy" Temperature Volume Density "Cell Parameters"', "LINEAR_FIT", "VAC",
                      "POWER_SPECTRUM", "RDF_TYPE H H", "RDF_TYPE H O", "RDF_TYPE O O"):
             self.assertIn(line + "\n", script)
+
+    def test_neighbours_of_a_cell_that_varies_are_those_that_the_run_has(self):
+        told = self.goes_well(*pathdesk("analyse", GROMACS + "tpr", GROMACS + "xtc", "--out", self.path("out"), "--format", "tsv"))
+        self.assertIn("g(r) and densities need --whole", told)
+        found = np.loadtxt(self.path("out/rdf-O-O.tsv"), comments=("#", "x", "r"), delimiter="\t")
+        oxygens = MDAnalysis.Universe(GROMACS + "tpr", GROMACS + "xtc").select_atoms("name OW*")
+        expected = InterRDF(oxygens, oxygens, nbins=len(found), range=(0, 0.05 * len(found)), exclusion_block=(1, 1)).run()
+        np.testing.assert_allclose(found[:, 0], expected.results.bins, atol=1e-4)
+        np.testing.assert_allclose(found[:, 1], expected.results.rdf, rtol=2e-3, atol=1e-4)
 
     def test_files_may_be_called_anything(self):
         for name in ("my run", "it's #1", 'say "it\'s"', "$HOME", "two\nlines"):

@@ -20,6 +20,7 @@
 #include "desk/model/model_import.h"
 #include "desk/script/script.h"
 #include "structure/elements.h"
+#include "trajectory/binary_keys.h"
 #include "trajectory/binary_trajectory.h"
 
 namespace pathstat::desk {
@@ -44,6 +45,7 @@ constexpr auto properties = std::to_array<PropertyRow>({
     {"\"Cell Parameters\"", 1058, true},
 });
 
+constexpr std::int32_t key_of_varying_cell = 3003;
 constexpr double longest_cutoff = 10;      ///< of g(r), Å
 constexpr std::size_t most_elements = 4;   ///< whose pairs are looked at, the most frequent first
 constexpr std::int32_t fewest_frames = 8;  ///< for what is correlated
@@ -55,6 +57,7 @@ struct Holdings {
   double last_time = 0;
   bool velocities = false;
   bool periodic = false;
+  bool cell_varies = false;
   std::vector<std::string_view> properties;
 
   double spacing() const { return frames > 1 ? (last_time - first_time) / (frames - 1) : 0; }
@@ -74,6 +77,7 @@ std::string look_into(const fs::path& path, Holdings& found) {
   if (status != 0) return fmt::format("{} cannot be read as a trajectory", path.string());
   const auto& trajectory = *binary_trajectory(handle);
   found.periodic = trajectory.header.flags[0] > 0;
+  found.cell_varies = trajectory.header.flags[flag_word(key_of_varying_cell)] != 0;
   for (kvA_TRJ_ReadFrame(handle, 1, status); status == 0; kvA_TRJ_ReadFrame(handle, found.frames + 1, status)) {
     found.last_time = value(handle, 1000).value_or(0);
     if (++found.frames > 1) continue;
@@ -129,16 +133,18 @@ std::string motion_text(const Holdings& found) {
   return text;
 }
 
-std::string pairs_text(const MolecularModel& model) {
+/// @param load  the line that loads the trajectory to do it with; empty for the one that is there
+std::string pairs_text(const MolecularModel& model, std::string_view load) {
   double cutoff = longest_cutoff;
   if (model.periodic_type == periodic_3d) {
     const Lattice lattice(model.periodic_type, model.cell);
     // Cells of changing size get smaller than that of the model.
     for (std::size_t axis = 0; axis < 3; ++axis) cutoff = std::min(cutoff, 0.48 * lattice.width(axis));
   }
-  auto text =
-      fmt::format("\n# Which atoms stand around which.\nRDF_INTERVAL 0.05\nRDF_CUTOFF {:.2f}\n{}RDF_BETWEEN ELEMENTS\n",
-                  std::floor(cutoff * 10) / 10, model.bonds.empty() ? "" : "RDF_COMPONENTS yes\n");
+  auto text = fmt::format(
+      "\n# Which atoms stand around which{}.\n{}RDF_INTERVAL 0.05\nRDF_CUTOFF {:.2f}\n{}RDF_BETWEEN ELEMENTS\n",
+      load.empty() ? "" : ": where the run has them in its cells", load, std::floor(cutoff * 10) / 10,
+      model.bonds.empty() ? "" : "RDF_COMPONENTS yes\n");
   const auto symbols = frequent_elements(model);
   for (std::size_t one = 0; one < symbols.size(); ++one) {
     for (std::size_t other = one; other < symbols.size(); ++other)
@@ -238,7 +244,7 @@ int run_analyse(const RunOptions& options, AnalyseWords words) {
     import.trajectories.assign(words.files.begin() + 1, words.files.end());
     import.output = options.output / name_for_scripts(trajectory.stem().string());
     trajectory = fs::path(import.output).concat(".trj");
-    if (const int code = run_import(std::move(words.import)); code != exit_code::success) {
+    if (const int code = run_import(import); code != exit_code::success) {
       if (made) fs::remove(options.output, error);
       return code;
     }
@@ -248,13 +254,23 @@ int run_analyse(const RunOptions& options, AnalyseWords words) {
   const auto imported = read_model_file(fs::path(trajectory).replace_extension(".qfx").string());
   if (!imported.problem.empty()) return complain(imported.problem);
   const auto& model = imported.models.front();
-  std::string line;
+  std::string line, line_for_pairs;
   if (const auto problem = name_line(options.output, trajectory, line); !problem.empty()) return complain(problem);
+  if (!own && found.cell_varies && !words.import.as_is && !words.import.whole) {
+    // Molecules that were followed through such a cell do not stand where the run has them.
+    words.import.whole = true;
+    words.import.output += "-whole";
+    if (const int code = run_import(words.import); code != exit_code::success) return code;
+    const auto whole = fs::path(words.import.output).concat(".trj");
+    if (const auto problem = name_line(options.output, whole, line_for_pairs); !problem.empty())
+      return complain(problem);
+    line_for_pairs.insert(0, "@answer PATHSTAT_DLG_1 1\n");  // its own model goes with it
+  }
   const auto script = options.output / "analyse.script";
   std::ofstream file(script);
   file << "# What pathdesk analyse did; change it, and pathdesk run analyse.script does it again.\n"
        << line << "@stop-on-error no\n"
-       << properties_text(found, model) << motion_text(found) << pairs_text(model);
+       << properties_text(found, model) << motion_text(found) << pairs_text(model, line_for_pairs);
   file.close();
   if (!file) return complain(fmt::format("{} cannot be written", script.string()));
   return run_script(options, script);

@@ -120,7 +120,9 @@ void add_import_options(CLI::App& app, ImportOptions& o) {
   app.add_option("--constraints", o.constraints, "Constraints, which take degrees of freedom away from the temperature")
       ->check(not_negative)
       ->option_text("N");
-  app.add_flag("--as-is", o.as_is, "Leaves coordinates as they are in the file");
+  auto* as_is = app.add_flag("--as-is", o.as_is, "Leaves coordinates as they are in the file");
+  app.add_flag("--whole", o.whole, "Makes molecules whole and follows none: for g(r) and densities in cells that vary")
+      ->excludes(as_is);
   app.add_option("--trajectory-format", o.format, "Format of the trajectories, in the words of MDAnalysis")
       ->option_text("XTC");
   app.add_option("--topology-format", o.topology_format, "Format of the topology")->option_text("TPR");

@@ -235,9 +235,9 @@ class Import {
       const auto found = model_.bonds.size();
       if (found > 0) events_.tell(fmt::format("The topology has no bonds: {} are found by distance.", found));
     }
-    if (periodic_ && !options_.as_is) unwrapping_.emplace(model_);
+    if (periodic_ && !options_.as_is) unwrapping_.emplace(model_, options_.whole);
     tell_series();
-    return output_.create(trajectory_.part().string(), {.title = fmt::format("imported from {}", sources()),
+    return output_.create(trajectory_.part().string(), {.title = title(),
                                                         .ids = model_.ids,
                                                         .periodic = periodic_,
                                                         .cell_varies = periodic_ && blocks_.cell_varies(),
@@ -257,6 +257,12 @@ class Import {
     auto& velocities = model_.vectors["Velocity"];
     velocities.resize(model_.atoms());
     std::memcpy(velocities.data(), velocities_.data(), velocities_.size() * sizeof(double));
+  }
+
+  /// Shown whenever the trajectory is loaded.
+  std::string title() const {
+    const bool displaced = unwrapping_ && !options_.whole && blocks_.cell_varies();
+    return fmt::format("imported{} from {}", displaced ? ", followed (g(r) needs --whole)," : "", sources());
   }
 
   std::string sources() const {
@@ -310,10 +316,17 @@ class Import {
   }
 
   void tell_end() {
-    if (unwrapping_) {
+    if (unwrapping_ && options_.whole) {
+      events_.tell(
+          fmt::format("Molecules ({}) are whole, and stand where the run has them.", unwrapping_->molecules()));
+    } else if (unwrapping_) {
       events_.tell(fmt::format(
           "Molecules ({}) are whole, and are followed out of the cell by displacement vectors of the toroidal view.",
           unwrapping_->molecules()));
+      if (blocks_.cell_varies()) {
+        events_.tell(
+            "In this cell that varies they do not stand where the run has them: g(r) and densities need --whole.");
+      }
     } else if (periodic_) {
       events_.tell("Coordinates stay as they are in the file.");
     }

@@ -29,6 +29,7 @@ struct ImportOptions {
   std::int64_t constraints = 0;
   Ensemble ensemble = Ensemble::unknown;
   bool as_is = false;  ///< coordinates stay as they are in the file
+  bool whole = false;  ///< molecules are whole, and stay where they are
 };
 
 /// Where an import tells how it goes.

@@ -17,7 +17,7 @@ void put(std::span<double> xyz, std::size_t atom, const Vector3& place) {
 
 }  // namespace
 
-Unwrapping::Unwrapping(const MolecularModel& model) {
+Unwrapping::Unwrapping(const MolecularModel& model, bool stays) : stays_(stays) {
   const auto found = find_molecules(model);
   molecules_ = found.molecules();
   std::vector<std::uint32_t> rank(model.atoms());
@@ -32,8 +32,8 @@ Unwrapping::Unwrapping(const MolecularModel& model) {
 }
 
 void Unwrapping::follow(const Lattice& lattice, std::span<double> xyz) {
-  const bool first = places_.empty();
-  if (first) before_.resize(3 * molecules_), places_.resize(3 * molecules_);
+  const bool first = places_.empty() || stays_;
+  before_.resize(3 * molecules_), places_.resize(3 * molecules_);
   wrapped_.assign(xyz.begin(), xyz.end());
   std::size_t molecule = 0;
   for (const auto& [atom, parent] : order_) {

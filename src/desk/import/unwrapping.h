@@ -23,9 +23,10 @@ namespace pathstat::desk {
 class Unwrapping {
  public:
   /// @param model  atoms and bonds, with the wrapped positions and the cell of the first frame
-  explicit Unwrapping(const MolecularModel& model);
+  /// @param stays  the first atoms of molecules stay where the run has them, so that molecules are whole and no more
+  explicit Unwrapping(const MolecularModel& model, bool stays = false);
 
-  /// The next frame; the first one leaves the first atom of each molecule in place.
+  /// The next frame; the first one, as every one where molecules stay, leaves the first atom of each molecule in place.
   ///
   /// @param lattice  the frame's cell
   /// @param xyz      in: wrapped places of all atoms as x1, y1, z1, x2, ..., Å; out: where they went
@@ -39,6 +40,7 @@ class Unwrapping {
     std::uint32_t parent;  ///< the atom itself for the first of a molecule
   };
 
+  bool stays_;
   std::vector<Place> order_;  ///< each atom behind its parent
   std::size_t molecules_ = 0;
   std::vector<double> wrapped_;  ///< all atoms of the frame as they came

@@ -40,7 +40,9 @@ bool read_all(int descriptor, std::string& content, std::size_t most) {
 }  // namespace
 
 bool read_content(const std::filesystem::path& path, std::string& content) {
-  return read_all(opened(path).get(), content, std::numeric_limits<std::size_t>::max());
+  content.clear();
+  const auto file = opened(path);
+  return file.is_open() && read_all(file.get(), content, std::numeric_limits<std::size_t>::max());
 }
 
 std::string read_script_text(int descriptor, std::string& text) {
