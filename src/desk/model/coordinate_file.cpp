@@ -140,9 +140,8 @@ class CoordinateFileReader {
 }  // namespace
 
 ImportedModels read_coordinate_file(const std::string& path) {
-  if (const auto why = why_unreadable(path); !why.empty()) return {{}, fmt::format("{} {}", path, why)};
   const auto file = open_regular(path);
-  if (!file.is_open()) return {{}, fmt::format("{} can't be opened", path)};
+  if (!file.is_open()) return {{}, fmt::format("{} {}", path, why_unreadable(path))};
   return CoordinateFileReader(path, file.get()).read();
 }
 
