@@ -115,7 +115,7 @@ TEST_F(StructureFile, cut_anywhere_is_refused_or_whole) {
 
 TEST(StatedSymmetry, of_every_group_is_found_again_by_each_way_of_stating_it) {
   for (std::size_t k = 0; k < library_groups().size(); ++k) {
-    const auto operators = library_operators(k);
+    const auto& operators = library_group(k).operators;
     auto stated = stated_symmetry(operators);
     ASSERT_GT(stated.number, 0) << library_groups()[k].name;
     const StatedSymmetry ways[]{

@@ -26,9 +26,9 @@ DataModel::DataModel() {
     applications_.emplace(name, registry_.add(ObjectClass::application, 1));
   }
   group_library_ = registry_.add(ObjectClass::space_group_library, 1);
-  groups_.assign(library_groups().begin(), library_groups().end());
-  const auto first = registry_.add(ObjectClass::space_group, groups_.size());
-  for (std::size_t k = 0; k < groups_.size(); ++k) group_ids_.push_back(first + static_cast<std::int32_t>(k));
+  const auto known = library_groups().size();
+  const auto first = registry_.add(ObjectClass::space_group, known);
+  for (std::size_t k = 0; k < known; ++k) group_ids_.push_back(first + static_cast<std::int32_t>(k));
 }
 
 DataModel::~DataModel() = default;
@@ -78,7 +78,7 @@ std::int32_t DataModel::group_for(const MolecularModel& model, std::int32_t& con
 
 std::int32_t DataModel::tabulated_group(const SymmetryOperators& operators) const {
   for (std::size_t k = 0; operators.size() > 0 && k < library_groups().size(); ++k) {
-    if (space_group(group_ids_[k])->operators == operators) return group_ids_[k];
+    if (library_group(k).operators == operators) return group_ids_[k];
   }
   return 0;
 }
@@ -88,13 +88,12 @@ std::int32_t DataModel::add_space_group(SpaceGroup group) {
     return known.operators == group.operators && known.lattice_type == group.lattice_type &&
            known.centring_type == group.centring_type;
   };
-  const auto known =
-      std::find_if(groups_.begin() + static_cast<std::ptrdiff_t>(library_groups().size()), groups_.end(), is_same);
-  if (known != groups_.end()) return group_ids_[static_cast<std::size_t>(known - groups_.begin())];
-  const PutBack unless_done(registry_, groups_, group_ids_);
-  const auto id = registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, groups_.size());
+  const auto known = static_cast<std::size_t>(std::ranges::find_if(added_groups_, is_same) - added_groups_.begin());
+  if (known < added_groups_.size()) return group_ids_[library_groups().size() + known];
+  const PutBack unless_done(registry_, added_groups_, group_ids_);
+  const auto id = registry_.add(ObjectClass::space_group, 1, ObjectRegistry::no_model, group_ids_.size());
   if (id == 0) return 0;
-  groups_.push_back(std::move(group));
+  added_groups_.push_back(std::move(group));
   group_ids_.push_back(id);
   return id;
 }
@@ -116,7 +115,7 @@ std::int32_t DataModel::place_model(MolecularModel&& model) {
   constexpr std::size_t model_and_group = 2;
   if (!registry_.has_room(model.atoms() + ids_of_monitor * model.monitors.size() + model_and_group)) return 0;
 
-  const PutBack unless_done(registry_, groups_, group_ids_, user_data_);
+  const PutBack unless_done(registry_, added_groups_, group_ids_, user_data_);
   const auto place = slots_.size();
   auto slot = std::make_unique<ModelSlot>();
   auto& object = slot->object;
@@ -265,28 +264,28 @@ const Connectivity& DataModel::connectivity(ModelObject& model) {
 const SpaceGroup* DataModel::space_group(std::int32_t id) const {
   const auto place = find(id);
   if (place.kind != ObjectClass::space_group) return nullptr;
-  auto& group = groups_[place.index];
-  if (group.operators.size() == 0) {
-    auto known = group_of_operators(group.name, library_operators(place.index));
-    group.lattice_type = known.lattice_type;
-    group.centring_type = known.centring_type;
-    group.operators = std::move(known.operators);
-  }
-  return &group;
+  const auto library = library_groups().size();
+  return place.index < library ? &library_group(place.index) : &added_groups_[place.index - library];
+}
+
+const SpaceGroup& DataModel::named_group(std::size_t place) const {
+  const auto library = library_groups();
+  return place < library.size() ? library[place] : added_groups_[place - library.size()];
 }
 
 std::vector<std::int32_t> DataModel::space_groups(std::int32_t number, std::int32_t option) const {
   std::vector<std::int32_t> found;
-  for (std::size_t k = 0; k < groups_.size(); ++k) {
-    if (groups_[k].number == number && groups_[k].option == option) found.push_back(group_ids_[k]);
+  for (std::size_t k = 0; k < group_ids_.size(); ++k) {
+    const auto& group = named_group(k);
+    if (group.number == number && group.option == option) found.push_back(group_ids_[k]);
   }
   return found;
 }
 
 std::vector<std::int32_t> DataModel::space_groups(std::string_view name) const {
   std::vector<std::int32_t> found;
-  for (std::size_t k = 0; k < groups_.size(); ++k) {
-    if (k < library_groups().size() ? is_name_of(k, name) : groups_[k].name == name) found.push_back(group_ids_[k]);
+  for (std::size_t k = 0; k < group_ids_.size(); ++k) {
+    if (k < library_groups().size() ? is_name_of(k, name) : named_group(k).name == name) found.push_back(group_ids_[k]);
   }
   return found;
 }

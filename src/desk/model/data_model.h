@@ -229,6 +229,8 @@ class DataModel {
   /// @param conventional  the group of the centred lattice that the model's is a primitive setting of, or 0
   std::int32_t group_for(const MolecularModel& model, std::int32_t& conventional);
   std::int32_t tabulated_group(const SymmetryOperators& operators) const;
+  /// A group by its place in `group_ids_`, with its name and number; those of the library lack operators.
+  const SpaceGroup& named_group(std::size_t place) const;
 
   ObjectRegistry registry_;
   std::int32_t root_ = 0;
@@ -237,8 +239,8 @@ class DataModel {
   std::vector<std::unique_ptr<ModelSlot>> slots_;  ///< by place; empty where the model is gone
   std::int32_t current_model_ = 0;
   std::uint64_t version_ = 0;
-  mutable std::vector<SpaceGroup> groups_;  ///< those of the library get their operators when somebody asks
-  std::vector<std::int32_t> group_ids_;
+  std::vector<SpaceGroup> added_groups_;
+  std::vector<std::int32_t> group_ids_;  ///< of those of the library, which the added ones follow
   std::vector<Surface> surfaces_;
   std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>> user_data_;
   std::filesystem::path folder_;

@@ -1,10 +1,12 @@
 #include "desk/model/group_library.h"
 
 #include <fmt/format.h>
-#include <algorithm>
 
+#include <algorithm>
+#include <array>
 #include <cctype>
 #include <gemmi/symmetry.hpp>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -51,7 +53,20 @@ std::span<const SpaceGroup> library_groups() {
   return groups;
 }
 
-SymmetryOperators library_operators(std::size_t place) { return as_operators(rows().at(place)->operations()); }
+const SpaceGroup& library_group(std::size_t place) {
+  static std::mutex guard;
+  static std::array<SpaceGroup, table_size> known;
+  const std::scoped_lock lock(guard);
+  auto& group = known.at(place);
+  if (group.operators.size() == 0) {
+    const auto& stated = library_groups()[place];
+    auto found = group_of_operators(stated.name, as_operators(rows()[place]->operations()));
+    found.number = stated.number;
+    found.option = stated.option;
+    group = std::move(found);
+  }
+  return group;
+}
 
 bool is_name_of(std::size_t place, std::string_view text) {
   const auto& row = *rows().at(place);

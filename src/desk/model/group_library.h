@@ -13,8 +13,8 @@ namespace pathstat::desk {
 /// the standard one first. The operators are left out.
 std::span<const SpaceGroup> library_groups();
 
-/// The operators of one of them, by its place, the identity first.
-SymmetryOperators library_operators(std::size_t place);
+/// One of them, by its place, with its operators, the identity first. They are found when somebody asks.
+const SpaceGroup& library_group(std::size_t place);
 
 /// True if a text names a group: its full symbol ("P 1 21/c 1", "R 3:H") with or without the mark of its setting, or
 /// its short one ("P21/c"); blanks and case do not matter.

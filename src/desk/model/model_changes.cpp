@@ -157,7 +157,7 @@ void DataModel::renumber(ModelObject& model) {
 
 bool DataModel::set_periodic_type(ModelObject& model, std::int32_t type) {
   if (type != not_periodic && !is_usable_cell(type, model.data.cell)) return false;
-  const PutBack unless_done(registry_, groups_, group_ids_, slot_of(model));
+  const PutBack unless_done(registry_, added_groups_, group_ids_, slot_of(model));
   if (type == not_periodic && model.data.periodic_type != not_periodic) {
     fix_bond_cells(model.data);
     images_to_atoms(model);
