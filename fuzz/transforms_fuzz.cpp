@@ -35,7 +35,7 @@ long double in_turn(const std::vector<long double>& values, std::size_t k) { ret
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace pathstat;
   fuzz::Numbers numbers(std::span(data, size));
-  const auto n = static_cast<std::size_t>(3 + numbers.below(240));
+  const auto n = static_cast<std::size_t>(3 + numbers.below(600));
   const std::size_t start = numbers.byte();
   std::vector<double> x(n), cosines(n), sines(n + 1);
   double scale = 0;

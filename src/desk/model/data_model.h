@@ -240,7 +240,7 @@ class DataModel {
   std::int32_t current_model_ = 0;
   std::uint64_t version_ = 0;
   std::vector<SpaceGroup> added_groups_;
-  std::vector<std::int32_t> group_ids_;  ///< of those of the library, which the added ones follow
+  std::vector<std::int32_t> group_ids_;  ///< of the library's groups, then of the added ones
   std::vector<Surface> surfaces_;
   std::unordered_map<std::int32_t, std::map<std::string, UserValue, std::less<>>> user_data_;
   std::filesystem::path folder_;

@@ -13,7 +13,8 @@ namespace pathstat::desk {
 /// the standard one first. The operators are left out.
 std::span<const SpaceGroup> library_groups();
 
-/// One of them, by its place, with its operators, the identity first. They are found when somebody asks.
+/// One of them, by its place, with its operators, the identity first, which are found when somebody asks. It stays as
+/// long as the process, and any thread may ask.
 const SpaceGroup& library_group(std::size_t place);
 
 /// True if a text names a group: its full symbol ("P 1 21/c 1", "R 3:H") with or without the mark of its setting, or
