@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "support/level.h"
+
 namespace pathstat {
 namespace {
 
@@ -12,7 +14,15 @@ constexpr std::int32_t nested_command = -1;
 constexpr std::int32_t nested_request = -2;
 constexpr std::int32_t first_frame_word = 2;
 
+constexpr int most_nested = 100;  ///< inputs within each other; each takes room of the stack
+
 NestedInputHandler nested_input_handler = nullptr;
+int nested_inputs = 0;  ///< that have begun and not ended
+
+[[noreturn]] void must_exit(const char* text) {
+  std::fputs(text, stdout);
+  std::exit(1);
+}
 
 void require(std::int32_t failure) {
   if (failure != 0) kvC_Error_handler(failure);
@@ -24,6 +34,12 @@ Connection& core() {
   return *kvC_API_pnc;
 }
 
+void serve_nested(std::int32_t code) {
+  if (nested_inputs == most_nested) must_exit("The Core asks within its own calls without an end, must exit.\n");
+  const Level level(nested_inputs);
+  nested_input_handler(code);  // a failed exchange shows in the next read
+}
+
 /// Sends what is buffered and blocks for the reply, serving what the Core asks for in the meantime.
 void reply_wait(Connection& connection, const char* text) {
   if (PNC_flush(connection) != 1) kvC_Error_handler();
@@ -32,11 +48,8 @@ void reply_wait(Connection& connection, const char* text) {
     require(PD_receive_int(connection, code, no_time_limit));
     if (code == reply_ready) return;
     const bool nested = code == nested_command || code == nested_request;
-    if (!nested || nested_input_handler == nullptr) {
-      std::fputs(text, stdout);
-      std::exit(1);
-    }
-    nested_input_handler(code);  // a failed exchange shows in the next read
+    if (!nested || nested_input_handler == nullptr) must_exit(text);
+    serve_nested(code);
   }
 }
 
@@ -65,8 +78,7 @@ void RemoteCall::send_text(std::string_view text) try {
   require(PD_send0_string(connection_, text.substr(0, longest_string)));
 } catch (const std::bad_alloc&) {
   // Nothing could follow the half of a call on the wire.
-  std::fputs("Not enough memory inside a call of the Core, must exit.\n", stdout);
-  std::exit(1);
+  must_exit("Not enough memory inside a call of the Core, must exit.\n");
 }
 
 void RemoteCall::wait() { reply_wait(connection_, "Core has disconnected, must exit.\n"); }

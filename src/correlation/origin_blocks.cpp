@@ -8,6 +8,8 @@
 #include <fstream>
 #include <limits>
 
+#include "support/record_file.h"
+
 namespace pathstat {
 
 OriginBlocks::OriginBlocks(const OriginSeries& series, std::size_t columns, std::size_t workers)
@@ -47,6 +49,7 @@ void OriginBlocks::join(std::size_t worker) {
 }
 
 void OriginBlocks::save(const std::string& file, double spacing_ps, std::int64_t atoms) const {
+  if (!create_new(file).is_open()) return;
   std::ofstream out(file);
   out.precision(std::numeric_limits<double>::max_digits10);
   out << spacing_ps << ' ' << series_.frames - 1 << ' ' << series_.intervals << ' ' << series_.step << ' ' << origins_

@@ -15,6 +15,7 @@
 #include "shell/threads.h"
 #include "support/memory_watch.h"
 #include "support/named_memory.h"
+#include "support/standard_streams.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ void run_applications() {
 
 int main(int argc, char** argv) {
   using namespace pathstat;
+  open_standard_streams();
   main_argc = argc;
   main_argv = argv;
   install_signal_handlers();

@@ -173,7 +173,7 @@ RecordStatus copy_rows(const TablePart& part, std::size_t before, std::span<doub
                        const std::string& output) {
   RecordReader from;
   RecordWriter to;
-  auto status = to.create(output);
+  auto status = to.create_new(output);
   if (status == RecordStatus::ok && before > 0) status = from.open(input);
   const std::int32_t old_rows = before > 0 ? tablesave_i_.table_rows : 0;
   const std::int32_t rows = std::max(old_rows, part.rows());

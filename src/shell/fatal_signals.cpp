@@ -39,7 +39,16 @@ constexpr FatalSignal fatal_signals[] = {
     {SIGPWR, " power-fail restart"},
 };
 
+constexpr unsigned last_words_seconds = 1;
+
+/// Ends the process where its last words wait for a Core that does not read.
+void limit_last_words() {
+  std::signal(SIGALRM, [](int) { std::_Exit(1); });
+  ::alarm(last_words_seconds);
+}
+
 void on_fatal_signal(int number) {
+  limit_last_words();
   std::printf("Terminate external process due to error %d.\n", number);
   const auto* known = std::ranges::find(fatal_signals, number, &FatalSignal::number);
   if (known != std::end(fatal_signals)) std::printf("This error is caused by a%s.\n", known->cause);

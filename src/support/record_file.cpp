@@ -46,6 +46,11 @@ FileDescriptor open_regular(const std::string& path) {
   return file;
 }
 
+FileDescriptor create_new(const std::string& path, unsigned permissions) {
+  ::unlink(path.c_str());
+  return FileDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, permissions));
+}
+
 std::string why_unreadable(const std::string& path) {
   if (open_regular(path).is_open()) return {};
   if (errno == EISDIR) return "is a folder";
@@ -203,20 +208,28 @@ RecordStatus RecordReader::read_at(std::int64_t offset, std::span<std::byte> int
   return RecordStatus::ok;
 }
 
-RecordStatus RecordWriter::create(const std::string& path) { return open(path, O_WRONLY | O_CREAT | O_TRUNC); }
+RecordStatus RecordWriter::create(const std::string& path) {
+  close();
+  return take(FileDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)));
+}
+
+RecordStatus RecordWriter::create_new(const std::string& path) {
+  close();
+  return take(pathstat::create_new(path));
+}
 
 RecordStatus RecordWriter::append(const std::string& path) {
-  const auto status = open(path, O_WRONLY);
+  close();
+  const auto status = take(FileDescriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC)));
   if (status != RecordStatus::ok) return status;
   at_ = ::lseek(file_.get(), 0, SEEK_END);
   return at_ < 0 ? RecordStatus::failed : RecordStatus::ok;
 }
 
-RecordStatus RecordWriter::open(const std::string& path, int flags) {
-  close();
+RecordStatus RecordWriter::take(FileDescriptor file) {
   at_ = 0;
   failed_ = false;
-  file_ = FileDescriptor(::open(path.c_str(), flags | O_CLOEXEC, 0666));
+  file_ = std::move(file);
   return file_.is_open() ? RecordStatus::ok : RecordStatus::failed;
 }
 

@@ -121,6 +121,9 @@ class FileDescriptor {
 /// Opens a file for reading. Not open, with errno, if it is no regular file: a pipe or a device has no end, or would
 /// hold whoever opens it until somebody writes.
 FileDescriptor open_regular(const std::string& path);
+/// Makes a file for writing, in the place of one that a killed run has left: what stands there is removed, and a link
+/// to another file is never followed. Not open, with errno, where that fails.
+FileDescriptor create_new(const std::string& path, unsigned permissions = 0666);
 /// Why open_regular opens nothing there, in words that go on behind the path: "is a folder", "cannot be opened:
 /// Permission denied"; empty if it opens a file.
 std::string why_unreadable(const std::string& path);
@@ -188,6 +191,8 @@ class RecordWriter {
  public:
   /// Creates the file, or empties it.
   RecordStatus create(const std::string& path);
+  /// Creates the file as pathstat::create_new does.
+  RecordStatus create_new(const std::string& path);
   /// Continues behind the last byte of a file that is there.
   RecordStatus append(const std::string& path);
 
@@ -208,7 +213,7 @@ class RecordWriter {
   ~RecordWriter() { close(); }
 
  private:
-  RecordStatus open(const std::string& path, int flags);
+  RecordStatus take(FileDescriptor file);
   RecordStatus send(std::span<const std::byte> bytes);
   void hold(std::span<const std::byte> bytes);
 

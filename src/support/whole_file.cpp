@@ -21,7 +21,7 @@ RecordStatus write_whole_file(const std::string& path, const std::function<Recor
   if (is_protected(path)) return RecordStatus::failed;
   const auto part = path.substr(0, path.rfind('/') + 1) + part_name;
   RecordWriter file;
-  auto status = file.create(part);
+  auto status = file.create_new(part);
   if (status != RecordStatus::ok) return status;
   if (!within_memory([&] { status = fill(file); })) status = RecordStatus::failed;
   if (status == RecordStatus::ok) status = file.close();

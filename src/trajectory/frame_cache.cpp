@@ -15,6 +15,7 @@
 #include "services/file_names.h"
 #include "state/analysis_settings.h"
 #include "state/frame_cache_state.h"
+#include "support/record_file.h"
 #include "trajectory/binary_trajectory.h"
 #include "trajectory/frame_cell.h"
 #include "trajectory/front_end.h"
@@ -88,7 +89,8 @@ void read_record(std::int32_t handle, std::int32_t frame, std::int32_t& status) 
 }
 
 void copy_frames(std::int32_t handle, std::int32_t first, std::int32_t last, std::int32_t step, std::int32_t& status) {
-  TrjCacheFile = std::fopen(std::string(TrjCacheFileName).c_str(), "w+b");
+  const std::string name(TrjCacheFileName);
+  if (create_new(name).is_open()) TrjCacheFile = std::fopen(name.c_str(), "w+b");
   if (TrjCacheFile == nullptr) status = failed;
   for (std::int32_t frame = first; frame <= last && status == 0; frame += step) {
     read_record(handle, frame, status);

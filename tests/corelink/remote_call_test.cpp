@@ -120,6 +120,15 @@ TEST_F(RemoteCallDeathTest, lost_or_confused_core_ends_the_process) {
         testing::ExitedWithCode(1), text)
         << rule;
   }
+  EXPECT_EXIT(
+      {
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+        for (int k = 0; k < 101; ++k) core.write_int(-1);
+        on_nested = [&] { mass_of_two_atoms(); };
+        mass_of_two_atoms();
+      },
+      testing::ExitedWithCode(1), "^The Core asks within its own calls without an end, must exit.\n$")
+      << "a hundred of them are served";
   kvC_API_pnc = nullptr;
   EXPECT_EXIT(mass_of_two_atoms(), testing::ExitedWithCode(1), "");
 }

@@ -1,5 +1,6 @@
 #include "desk/model/coordinate_file.h"
 
+#include "desk/export/structure_files.h"
 #include "small_models.h"
 #include "testing.h"
 
@@ -117,6 +118,18 @@ TEST(CoordinateFileFault, names_the_line) {
     EXPECT_THAT(result.models, IsEmpty());
     EXPECT_THAT(result.problem,
                 AllOf(HasSubstr("run.car, line " + std::to_string(row.line) + ": "), HasSubstr(row.problem)));
+  }
+}
+
+TEST(CoordinateFile, of_atoms_far_away_is_read_as_it_was_written) {
+  const ScratchFolder folder;
+  const std::vector<Vector3> places{{1.5, -1000.25, 9}, {-999999.5, 10000.5, -20000.25}, {-998.123456789, 0, 9998.5}};
+  ASSERT_EQ(write_structure_file(carbon_model(places), folder.file("far.car"), coordinate_model_file), "");
+  const auto result = read_coordinate_file(folder.file("far.car"));
+  ASSERT_EQ(result.problem, "");
+  for (std::size_t k = 0; k < places.size(); ++k) {
+    for (std::size_t axis = 0; axis < 3; ++axis)
+      EXPECT_NEAR(result.models[0].positions[k][axis], places[k][axis], 1e-9) << k;
   }
 }
 

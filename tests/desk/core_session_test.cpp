@@ -90,6 +90,7 @@ class Peer {
         const auto command = take_command();
         std::printf("nested %s %s\n", command.word.c_str(), command.arguments.c_str());
         std::fflush(stdout);
+        if (command.word == "CALL") call(10000, 5, "kvD_Root", 3);
         end_command(5);
       } else if (code == -2) {
         answer_request("");
@@ -243,6 +244,18 @@ TEST_F(OneSession, knows_the_command_that_ends_the_process_from_a_crash) {
   ASSERT_THAT(start("plain"), IsEmpty());
   EXPECT_EQ(session_.command("STOP", ""), std::nullopt);
   EXPECT_TRUE(session_.ended_well());
+}
+
+TEST_F(OneSession, gives_up_a_process_that_calls_within_its_own_calls_without_an_end) {
+  ASSERT_THAT(start("plain"), IsEmpty());
+  int calls = 0;
+  server_.on("kvD_Root", [&](const OperationCall&, OperationReply&) {
+    ++calls;
+    session_.command("CALL", "");
+  });
+  EXPECT_EQ(session_.command("CALL", ""), std::nullopt);
+  EXPECT_EQ(calls, 100);
+  EXPECT_THAT(session_.loss(), HasSubstr("calls within its own calls"));
 }
 
 TEST_F(OneSession, gives_up_when_asked_to_while_it_waits) {

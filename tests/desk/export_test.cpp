@@ -174,6 +174,18 @@ TEST_F(Exported, trajectory_keeps_values_and_atoms_that_move) {
   EXPECT_EQ(source->read(3, model, time), FrameEnd::no_more);
 }
 
+TEST_F(Exported, files_are_never_written_through_a_link) {
+  folder_.write("other", "of somebody");
+  const std::vector<std::string> names{"a.pdb", "a.trj", "a.qfx"};
+  for (const auto& name : names) std::filesystem::create_symlink(folder_.file("other"), folder_.file(name + ".part"));
+  exported("a.pdb");
+  exported("a.trj");  // and its model
+  for (const auto& name : names) {
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder_.file(name)))) << name;
+  }
+  EXPECT_EQ(folder_.read("other"), "of somebody");
+}
+
 TEST_F(Exported, says_why_nothing_was_written) {
   const auto refused = [&](const std::string& name) {
     EXPECT_THAT(exported(name, exit_code::not_run), IsEmpty()) << name;

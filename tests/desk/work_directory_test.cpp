@@ -57,24 +57,25 @@ class Folders : public testing::Test {
 };
 
 TEST_F(Folders, of_dead_runs_are_cleared_and_those_of_others_are_not) {
-  fs::create_directories(folder() / "pathdesk-my-data");
+  fs::create_directories(folder() / "pathdesk-output");
+  fs::create_directories(folder() / "pathdesk-tmp.shared");
   fs::create_directories(folder() / "another-folder");
-  fs::create_directory_symlink(folder() / "another-folder", folder() / "pathdesk-LINKED");
+  fs::create_directory_symlink(folder() / "another-folder", folder() / "pathdesk-tmp.LINKED");
   const auto make = [] {
     std::string error;
     return (new PrivateDirectory(error))->path().empty() ? 0 : 1;
   };
   Killed dead(make), alive(make);
   ASSERT_EQ(dead.number() + alive.number(), 2);
-  EXPECT_EQ(entries(), 5);
+  EXPECT_EQ(entries(), 6);
   dead.kill();
   {
     std::string error;
     const PrivateDirectory next(error);
     EXPECT_EQ(error, "");
-    EXPECT_EQ(entries(), 5) << "one went, one came";
+    EXPECT_EQ(entries(), 6) << "one went, one came";
   }
-  EXPECT_EQ(entries(), 4);
+  EXPECT_EQ(entries(), 5);
   EXPECT_TRUE(fs::exists(folder() / "another-folder"));
 }
 

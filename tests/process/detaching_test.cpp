@@ -85,6 +85,15 @@ TEST_F(LeftBehind, keeps_what_was_loaded_and_set_for_a_later_run) {
   EXPECT_GT(compared, 0u);
 }
 
+TEST_F(LeftBehind, takes_names_of_any_bytes) {
+  for (const char* extension : {".trj", ".qfx"}) {
+    fs::create_symlink(EXAMPLES_DIR "/water/water" + std::string(extension),
+                       folder / ("\xff" + std::string(extension)));
+  }
+  ASSERT_EQ(run("TRAJECTORY \xff.trj\n@detach\n"), 0) << trouble;
+  ASSERT_EQ(run("@attach\n@show model\n", "second"), 0) << trouble;
+}
+
 TEST_F(LeftBehind, works_on_when_its_run_has_ended) {
   const std::string settings = "ORIGIN_STEP_NO 1\nMAX_INTERVAL_NO 400\n";
   ASSERT_EQ(run(load + settings + "@detach MSD\n"), 0) << trouble;

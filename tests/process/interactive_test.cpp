@@ -5,14 +5,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <csignal>
 #include <thread>
 
 #include "desk/link/work_directory.h"
+#include "desk/model/model_export.h"
+#include "desk/small_models.h"
 #include "process/desk_with_process.h"
 #include "scratch_folder.h"
 #include "testing.h"
 #include "trajectory/binary_trajectory.h"
+#include "trajectory/written_trajectory.h"
 
 namespace pathstat::desk {
 namespace {
@@ -380,6 +384,52 @@ TEST_F(Program, waits_for_nothing_that_is_no_file_where_it_reads_one) {
       EXPECT_THAT(trouble, HasSubstr("is a pipe or a device, not a file"));
     }
   }
+}
+
+TEST_F(Program, tells_where_it_can_and_fails_where_its_output_is_lost) {
+  fs::copy(EXAMPLES_DIR "/butane/butane.trj", folder() / "a.trj");
+  fs::copy(EXAMPLES_DIR "/butane/butane.qfx", folder() / "a.qfx");
+  struct Row {
+    const char* arguments;
+    int code;
+  };
+  for (const auto& [arguments, code] :
+       {Row{"info a.trj >/dev/full", 2}, Row{"--help >/dev/full", 2}, Row{"words >/dev/full", 2},
+        Row{"run nowhere.script 2>/dev/full", 2}, Row{"nothing 2>/dev/full", 2}}) {
+    const auto command = "cd '" + folder().string() + "' && '" PATHDESK_PROGRAM "' " + arguments;
+    const int status = std::system(("{ " + command + "; } 2>/dev/null").c_str());
+    EXPECT_EQ(WEXITSTATUS(status), code) << arguments;
+  }
+  const auto closed = "cd '" + folder().string() +
+                      "' && '" PATHDESK_PROGRAM
+                      "' export a.trj -o a.xyz --frame 1 --select 'element C or name ZZ' <&- >&- 2>&-";
+  EXPECT_EQ(std::system(closed.c_str()), 0);
+  EXPECT_THAT(content_of(folder() / "a.xyz"), StartsWith("4\n"));
+}
+
+TEST_F(Program, tells_of_positions_that_are_no_numbers) {
+  WrittenTrajectory written(2, {1, 2});
+  for (int frame = 0; frame < 8; ++frame) {
+    written.set(1000, {0.25 * frame}).set(1071, {1, 2, 3, 4, frame == 5 ? NAN : 5, 6}).frame();
+  }
+  fs::copy(written.path(), folder() / "a.trj");
+  auto model = carbon_model({{0, 0, 0}, {1, 0, 0}});
+  model.file_atoms = 2;
+  ASSERT_EQ(write_model_file(model, folder() / "a.qfx"), "");
+  EXPECT_EQ(script("TRAJECTORY a.trj\nMSD\n"), 0) << trouble;
+  EXPECT_THAT(trouble, ContainsRegex("lines:2: warning: .*: [1-9][0-9]* of [0-9]+ values are no numbers"));
+  EXPECT_EQ(run("export a.trj -o a.xyz"), 2);
+  EXPECT_THAT(trouble, HasSubstr("atom 2 stands nowhere: a coordinate is no number"));
+}
+
+TEST_F(Program, replaces_no_file_of_the_user_by_a_link) {
+  for (const char* extension : {".trj", ".qfx"}) {
+    fs::copy(EXAMPLES_DIR "/butane/butane" + std::string(extension), folder() / ("a\"'b" + std::string(extension)));
+    std::ofstream(folder() / ("a__b" + std::string(extension))) << "of the user";
+  }
+  EXPECT_EQ(run("analyse 'a\"'\\''b.trj' --out ."), 2);
+  EXPECT_THAT(trouble, HasSubstr("a__b.trj cannot be made: File exists"));
+  EXPECT_EQ(content_of(folder() / "a__b.trj") + content_of(folder() / "a__b.qfx"), "of the userof the user");
 }
 
 TEST_F(Program, refuses_a_request_of_more_than_a_mebibyte_and_ends) {

@@ -257,6 +257,17 @@ TEST_F(InputLoop, fatal_signal_tells_the_core_and_ends_the_process) {
   EXPECT_EQ(core.read(), ints({-66}));
 }
 
+TEST_F(InputLoop, fatal_signal_ends_the_process_while_the_core_does_not_read) {
+  EXPECT_EXIT(
+      {
+        const std::string block(4096, ' ');
+        while (::send(core.connection.socket, block.data(), block.size(), MSG_DONTWAIT) > 0) continue;
+        install_signal_handlers();
+        std::raise(SIGTERM);
+      },
+      testing::ExitedWithCode(1), "");
+}
+
 TEST_F(InputLoop, notice_signal_does_not_disturb) {
   EXPECT_EXIT(
       {

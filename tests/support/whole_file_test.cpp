@@ -29,6 +29,13 @@ TEST_F(WholeFile, takes_the_place_of_an_earlier_one_only_once_it_is_whole) {
   EXPECT_EQ(files(), 1);
 }
 
+TEST_F(WholeFile, is_never_written_through_a_link) {
+  fs::create_symlink(path_, folder_ / ".pathstat.part");
+  EXPECT_EQ(write_whole_file(folder_ / "other", [](RecordWriter&) { return RecordStatus::ok; }), RecordStatus::ok);
+  EXPECT_EQ(content(), "of an earlier run");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder_ / "other")));
+}
+
 TEST_F(WholeFile, that_fails_leaves_the_earlier_one_and_nothing_else) {
   const auto too_little_memory = [](RecordWriter& file) -> RecordStatus {
     file.write(RecordBytes().i32(7));

@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -18,6 +17,7 @@
 #include "desk/import/import_line.h"
 #include "desk/messages/visible_text.h"
 #include "desk/model/model_import.h"
+#include "desk/report/result_folder.h"
 #include "desk/script/script.h"
 #include "structure/elements.h"
 #include "trajectory/binary_keys.h"
@@ -89,6 +89,8 @@ std::string look_into(const fs::path& path, Holdings& found) {
   }
   std::int32_t closed = 0;
   kvA_TRJ_Close(handle, closed);
+  if (status != binary_status::end_of_file)
+    return fmt::format("frame {} of {} cannot be read (status {})", found.frames + 1, path.string(), status);
   return found.frames > 0 ? std::string{} : fmt::format("{} holds no frame", path.string());
 }
 
@@ -197,7 +199,7 @@ std::string name_line(const fs::path& folder, const fs::path& trajectory, std::s
     for (const auto* extension : {".trj", ".qfx"}) {
       std::error_code error;
       const auto name = fs::path(link).concat(extension);
-      fs::remove(name, error);
+      if (fs::is_symlink(name, error)) fs::remove(name, error);  // of an earlier analysis
       fs::create_symlink(fs::path(path).replace_extension(extension), name, error);
       if (error) return fmt::format("{} cannot be made: {}", name.string(), error.message());
     }
@@ -266,14 +268,15 @@ int run_analyse(const RunOptions& options, AnalyseWords words) {
       return complain(problem);
     line_for_pairs.insert(0, "@answer PATHSTAT_DLG_1 1\n");  // its own model goes with it
   }
-  const auto script = options.output / "analyse.script";
-  std::ofstream file(script);
-  file << "# What pathdesk analyse did; change it, and pathdesk run analyse.script does it again.\n"
-       << line << "@stop-on-error no\n"
-       << properties_text(found, model) << motion_text(found) << pairs_text(model, line_for_pairs);
-  file.close();
-  if (!file) return complain(fmt::format("{} cannot be written", script.string()));
-  return run_script(options, script);
+  constexpr const char* script = "analyse.script";
+  ResultFolder results(options.output);
+  if (!results.write(script,
+                     "# What pathdesk analyse did; change it, and pathdesk run analyse.script does it again.\n" + line +
+                         "@stop-on-error no\n" + properties_text(found, model) + motion_text(found) +
+                         pairs_text(model, line_for_pairs))) {
+    return complain(results.take_problems().front());
+  }
+  return run_script(options, options.output / script);
 }
 
 }  // namespace pathstat::desk

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <limits>
 #include <map>
@@ -12,6 +14,7 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -33,6 +36,7 @@
 #include "desk/script/script_run.h"
 #include "support/memory_watch.h"
 #include "support/parallel.h"
+#include "support/standard_streams.h"
 
 namespace pathstat::desk {
 namespace {
@@ -247,6 +251,16 @@ int main_of(int argc, char** argv) {
   return exit_code::success;
 }
 
+/// Words for the user; where they cannot go anywhere nothing ends for it.
+void tell(std::string_view words) { std::fputs(fmt::format("pathdesk: {}\n", visible_lines(words)).c_str(), stderr); }
+
+/// The code of a run whose output got to where it was sent.
+int with_output_sent(int code) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
+  tell(std::string("the output cannot be written: ") + std::strerror(errno));
+  return code == exit_code::success ? exit_code::not_run : code;
+}
+
 void tell_shortage() { std::fputs("pathdesk: there is not enough memory\n", stderr); }
 
 /// Destructors of the JSON library want memory: where there is none, the program ends past all handlers, but with a
@@ -268,15 +282,16 @@ void tell_shortage() { std::fputs("pathdesk: there is not enough memory\n", stde
 }  // namespace pathstat::desk
 
 int main(int argc, char** argv) {
+  pathstat::open_standard_streams();
   pathstat::watch_memory();
   std::set_terminate(pathstat::desk::end_past_handlers);
   try {
-    return pathstat::desk::main_of(argc, argv);
+    return pathstat::desk::with_output_sent(pathstat::desk::main_of(argc, argv));
   } catch (const std::bad_alloc&) {
     pathstat::desk::tell_shortage();
     return pathstat::desk::exit_code::not_run;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "pathdesk: {}\n", pathstat::desk::visible_lines(error.what()));
+    pathstat::desk::tell(error.what());
     return pathstat::desk::exit_code::not_run;
   }
 }

@@ -42,8 +42,9 @@ const TextFormat* text_format(const fs::path& path) {
 
 class TextWriter : public ExportWriter {
  public:
-  TextWriter(const fs::path& path, const TextFormat& format)
-      : file_(path), format_(format), stream_(std::fopen(file_.part().c_str(), "wbe")) {}
+  TextWriter(const fs::path& path, const TextFormat& format) : file_(path), format_(format), problem_(file_.make()) {
+    if (problem_.empty()) stream_ = std::fopen(file_.part().c_str(), "wbe");
+  }
   ~TextWriter() override {
     if (stream_) std::fclose(stream_);
   }
@@ -70,12 +71,14 @@ class TextWriter : public ExportWriter {
     return stream_ && std::fwrite(text_.data(), 1, text_.size(), stream_) == text_.size() ? std::string{} : trouble();
   }
   std::string trouble() const {
+    if (!problem_.empty()) return problem_;
     return fmt::format("{} cannot be written: {}", file_.path().string(), std::strerror(errno));
   }
 
   PartFile file_;
   const TextFormat& format_;
-  std::FILE* stream_;
+  const std::string problem_;  ///< that the file cannot be made
+  std::FILE* stream_ = nullptr;
   std::string text_;
 };
 
@@ -89,8 +92,12 @@ constexpr KeyRange coordinates{1071, 1073};
 class BinaryWriter : public ExportWriter {
  public:
   BinaryWriter(const fs::path& path, const FrameSource* source)
-      : file_(path), model_path_(fs::path(path).replace_extension(".qfx")), source_(source) {
-    kvA_TRJ_Open(file_.part().string(), binary_mode::create, handle_, status_);
+      : file_(path),
+        model_path_(fs::path(path).replace_extension(".qfx")),
+        source_(source),
+        problem_(file_.make()),
+        status_(problem_.empty() ? 0 : 1) {
+    if (status_ == 0) kvA_TRJ_Open(file_.part().string(), binary_mode::create, handle_, status_);
   }
   ~BinaryWriter() override {
     std::int32_t ignored = 0;
@@ -115,6 +122,7 @@ class BinaryWriter : public ExportWriter {
  private:
   std::int32_t from() const { return source_ ? source_->binary_handle() : 0; }
   std::string trouble() const {
+    if (!problem_.empty()) return problem_;
     return fmt::format("{} cannot be written (status {})", file_.path().string(), status_);
   }
 
@@ -205,8 +213,9 @@ class BinaryWriter : public ExportWriter {
   PartFile file_;
   fs::path model_path_;
   const FrameSource* source_;
+  const std::string problem_;  ///< that the file cannot be made
   std::int32_t handle_ = 0;
-  std::int32_t status_ = 0;
+  std::int32_t status_;
   std::vector<std::uint32_t> moving_;
 };
 

@@ -52,6 +52,7 @@ std::string write_structure_file(const MolecularModel& model, const std::string&
   const ExportedFrame frame{.model = model, .time = {}, .number = 1, .of_several = false, .as_unit = true};
   if (auto problem = row->add(frame, text); !problem.empty()) return fmt::format("{}: {}", path, problem);
   const PartFile whole(path);
+  if (auto problem = whole.make(); !problem.empty()) return problem;
   std::ofstream file(whole.part(), std::ios::binary);
   file << text << std::flush;
   file.close();

@@ -190,6 +190,8 @@ std::string add_xyz(const ExportedFrame& frame, std::string& text) {
   text += '\n';
   for (std::size_t k = 0; k < model.atoms(); ++k) {
     const auto [x, y, z] = without_dust(model.positions[k]);
+    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z))
+      return fmt::format("atom {} stands nowhere: a coordinate is no number", model.ids[k]);
     add(text, "{:<3} {:15.8f} {:15.8f} {:15.8f}\n", symbol(model, k), x, y, z);
   }
   return {};
@@ -285,10 +287,12 @@ std::string add_car(const ExportedFrame& frame, std::string& text) {
     const auto& [x, y, z] = positions[k];
     if (!std::ranges::all_of(positions[k], [](double each) { return std::abs(each) < 1e6; }))
       return fmt::format("atom {} stands too far away for a coordinate file", model.ids[k]);
+    const bool near = std::ranges::all_of(positions[k], [](double each) { return -999 < each && each < 9999; });
+    const int digits = near ? 9 : 6;  // a blank stays in front of each number
     if (k > 0 && model.residue_ids[k] != model.residue_ids[k - 1]) text += "end\n";
-    add(text, "{:<5}{:15.9f}{:15.9f}{:15.9f} {:<4} {:<7}{:<7}{:<2} {:6.3f}\n", atom_name(model, k, 5), x, y, z,
-        residue_name(model, k, 4), model.residue_ids[k], model.ff_types[k].empty() ? "?" : plain(model.ff_types[k], 6),
-        symbol(model, k), model.charges[k]);
+    add(text, "{:<5}{:15.{}f}{:15.{}f}{:15.{}f} {:<4} {:<7}{:<7}{:<2} {:6.3f}\n", atom_name(model, k, 5), x, digits, y,
+        digits, z, digits, residue_name(model, k, 4), model.residue_ids[k],
+        model.ff_types[k].empty() ? "?" : plain(model.ff_types[k], 6), symbol(model, k), model.charges[k]);
   }
   text += "end\nend\n";
   return {};

@@ -53,13 +53,16 @@ std::vector<PlotPoint> thinned(const std::vector<PlotPoint>& points) {
   return kept;
 }
 
-/// A text of gnuplot, in single quotes and on one line. It writes > into an SVG as it stands, where ]]> is an error.
+/// A text of gnuplot on one line: in single quotes, in which nothing is replaced, and its apostrophes in double ones. A
+/// > goes into an SVG as it stands, where ]]> is an error.
 std::string literal(std::string_view text) {
   std::string literal = "'";
   for (const char c : visible_lines(text)) {
-    if (c == '\'') literal += '\'';
     if (c == '>' && literal.ends_with("]]")) literal += ' ';
-    literal += c == '\n' || c == '\t' ? ' ' : c;
+    if (c == '\'')
+      literal += R"('."'".')";
+    else
+      literal += c == '\n' || c == '\t' ? ' ' : c;
   }
   return literal + "'";
 }

@@ -170,9 +170,10 @@ ImportResult keep_import(const ImportOptions& options, const std::vector<std::st
   auto result = import_run(options, events);
   if (result.end != ImportEnd::done) return result;
   const PartFile part(files.note);
+  if (!part.make().empty()) return result;  // without a note the import is done again next time
   std::ofstream(part.part()) << note;
   fs::last_write_time(part.part(), begun, error);
-  if (!error) part.keep();  // without a note the import is done again next time
+  if (!error) part.keep();
   return result;
 }
 

@@ -225,6 +225,7 @@ class Import {
   std::string begin_file() {
     std::string problem;
     model_ = blocks_.give_model(options_.output.filename().string(), problem);
+    if (problem.empty()) problem = trajectory_.make();
     if (!problem.empty()) return problem;
     model_.periodic_type = periodic_ ? periodic_3d : not_periodic;
     model_.cell = file_cell_;

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "desk/link/reconnection.h"
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 namespace {
@@ -60,19 +61,18 @@ std::string ChildProcess::start(const Start& how) {
   for (const auto& setting : settings) environment.push_back(const_cast<char*>(setting.c_str()));
   environment.push_back(nullptr);
 
-  const int output = ::open(how.output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
-  if (output < 0) return fmt::format("cannot write {}: {}", how.output.string(), std::strerror(errno));
+  auto output = create_new(how.output, 0600);
+  if (!output.is_open()) return fmt::format("cannot write {}: {}", how.output.string(), std::strerror(errno));
   int report[2];
   if (::pipe2(report, O_CLOEXEC) != 0) {
-    ::close(output);
     return fmt::format("cannot start {}: {}", how.program.string(), std::strerror(errno));
   }
   const pid_t parent = ::getpid();
   adopted_ = false;
   id_ = ::fork();
-  if (id_ == 0) become(how, environment.data(), output, report[1], parent);
+  if (id_ == 0) become(how, environment.data(), output.get(), report[1], parent);
   int failure = id_ < 0 ? errno : 0;
-  ::close(output);
+  output.close();
   ::close(report[1]);
   if (id_ > 0) {
     ended_ = false;

@@ -13,6 +13,7 @@
 #include "desk/ops/frame_codec.h"
 #include "services/detaching.h"
 #include "services/process_signals.h"
+#include "support/level.h"
 
 namespace pathstat::desk {
 namespace {
@@ -35,6 +36,7 @@ constexpr std::int32_t most_groups = 65535;
 constexpr std::int32_t first_capacity = 4096;
 constexpr std::int32_t most_capacity = 64 << 20;
 /// An exchange that breaks off inside cannot be taken up again.
+constexpr int most_calls = 100;  // within each other; each takes room of the stack
 constexpr const char* no_memory = "there is not enough memory for an exchange with pathstat";
 constexpr auto start_limit = std::chrono::seconds(30);
 
@@ -204,6 +206,8 @@ bool CoreSession::serve_call(std::int32_t binding) {
     return fail(std::move(error));
   };
   if (!good(read_call(*stream_, *row, call.inputs))) return false;
+  if (calls_ == most_calls) return fail("pathstat calls within its own calls without an end");
+  const Level level(calls_);
   const auto reply = server_.serve(call);
   return !lost_ && good(write_reply(*stream_, call, reply));
 }

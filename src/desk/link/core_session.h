@@ -128,6 +128,7 @@ class CoreSession {
   Connection connection_;
   std::unique_ptr<SessionStream> stream_;
   std::int32_t last_group_ = 0;
+  int calls_ = 0;         ///< that are served now, each within the one before
   bool parting_ = false;  ///< it has been told to detach
   bool leaving_ = false;  ///< it has said that it does
   bool detached_ = false;

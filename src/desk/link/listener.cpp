@@ -67,7 +67,8 @@ std::string Listener::listen_on_path(const std::filesystem::path& path) {
   server_.server = path;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (server_.server.size() >= sizeof address.sun_path) return "the path of the socket is too long: " + server_.server;
+  if (server_.server.size() >= sizeof address.sun_path)
+    return "the path of the socket is too long (--protocol tcp needs none): " + server_.server;
   std::memcpy(address.sun_path, server_.server.c_str(), server_.server.size() + 1);
   server_.socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (server_.socket < 0) return failure("make a socket");

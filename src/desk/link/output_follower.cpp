@@ -1,6 +1,7 @@
 #include "desk/link/output_follower.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -25,11 +26,14 @@ void OutputFollower::hand_on(std::string_view line) {
 int OutputFollower::read_on() {
   if (!open_.is_open()) {
     open_ = FileDescriptor(::open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!open_.is_open()) return errno;
     ::lseek(open_.get(), static_cast<off_t>(handed_on_), SEEK_SET);
   }
+  struct stat facts {};
+  if (::fstat(open_.get(), &facts) != 0) return errno;
   std::array<char, 16384> block;
-  while (true) {
-    const auto got = open_.is_open() ? ::read(open_.get(), block.data(), block.size()) : -1;
+  while (handed_on_ < static_cast<std::uintmax_t>(facts.st_size)) {
+    const auto got = ::read(open_.get(), block.data(), block.size());
     if (got == 0) return 0;
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return errno;
@@ -43,6 +47,7 @@ int OutputFollower::read_on() {
     begun_.erase(0, from);
     if (begun_.size() > longest_line) hand_on(std::exchange(begun_, {}));
   }
+  return 0;
 }
 
 void OutputFollower::follow() { read_on(); }

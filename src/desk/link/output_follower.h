@@ -33,7 +33,8 @@ class OutputFollower {
 
  private:
   void hand_on(std::string_view line);
-  /// Reads up to the end there is now. @return 0, or the error number of what went wrong; the next call goes on there
+  /// Reads up to the end there was at its begin: a process that prints without an end holds nobody. @return 0, or the
+  /// error number of what went wrong; the next call goes on there
   int read_on();
 
   std::filesystem::path file_;

@@ -21,8 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view private_prefix = "pathdesk-";
-constexpr std::size_t chosen_letters = 6;  ///< that the system puts in the place of as many X
+constexpr std::string_view private_prefix = "pathdesk-tmp.";  ///< that nobody gives a folder of their own
+constexpr std::size_t chosen_letters = 6;                     ///< that the system puts in the place of as many X
 constexpr const char* lock_name = ".pathdesk.lock";
 constexpr std::uintmax_t least_room = 65536;
 
@@ -45,6 +45,12 @@ void remove_folder(const fs::path& folder) {
   for (int k = 0; k < tries && !remove_tree(folder); ++k) continue;
 }
 
+/// True for a folder of this user alone, as mkdtemp makes it.
+bool is_private(int descriptor) {
+  struct stat facts {};
+  return ::fstat(descriptor, &facts) == 0 && facts.st_uid == ::geteuid() && (facts.st_mode & 07777) == S_IRWXU;
+}
+
 /// Removes the private folders of this user that nobody holds.
 void clear_dead_folders(const fs::path& base) {
   std::error_code trouble;
@@ -52,9 +58,7 @@ void clear_dead_folders(const fs::path& base) {
     if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + chosen_letters) continue;
     const auto path = base / name;
     const FileDescriptor folder(open_folder(path.c_str()));
-    struct stat facts {};
-    if (::fstat(folder.get(), &facts) != 0 || facts.st_uid != ::geteuid() || !lock(folder.get())) continue;
-    remove_folder(path);
+    if (is_private(folder.get()) && lock(folder.get())) remove_folder(path);
   }
 }
 

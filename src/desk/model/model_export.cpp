@@ -174,6 +174,7 @@ class ModelWriter {
 
 std::string write_model_file(const MolecularModel& model, const std::string& path) {
   const PartFile whole(path);
+  if (auto problem = whole.make(); !problem.empty()) return problem;
   const ModelFile file(FIL_QFXioCreate(whole.part().string()));
   if (!file || FIL_QFXioOpenWrite(*file) != 0) return fmt::format("{} can't be opened for writing", path);
   auto problem = ModelWriter(model, *file).write();

@@ -2,8 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <cstring>
 #include <system_error>
 #include <utility>
+
+#include "support/record_file.h"
 
 namespace pathstat::desk {
 
@@ -16,10 +20,18 @@ PartFile::~PartFile() {
   fs::remove(part_, ignored);
 }
 
+std::string PartFile::make() const {
+  return create_new(part_).is_open() ? std::string{} : trouble(std::strerror(errno));
+}
+
 std::string PartFile::keep() const {
   std::error_code status;
   fs::rename(part_, path_, status);
-  return status ? fmt::format("{} cannot be written: {}", path_.string(), status.message()) : std::string{};
+  return status ? trouble(status.message()) : std::string{};
+}
+
+std::string PartFile::trouble(std::string_view cause) const {
+  return fmt::format("{} cannot be written: {}", path_.string(), cause);
 }
 
 }  // namespace pathstat::desk

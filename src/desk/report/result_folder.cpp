@@ -52,12 +52,12 @@ bool ResultFolder::put(const std::string& name, const Fill& fill) {
   const auto path = folder_ / name, part = folder_ / part_name;
   int failure = is_protected(path) ? errno : 0;
   if (failure == 0) {
-    ::unlink(part.c_str());  // of a killed run
-    const int descriptor = ::open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-    failure = descriptor < 0 ? errno : fill(descriptor);
-    if (descriptor >= 0 && ::close(descriptor) != 0 && failure == 0) failure = errno;
+    auto file = create_new(part);
+    const bool made = file.is_open();
+    failure = made ? fill(file.get()) : errno;
+    if (made && !file.close() && failure == 0) failure = errno;
     if (failure == 0 && ::rename(part.c_str(), path.c_str()) != 0) failure = errno;
-    if (failure != 0 && descriptor >= 0) ::unlink(part.c_str());
+    if (failure != 0 && made) ::unlink(part.c_str());
   }
   if (failure != 0) failed_[std::strerror(failure)].push_back(path.string());
   return failure == 0;

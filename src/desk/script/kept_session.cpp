@@ -25,9 +25,9 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr std::string_view folder_prefix = "pathdesk-detached-";
-constexpr const char* session_name = "session.json";
-constexpr const char* claimed_name = "claimed.json";
-constexpr const char* models_name = "models.json";
+constexpr const char* session_name = "session.cbor";
+constexpr const char* claimed_name = "claimed.cbor";
+constexpr const char* models_name = "models.cbor";
 
 fs::path base_folder() {
   const char* asked = std::getenv("TMPDIR");
@@ -42,19 +42,21 @@ bool is_own_folder(const fs::path& path) {
          (facts.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-std::string write_json(const json& value, const fs::path& path) {
+/// In a form that takes names of any bytes.
+std::string write_value(const json& value, const fs::path& path) {
   const auto beside = path.string() + ".new";
   std::ofstream file(beside, std::ios::binary);
-  file << value.dump();
+  const auto bytes = json::to_cbor(value);
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   file.close();
   std::error_code failure;
   if (file) fs::rename(beside, path, failure);
   return file && !failure ? std::string{} : fmt::format("cannot write {}", path.string());
 }
 
-json read_json(const fs::path& path) {
+json read_value(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
-  return json::parse(file);
+  return json::from_cbor(file);
 }
 
 fs::path model_file(const fs::path& folder, std::int32_t number) {
@@ -172,7 +174,7 @@ pid_t process_of(const fs::path& folder) {
 
 /// True if the session that stands in the folder is that of a process which runs.
 bool lives(const fs::path& folder, const char* name) try {
-  const auto session = read_json(folder / name);
+  const auto session = read_value(folder / name);
   const auto started = session.at("started").get<std::uint64_t>();
   return started != 0 && start_of_process(session.at("process").get<pid_t>()) == started;
 } catch (const std::exception&) {
@@ -202,13 +204,13 @@ std::string keep_models(const DataModel& model, const fs::path& folder) {
       return problem;
     }
   }
-  if (auto problem = write_json(facts_of(model), folder / models_name); !problem.empty()) return problem;
+  if (auto problem = write_value(facts_of(model), folder / models_name); !problem.empty()) return problem;
   DataModel trial;
   return read_kept_models(folder, trial);
 }
 
 std::string read_kept_models(const fs::path& folder, DataModel& model) try {
-  if (restore(read_json(folder / models_name), folder, model)) return {};
+  if (restore(read_value(folder / models_name), folder, model)) return {};
   return "the models can't be brought back as the process knows them";
 } catch (const std::exception&) {
   return fmt::format("{} can't be read", (folder / models_name).string());
@@ -219,7 +221,7 @@ std::string keep_session(const KeptSession& session, const fs::path& folder) {
                    {"shown", session.shown},         {"drawn", session.drawn},       {"running", session.running},
                    {"selection", session.selection}, {"settings", session.settings}, {"tables", session.tables},
                    {"operations", table_mark()}};
-  return write_json(value, folder / session_name);
+  return write_value(value, folder / session_name);
 }
 
 std::string claim_session(pid_t process, KeptSession& session) try {
@@ -237,7 +239,7 @@ std::string claim_session(pid_t process, KeptSession& session) try {
   std::error_code failure;
   fs::rename(folder / session_name, folder / claimed_name, failure);
   if (failure) return fmt::format("another run takes over process {}", process);
-  const auto value = read_json(folder / claimed_name);
+  const auto value = read_value(folder / claimed_name);
   if (value.at("operations").get<std::size_t>() != table_mark()) {
     give_back_session(process);
     return fmt::format("process {} belongs to another version of pathdesk", process);

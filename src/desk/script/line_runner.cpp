@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -295,8 +296,27 @@ std::string LineRunner::take_account(const ScriptLine& line, const std::string& 
       if (added != 0 && !seen_graphs_.contains(added)) note_graph(step, added);
     }
   }
+  if (by_process) tell_missing_numbers(step);
   if (interrupts() > 0) mark_interrupted(step, line);
   return {};
+}
+
+/// Positions or velocities of a frame that are no numbers make whole curves such. Of a profile, which may lack values
+/// by right, the summary tells it.
+void LineRunner::tell_missing_numbers(const StepRecord& step) {
+  for (const auto graph : step.graphs) {
+    std::size_t missing = 0, all = 0;
+    for (const auto set : store_.graph(graph)->sets) {
+      const auto& points = store_.data_set(set)->points;
+      all += points.size();
+      missing += static_cast<std::size_t>(
+          std::ranges::count_if(points, [](const PlotPoint& point) { return !std::isfinite(point.y); }));
+    }
+    const auto name = without_blanks(store_.info(graph)->name);
+    if (missing == 0 || name.starts_with("Profile of")) continue;
+    take_message(
+        {MessageKind::warning, 1, {}, {}, fmt::format("{}: {} of {} values are no numbers", name, missing, all)});
+  }
 }
 
 /// A file that the process may have left; one that is there and cannot be read is told.

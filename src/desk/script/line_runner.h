@@ -121,6 +121,7 @@ class LineRunner {
   void take_returned(const std::string& text);
   void refresh_values(std::string_view words);
   void ask_frame();
+  void tell_missing_numbers(const StepRecord& step);
   void write_pictures();
   void work_goes_on() const;
   GraphFacts facts_of(const ScriptLine& line);
