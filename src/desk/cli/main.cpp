@@ -251,7 +251,7 @@ int main_of(int argc, char** argv) {
   return exit_code::success;
 }
 
-/// Words for the user; where they cannot go anywhere nothing ends for it.
+/// Says it on the standard error stream; one that takes nothing ends nothing.
 void tell(std::string_view words) { std::fputs(fmt::format("pathdesk: {}\n", visible_lines(words)).c_str(), stderr); }
 
 /// The code of a run whose output got to where it was sent.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "desk/export/text_formats.h"
@@ -42,9 +43,8 @@ const TextFormat* text_format(const fs::path& path) {
 
 class TextWriter : public ExportWriter {
  public:
-  TextWriter(const fs::path& path, const TextFormat& format) : file_(path), format_(format), problem_(file_.make()) {
-    if (problem_.empty()) stream_ = std::fopen(file_.part().c_str(), "wbe");
-  }
+  TextWriter(std::unique_ptr<PartFile> file, const TextFormat& format)
+      : file_(std::move(file)), format_(format), stream_(std::fopen(file_->part().c_str(), "wbe")) {}
   ~TextWriter() override {
     if (stream_) std::fclose(stream_);
   }
@@ -63,7 +63,7 @@ class TextWriter : public ExportWriter {
     if (auto problem = put(); !problem.empty()) return problem;
     const bool closed = std::fclose(stream_) == 0;
     stream_ = nullptr;
-    return closed ? file_.keep() : trouble();
+    return closed ? file_->keep() : trouble();
   }
 
  private:
@@ -71,14 +71,12 @@ class TextWriter : public ExportWriter {
     return stream_ && std::fwrite(text_.data(), 1, text_.size(), stream_) == text_.size() ? std::string{} : trouble();
   }
   std::string trouble() const {
-    if (!problem_.empty()) return problem_;
-    return fmt::format("{} cannot be written: {}", file_.path().string(), std::strerror(errno));
+    return fmt::format("{} cannot be written: {}", file_->path().string(), std::strerror(errno));
   }
 
-  PartFile file_;
+  std::unique_ptr<PartFile> file_;
   const TextFormat& format_;
-  const std::string problem_;  ///< that the file cannot be made
-  std::FILE* stream_ = nullptr;
+  std::FILE* stream_;
   std::string text_;
 };
 
@@ -91,13 +89,9 @@ constexpr KeyRange coordinates{1071, 1073};
 
 class BinaryWriter : public ExportWriter {
  public:
-  BinaryWriter(const fs::path& path, const FrameSource* source)
-      : file_(path),
-        model_path_(fs::path(path).replace_extension(".qfx")),
-        source_(source),
-        problem_(file_.make()),
-        status_(problem_.empty() ? 0 : 1) {
-    if (status_ == 0) kvA_TRJ_Open(file_.part().string(), binary_mode::create, handle_, status_);
+  BinaryWriter(std::unique_ptr<PartFile> file, const FrameSource* source)
+      : file_(std::move(file)), model_path_(fs::path(file_->path()).replace_extension(".qfx")), source_(source) {
+    kvA_TRJ_Open(file_->part().string(), binary_mode::create, handle_, status_);
   }
   ~BinaryWriter() override {
     std::int32_t ignored = 0;
@@ -116,14 +110,13 @@ class BinaryWriter : public ExportWriter {
     handle_ = 0;
     if (status_ != 0) return trouble();
     auto problem = write_model_file(last.model, model_path_.string());
-    return problem.empty() ? file_.keep() : problem;
+    return problem.empty() ? file_->keep() : problem;
   }
 
  private:
   std::int32_t from() const { return source_ ? source_->binary_handle() : 0; }
   std::string trouble() const {
-    if (!problem_.empty()) return problem_;
-    return fmt::format("{} cannot be written (status {})", file_.path().string(), status_);
+    return fmt::format("{} cannot be written (status {})", file_->path().string(), status_);
   }
 
   void set_integers(std::int32_t key, const std::vector<std::int32_t>& values) {
@@ -210,12 +203,11 @@ class BinaryWriter : public ExportWriter {
     set_doubles(key, numbers);
   }
 
-  PartFile file_;
+  std::unique_ptr<PartFile> file_;
   fs::path model_path_;
   const FrameSource* source_;
-  const std::string problem_;  ///< that the file cannot be made
   std::int32_t handle_ = 0;
-  std::int32_t status_;
+  std::int32_t status_ = 0;
   std::vector<std::uint32_t> moving_;
 };
 
@@ -233,10 +225,15 @@ bool holds_one_frame(const fs::path& path) {
 }
 
 MadeWriter make_export_writer(const fs::path& path, const FrameSource* source) {
-  if (const auto* format = text_format(path)) return {std::make_unique<TextWriter>(path, *format), {}};
-  if (path.extension() == binary_extension) return {std::make_unique<BinaryWriter>(path, source), {}};
-  return {nullptr,
-          fmt::format("{} is of no format that can be written; these are: {}", path.string(), export_formats())};
+  const auto* format = text_format(path);
+  if (!format && path.extension() != binary_extension) {
+    return {nullptr,
+            fmt::format("{} is of no format that can be written; these are: {}", path.string(), export_formats())};
+  }
+  auto file = std::make_unique<PartFile>(path);
+  if (auto problem = file->make(); !problem.empty()) return {nullptr, std::move(problem)};
+  if (format) return {std::make_unique<TextWriter>(std::move(file), *format), {}};
+  return {std::make_unique<BinaryWriter>(std::move(file), source), {}};
 }
 
 }  // namespace pathstat::desk

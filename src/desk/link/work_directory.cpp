@@ -45,12 +45,6 @@ void remove_folder(const fs::path& folder) {
   for (int k = 0; k < tries && !remove_tree(folder); ++k) continue;
 }
 
-/// True for a folder of this user alone, as mkdtemp makes it.
-bool is_private(int descriptor) {
-  struct stat facts {};
-  return ::fstat(descriptor, &facts) == 0 && facts.st_uid == ::geteuid() && (facts.st_mode & 07777) == S_IRWXU;
-}
-
 /// Removes the private folders of this user that nobody holds.
 void clear_dead_folders(const fs::path& base) {
   std::error_code trouble;
@@ -58,7 +52,7 @@ void clear_dead_folders(const fs::path& base) {
     if (!name.starts_with(private_prefix) || name.size() != private_prefix.size() + chosen_letters) continue;
     const auto path = base / name;
     const FileDescriptor folder(open_folder(path.c_str()));
-    if (is_private(folder.get()) && lock(folder.get())) remove_folder(path);
+    if (is_own_folder(path) && lock(folder.get())) remove_folder(path);
   }
 }
 
@@ -68,10 +62,20 @@ std::string cannot_make(const fs::path& base, const char* why) {
 
 }  // namespace
 
-PrivateDirectory::PrivateDirectory(std::string& error) {
-  std::error_code failure;
+fs::path base_of_temporary_folders() {
   const char* asked = std::getenv("TMPDIR");
-  const auto base = fs::absolute(asked && *asked ? asked : "/tmp", failure);
+  std::error_code failure;
+  return fs::absolute(asked && *asked ? asked : "/tmp", failure);
+}
+
+bool is_own_folder(const fs::path& path) {
+  struct stat facts {};
+  return ::lstat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode) && facts.st_uid == ::geteuid() &&
+         (facts.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+PrivateDirectory::PrivateDirectory(std::string& error) {
+  const auto base = base_of_temporary_folders();
   clear_dead_folders(base);
   // Between the making and the lock another run may take the folder for a dead one; then a new one is made.
   for (int tries = 0; path_.empty() && tries < 10; ++tries) {

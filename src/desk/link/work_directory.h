@@ -7,6 +7,12 @@
 
 namespace pathstat::desk {
 
+/// The folder in which folders for temporary files are made: `TMPDIR`, else /tmp.
+std::filesystem::path base_of_temporary_folders();
+
+/// True for a folder, not a link to one, that belongs to this user alone.
+bool is_own_folder(const std::filesystem::path& path);
+
 /// A directory that only this user can read, removed with all it holds when its owner ends. Those that killed runs of
 /// this user left behind are removed when the next one is made; a lock tells them from those in use.
 class PrivateDirectory {

@@ -15,6 +15,7 @@
 #include "coreapi/operation_row.h"
 #include "desk/link/folder_content.h"
 #include "desk/link/reconnection.h"
+#include "desk/link/work_directory.h"
 #include "desk/model/model_export.h"
 #include "desk/model/model_import.h"
 
@@ -28,19 +29,6 @@ constexpr std::string_view folder_prefix = "pathdesk-detached-";
 constexpr const char* session_name = "session.cbor";
 constexpr const char* claimed_name = "claimed.cbor";
 constexpr const char* models_name = "models.cbor";
-
-fs::path base_folder() {
-  const char* asked = std::getenv("TMPDIR");
-  std::error_code failure;
-  return fs::absolute(asked && *asked ? asked : "/tmp", failure);
-}
-
-/// True for a folder, not a link to one, that belongs to this user alone.
-bool is_own_folder(const fs::path& path) {
-  struct stat facts {};
-  return ::lstat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode) && facts.st_uid == ::geteuid() &&
-         (facts.st_mode & (S_IRWXG | S_IRWXO)) == 0;
-}
 
 /// In a form that takes names of any bytes.
 std::string write_value(const json& value, const fs::path& path) {
@@ -189,7 +177,9 @@ std::string numbers(const std::vector<pid_t>& processes) {
 
 }  // namespace
 
-fs::path kept_folder(pid_t process) { return base_folder() / fmt::format("{}{}", folder_prefix, process); }
+fs::path kept_folder(pid_t process) {
+  return base_of_temporary_folders() / fmt::format("{}{}", folder_prefix, process);
+}
 
 std::string make_kept_folder(pid_t process) {
   const auto folder = kept_folder(process);
@@ -267,7 +257,7 @@ void give_back_session(pid_t process) {
 std::vector<pid_t> detached_processes() {
   std::vector<pid_t> processes;
   std::error_code trouble;
-  const auto base = base_folder();
+  const auto base = base_of_temporary_folders();
   for (const auto& name : names_in(base, trouble)) {
     const auto folder = base / name;
     const auto process = process_of(folder);
