@@ -281,8 +281,10 @@ std::string typed(const std::string& keys, const fs::path& state, int& status) {
   for (int quiet_seconds = 0; quiet_seconds < 60;) {
     if (::poll(&waiting, 1, 1000) == 0) {
       ++quiet_seconds;
-      // What is typed just before a line begins is lost to the terminal: the end is typed again.
-      if (sent == keys.size() && ::write(terminal, &keys.back(), 1) < 0) break;
+      // What is typed just before a line begins is lost to the terminal, or stands in the line: it is cleared (Ctrl-U),
+      // and the end typed again.
+      const std::array again{'\x15', keys.back()};
+      if (sent == keys.size() && ::write(terminal, again.data(), again.size()) < 0) break;
       continue;
     }
     const auto got = ::read(terminal, block.data(), block.size());
